@@ -1,0 +1,40 @@
+# A thin cover over CMake. `make run` and `make test` do all that is needed from a bare clone.
+
+PRESET ?= release
+JOBS ?= $(shell nproc)
+BUILD = build$(if $(filter-out release,$(PRESET)),-$(PRESET))
+
+# Used for a new build folder only; an existing one keeps the generator that it was made with.
+export CMAKE_GENERATOR ?= Ninja
+
+.PHONY: run test build install-packages configure asan tsan clang tidy format format-check clean
+
+run: TARGETS = --target main_job
+run: build
+	$(BUILD)/examples/main_job $(BUILD)/mandelbrot.png
+
+test: build
+	ctest --preset $(PRESET)
+
+build: configure
+	cmake --build --preset $(PRESET) --parallel $(JOBS) $(TARGETS)
+
+configure: install-packages
+	cmake --preset $(PRESET)
+
+install-packages:
+	scripts/install-packages
+
+asan tsan clang:
+	$(MAKE) test PRESET=$@
+
+tidy:
+	scripts/install-packages --checks
+	$(MAKE) build PRESET=tidy
+
+format format-check:
+	scripts/install-packages --checks
+	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
+
+clean:
+	rm -rf build build-dev build-asan build-tsan build-clang build-tidy

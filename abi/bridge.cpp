@@ -1,0 +1,257 @@
+#include "abi/bridge.h"
+
+#include "base/logging.h"
+#include "properties/property_base.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace oryn::tarva::library {
+
+namespace {
+
+template <typename record>
+record_ptr<record> new_record() {
+  auto handle = allocate_records<record>();
+  handle->kind = handle_traits<record>::kind;
+  return handle;
+}
+
+record_ptr<tarva_abi_property_s> describe(const property_base& property) {
+  auto handle = new_record<tarva_abi_property_s>();
+  handle->name = property.get_name_pointer();
+  handle->friendly_name = property.get_friendly_name_pointer();
+  handle->description = property.get_description_pointer();
+  const bool has_data = property.has_data();
+  handle->has_data = has_data ? 1 : 0;
+  handle->data_type = has_data ? static_cast<std::uint64_t>(property.get_data_type())
+                               : std::numeric_limits<std::uint64_t>::max();
+  handle->element_count = has_data ? property.get_element_count() : 0;
+  handle->data = has_data ? property.get_data() : nullptr;
+  return handle;
+}
+
+// `count` pointers of a handle array, all NULL; none for no handles.
+template <typename record>
+record_ptr<record*> new_pointers(std::size_t count) {
+  if (count == 0)
+    return nullptr;
+  auto pointers = allocate_records<record*>(count);
+  std::fill_n(pointers.get(), count, nullptr);
+  return pointers;
+}
+
+} // namespace
+
+template <typename record>
+std::shared_ptr<object_of<record>> abi_bridge::get_library_object(const record* handle) const {
+  const std::lock_guard guard(lock_);
+  return table<record>().look_up(handle).object;
+}
+
+abi_bridge::owned_property abi_bridge::get_property_and_owner(const tarva_abi_property_s* handle) const {
+  const std::lock_guard guard(lock_);
+  const auto& found = table<tarva_abi_property_s>().look_up(handle);
+  return {found.object, found.owner};
+}
+
+template <typename record>
+record* abi_bridge::store(record_ptr<record> handle, handle_entry<record> new_entry) {
+  {
+    const std::lock_guard guard(lock_);
+    table<record>().insert(handle.get(), new_entry);
+  }
+  return handle.release();
+}
+
+template <typename record>
+record* abi_bridge::make_handle(std::shared_ptr<object_of<record>> object) {
+  handle_entry<record> new_entry;
+  new_entry.object = std::move(object);
+  return store(new_record<record>(), std::move(new_entry));
+}
+
+tarva_abi_property_s* abi_bridge::make_property_handle(std::shared_ptr<property_base> property,
+                                                       std::shared_ptr<property_interface> owner) {
+  if (!property || !owner)
+    throw std::runtime_error(
+        "Expected properties to be non-NULL. This is an internal error, and you should file a bug.");
+  auto handle = describe(*property);
+  return store(std::move(handle), {std::move(owner), std::move(property)});
+}
+
+tarva_abi_device_array_s*
+abi_bridge::make_device_array(const std::vector<std::shared_ptr<library_device>>& devices) {
+  auto array = allocate_records<tarva_abi_device_array_s>();
+  auto pointers = new_pointers<tarva_abi_device_s>(devices.size());
+  std::size_t made = 0;
+  try {
+    for (; made < devices.size(); ++made)
+      pointers.get()[made] = make_handle<tarva_abi_device_s>(devices[made]);
+  } catch (...) {
+    while (made > 0)
+      release(pointers.get()[--made]);
+    throw;
+  }
+  array->count = devices.size();
+  array->devices = pointers.release();
+  return array.release();
+}
+
+tarva_abi_property_array_s* abi_bridge::make_property_array(const std::vector<owned_property>& properties) {
+  auto array = allocate_records<tarva_abi_property_array_s>();
+  auto pointers = new_pointers<tarva_abi_property_s>(properties.size());
+  std::size_t made = 0;
+  try {
+    for (; made < properties.size(); ++made)
+      pointers.get()[made] = make_property_handle(properties[made].property, properties[made].owner);
+  } catch (...) {
+    try {
+      while (made > 0)
+        release_property(std::exchange(pointers.get()[--made], nullptr));
+    } catch (...) {
+      log_error(
+          "Encountered an exception while recovering from another exception.  The library is probably in "
+          "an undefined state, so halting execution.");
+      std::exit(1);
+    }
+  }
+  array->count = properties.size();
+  array->properties = pointers.release();
+  return array.release();
+}
+
+// The tables tell the kind of a handle; its record is not read, since it may have been freed long ago.
+template <typename record>
+void abi_bridge::test_kind(const record* handle) const {
+  if constexpr (requires { handle_traits<record>::null_message; }) {
+    if (!handle)
+      throw std::runtime_error(handle_traits<record>::null_message);
+  }
+  if constexpr (requires { handle_traits<record>::wrong_kind_message; }) {
+    const auto is_live = [handle](const auto&... each) { return (each.contains(handle) || ...); };
+    if (!table<record>().contains(handle) && std::apply(is_live, tables_))
+      throw std::runtime_error(handle_traits<record>::wrong_kind_message);
+  }
+}
+
+template <counted_handle record>
+void abi_bridge::retain(const record* handle) {
+  const std::lock_guard guard(lock_);
+  test_kind(handle);
+  table<record>().retain(handle);
+}
+
+template <counted_handle record>
+bool abi_bridge::release(record* handle) {
+  typename handle_table<record>::node ended; // dropped after the unlock
+  {
+    const std::lock_guard guard(lock_);
+    test_kind(handle);
+    ended = table<record>().release(handle);
+  }
+  if (!ended)
+    return false;
+  std::free(handle);
+  return true;
+}
+
+template <typename record>
+void abi_bridge::remove(record* handle) {
+  typename handle_table<record>::node ended; // dropped after the unlock
+  {
+    const std::lock_guard guard(lock_);
+    test_kind(handle);
+    ended = table<record>().remove(handle);
+  }
+  std::free(handle);
+}
+
+void abi_bridge::release_future(tarva_abi_future_s* handle) {
+  remove(handle);
+}
+
+void abi_bridge::release_error(tarva_abi_error_s* handle) {
+  if (handle)
+    remove(handle);
+}
+
+void abi_bridge::release_property(tarva_abi_property_s* handle) {
+  if (handle)
+    remove(handle);
+}
+
+void abi_bridge::report_leaks() const {
+  const auto report = [](const auto& each) {
+    using record = typename std::decay_t<decltype(each)>::record_type;
+    each.for_each([](const void* handle, const handle_entry<record>& leaked) {
+      if constexpr (counted_handle<record>)
+        log_warning(handle_traits<record>::leak_line, handle, leaked.count);
+      else
+        log_warning(handle_traits<record>::leak_line, handle);
+    });
+  };
+  std::apply([&](const auto&... each) { (report(each), ...); }, tables_);
+}
+
+void abi_bridge::teardown() {
+  handle_tables dropped;
+  std::unique_lock guard(lock_, std::try_to_lock);
+  if (!guard) {
+    // Whoever holds it is at work in the tables, so they cannot be taken down.
+    log_critical("ABI bridge internal lock is held during destruction.  Please file a bug.");
+    return;
+  }
+  report_leaks();
+  dropped = std::exchange(tables_, {});
+  guard.unlock();
+  std::apply([](auto&... each) { ((each = {}), ...); }, dropped);
+}
+
+data_type to_data_type(tarva_abi_data_type value) {
+  if (value < TARVA_ABI_TYPE_STRING || value > TARVA_ABI_TYPE_DOUBLE16)
+    throw std::runtime_error("Unknown data type.");
+  return static_cast<data_type>(value);
+}
+
+std::uint64_t to_ir_type(tarva_abi_ir_type value) {
+  if (value < TARVA_ABI_IR_SOURCE_1_0 || value > TARVA_ABI_IR_DEVICE_BINARY)
+    throw std::runtime_error("Unknown IR type.");
+  return value;
+}
+
+char* copy_string(const std::string& text) {
+  auto copy = allocate_records<char>(text.size() + 1);
+  std::memcpy(copy.get(), text.c_str(), text.size() + 1);
+  return copy.release();
+}
+
+// The bridge is used with these kinds of handle only.
+template std::shared_ptr<object_of<tarva_abi_device_s>>
+abi_bridge::get_library_object(const tarva_abi_device_s*) const;
+template std::shared_ptr<object_of<tarva_abi_program_s>>
+abi_bridge::get_library_object(const tarva_abi_program_s*) const;
+template std::shared_ptr<object_of<tarva_abi_kernel_s>>
+abi_bridge::get_library_object(const tarva_abi_kernel_s*) const;
+template std::shared_ptr<object_of<tarva_abi_memory_s>>
+abi_bridge::get_library_object(const tarva_abi_memory_s*) const;
+template std::shared_ptr<object_of<tarva_abi_future_s>>
+abi_bridge::get_library_object(const tarva_abi_future_s*) const;
+template std::shared_ptr<object_of<tarva_abi_error_s>>
+abi_bridge::get_library_object(const tarva_abi_error_s*) const;
+template tarva_abi_device_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_device_s>>);
+template tarva_abi_program_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_program_s>>);
+template tarva_abi_kernel_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_kernel_s>>);
+template tarva_abi_memory_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_memory_s>>);
+template tarva_abi_future_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_future_s>>);
+template tarva_abi_error_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_error_s>>);
+template void abi_bridge::retain(const tarva_abi_device_s*);
+template bool abi_bridge::release(tarva_abi_device_s*);
+template void abi_bridge::retain(const tarva_abi_program_s*);
+template bool abi_bridge::release(tarva_abi_program_s*);
+template void abi_bridge::retain(const tarva_abi_kernel_s*);
+template bool abi_bridge::release(tarva_abi_kernel_s*);
+template void abi_bridge::retain(const tarva_abi_memory_s*);
+template bool abi_bridge::release(tarva_abi_memory_s*);
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+
+namespace oryn::tarva::library {
+
+// Counts the calls that are inside the library, and lets none in once it is closed. Nothing of it is ever
+// destroyed, so that it can be asked until the very end of the process.
+class call_gate {
+public:
+  constexpr call_gate() noexcept = default;
+  call_gate(const call_gate&) = delete;
+  call_gate& operator=(const call_gate&) = delete;
+
+  void close() noexcept { closed_.store(true); }
+  bool is_idle() const noexcept;
+  // Gives the calls that are inside a moment to leave. True if they have.
+  bool wait_until_idle(std::chrono::milliseconds limit) const noexcept;
+
+  // One call, while it lives.
+  class permit {
+  public:
+    explicit permit(call_gate& gate) noexcept : calls_(gate.calls_of_this_thread()) {
+      // Counted first, so that whoever closes the gate and then finds no call inside is right.
+      calls_.fetch_add(1);
+      granted_ = !gate.closed_.load();
+    }
+    permit(const permit&) = delete;
+    permit& operator=(const permit&) = delete;
+    ~permit() { calls_.fetch_sub(1); }
+
+    bool is_granted() const noexcept { return granted_; }
+
+  private:
+    std::atomic<std::uint64_t>& calls_;
+    bool granted_;
+  };
+
+private:
+  static constexpr unsigned SHARD_BITS = 4;
+
+  // Threads count apart from each other, so that they do not fight over one cache line.
+  struct alignas(64) shard {
+    std::atomic<std::uint64_t> calls{0};
+  };
+
+  std::atomic<std::uint64_t>& calls_of_this_thread() noexcept;
+
+  std::array<shard, 1U << SHARD_BITS> shards_{};
+  std::atomic<bool> closed_{false};
+};
+
+} // namespace oryn::tarva::library

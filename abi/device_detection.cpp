@@ -1,0 +1,43 @@
+#include "abi/device_detection.h"
+
+#include "access/opencl/discovery.h"
+#include "base/logging.h"
+#include "objects/opencl/opencl_device.h"
+
+#include <tuple>
+
+namespace oryn::tarva::library {
+
+namespace {
+
+template <version V>
+using found_devices = std::vector<skerv::opencl::device<V>>;
+
+template <version V>
+void log_number(const found_devices<V>& found) {
+  log_info("Detected {} OpenCL {} devices.", found.size(), version_traits<V>::text);
+}
+
+template <version V>
+void append(std::vector<std::shared_ptr<library_device>>& devices, const found_devices<V>& found) {
+  for (const auto& each : found)
+    devices.push_back(std::make_shared<opencl_version_device<V>>(each));
+}
+
+template <version... versions>
+std::vector<std::shared_ptr<library_device>> detect() {
+  // The braces fix the order of the detections.
+  const std::tuple<found_devices<versions>...> found{skerv::opencl::find_devices<versions>()...};
+  std::vector<std::shared_ptr<library_device>> devices;
+  (log_number<versions>(std::get<found_devices<versions>>(found)), ...);
+  (append<versions>(devices, std::get<found_devices<versions>>(found)), ...);
+  return devices;
+}
+
+} // namespace
+
+std::vector<std::shared_ptr<library_device>> detect_devices() {
+  return detect<version::v1_0, version::v1_1, version::v1_2, version::v2_0, version::v2_1, version::v2_2>();
+}
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,63 @@
+#include "abi/argument_checks.h"
+#include "abi/launch_range.h"
+#include "abi/tarva_singleton.h"
+#include "ir/logical/operations.h"
+#include "memory/library_memory.h"
+#include "objects/kernel_arguments.h"
+#include "objects/library_kernel.h"
+
+// Kernel launches.
+namespace oryn::tarva::library {
+
+namespace {
+
+template <typename pointee>
+pointee* pointer_in(std::uint64_t word) {
+  return reinterpret_cast<pointee*>(static_cast<std::uintptr_t>(word));
+}
+
+std::shared_ptr<kernel_argument_base> make_argument(const abi_bridge& bridge,
+                                                    const tarva_abi_kernel_argument_s& argument) {
+  switch (argument.kind) {
+  case TARVA_ABI_ARGUMENT_NULL:
+    return std::make_shared<kernel_argument_nullptr>();
+  case TARVA_ABI_ARGUMENT_VALUE:
+    return std::make_shared<kernel_argument_pod_value>(pointer_in<const void>(argument.second),
+                                                       to_data_type(argument.first));
+  case TARVA_ABI_ARGUMENT_MEMORY:
+    return std::make_shared<kernel_argument_typed_library_memory_array>(
+        bridge.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
+  case TARVA_ABI_ARGUMENT_LOCAL_MEMORY:
+    return std::make_shared<kernel_argument_local_memory>(to_data_type(argument.first), argument.second);
+  default:
+    throw std::runtime_error("Unsupported argument type.");
+  }
+}
+
+kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
+                                       std::uint64_t count) {
+  std::vector<std::shared_ptr<kernel_argument_base>> captured;
+  captured.reserve(count);
+  for (std::uint64_t index = 0; index < count; ++index)
+    captured.push_back(make_argument(bridge, arguments[index]));
+  return kernel_argument_capture(std::move(captured));
+}
+
+} // namespace
+
+void tarva_singleton::tarva_abi_kernel_call(tarva_abi_kernel_s* kernel,
+                                            const tarva_abi_kernel_argument_s* arguments,
+                                            std::uint64_t argument_count,
+                                            const tarva_abi_launch_range_s* launch_range) {
+  if (!arguments && argument_count != 0)
+    throw std::invalid_argument(
+        "tarva_abi_kernel_call: argument array is NULL but number of arguments is not zero.");
+  require(launch_range,
+          "tarva_abi_kernel_call: launch range is NULL, so there is no way to execute the kernel.");
+  auto library_kernel = bridge_.get_library_object(kernel);
+  const nd_range range = make_range(*library_kernel, *launch_range);
+  auto captured = make_arguments(bridge_, arguments, argument_count);
+  submit_without_future(logical_ir::kernel::create(std::move(library_kernel), std::move(captured), range));
+}
+
+} // namespace oryn::tarva::library

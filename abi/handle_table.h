@@ -1,0 +1,129 @@
+#pragma once
+
+#include "abi/handle_traits.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <unordered_map>
+#include <utility>
+
+namespace oryn::tarva::library {
+
+class property_interface;
+
+// What the bridge knows of one handle. A handle without counted references has exactly one owner.
+template <typename record>
+struct handle_entry {
+  std::shared_ptr<object_of<record>> object;
+  std::uint64_t count = 1;
+};
+
+template <>
+struct handle_entry<tarva_abi_property_s> {
+  // The property's strings and values may depend on its owner, so the owner lives as long as the handle. It
+  // goes last.
+  std::shared_ptr<property_interface> owner;
+  std::shared_ptr<property_base> object;
+};
+
+struct record_deleter {
+  void operator()(void* memory) const noexcept { std::free(memory); }
+};
+template <typename record>
+using record_ptr = std::unique_ptr<record, record_deleter>;
+
+// Memory that the caller will hold.
+template <typename record>
+record_ptr<record> allocate_records(std::size_t count = 1) {
+  if (count > std::numeric_limits<std::size_t>::max() / sizeof(record))
+    throw std::bad_alloc();
+  auto* memory = static_cast<record*>(std::malloc(count * sizeof(record)));
+  if (!memory)
+    throw std::bad_alloc();
+  return record_ptr<record>(memory);
+}
+
+// The live handles of one kind. An address that is not in the table is never followed. Not locked: the bridge
+// is.
+//
+// Each handle has an entry of its own, also if its object has several, so that each of them ends by itself.
+template <typename record>
+class handle_table {
+public:
+  using record_type = record;
+  using entry = handle_entry<record>;
+  using node = typename std::unordered_map<const void*, entry>::node_type;
+
+  bool contains(const void* handle) const { return entries_.contains(handle); }
+
+  const entry& look_up(const record* handle) const {
+    const auto found = entries_.find(handle);
+    if (found == entries_.end())
+      throw std::runtime_error("Lookup of internal type map failed.");
+    return found->second;
+  }
+
+  // Takes the content of `new_entry`. An address can be there already only if the caller has freed the record
+  // behind the library's back; `new_entry` then holds what was there, to be dropped after the unlock.
+  void insert(const record* handle, entry& new_entry) {
+    if constexpr (counted_handle<record>) {
+      if (!entries_.try_emplace(handle, std::move(new_entry)).second)
+        throw std::runtime_error(
+            "ABI type has a non-zero reference count, so it cannot be initialized again.");
+    } else {
+      std::swap(entries_[handle], new_entry);
+    }
+  }
+
+  void retain(const record* handle) requires counted_handle<record> {
+    std::uint64_t& count = counted(handle).count;
+    if (count == std::numeric_limits<std::uint64_t>::max())
+      throw std::runtime_error("Reference count increment would overflow.  This should be impossible.");
+    ++count;
+  }
+
+  // Takes one reference. The last one yields the entry, so that the caller can drop it after the unlock.
+  node release(const record* handle) requires counted_handle<record> {
+    entry& found = counted(handle);
+    if (found.count == 0)
+      throw std::runtime_error("Reference count is zero. This should be impossible.");
+    if (found.count > 1) {
+      --found.count;
+      return {};
+    }
+    return entries_.extract(handle);
+  }
+
+  node remove(const record* handle) requires(!counted_handle<record>) {
+    node removed = entries_.extract(handle);
+    if (!removed)
+      throw std::runtime_error(handle_traits<record>::unknown_message);
+    return removed;
+  }
+
+  template <typename visitor>
+  void for_each(visitor&& visit) const {
+    for (const auto& [handle, found] : entries_)
+      visit(handle, found);
+  }
+
+  void set_count(const record* handle, std::uint64_t count) requires counted_handle<record> {
+    counted(handle).count = count;
+  }
+
+private:
+  entry& counted(const record* handle) {
+    const auto found = entries_.find(handle);
+    if (found == entries_.end())
+      throw std::runtime_error("ABI type argument is not found.");
+    return found->second;
+  }
+
+  std::unordered_map<const void*, entry> entries_;
+};
+
+} // namespace oryn::tarva::library

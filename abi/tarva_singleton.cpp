@@ -1,0 +1,161 @@
+#include "abi/tarva_singleton.h"
+
+#include "abi/call_gate.h"
+#include "abi/device_detection.h"
+#include "abi/error_conversion.h"
+#include "base/logging.h"
+#include "ir/scheduler/ultra_naive_scheduler.h"
+#include "objects/library_device.h"
+#include "properties/device_catalogue.h"
+#include "properties/kernel_catalogue.h"
+#include "properties/program_catalogue.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+namespace oryn::tarva::library {
+
+namespace {
+
+constinit call_gate the_gate;
+
+// How long the end of the process waits for calls of other threads: enough for those that are about to
+// return, not for one that compiles a program.
+constexpr std::chrono::milliseconds PATIENCE_AT_EXIT{100};
+
+std::string compose_banner() {
+  const std::string dashes = std::string(59, '-') + '\n';
+  const std::string pluses = std::string(59, '+') + '\n';
+  const std::string bars = "|||      |||      |||      |||      |||      |||      |||  \n";
+  std::ostringstream banner;
+  banner << "\n\n";
+  for (int stripe = 0; stripe < 3; ++stripe)
+    banner << dashes << pluses << bars << dashes << bars << pluses;
+  banner << "\n\nTARVA HAS GONE PLAID!\n\nExperimental features are enabled for speed.\n";
+  return banner.str();
+}
+
+// Whatever the process does while it ends must be refused from here on: the library never came to be.
+[[noreturn]] void fail_to_start(const std::string& message) {
+  std::fprintf(stderr, "%s\n", message.c_str());
+  std::fflush(stderr);
+  the_gate.close();
+  std::exit(1);
+}
+
+// What the library uses at its end, or what a call may use until then, must be made before it, so that it
+// goes after it.
+void prepare_what_outlives_the_library() {
+  get_logger();
+  skerv::get_logger();
+  get_device_catalogue();
+  get_kernel_catalogue();
+  get_program_catalogue();
+}
+
+// Holds the library from its first call to the end of the process, or until it is unloaded.
+class library_holder {
+public:
+  library_holder() : process_(getpid()), library_(new tarva_singleton) {}
+  library_holder(const library_holder&) = delete;
+  library_holder& operator=(const library_holder&) = delete;
+
+  // A forked child has neither the threads of the library nor a right to its locks, so it leaves all as it
+  // is.
+  ~library_holder() {
+    if (getpid() != process_)
+      return;
+    the_gate.close();
+    the_gate.wait_until_idle(PATIENCE_AT_EXIT);
+    library_->shut_down();
+    // A call that is still inside, or that is itself ending the process, keeps the library.
+    if (the_gate.wait_until_idle(PATIENCE_AT_EXIT))
+      delete library_;
+  }
+
+  tarva_singleton& get() const { return *library_; }
+
+private:
+  const pid_t process_;
+  tarva_singleton* const library_;
+};
+
+} // namespace
+
+tarva_singleton& tarva_singleton::get_instance() {
+  static const library_holder holder;
+  return holder.get();
+}
+
+call_gate& tarva_singleton::get_call_gate() {
+  return the_gate;
+}
+
+tarva_singleton::tarva_singleton() {
+  log_info("Starting TARVA.");
+  try {
+    start();
+  } catch (const std::exception& exception) {
+    log_critical("Failed to initialize the TARVA library: {}", exception.what());
+    fail_to_start(std::string("Failed to initialize the TARVA library: ") + exception.what());
+  } catch (...) {
+    log_critical("Failed to initialize the TARVA library.");
+    fail_to_start("Failed to initialize the TARVA library.");
+  }
+}
+
+void tarva_singleton::start() {
+  prepare_what_outlives_the_library();
+  log_info("Begin initialization of TARVA.");
+  if (std::getenv("TARVA_LUDICROUS_SPEED_GO"))
+    log_info("{}", compose_banner());
+  devices_ = detect_devices();
+  initialize_devices();
+  log_info("Creating the TARVA scheduler.");
+  scheduler_ = std::make_shared<ultra_naive_scheduler>([this] { return devices_; });
+  log_info("Initialization of TARVA complete.");
+}
+
+void tarva_singleton::initialize_devices() {
+  log_info("Initializing devices....");
+  for (std::size_t index = 0; index < devices_.size(); ++index) {
+    log_info("Initializing device {} of {}.", index + 1, devices_.size());
+    devices_[index]->initialize();
+  }
+  log_info("Device initialization complete.");
+}
+
+void tarva_singleton::shut_down() noexcept {
+  try {
+    bridge_.teardown();
+    release_devices();
+  } catch (...) {
+    // The rest goes with the process.
+  }
+}
+
+void tarva_singleton::release_devices() {
+  log_info("Releasing devices....");
+  for (std::size_t index = 0; index < devices_.size(); ++index) {
+    log_info("Releasing device {} of {}.", index + 1, devices_.size());
+    const long use_count = devices_[index].use_count();
+    if (use_count != 1) {
+      log_warning(
+          "Current internal reference count of device {} is {}, but we expected a reference count of 1.",
+          index, use_count);
+    }
+    devices_[index]->release();
+  }
+  log_info("Device release complete.");
+  log_info("TARVA has shutdown.");
+}
+
+std::pair<tarva_abi_result, tarva_abi_error_s*>
+tarva_singleton::convert_exception(const std::exception_ptr& exception) noexcept {
+  return library::convert_exception(bridge_, exception);
+}
+
+} // namespace oryn::tarva::library

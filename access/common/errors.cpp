@@ -1,0 +1,45 @@
+#include "access/common/errors.h"
+
+#include <array>
+#include <cstddef>
+#include <utility>
+
+namespace oryn::skerv::common {
+namespace {
+
+using thrower = void (*)();
+
+template <std::int32_t Status>
+[[noreturn]] void throw_class() {
+  throw status_error<Status>();
+}
+
+template <std::size_t... Index>
+constexpr std::array<thrower, sizeof...(Index)> make_throwers(std::index_sequence<Index...>) {
+  return {&throw_class<status_table[Index].status>...};
+}
+
+constexpr auto throwers = make_throwers(std::make_index_sequence<status_table.size()>());
+
+} // namespace
+
+std::string status_message(std::int32_t status) {
+  if (status == 0)
+    return "Success.";
+  const std::size_t index = status_index(status);
+  return index < status_table.size() ? status_table[index].message : "Unknown error.";
+}
+
+void throw_status(std::int32_t status) {
+  const std::size_t index = status_index(status);
+  if (index < throwers.size())
+    throwers[index]();
+  throw unknown_opencl_error(status);
+}
+
+void check_release_status(std::int32_t status) {
+  if (status != 0)
+    throw bad_implementation("OpenCL release operations should never fail.  Complain to your vendor.");
+}
+
+} // namespace oryn::skerv::common

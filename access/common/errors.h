@@ -1,0 +1,100 @@
+// One exception class for each status of the OpenCL standard, and what turns a status into it.
+#pragma once
+
+#include "access/common/error_classes.h"
+#include "access/common/status_table.h"
+
+#include <cstdint>
+#include <string>
+#include <type_traits>
+
+namespace oryn::skerv::common {
+
+// The text of `status`: "Success." for 0, and "Unknown error." for one that the standard does not name.
+std::string status_message(std::int32_t status);
+
+[[noreturn]] void throw_status(std::int32_t status);
+
+// Returns if `status` is 0, else throws the exception class of `status`.
+inline void check_status(std::int32_t status) {
+  if (status != 0)
+    throw_status(status);
+}
+
+// For the commands that give up a reference: these have no reason to fail.
+void check_release_status(std::int32_t status);
+
+template <std::int32_t Status>
+using status_base = std::conditional_t<status_table[status_index(Status)].base == error_base::runtime,
+                                       runtime_error, logic_error>;
+
+template <std::int32_t Status>
+class status_error : public status_base<Status> {
+public:
+  status_error() : status_base<Status>(status_message(Status), Status) {}
+};
+
+using device_not_found = status_error<-1>;
+using device_not_available = status_error<-2>;
+using compiler_not_available = status_error<-3>;
+using mem_object_allocation_failure = status_error<-4>;
+using out_of_resources = status_error<-5>;
+using out_of_host_memory = status_error<-6>;
+using profiling_info_not_available = status_error<-7>;
+using mem_copy_overlap = status_error<-8>;
+using image_format_mismatch = status_error<-9>;
+using image_format_not_supported = status_error<-10>;
+using build_program_failure = status_error<-11>;
+using map_failure = status_error<-12>;
+using misaligned_sub_buffer_offset = status_error<-13>;
+using exec_status_error_for_events_in_wait_list = status_error<-14>;
+using compile_program_failure = status_error<-15>;
+using linker_not_available = status_error<-16>;
+using link_program_failure = status_error<-17>;
+using device_partition_failed = status_error<-18>;
+using kernel_arg_info_not_available = status_error<-19>;
+using invalid_value = status_error<-30>;
+using invalid_device_type = status_error<-31>;
+using invalid_platform = status_error<-32>;
+using invalid_device = status_error<-33>;
+using invalid_context = status_error<-34>;
+using invalid_queue_properties = status_error<-35>;
+using invalid_command_queue = status_error<-36>;
+using invalid_host_ptr = status_error<-37>;
+using invalid_mem_object = status_error<-38>;
+using invalid_image_format_descriptor = status_error<-39>;
+using invalid_image_size = status_error<-40>;
+using invalid_sampler = status_error<-41>;
+using invalid_binary = status_error<-42>;
+using invalid_build_options = status_error<-43>;
+using invalid_program = status_error<-44>;
+using invalid_program_executable = status_error<-45>;
+using invalid_kernel_name = status_error<-46>;
+using invalid_kernel_definition = status_error<-47>;
+using invalid_kernel = status_error<-48>;
+using invalid_arg_index = status_error<-49>;
+using invalid_arg_value = status_error<-50>;
+using invalid_arg_size = status_error<-51>;
+using invalid_kernel_args = status_error<-52>;
+using invalid_work_dimension = status_error<-53>;
+using invalid_work_group_size = status_error<-54>;
+using invalid_work_item_size = status_error<-55>;
+using invalid_global_offset = status_error<-56>;
+using invalid_event_wait_list = status_error<-57>;
+using invalid_event = status_error<-58>;
+using invalid_operation = status_error<-59>;
+using invalid_gl_object = status_error<-60>;
+using invalid_buffer_size = status_error<-61>;
+using invalid_mip_level = status_error<-62>;
+using invalid_global_work_size = status_error<-63>;
+using invalid_property = status_error<-64>;
+using invalid_image_descriptor = status_error<-65>;
+using invalid_compiler_options = status_error<-66>;
+using invalid_linker_options = status_error<-67>;
+using invalid_device_partition_count = status_error<-68>;
+using invalid_pipe_size = status_error<-69>;
+using invalid_device_queue = status_error<-70>;
+using invalid_spec_id = status_error<-71>;
+using max_size_restriction_exceeded = status_error<-72>;
+
+} // namespace oryn::skerv::common

@@ -1,0 +1,19 @@
+// The lists that OpenCL packs into one string.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace oryn::skerv::common {
+
+// Neither of the two yields an empty string.
+std::vector<std::string> split_on_whitespace(std::string_view text);
+std::vector<std::string> split_on_semicolon(std::string_view text);
+
+std::string join_with_semicolon(const std::vector<std::string>& list);
+
+// True if an element of `list` is `name`, or the beginning of it, whatever the case of the letters.
+bool has_extension(const std::vector<std::string>& list, std::string_view name);
+
+} // namespace oryn::skerv::common

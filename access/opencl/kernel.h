@@ -1,0 +1,134 @@
+#pragma once
+
+#include "access/common/opencl_constants.h"
+#include "access/opencl/device.h"
+#include "access/opencl/memory_object.h"
+#include "access/opencl/opencl_handle.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace oryn::skerv::opencl {
+
+template <version V>
+class program;
+
+template <version V>
+class kernel : public opencl_handle<V, kernel_kind> {
+public:
+  // Takes over the reference that the create command returned.
+  kernel(common::call_handle call_handle, void* handle) noexcept
+      : opencl_handle<V, kernel_kind>(std::move(call_handle), handle) {}
+
+  std::string get_function_name() const;
+  std::uint32_t get_num_args() const;
+  template <version W = V>
+  std::vector<std::string> get_attributes() const requires(version_traits<W>::has_kernel_attributes);
+
+  // To use the result include access/opencl/program.h.
+  program<V> get_program() const;
+
+  std::uint64_t get_work_group_size(const device<V>& device) const {
+    return get_number(common::cl::kernel_work_group_size, device);
+  }
+  template <version W = V>
+  std::uint64_t get_preferred_work_group_size_multiple(const device<V>& device) const
+      requires(version_traits<W>::has_work_group_size_multiple) {
+    return get_number(common::cl::kernel_preferred_work_group_size_multiple, device);
+  }
+  std::array<std::uint64_t, 3> get_compile_work_group_size(const device<V>& device) const {
+    return get_sizes(common::cl::kernel_compile_work_group_size, device);
+  }
+  template <version W = V>
+  std::array<std::uint64_t, 3> get_global_work_size(const device<V>& device) const
+      requires(version_traits<W>::has_kernel_global_work_size) {
+    return get_sizes(common::cl::kernel_global_work_size, device);
+  }
+
+  // A fresh kernel of the same program and name. The arguments do not carry over.
+  kernel clone() const;
+
+  // A memory argument without memory.
+  void set_null_argument(std::uint32_t index) { set_argument(index, sizeof(void*), nullptr); }
+  // Local memory of `size` bytes.
+  void set_local_argument(std::uint32_t index, std::size_t size) { set_argument(index, size, nullptr); }
+  void set_memory_argument(std::uint32_t index, const memory_object<V>& memory) {
+    void* const handle = memory.get_handle();
+    set_argument(index, sizeof(handle), &handle);
+  }
+  void set_value_argument(std::uint32_t index, std::size_t size, const void* value) {
+    set_argument(index, size, value);
+  }
+
+private:
+  std::uint64_t get_number(std::uint32_t parameter, const device<V>& device) const;
+  std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter, const device<V>& device) const;
+  void set_argument(std::uint32_t index, std::size_t size, const void* value);
+
+  common::info_query<qv::operation::get_kernel_info> info(std::uint32_t parameter) const {
+    return this->template query<qv::operation::get_kernel_info>(parameter);
+  }
+};
+
+template <version V>
+std::string kernel<V>::get_function_name() const {
+  return common::get_string_info(info(common::cl::kernel_function_name));
+}
+
+template <version V>
+std::uint32_t kernel<V>::get_num_args() const {
+  return common::get_scalar_info<std::uint32_t>(info(common::cl::kernel_num_args));
+}
+
+template <version V>
+template <version W>
+std::vector<std::string> kernel<V>::get_attributes() const
+    requires(version_traits<W>::has_kernel_attributes) {
+  return common::split_on_whitespace(common::get_string_info(info(common::cl::kernel_attributes)));
+}
+
+template <version V>
+program<V> kernel<V>::get_program() const {
+  void* const handle = common::get_scalar_info<void*>(info(common::cl::kernel_program));
+  return {this->get_call_handle(), handle, from_query};
+}
+
+template <version V>
+kernel<V> kernel<V>::clone() const {
+  return get_program().create_kernel(get_function_name());
+}
+
+template <version V>
+std::uint64_t kernel<V>::get_number(std::uint32_t parameter, const device<V>& device) const {
+  return common::get_scalar_info<std::uint64_t>(
+      this->template query<qv::operation::get_kernel_work_group_info>(parameter, device.get_handle()));
+}
+
+template <version V>
+std::array<std::uint64_t, 3> kernel<V>::get_sizes(std::uint32_t parameter, const device<V>& device) const {
+  return common::get_fixed_array_info<std::uint64_t, 3>(
+      this->template query<qv::operation::get_kernel_work_group_info>(parameter, device.get_handle()));
+}
+
+template <version V>
+void kernel<V>::set_argument(std::uint32_t index, std::size_t size, const void* value) {
+  qv::set_kernel_arg_record record{};
+  record.kernel = this->get_handle();
+  record.arg_index = index;
+  record.arg_size = size;
+  record.arg_value = value;
+  call<V, qv::operation::set_kernel_arg>(this->get_call_handle(), record);
+}
+
+extern template class kernel<version::v1_0>;
+extern template class kernel<version::v1_1>;
+extern template class kernel<version::v1_2>;
+extern template class kernel<version::v2_0>;
+extern template class kernel<version::v2_1>;
+extern template class kernel<version::v2_2>;
+
+} // namespace oryn::skerv::opencl

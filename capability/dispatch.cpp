@@ -1,0 +1,117 @@
+#include "capability/dispatch.h"
+
+namespace qv {
+namespace {
+
+struct command_entry {
+  operation op;
+  command performer;
+};
+
+template <operation Op, void (*Function)(const root_device&, record<Op>&)>
+constexpr command_entry perform(bool releases = false) {
+  const executor run = [](const root_device& device, void* block) {
+    Function(device, *static_cast<record<Op>*>(block));
+  };
+  return {Op, {run, releases}};
+}
+
+// Operations that are one call with the object alone.
+template <operation Op, auto Member, typename Object>
+constexpr command_entry call_with_object(bool releases = false) {
+  const executor run = [](const root_device& device, void* block) {
+    auto& fields = *static_cast<record<Op>*>(block);
+    fields.status = call_or_refuse(device.cl.*Member, static_cast<Object>(fields.object));
+  };
+  return {Op, {run, releases}};
+}
+
+// Queries of one object.
+template <operation Op, auto Member, typename Object>
+constexpr command_entry query() {
+  const executor run = [](const root_device& device, void* block) {
+    auto& fields = *static_cast<record<Op>*>(block);
+    fields.status = call_or_refuse(device.cl.*Member, static_cast<Object>(fields.object), fields.param_name,
+                                   fields.param_value_size, fields.param_value, fields.param_value_size_ret);
+  };
+  return {Op, {run}};
+}
+
+// Queries of one object and one device.
+template <operation Op, auto Member, typename Object>
+constexpr command_entry query_for_device() {
+  const executor run = [](const root_device& device, void* block) {
+    auto& fields = *static_cast<record<Op>*>(block);
+    fields.status = call_or_refuse(device.cl.*Member, static_cast<Object>(fields.object),
+                                   static_cast<cl_device_id>(fields.device), fields.param_name,
+                                   fields.param_value_size, fields.param_value, fields.param_value_size_ret);
+  };
+  return {Op, {run}};
+}
+
+using cl = opencl_functions;
+using op = operation;
+constexpr bool is_release = true;
+
+constexpr std::array entries{
+    perform<op::build_program, build_program>(),
+    perform<op::create_buffer, create_buffer>(),
+    perform<op::create_command_queue, create_command_queue>(),
+    perform<op::create_command_queue_with_properties, create_command_queue_with_properties>(),
+    perform<op::create_context, create_context>(),
+    perform<op::create_kernels_in_program, create_kernels_in_program>(),
+    perform<op::create_kernel, create_kernel>(),
+    perform<op::create_program_with_binary, create_program_with_binary>(),
+    perform<op::create_program_with_builtin_kernels, create_program_with_builtin_kernels>(),
+    perform<op::create_program_with_source, create_program_with_source>(),
+    perform<op::create_program_with_il, create_program_with_il>(),
+    perform<op::enqueue_copy_buffer, enqueue_copy_buffer>(),
+    perform<op::enqueue_fill_buffer, enqueue_fill_buffer>(),
+    perform<op::enqueue_nd_range_kernel, enqueue_nd_range_kernel>(),
+    perform<op::enqueue_read_buffer, enqueue_read_buffer>(),
+    perform<op::enqueue_write_buffer, enqueue_write_buffer>(),
+    call_with_object<op::finish, &cl::finish, cl_command_queue>(),
+    perform<op::device_of_handle, device_of_handle>(),
+    perform<op::get_context_info, get_context_info>(),
+    perform<op::get_device_info, get_device_info>(),
+    query<op::get_event_info, &cl::get_event_info, cl_event>(),
+    query<op::get_event_profiling_info, &cl::get_event_profiling_info, cl_event>(),
+    perform<op::get_extension_function_address_for_platform, get_extension_function_address>(),
+    perform<op::get_kernel_info, get_kernel_info>(),
+    query_for_device<op::get_kernel_work_group_info, &cl::get_kernel_work_group_info, cl_kernel>(),
+    query_for_device<op::get_program_build_info, &cl::get_program_build_info, cl_program>(),
+    query<op::get_program_info, &cl::get_program_info, cl_program>(),
+    call_with_object<op::release_command_queue, &cl::release_command_queue, cl_command_queue>(is_release),
+    call_with_object<op::release_context, &cl::release_context, cl_context>(is_release),
+    perform<op::release_device, release_device>(is_release),
+    call_with_object<op::release_event, &cl::release_event, cl_event>(is_release),
+    call_with_object<op::release_kernel, &cl::release_kernel, cl_kernel>(is_release),
+    call_with_object<op::release_mem_object, &cl::release_mem_object, cl_mem>(is_release),
+    call_with_object<op::release_program, &cl::release_program, cl_program>(is_release),
+    call_with_object<op::retain_context, &cl::retain_context, cl_context>(),
+    perform<op::retain_device, retain_device>(),
+    call_with_object<op::retain_event, &cl::retain_event, cl_event>(),
+    call_with_object<op::retain_program, &cl::retain_program, cl_program>(),
+    perform<op::set_kernel_arg, set_kernel_arg>(),
+    perform<op::set_program_specialization_constant, set_program_specialization_constant>(),
+};
+static_assert(entries.size() == operation_count);
+
+constexpr std::array<command_array, capability_count> arrange_by_number() {
+  std::array<command_array, capability_count> commands{};
+  for (std::uint32_t capability = 1; capability <= capability_count; ++capability)
+    for (const command_entry& entry : entries)
+      if (const std::uint64_t number = command_number(entry.op, capability); number != 0)
+        commands[capability - 1][number] = entry.performer;
+  return commands;
+}
+
+constexpr std::array<command_array, capability_count> commands_by_number = arrange_by_number();
+
+} // namespace
+
+const command_array& commands_of_capability(std::uint32_t capability) {
+  return commands_by_number[capability - 1];
+}
+
+} // namespace qv

@@ -1,0 +1,86 @@
+#include "capability/executor.h"
+
+#include <algorithm>
+
+namespace qv {
+namespace {
+
+template <typename Record>
+cl_command_queue queue_of(const Record& record) {
+  return static_cast<cl_command_queue>(record.command_queue);
+}
+
+template <typename Record>
+const cl_event* wait_list_of(const Record& record) {
+  return reinterpret_cast<const cl_event*>(record.event_wait_list);
+}
+
+template <typename Record>
+cl_event* event_of(const Record& record) {
+  return reinterpret_cast<cl_event*>(record.event);
+}
+
+template <typename Function>
+void transfer(Function* function, enqueue_transfer_buffer_record& record) {
+  record.status = call_or_refuse(function, queue_of(record), static_cast<cl_mem>(record.buffer),
+                                 record.blocking, record.offset, record.size, record.ptr,
+                                 record.num_events_in_wait_list, wait_list_of(record), event_of(record));
+}
+
+// Sizes of zero end the process on some devices.
+cl_uint count_zeros(const std::size_t* sizes, cl_uint dimensions) {
+  return static_cast<cl_uint>(std::count(sizes, sizes + dimensions, std::size_t{0}));
+}
+
+} // namespace
+
+void enqueue_read_buffer(const root_device& device, enqueue_transfer_buffer_record& record) {
+  transfer(device.cl.enqueue_read_buffer, record);
+}
+
+void enqueue_write_buffer(const root_device& device, enqueue_transfer_buffer_record& record) {
+  transfer(device.cl.enqueue_write_buffer, record);
+}
+
+void enqueue_copy_buffer(const root_device& device, enqueue_copy_buffer_record& record) {
+  record.status =
+      call_or_refuse(device.cl.enqueue_copy_buffer, queue_of(record), static_cast<cl_mem>(record.src_buffer),
+                     static_cast<cl_mem>(record.dst_buffer), record.src_offset, record.dst_offset,
+                     record.size, record.num_events_in_wait_list, wait_list_of(record), event_of(record));
+}
+
+void enqueue_fill_buffer(const root_device& device, enqueue_fill_buffer_record& record) {
+  record.status =
+      call_or_refuse(device.cl.enqueue_fill_buffer, queue_of(record), static_cast<cl_mem>(record.buffer),
+                     record.pattern, record.pattern_size, record.offset, record.size,
+                     record.num_events_in_wait_list, wait_list_of(record), event_of(record));
+}
+
+void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_record& record) {
+  const cl_uint dimensions = record.work_dim;
+  if (dimensions < 1 || dimensions > 3) {
+    record.status = CL_INVALID_WORK_DIMENSION;
+    return;
+  }
+  if (record.global_work_size == nullptr) {
+    record.status = CL_INVALID_GLOBAL_WORK_SIZE;
+    return;
+  }
+  // All zeros leave the choice to the device.
+  const std::size_t* local_size = record.local_work_size;
+  if (local_size != nullptr) {
+    const cl_uint zeros = count_zeros(local_size, dimensions);
+    if (zeros == dimensions) {
+      local_size = nullptr;
+    } else if (zeros != 0) {
+      record.status = CL_INVALID_WORK_GROUP_SIZE;
+      return;
+    }
+  }
+  record.status = call_or_refuse(device.cl.enqueue_nd_range_kernel, queue_of(record),
+                                 static_cast<cl_kernel>(record.kernel), dimensions, record.global_work_offset,
+                                 record.global_work_size, local_size, record.num_events_in_wait_list,
+                                 wait_list_of(record), event_of(record));
+}
+
+} // namespace qv

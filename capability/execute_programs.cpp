@@ -1,0 +1,80 @@
+#include "capability/device_binary.h"
+#include "capability/executor.h"
+
+#include <algorithm>
+
+namespace qv {
+namespace {
+
+template <typename Record>
+bool refuse(Record& record, cl_int status) {
+  record.result = nullptr;
+  record.status = status;
+  return true;
+}
+
+// True if the binaries were refused. All binaries of a program are for devices of one implementation.
+bool refuse_harmful_binaries(const implementation_faults& faults, create_program_with_binary_record& record) {
+  if (record.num_devices == 0 || record.device_list == nullptr || record.lengths == nullptr ||
+      record.binaries == nullptr)
+    return refuse(record, CL_INVALID_VALUE);
+  for (cl_uint i = 0; i < record.num_devices; ++i) {
+    if (record.lengths[i] == 0 || record.binaries[i] == nullptr)
+      return refuse(record, CL_INVALID_VALUE);
+    if (is_harmless_binary(faults, record.binaries[i], record.lengths[i]))
+      continue;
+    if (record.binary_status != nullptr)
+      std::fill_n(record.binary_status, record.num_devices, CL_INVALID_BINARY);
+    return refuse(record, CL_INVALID_BINARY);
+  }
+  return false;
+}
+
+} // namespace
+
+void create_program_with_source(const root_device& device, create_program_with_source_record& record) {
+  // OpenCL's own prototype wants strings that it could write to, and leaves them alone.
+  create_or_refuse(record, device.cl.create_program_with_source, static_cast<cl_context>(record.context),
+                   record.count, const_cast<const char**>(record.strings), record.lengths);
+}
+
+void create_program_with_binary(const root_device& device, create_program_with_binary_record& record) {
+  if (refuse_harmful_binaries(device.faults, record))
+    return;
+  create_or_refuse(record, device.cl.create_program_with_binary, static_cast<cl_context>(record.context),
+                   record.num_devices, device_array(record.device_list), record.lengths,
+                   const_cast<const unsigned char**>(record.binaries), record.binary_status);
+}
+
+void create_program_with_builtin_kernels(const root_device& device,
+                                         create_program_with_builtin_kernels_record& record) {
+  // Some implementations end the process when there is no name.
+  if (record.kernel_names == nullptr || record.kernel_names[0] == '\0') {
+    refuse(record, CL_INVALID_VALUE);
+    return;
+  }
+  create_or_refuse(record, device.cl.create_program_with_builtin_kernels,
+                   static_cast<cl_context>(record.context), record.num_devices,
+                   device_array(record.device_list), record.kernel_names);
+}
+
+void create_program_with_il(const root_device& device, create_program_with_il_record& record) {
+  create_or_refuse(record, device.cl.create_program_with_il, static_cast<cl_context>(record.context),
+                   record.il, record.length);
+}
+
+void set_program_specialization_constant(const root_device& device,
+                                         set_program_specialization_constant_record& record) {
+  record.status =
+      call_or_refuse(device.cl.set_program_specialization_constant, static_cast<cl_program>(record.program),
+                     record.spec_id, record.spec_size, record.spec_value);
+}
+
+void build_program(const root_device& device, build_program_record& record) {
+  using opencl_callback = void(CL_CALLBACK*)(cl_program, void*);
+  record.status = call_or_refuse(device.cl.build_program, static_cast<cl_program>(record.program),
+                                 record.num_devices, device_array(record.device_list), record.options,
+                                 reinterpret_cast<opencl_callback>(record.pfn_notify), record.user_data);
+}
+
+} // namespace qv

@@ -1,0 +1,92 @@
+#include "capability/machine.h"
+
+#include <cstdlib>
+#include <mutex>
+
+namespace qv {
+namespace {
+
+// The machine is looked at once, by the first call that asks for it. It has to outlive every open handle,
+// also in a process that ends without closing them, so it is freed only if there is none.
+std::mutex machine_lock;
+const machine* the_machine = nullptr;
+bool has_ended = false;
+
+struct machine_end {
+  ~machine_end() {
+    const std::lock_guard guard(machine_lock);
+    if (any_call_handle_open())
+      return;
+    delete the_machine;
+    the_machine = nullptr;
+    has_ended = true;
+  }
+};
+
+// Null if the process is past its end. With the lock held.
+const machine* find_machine() {
+  static const machine_end end;
+  if (the_machine == nullptr && !has_ended)
+    the_machine = new machine(look_at_machine(opencl_loader_name, std::getenv("QV_OPENCL_VERSIONS")));
+  return the_machine;
+}
+
+// Puts a question to the machine. Nothing thrown leaves here.
+template <typename Question>
+std::int32_t ask_machine(Question question) noexcept {
+  try {
+    const std::lock_guard guard(machine_lock);
+    const machine* found = find_machine();
+    return found == nullptr ? QV_UNRECOVERABLE_ERROR : question(*found);
+  } catch (...) {
+    return QV_UNRECOVERABLE_ERROR;
+  }
+}
+
+} // namespace
+} // namespace qv
+
+#define QV_EXPORT __attribute__((visibility("default")))
+
+extern "C" {
+
+QV_EXPORT uint64_t qv_version(void) {
+  return QV_VERSION;
+}
+
+QV_EXPORT int32_t qv_get_root_devices(uint64_t count, uint64_t* array, uint64_t* out_count, uint64_t) {
+  return qv::ask_machine(
+      [=](const qv::machine& machine) { return machine.get_root_devices(count, array, out_count); });
+}
+
+QV_EXPORT int32_t qv_find_capability_nodes(uint64_t root, uint64_t capability_id, uint64_t count,
+                                           uint64_t* array, uint64_t* out_count, uint64_t) {
+  return qv::ask_machine([=](const qv::machine& machine) {
+    return machine.find_capability_nodes(root, capability_id, count, array, out_count);
+  });
+}
+
+QV_EXPORT int32_t qv_create_call_handle(uint64_t root, uint64_t node, qv_call_handle** out_handle, uint64_t) {
+  return qv::ask_machine(
+      [=](const qv::machine& machine) { return machine.create_call_handle(root, node, out_handle); });
+}
+
+QV_EXPORT int32_t qv_close_call_handle(qv_call_handle* handle) {
+  try {
+    return handle == nullptr || qv::close_call_handle(handle) ? QV_OK : QV_UNRECOVERABLE_ERROR;
+  } catch (...) {
+    return QV_UNRECOVERABLE_ERROR;
+  }
+}
+
+QV_EXPORT int32_t qv_call_capability(qv_call_handle* handle, uint64_t command_id, void* record, uint64_t) {
+  const qv::binding* bound = qv::find_binding(handle);
+  if (bound == nullptr)
+    return QV_UNRECOVERABLE_ERROR;
+  try {
+    return qv::call_command(*bound, command_id, record);
+  } catch (...) {
+    return QV_UNRECOVERABLE_ERROR;
+  }
+}
+}

@@ -1,0 +1,20 @@
+#include "capability/implementation_faults.h"
+
+namespace qv {
+
+implementation_faults faults_of_platform(std::string_view platform_name) {
+  implementation_faults faults;
+  if (platform_name == "Oclgrind") {
+    faults.uses_ended_thread_locals = true;
+    faults.reads_null_value_arguments = true;
+    faults.kernel_attributes_dangle = true;
+  } else if (platform_name == "Portable Computing Language") {
+    faults.asserts_on_large_local_arguments = true;
+    faults.asserts_on_truncated_binaries = true;
+  } else if (platform_name == "rusticl") {
+    faults.aborts_on_foreign_binaries = true;
+  }
+  return faults;
+}
+
+} // namespace qv

@@ -1,0 +1,103 @@
+#include "capability/opencl_functions.h"
+
+#include <dlfcn.h>
+
+namespace qv {
+namespace {
+
+struct resolver {
+  void* library;
+
+  template <typename Function>
+  void operator()(const char* name, Function*& function) const {
+    function = reinterpret_cast<Function*>(dlsym(library, name));
+  }
+};
+
+void resolve_devices_and_queues(const resolver& resolve, opencl_functions& functions) {
+  resolve("clGetPlatformIDs", functions.get_platform_ids);
+  resolve("clGetPlatformInfo", functions.get_platform_info);
+  resolve("clGetDeviceIDs", functions.get_device_ids);
+  resolve("clGetDeviceInfo", functions.get_device_info);
+  resolve("clRetainDevice", functions.retain_device);
+  resolve("clReleaseDevice", functions.release_device);
+  resolve("clCreateContext", functions.create_context);
+  resolve("clGetContextInfo", functions.get_context_info);
+  resolve("clRetainContext", functions.retain_context);
+  resolve("clReleaseContext", functions.release_context);
+  resolve("clCreateCommandQueue", functions.create_command_queue);
+  resolve("clCreateCommandQueueWithProperties", functions.create_command_queue_with_properties);
+  resolve("clReleaseCommandQueue", functions.release_command_queue);
+  resolve("clFinish", functions.finish);
+}
+
+void resolve_memory_and_events(const resolver& resolve, opencl_functions& functions) {
+  resolve("clCreateBuffer", functions.create_buffer);
+  resolve("clReleaseMemObject", functions.release_mem_object);
+  resolve("clEnqueueReadBuffer", functions.enqueue_read_buffer);
+  resolve("clEnqueueWriteBuffer", functions.enqueue_write_buffer);
+  resolve("clEnqueueCopyBuffer", functions.enqueue_copy_buffer);
+  resolve("clEnqueueFillBuffer", functions.enqueue_fill_buffer);
+  resolve("clEnqueueNDRangeKernel", functions.enqueue_nd_range_kernel);
+  resolve("clGetEventInfo", functions.get_event_info);
+  resolve("clGetEventProfilingInfo", functions.get_event_profiling_info);
+  resolve("clRetainEvent", functions.retain_event);
+  resolve("clReleaseEvent", functions.release_event);
+}
+
+void resolve_programs_and_kernels(const resolver& resolve, opencl_functions& functions) {
+  resolve("clCreateProgramWithSource", functions.create_program_with_source);
+  resolve("clCreateProgramWithBinary", functions.create_program_with_binary);
+  resolve("clCreateProgramWithBuiltInKernels", functions.create_program_with_builtin_kernels);
+  resolve("clCreateProgramWithIL", functions.create_program_with_il);
+  resolve("clSetProgramSpecializationConstant", functions.set_program_specialization_constant);
+  resolve("clBuildProgram", functions.build_program);
+  resolve("clGetProgramInfo", functions.get_program_info);
+  resolve("clGetProgramBuildInfo", functions.get_program_build_info);
+  resolve("clRetainProgram", functions.retain_program);
+  resolve("clReleaseProgram", functions.release_program);
+  resolve("clGetExtensionFunctionAddressForPlatform", functions.get_extension_function_address);
+  resolve("clCreateKernel", functions.create_kernel);
+  resolve("clCreateKernelsInProgram", functions.create_kernels_in_program);
+  resolve("clSetKernelArg", functions.set_kernel_arg);
+  resolve("clGetKernelInfo", functions.get_kernel_info);
+  resolve("clGetKernelArgInfo", functions.get_kernel_arg_info);
+  resolve("clGetKernelWorkGroupInfo", functions.get_kernel_work_group_info);
+  resolve("clReleaseKernel", functions.release_kernel);
+}
+
+} // namespace
+
+std::optional<opencl_functions> load_opencl_functions(const char* library) {
+  // Local: in the global scope some implementations would bind their own entry points to the loader's.
+  void* handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
+  if (handle == nullptr)
+    return std::nullopt;
+
+  opencl_functions functions;
+  const resolver resolve{handle};
+  resolve_devices_and_queues(resolve, functions);
+  resolve_memory_and_events(resolve, functions);
+  resolve_programs_and_kernels(resolve, functions);
+  return functions;
+}
+
+opencl_functions functions_of_platform(opencl_functions functions, opencl_version version) {
+  if (version < opencl_version{1, 2}) {
+    functions.retain_device = nullptr;
+    functions.release_device = nullptr;
+    functions.enqueue_fill_buffer = nullptr;
+    functions.create_program_with_builtin_kernels = nullptr;
+    functions.get_extension_function_address = nullptr;
+    functions.get_kernel_arg_info = nullptr;
+  }
+  if (version < opencl_version{2, 0})
+    functions.create_command_queue_with_properties = nullptr;
+  if (version < opencl_version{2, 1})
+    functions.create_program_with_il = nullptr;
+  if (version < opencl_version{2, 2})
+    functions.set_program_specialization_constant = nullptr;
+  return functions;
+}
+
+} // namespace qv

@@ -1,0 +1,23 @@
+#include "capability/thread_end.h"
+
+namespace qv {
+namespace {
+
+// Plain, so that it can be read when the objects are gone.
+thread_local bool ended = false;
+
+struct end_marker {
+  bool alive = false;
+  ~end_marker() { ended = true; }
+};
+thread_local end_marker marker;
+
+} // namespace
+
+bool thread_locals_have_ended() noexcept {
+  if (!ended)
+    marker.alive = true; // the first touch registers the destructor
+  return ended;
+}
+
+} // namespace qv

@@ -1,0 +1,51 @@
+# Language, warnings, visibility and sanitizers of every target of this project.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# The libraries find each other beside themselves, but LD_LIBRARY_PATH goes first (a run path, not an rpath), so
+# that another capability library can take the place of ours.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_INSTALL_RPATH $ORIGIN)
+add_link_options(LINKER:--enable-new-dtags)
+
+add_library(tarva_settings INTERFACE)
+target_compile_options(tarva_settings INTERFACE -Wall -Wextra -Wpedantic)
+if(TARVA_WERROR)
+  target_compile_options(tarva_settings INTERFACE -Werror)
+endif()
+
+# Unique symbols would keep a library loaded after dlclose.
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fno-gnu-unique TARVA_HAS_NO_GNU_UNIQUE)
+if(TARVA_HAS_NO_GNU_UNIQUE)
+  target_compile_options(tarva_settings INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
+
+if(TARVA_SANITIZE)
+  add_compile_options(-fsanitize=${TARVA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=${TARVA_SANITIZE})
+endif()
+
+# Gives the shared library `target` its version script and refuses symbols that nothing it links defines.
+function(tarva_export_only target map)
+  target_link_options(${target} PRIVATE LINKER:--version-script=${map})
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
+  # Clang leaves the sanitizer runtime to the executable, so there the library has open symbols.
+  if(NOT (TARVA_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang))
+    target_link_options(${target} PRIVATE LINKER:--no-undefined)
+  endif()
+endfunction()

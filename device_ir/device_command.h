@@ -1,0 +1,47 @@
+#pragma once
+
+#include "base/completion_state.h"
+#include "ir/physical/physical_operation.h"
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+
+namespace oryn::tarva::library::device_ir {
+
+// The unit of execution: one step that a work dispatcher carries out for one physical operation, to which it
+// reports its end. Driven by the dispatcher's thread alone.
+class device_command : public std::enable_shared_from_this<device_command> {
+public:
+  explicit device_command(std::shared_ptr<physical_ir::physical_operation> operation);
+  virtual ~device_command();
+  device_command(const device_command&) = delete;
+  device_command& operator=(const device_command&) = delete;
+
+  virtual std::string to_string() const = 0;
+
+  const std::shared_ptr<physical_ir::physical_operation>& get_physical_operation() const {
+    return operation_;
+  }
+  // The error with which another command of the same request has failed, if one has.
+  std::exception_ptr get_request_error() const { return operation_->get_logical_operation()->get_error(); }
+
+  void set_submitted() { state_.set_submitted(); }
+  void set_complete();
+  void set_error(const std::exception_ptr& error);
+  // Ends a command that will never run: marks it as submitted if nobody has, and fails it.
+  void abandon(const std::exception_ptr& error) noexcept;
+
+  void enable_profiling() { state_.enable_profiling(); }
+  bool is_profiling_enabled() const { return state_.is_profiling_enabled(); }
+  void set_elapsed_time(std::uint64_t nanoseconds);
+
+private:
+  void report_end();
+
+  completion_state state_;
+  const std::shared_ptr<physical_ir::physical_operation> operation_;
+};
+
+} // namespace oryn::tarva::library::device_ir

@@ -1,0 +1,106 @@
+#include "device_ir/dispatch_operations.h"
+
+#include "device_ir/opencl/generate_device_command_sequence.h"
+#include "objects/opencl/opencl_device.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace oryn::tarva::library {
+
+namespace {
+
+using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
+using command_pointer = std::shared_ptr<device_ir::device_command>;
+using command_graph = dag<command_pointer>;
+using command_sequence = std::vector<command_pointer>;
+using sequence_generator = command_sequence (*)(const physical_pointer&);
+
+template <version... Vs>
+sequence_generator find_generator(const library_device* device) {
+  sequence_generator found = nullptr;
+  // The first version that fits ends the search.
+  static_cast<void>(((dynamic_cast<const opencl_version_device<Vs>*>(device) != nullptr
+                          ? (found = &device_ir::opencl::generate_device_command_sequence<Vs>, true)
+                          : false) ||
+                     ...));
+  return found;
+}
+
+sequence_generator generator_for(const library_device* device) {
+  const sequence_generator found = find_generator<version::v1_0, version::v1_1, version::v1_2, version::v2_0,
+                                                  version::v2_1, version::v2_2>(device);
+  if (found == nullptr)
+    throw std::logic_error("Unsupported device type found.");
+  return found;
+}
+
+// No command may report to an operation that has not been counted.
+void mark_submitted(const physical_pointer& operation, const command_sequence& commands) {
+  operation->set_device_command_count(commands.size());
+  operation->set_submitted();
+}
+
+command_graph generate_commands(const physical_graph& piece) {
+  const library_device* device = piece.nodes().front()->get_device().get();
+  return command_graph(piece, std::function<command_sequence(const physical_pointer&)>(generator_for(device)),
+                       std::function<void(const physical_pointer&, const command_sequence&)>(mark_submitted));
+}
+
+void submit_piece(const physical_graph& piece, command_graph&& commands) {
+  const auto& first = piece.nodes().front();
+  const auto request = first->get_logical_operation();
+  const std::uint64_t count = commands.nodes().size();
+  request->add_device_commands(count);
+  try {
+    first->get_device()->submit_work(std::move(commands));
+  } catch (...) {
+    request->device_commands_ended(count);
+    throw;
+  }
+}
+
+void check_piece(const physical_graph& piece) {
+  for (const auto& node : piece.nodes())
+    if (node->get_device() != piece.nodes().front()->get_device())
+      throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
+}
+
+} // namespace
+
+std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
+  // Few devices, in the order in which the graph names them.
+  std::vector<std::pair<std::shared_ptr<library_device>, std::vector<physical_pointer>>> by_device;
+  for (const auto& node : graph.nodes()) {
+    auto group = by_device.begin();
+    while (group != by_device.end() && group->first != node->get_device())
+      ++group;
+    if (group == by_device.end())
+      group = by_device.insert(group, {node->get_device(), {}});
+    group->second.push_back(node);
+  }
+  if (by_device.size() == 1)
+    return graph.disjoint_subgraphs();
+
+  std::vector<physical_graph> pieces;
+  for (const auto& group : by_device)
+    for (auto& piece : physical_graph(graph, group.second).disjoint_subgraphs())
+      pieces.push_back(std::move(piece));
+  return pieces;
+}
+
+void dispatch_operations(const physical_graph& graph) {
+  const std::vector<physical_graph> pieces = device_subgraphs(graph);
+  for (const auto& piece : pieces)
+    check_piece(piece);
+  // All commands are made before any is handed over: a piece that waits for another device must not run if
+  // the other device's piece cannot be made.
+  std::vector<command_graph> commands;
+  commands.reserve(pieces.size());
+  for (const auto& piece : pieces)
+    commands.push_back(generate_commands(piece));
+  for (std::size_t i = 0; i < pieces.size(); ++i)
+    submit_piece(pieces[i], std::move(commands[i]));
+}
+
+} // namespace oryn::tarva::library

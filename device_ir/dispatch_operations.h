@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ir/dag.h"
+#include "ir/physical/physical_operation.h"
+
+#include <memory>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+using physical_graph = dag<std::shared_ptr<physical_ir::physical_operation>>;
+
+// Cuts the graph by device and connected component, makes the device commands of each piece, and hands them
+// to the device's dispatcher. Each piece may be running as soon as it is handed over; if a later one fails,
+// those before it are not recalled.
+void dispatch_operations(const physical_graph& graph);
+
+// The pieces: connected sets of nodes of one device each.
+std::vector<physical_graph> device_subgraphs(const physical_graph& graph);
+
+} // namespace oryn::tarva::library

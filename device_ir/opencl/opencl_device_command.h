@@ -1,0 +1,56 @@
+#pragma once
+
+#include "access/opencl/command_queue.h"
+#include "access/opencl/event.h"
+#include "access/opencl/host_command_queue.h"
+#include "device_ir/device_command.h"
+#include "memory/device_memory.h"
+#include "memory/opencl_buffer_allocation.h"
+#include "objects/opencl/opencl_version.h"
+
+namespace oryn::tarva::library::device_ir::opencl {
+
+// The queue class that a version's dispatcher enqueues on.
+template <version V>
+using dispatch_queue = skerv::opencl::host_queue<V>;
+
+// A step that becomes one OpenCL command. The dispatcher of a version runs only commands of that version.
+template <version V>
+class opencl_device_command : public device_command {
+public:
+  using device_command::device_command;
+
+  // Checks, enqueues, and marks the command as submitted. What it throws has left nothing enqueued.
+  virtual skerv::opencl::event<V> enqueue(dispatch_queue<V>& queue, std::uint32_t wait_count,
+                                          void* const* wait_list) = 0;
+
+protected:
+  library_device& get_device() const {
+    const auto& device = this->get_physical_operation()->get_device();
+    if (!device)
+      throw std::logic_error("No device associated with a device command that requires a device. This is an "
+                             "error.");
+    return *device;
+  }
+
+  skerv::opencl::event<V> submit(dispatch_queue<V>& queue, const skerv::opencl::command<V>& command,
+                                 std::uint32_t wait_count, void* const* wait_list) {
+    skerv::opencl::event<V> event = queue.enqueue(command, wait_count, wait_list);
+    this->set_submitted();
+    return event;
+  }
+};
+
+// The OpenCL buffer behind a block. A block of another version's device is refused by the cast.
+template <version V>
+const skerv::opencl::buffer<V>& buffer_of(const device_memory& memory) {
+  using allocation = opencl_buffer_allocation<skerv::opencl::buffer<V>>;
+  return dynamic_cast<const allocation&>(memory.get_allocation()).get_buffer();
+}
+
+template <version V>
+std::string class_text(const char* name) {
+  return std::string("opencl_") + version_traits<V>::name + "::" + name + ": {";
+}
+
+} // namespace oryn::tarva::library::device_ir::opencl

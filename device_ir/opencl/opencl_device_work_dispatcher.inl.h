@@ -1,0 +1,284 @@
+// The bodies of opencl_device_work_dispatcher.h, compiled once for each version.
+#pragma once
+
+#include "base/logging.h"
+#include "base/masked_signals.h"
+#include "device_ir/host_function_call.h"
+#include "device_ir/opencl/opencl_device_work_dispatcher.h"
+#include "device_ir/synchronization.h"
+#include "objects/opencl/opencl_device.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace oryn::tarva::library::device_ir::opencl {
+
+template <version V>
+opencl_device_work_dispatcher<V>::work_item::work_item(std::shared_ptr<device_command> made)
+    : command(std::move(made)), opencl(dynamic_cast<opencl_device_command<V>*>(command.get())),
+      host(opencl != nullptr ? nullptr : dynamic_cast<host_function_call*>(command.get())),
+      release(opencl != nullptr || host != nullptr ? nullptr
+                                                   : dynamic_cast<synchronization_release*>(command.get())),
+      acquire(opencl != nullptr || host != nullptr || release != nullptr
+                  ? nullptr
+                  : dynamic_cast<synchronization_acquire*>(command.get())) {}
+
+template <version V>
+opencl_device_work_dispatcher<V>::opencl_device_work_dispatcher(const skerv::opencl::context<V>& context,
+                                                                const skerv::opencl::device<V>& device)
+    : queue_(context, device, false, false), profiling_queue_(context, device, false, true) {}
+
+// Closed here too, for a dispatcher that was made but never started or shut down.
+template <version V>
+opencl_device_work_dispatcher<V>::~opencl_device_work_dispatcher() {
+  work_pipe_.close();
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::submit_work(command_graph&& graph) {
+  if (shutdown_requested_)
+    throw std::logic_error("Cannot submit work to a dispatcher that has been shutdown.");
+  {
+    const std::lock_guard guard(lock_);
+    pending_graphs_.push_back(std::move(graph));
+  }
+  work_pipe_.notify();
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::signal_acquire(const std::shared_ptr<library_device>& release_device,
+                                                      const std::shared_ptr<library_device>& acquire_device,
+                                                      std::uint64_t sync_id) {
+  if (shutdown_requested_)
+    throw std::logic_error("Cannot submit work to a dispatcher that has been shutdown.");
+  {
+    const std::lock_guard guard(lock_);
+    pending_acquires_.emplace_back(release_device, acquire_device, sync_id);
+  }
+  work_pipe_.notify();
+}
+
+// The worker lives in a foreign process: the host's signals are the host's threads' to handle.
+template <version V>
+void opencl_device_work_dispatcher<V>::start() {
+  const masked_signals masked;
+  worker_ = std::thread([this] { worker_main(); });
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::shutdown() {
+  if (shutdown_requested_.exchange(true))
+    throw std::logic_error("Attempting to shutdown a work dispatcher that was already shutdown.");
+  work_pipe_.close();
+  if (worker_.joinable()) {
+    // A worker that ends the process runs the exit handlers itself and cannot join itself.
+    if (worker_.get_id() == std::this_thread::get_id())
+      worker_.detach();
+    else
+      worker_.join();
+  }
+  abandon_remaining_work();
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::abandon_remaining_work() noexcept {
+  std::vector<command_graph> graphs;
+  {
+    const std::lock_guard guard(lock_);
+    graphs.swap(pending_graphs_);
+    pending_acquires_.clear();
+  }
+  std::exception_ptr reason;
+  try {
+    reason = std::make_exception_ptr(
+        std::logic_error("The work dispatcher was shut down before the command could be run."));
+  } catch (...) {
+    reason = std::current_exception();
+  }
+  for (auto& list : work_lists_)
+    for (; !list.is_empty(); ++list.next)
+      list.head().command->abandon(reason);
+  for (const auto& graph : graphs)
+    for (const auto& command : graph.nodes())
+      command->abandon(reason);
+  work_lists_.clear();
+  acquire_set_.clear();
+}
+
+template <version V>
+bool opencl_device_work_dispatcher<V>::has_work() {
+  if (shutdown_requested_)
+    return true;
+  {
+    const std::lock_guard guard(lock_);
+    if (!pending_graphs_.empty() || !pending_acquires_.empty())
+      return true;
+  }
+  for (const auto& list : work_lists_)
+    if (can_advance(list))
+      return true;
+  return false;
+}
+
+template <version V>
+bool opencl_device_work_dispatcher<V>::can_advance(const work_list& list) const {
+  if (list.is_empty())
+    return false;
+  const work_item& head = list.head();
+  if (head.acquire == nullptr)
+    return head.opencl != nullptr || head.release != nullptr || head.host != nullptr;
+  return acquire_set_.count(acquire_key(head.acquire->get_release_device(),
+                                        head.acquire->get_acquire_device(), head.acquire->get_sync_id())) !=
+         0;
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::worker_main() noexcept {
+  try {
+    run_until_shutdown();
+    if (!work_lists_.empty())
+      log_warning("About to shutdown work dispatcher thread, but work remains.");
+  } catch (const std::exception& error) {
+    log_critical(
+        "[device dispatcher] worker thread encountered an exception.  Aborting program. Exception: {}",
+        error.what());
+    std::exit(1);
+  } catch (...) {
+    log_critical("[device dispatcher] worker thread encountered an unknown exception.  Aborting program.");
+    std::exit(1);
+  }
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::run_until_shutdown() {
+  const std::function<bool()> predicate = [this] { return has_work(); };
+  while (!shutdown_requested_) {
+    take_over_pending_work();
+    for (auto& list : work_lists_)
+      pass(list);
+    work_lists_.remove_if([](const work_list& list) { return list.is_empty(); });
+    work_pipe_.wait(predicate);
+  }
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::take_over_pending_work() {
+  const std::lock_guard guard(lock_);
+  while (!pending_graphs_.empty()) {
+    const command_graph graph = std::move(pending_graphs_.back());
+    pending_graphs_.pop_back();
+    work_list list;
+    list.items.reserve(graph.nodes().size());
+    for (auto& command : graph.topological_sort())
+      list.items.emplace_back(std::move(command));
+    work_lists_.push_back(std::move(list));
+  }
+  for (auto& key : pending_acquires_)
+    acquire_set_.insert(std::move(key));
+  pending_acquires_.clear();
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::pass(work_list& list) {
+  run_opencl_commands(list);
+  for (; !list.is_empty() && list.head().host != nullptr; ++list.next)
+    list.head().host->run();
+  for (; !list.is_empty() && list.head().release != nullptr; ++list.next)
+    list.head().release->run();
+  if (!list.is_empty() && list.head().acquire != nullptr)
+    take_acquire(list);
+}
+
+// The commands of a list belong to one request. A run ends where the queue changes, since two queues know no
+// order between them.
+template <version V>
+void opencl_device_work_dispatcher<V>::run_opencl_commands(work_list& list) {
+  if (list.is_empty() || list.head().opencl == nullptr)
+    return;
+  const bool profiling = list.head().command->is_profiling_enabled();
+  std::size_t end = list.next;
+  bool any_enqueued = false;
+  run_events_.clear();
+  for (; end < list.items.size() && list.items[end].opencl != nullptr &&
+         list.items[end].command->is_profiling_enabled() == profiling;
+       ++end) {
+    run_events_.push_back(enqueue(list.items[end], profiling ? profiling_queue_ : queue_));
+    any_enqueued = any_enqueued || run_events_.back().has_value();
+  }
+  if (any_enqueued)
+    finish(*list.head().command);
+  for (std::size_t i = 0; list.next < end; ++i, ++list.next)
+    if (run_events_[i])
+      end_command(*list.head().command, *run_events_[i]);
+  run_events_.clear();
+}
+
+// No event: the request has failed before, and the command has ended with its error instead of running. The
+// first failure of a request out of here could not be known beforehand and ends the process.
+template <version V>
+std::optional<skerv::opencl::event<V>> opencl_device_work_dispatcher<V>::enqueue(const work_item& item,
+                                                                                 dispatch_queue<V>& queue) {
+  if (const auto earlier = item.command->get_request_error()) {
+    item.command->abandon(earlier);
+    return std::nullopt;
+  }
+  try {
+    return item.opencl->enqueue(queue, 0, nullptr);
+  } catch (...) {
+    const auto earlier = item.command->get_request_error();
+    if (!earlier)
+      throw;
+    item.command->abandon(earlier);
+    return std::nullopt;
+  }
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::finish(const device_command& first) {
+  try {
+    profiling_queue_.finish();
+    queue_.finish();
+  } catch (...) {
+    if (!first.get_request_error())
+      throw;
+  }
+}
+
+template <version V>
+void opencl_device_work_dispatcher<V>::end_command(device_command& command, const event& event) {
+  try {
+    event.check_execution_status();
+  } catch (...) {
+    command.set_error(std::current_exception());
+    return;
+  }
+  if (command.is_profiling_enabled())
+    command.set_elapsed_time(event.get_profiling_end() - event.get_profiling_start());
+  command.set_complete();
+}
+
+template <version V>
+bool opencl_device_work_dispatcher<V>::take_acquire(work_list& list) {
+  synchronization_acquire& acquire = *list.head().acquire;
+  const auto found = acquire_set_.find(
+      acquire_key(acquire.get_release_device(), acquire.get_acquire_device(), acquire.get_sync_id()));
+  if (found == acquire_set_.end())
+    return false;
+  acquire.set_submitted();
+  acquire.set_complete();
+  acquire_set_.erase(found);
+  ++list.next;
+  return true;
+}
+
+} // namespace oryn::tarva::library::device_ir::opencl
+
+namespace oryn::tarva::library {
+
+template <version V>
+std::unique_ptr<device_work_dispatcher> make_work_dispatcher(const skerv::opencl::context<V>& context,
+                                                             const skerv::opencl::device<V>& device) {
+  return std::make_unique<device_ir::opencl::opencl_device_work_dispatcher<V>>(context, device);
+}
+
+} // namespace oryn::tarva::library

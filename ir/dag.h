@@ -1,0 +1,201 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <stdexcept>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+// A directed graph over shared pointers; a node is identified by its pointer's value. It only grows.
+//
+// Nodes keep the order of their insertion and edges that of theirs, so that every walk is repeatable. Inside,
+// a node is its index; the map from pointer to index is built only when a graph outgrows a short search.
+template <class T>
+class dag {
+public:
+  dag() = default;
+  dag(const dag&) = default;
+  dag(dag&&) noexcept = default;
+  dag& operator=(const dag&) = default;
+  dag& operator=(dag&&) noexcept = default;
+  virtual ~dag() = default;
+
+  // The subgraph of `source` on `subset`. Every edge that leaves a member must end in a member; edges that
+  // enter from outside are dropped.
+  dag(const dag& source, const std::vector<T>& subset) {
+    for (const T& node : subset)
+      insert_node(node);
+    for (const T& node : subset)
+      for (const std::size_t successor : source.successors_[source.index_of(node)])
+        insert_edge(node, source.nodes_[successor]);
+  }
+
+  // Replaces every node of `source` by the chain that `replace` gives, and keeps the edges: they enter a
+  // chain at its head and leave it at its tail. `after` is called for each node once the whole graph stands.
+  template <class S>
+  dag(const dag<S>& source, const std::function<std::vector<T>(const S&)>& replace,
+      const std::function<void(const S&, const std::vector<T>&)>& after = {}) {
+    std::vector<std::vector<T>> replacements;
+    replacements.reserve(source.nodes().size());
+    for (const S& node : source.nodes()) {
+      std::vector<T>& chain = replacements.emplace_back(replace(node));
+      if (chain.empty())
+        throw std::logic_error("DAG conversion requires that replacement set be non-empty.");
+      for (const T& link : chain)
+        insert_node(link);
+      for (std::size_t i = 1; i < chain.size(); ++i)
+        insert_edge(chain[i - 1], chain[i]);
+    }
+    for (std::size_t from = 0; from < replacements.size(); ++from)
+      for (const std::size_t to : source.successor_indices(from))
+        insert_edge(replacements[from].back(), replacements[to].front());
+    if (after)
+      for (std::size_t i = 0; i < replacements.size(); ++i)
+        after(source.nodes()[i], replacements[i]);
+  }
+
+  const std::vector<T>& nodes() const { return nodes_; }
+  const std::vector<std::size_t>& successor_indices(std::size_t index) const { return successors_[index]; }
+
+  // A node that is already present is left alone.
+  void insert_node(const T& node) {
+    if (find(node) != absent)
+      return;
+    nodes_.push_back(node);
+    successors_.emplace_back();
+    predecessors_.emplace_back();
+    if (nodes_.size() > short_search)
+      enter_in_index();
+  }
+
+  // Both nodes must exist and the edge must not.
+  void insert_edge(const T& from, const T& to) {
+    const std::size_t tail = index_of(from);
+    const std::size_t head = index_of(to);
+    for (const std::size_t successor : successors_[tail])
+      if (successor == head)
+        throw std::logic_error("Attempting to insert an edge into the DAG that already exists.");
+    successors_[tail].push_back(head);
+    predecessors_[head].push_back(tail);
+  }
+
+  void check_node_exists(const T& node) const { index_of(node); }
+
+  // Calls `visit` on each node after everything reachable from it. Stops at once when a cycle is met.
+  void depth_first_search(bool& has_cycle, const std::function<void(const T&)>& visit) const {
+    enum class colour : std::uint8_t { white, grey, black };
+    has_cycle = false;
+    std::vector<colour> colours(nodes_.size(), colour::white);
+    std::vector<std::size_t> stack;
+    for (std::size_t root = 0; root < nodes_.size(); ++root) {
+      if (colours[root] == colour::white)
+        stack.push_back(root);
+      while (!stack.empty()) {
+        const std::size_t node = stack.back();
+        if (colours[node] == colour::white) {
+          colours[node] = colour::grey;
+          for (const std::size_t successor : successors_[node]) {
+            if (colours[successor] == colour::grey) {
+              has_cycle = true;
+              return;
+            }
+            if (colours[successor] == colour::white)
+              stack.push_back(successor);
+          }
+          continue;
+        }
+        // A black node on top was pushed twice and finished above this entry.
+        if (colours[node] == colour::grey) {
+          visit(nodes_[node]);
+          colours[node] = colour::black;
+        }
+        stack.pop_back();
+      }
+    }
+  }
+
+  // The nodes in an order in which every edge points forward.
+  std::list<T> topological_sort() const {
+    std::list<T> order;
+    bool has_cycle = false;
+    depth_first_search(has_cycle, [&order](const T& node) { order.push_front(node); });
+    if (has_cycle)
+      throw std::logic_error(
+          "Attempting to perform a topological sort on a graph that is not a DAG, because it "
+          "contains cycles.");
+    return order;
+  }
+
+  // The connected components, edges taken without direction, in the order of their first nodes.
+  std::vector<dag> disjoint_subgraphs() const {
+    constexpr std::size_t no_colour = 0;
+    std::vector<std::size_t> colours(nodes_.size(), no_colour);
+    std::vector<std::vector<T>> members;
+    std::vector<std::size_t> stack;
+    for (std::size_t root = 0; root < nodes_.size(); ++root) {
+      if (colours[root] != no_colour)
+        continue;
+      members.emplace_back();
+      const std::size_t current = members.size();
+      stack.push_back(root);
+      while (!stack.empty()) {
+        const std::size_t node = stack.back();
+        stack.pop_back();
+        if (colours[node] == current)
+          continue;
+        if (colours[node] != no_colour)
+          throw std::logic_error("Impossible situation discovered in graph coloring algorithm.");
+        colours[node] = current;
+        members.back().push_back(nodes_[node]);
+        stack.insert(stack.end(), successors_[node].begin(), successors_[node].end());
+        stack.insert(stack.end(), predecessors_[node].begin(), predecessors_[node].end());
+      }
+    }
+    if (members.size() == 1)
+      return {*this};
+    std::vector<dag> result;
+    result.reserve(members.size());
+    for (const auto& component : members)
+      result.emplace_back(*this, component);
+    return result;
+  }
+
+private:
+  static constexpr std::size_t absent = ~std::size_t{0};
+  static constexpr std::size_t short_search = 16;
+
+  std::size_t find(const T& node) const {
+    if (nodes_.size() <= short_search) {
+      for (std::size_t i = 0; i < nodes_.size(); ++i)
+        if (nodes_[i] == node)
+          return i;
+      return absent;
+    }
+    const auto found = index_.find(node.get());
+    return found == index_.end() ? absent : found->second;
+  }
+
+  std::size_t index_of(const T& node) const {
+    const std::size_t index = find(node);
+    if (index == absent)
+      throw std::logic_error("DAG node does not exist, but it was expected to exist.");
+    return index;
+  }
+
+  void enter_in_index() {
+    for (std::size_t i = index_.size(); i < nodes_.size(); ++i)
+      if (!index_.emplace(nodes_[i].get(), i).second)
+        throw std::runtime_error("Insertion of node into DAG failed.");
+  }
+
+  std::vector<T> nodes_;
+  std::vector<std::vector<std::size_t>> successors_;
+  std::vector<std::vector<std::size_t>> predecessors_;
+  std::unordered_map<const void*, std::size_t> index_;
+};
+
+} // namespace oryn::tarva::library

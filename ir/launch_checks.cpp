@@ -1,0 +1,103 @@
+#include "ir/launch_checks.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+namespace oryn::tarva::library {
+
+namespace {
+
+void refuse_if(bool fault, const std::string& message) {
+  if (fault)
+    throw std::logic_error(message);
+}
+
+// The first `work_dim` entries count.
+template <class Test>
+bool any_dimension(const nd_range& range, Test test) {
+  for (std::uint64_t dimension = 0; dimension < range.work_dim; ++dimension)
+    if (test(dimension))
+      return true;
+  return false;
+}
+
+std::uint64_t work_items_of_group(const nd_range& range) {
+  std::uint64_t product = 1;
+  for (std::uint64_t dimension = 0; dimension < range.work_dim; ++dimension)
+    if (__builtin_mul_overflow(product, range.local_size[dimension], &product))
+      return UINT64_MAX;
+  return product;
+}
+
+bool is_compile_size(const nd_range& range, const size_triple& fixed) {
+  for (std::uint64_t dimension = 0; dimension < 3; ++dimension)
+    if (fixed[dimension] != (dimension < range.work_dim ? range.local_size[dimension] : 1))
+      return false;
+  return true;
+}
+
+void check_global_size(const nd_range& range, const launch_limits& limits) {
+  const auto& size = range.global_size;
+  refuse_if(!limits.zero_global_size_is_allowed && any_dimension(range, [&](auto d) { return size[d] == 0; }),
+            "Global size " + to_string(size) + " must not be 0 in any dimension.");
+  const std::uint64_t largest = limits.address_bits == 32 ? UINT32_MAX : UINT64_MAX;
+  refuse_if(
+      any_dimension(range,
+                    [&](auto d) { return size[d] > largest || range.global_offset[d] > largest - size[d]; }),
+      "Global offset " + to_string(range.global_offset) + " and global size " + to_string(size) +
+          " would overflow the global ids of the device.");
+}
+
+void check_local_size(const nd_range& range, const launch_limits& limits) {
+  const auto& size = range.local_size;
+  refuse_if(any_dimension(range, [&](auto d) { return size[d] == 0; }),
+            "Local size " + to_string(size) + " must be 0 in all dimensions or in none.");
+  const auto& largest = limits.work_item_sizes;
+  refuse_if(largest && any_dimension(range, [&](auto d) { return size[d] > (*largest)[d]; }),
+            "Local size " + to_string(size) + " would exceed the maximum of " +
+                to_string(largest.value_or(size_triple{})) + " work-items of the device.");
+  const std::uint64_t items = work_items_of_group(range);
+  refuse_if(limits.work_group_size && items > *limits.work_group_size,
+            "Local size " + to_string(size) + " has more work-items than the " +
+                std::to_string(limits.work_group_size.value_or(0)) +
+                " that a work-group of the kernel can have.");
+  refuse_if(limits.local_size_must_divide &&
+                any_dimension(range, [&](auto d) { return range.global_size[d] % size[d] != 0; }),
+            "Local size " + to_string(size) + " must divide the global size " + to_string(range.global_size) +
+                " in every dimension.");
+}
+
+} // namespace
+
+void check_work_dimension(const nd_range& range, bool has_global_offset) {
+  refuse_if(!has_global_offset && range.global_offset != size_triple{},
+            "OpenCL 1.0 supports an offset of (0,0,0) only.");
+  refuse_if(range.work_dim < 1 || range.work_dim > 3, "Work dimension must be 1, 2, or 3.");
+}
+
+void check_argument_count(std::uint64_t count, const launch_limits& limits) {
+  refuse_if(limits.argument_count && count != *limits.argument_count,
+            "Kernel must have " + std::to_string(limits.argument_count.value_or(0)) + " arguments, but " +
+                std::to_string(count) + " were provided.");
+}
+
+void check_local_memory(std::uint64_t bytes, const launch_limits& limits) {
+  refuse_if(limits.local_memory_bytes && bytes > *limits.local_memory_bytes,
+            "Local memory arguments of " + std::to_string(bytes) + " bytes would overflow the " +
+                std::to_string(limits.local_memory_bytes.value_or(0)) +
+                " bytes of local memory of the device.");
+}
+
+void check_sizes(const nd_range& range, const launch_limits& limits) {
+  check_global_size(range, limits);
+  const bool device_chooses = !any_dimension(range, [&](auto d) { return range.local_size[d] != 0; });
+  const size_triple fixed = limits.compile_work_group_size.value_or(size_triple{});
+  refuse_if(fixed != size_triple{} && !is_compile_size(range, fixed),
+            "Local size " + to_string(range.local_size) + " must be the size " + to_string(fixed) +
+                " that was fixed when the kernel was compiled.");
+  if (!device_chooses)
+    check_local_size(range, limits);
+}
+
+} // namespace oryn::tarva::library

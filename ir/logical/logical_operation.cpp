@@ -1,0 +1,81 @@
+#include "ir/logical/logical_operation.h"
+
+#include "objects/library_future.h"
+
+namespace oryn::tarva::library::logical_ir {
+
+namespace {
+
+constexpr completion_texts texts = {
+    .profiling_after_submission =
+        "Attempting to enable profiling on a logical operation that has already been submitted.",
+    .already_submitted =
+        "Attempting to set a logical operation to submitted state, but it was already submitted.",
+    .complete_before_submission =
+        "Attempting to set a logical operation to be complete, but it was never submitted.",
+    .error_before_submission =
+        "Attempting to set a logical operation to an error state, but it was never submitted.",
+    .already_complete = "Attempting to set a logical operation to be complete, but it was already complete.",
+    .count_after_submission = "Setting a physical operation count on a logical operation, but the logical "
+                              "operation was already submitted.",
+    .count_already_set = "Setting a physical operation count on a logical operation, but the physical "
+                         "operation count was already set.",
+    .part_before_submission =
+        "Attempting to set a physical operation as completed on a logical operation that "
+        "was never submitted.",
+    .part_at_zero = "Notifying a logical operation that a physical operation has completed, but the count of "
+                    "outstanding physical operations is zero.",
+    .part_without_count = "Notifying a logical operation that a physical operation has completed, but the "
+                          "count of outstanding physical operations was never set.",
+    .destroyed_incomplete = "Destroying a logical operation that was not completed.",
+    .destroyed_open = "Destroying a logical operation that did not close its notification pipe.",
+    .destroyed_with_exception = "Caught an exception while destroying a logical operation.",
+};
+
+} // namespace
+
+logical_operation::logical_operation() : state_(texts) {}
+
+logical_operation::~logical_operation() {
+  if (commands_ended_)
+    commands_ended_->close();
+}
+
+std::shared_ptr<library_future> logical_operation::get_future() {
+  return std::make_shared<library_future>(shared_from_this());
+}
+
+void logical_operation::set_error(const std::exception_ptr& error) {
+  {
+    const std::lock_guard guard(ended_lock_);
+    if (!commands_ended_)
+      commands_ended_.emplace();
+  }
+  state_.set_error(error);
+}
+
+// Every command reports its own error before its end, so whoever takes the last one sees what an error has
+// made.
+void logical_operation::device_commands_ended(std::uint64_t count) {
+  if (running_commands_.fetch_sub(count) != count)
+    return;
+  std::optional<notifier> pipe;
+  {
+    const std::lock_guard guard(ended_lock_);
+    pipe = commands_ended_;
+  }
+  if (pipe)
+    pipe->notify();
+}
+
+void logical_operation::wait_until_commands_ended() {
+  std::optional<notifier> pipe;
+  {
+    const std::lock_guard guard(ended_lock_);
+    pipe = commands_ended_;
+  }
+  while (pipe && running_commands_ != 0)
+    pipe->wait([this] { return running_commands_ == 0; });
+}
+
+} // namespace oryn::tarva::library::logical_ir

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace oryn::tarva::library {
+
+// The extent of a kernel launch; the first `work_dim` entries count. A local size of all zeros lets the
+// device choose.
+struct nd_range {
+  std::uint64_t work_dim = 0;
+  std::array<std::uint64_t, 3> global_offset{};
+  std::array<std::uint64_t, 3> global_size{};
+  std::array<std::uint64_t, 3> local_size{};
+};
+
+inline std::string to_string(const std::array<std::uint64_t, 3>& triple) {
+  return "(" + std::to_string(triple[0]) + ", " + std::to_string(triple[1]) + ", " +
+         std::to_string(triple[2]) + ")";
+}
+
+inline std::string to_string(const nd_range& range) {
+  return "work_dim=" + std::to_string(range.work_dim) + ", global_offset=" + to_string(range.global_offset) +
+         ", global_size=" + to_string(range.global_size) + ", local_size=" + to_string(range.local_size);
+}
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,141 @@
+// The lowering of a launch: its refusals, and the movement of its memory objects to the kernel's device.
+#include "ir/launch_checks.h"
+#include "ir/logical/operations.h"
+#include "ir/scheduler/lowering.h"
+#include "memory/library_memory.h"
+#include "objects/library_kernel.h"
+#include "objects/library_program.h"
+
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+namespace oryn::tarva::library {
+
+namespace {
+
+void refuse_empty_argument(const char* kind, std::uint64_t index) {
+  throw std::logic_error(std::string(kind) + " argument " + std::to_string(index) +
+                         " of the kernel must not have 0 elements.");
+}
+
+// The bytes of a local memory argument; as many as can be counted if there are more.
+std::uint64_t bytes_of(const kernel_argument_local_memory& local) {
+  std::uint64_t bytes = 0;
+  if (__builtin_mul_overflow(element_size(local.get_type()), local.get_num_elements(), &bytes))
+    return std::numeric_limits<std::uint64_t>::max();
+  return bytes;
+}
+
+} // namespace
+
+void lowering::check_launch(const logical_ir::kernel& operation) {
+  const launch_limits& limits = operation.get_kernel_object()->get_launch_limits();
+  const kernel_argument_capture& arguments = operation.get_arguments();
+  check_work_dimension(operation.get_range(), limits.has_global_offset);
+  check_argument_count(arguments.get_argument_count(), limits);
+  std::uint64_t local_bytes = 0;
+  for (std::uint64_t index = 0; index < arguments.get_argument_count(); ++index) {
+    const kernel_argument_base* argument = arguments.get_argument(index).get();
+    if (const auto* global = dynamic_cast<const kernel_argument_typed_library_memory_array*>(argument)) {
+      table_.find(global->get_memory());
+      if (global->get_memory()->get_num_elements() == 0)
+        refuse_empty_argument("Memory", index);
+    } else if (const auto* local = dynamic_cast<const kernel_argument_local_memory*>(argument)) {
+      if (local->get_num_elements() == 0)
+        refuse_empty_argument("Local memory", index);
+      if (__builtin_add_overflow(local_bytes, bytes_of(*local), &local_bytes))
+        local_bytes = std::numeric_limits<std::uint64_t>::max();
+      check_local_memory(local_bytes, limits);
+    }
+  }
+  check_sizes(operation.get_range(), limits);
+}
+
+void lowering::visit(const logical_ir::kernel& operation) {
+  check_launch(operation);
+  const std::shared_ptr<library_device> device = operation.get_kernel_object()->get_program()->get_device();
+  kernel_argument_capture::replacement_table replacement_blocks;
+  std::vector<physical_pointer> predecessors_of_kernel;
+  for (const auto& memory : operation.memory_objects()) {
+    memory_state& state = table_.find(memory);
+    if (const physical_pointer last_step = move_to(device, memory, state))
+      predecessors_of_kernel.push_back(last_step);
+    replacement_blocks.emplace(memory, state.get_device_block());
+  }
+  kernel_argument_capture arguments(operation.get_arguments());
+  arguments.replace_library_memory(replacement_blocks);
+  const physical_pointer launch = add<physical_ir::kernel>(device, operation.get_kernel_object(),
+                                                           std::move(arguments), operation.get_range());
+  for (const auto& step : predecessors_of_kernel)
+    graph_.insert_edge(step, launch);
+}
+
+// The step that the launch must wait for; none if the object is on the device already.
+lowering::physical_pointer lowering::move_to(const std::shared_ptr<library_device>& device,
+                                             const std::shared_ptr<library_memory>& memory,
+                                             memory_state& state) {
+  if (state.is_on_host())
+    return move_from_host(device, memory, state);
+  if (state.get_device_block()->get_device() != device)
+    return move_between_devices(device, memory, state);
+  return {};
+}
+
+lowering::physical_pointer lowering::move_from_host(const std::shared_ptr<library_device>& device,
+                                                    const std::shared_ptr<library_memory>& memory,
+                                                    memory_state& state) {
+  using namespace physical_ir;
+  const bool change_order = state.is_little_endian() != device->is_little_endian();
+  const std::uint64_t count = memory->get_num_elements();
+  const std::shared_ptr<host_memory> from = state.get_host_block();
+  const auto to = std::make_shared<device_memory>(device);
+  block_move move{.memory = memory, .before = state, .destination = to};
+
+  const auto allocation = add<allocate_device_memory>(to, memory->get_type(), count);
+  if (change_order)
+    move.conversion = add<convert_endianness_host>(device, from);
+  const auto copy = add<copy_host_to_device>(from, to, 0, 0, count);
+  const auto release = add<free_host_memory>(device, from, copy);
+  if (change_order)
+    graph_.insert_edge(move.conversion, copy);
+  add_chain({allocation, copy, release});
+
+  move.arrival = copy;
+  moves_.push_back(std::move(move));
+  state.set_device_block(to);
+  state.set_little_endian(device->is_little_endian());
+  return release;
+}
+
+// Through a block on the host. No edge may run between devices: a release and an acquire link the two chains.
+lowering::physical_pointer lowering::move_between_devices(const std::shared_ptr<library_device>& device,
+                                                          const std::shared_ptr<library_memory>& memory,
+                                                          memory_state& state) {
+  using namespace physical_ir;
+  const std::shared_ptr<device_memory> from = state.get_device_block();
+  const std::shared_ptr<library_device>& holder = from->get_device();
+  const std::uint64_t count = memory->get_num_elements();
+  const auto staging = std::make_shared<host_memory>();
+  const auto to = std::make_shared<device_memory>(device);
+  const std::uint64_t id = ++last_sync_id_;
+  block_move move{.memory = memory, .before = state, .destination = to, .staging = staging};
+
+  const auto staging_allocation = add<allocate_host_memory>(holder, staging, memory->get_type(), count);
+  const auto stage = add<copy_device_to_host>(from, staging, 0, 0, count);
+  const auto hand_over = add<synchronize_device_to_device_release>(holder, device, id);
+  add_chain({staging_allocation, stage, hand_over, add<free_device_memory>(from, stage)});
+
+  const auto allocation = add<allocate_device_memory>(to, from->get_type(), from->get_size());
+  const auto take_over = add<synchronize_device_to_device_acquire>(holder, device, id);
+  const auto copy = add<copy_host_to_device>(staging, to, 0, 0, count);
+  add_chain({allocation, take_over, copy, add<free_host_memory>(device, staging, copy)});
+
+  move.staged = stage;
+  move.arrival = copy;
+  moves_.push_back(std::move(move));
+  state.set_device_block(to);
+  return copy;
+}
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,72 @@
+#include "ir/scheduler/ultra_naive_scheduler.h"
+
+#include "device_ir/dispatch_operations.h"
+#include "ir/logical/logical_operation.h"
+#include "ir/scheduler/lowering.h"
+
+#include <stdexcept>
+
+namespace oryn::tarva::library {
+
+namespace {
+
+void wait_for_end(logical_ir::logical_operation& operation) {
+  const auto is_complete = [&operation] { return operation.is_complete(); };
+  while (!operation.is_complete())
+    operation.get_notification_pipe().wait(is_complete);
+}
+
+// A request that needs no device ends here.
+void end_without_work(logical_ir::logical_operation& operation, const std::exception_ptr& refusal) {
+  operation.set_physical_operation_count(1);
+  operation.set_submitted();
+  if (refusal)
+    operation.set_error(refusal);
+  else
+    operation.physical_operation_complete();
+}
+
+} // namespace
+
+void ultra_naive_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
+  const std::lock_guard guard(lock_);
+  const device_list devices = devices_();
+  if (devices.empty())
+    throw std::logic_error("The scheduler expected at least one device to exist.");
+  lowering lowered(operation, devices.front(), memory_states_, last_sync_id_);
+  try {
+    if (operation)
+      operation->accept(lowered);
+    else
+      lowered.visit_unknown();
+    run(*operation, lowered);
+  } catch (...) {
+    lowered.settle_after_failure();
+    lowered.withdraw_allocation();
+    throw;
+  }
+  if (operation->get_error())
+    lowered.settle_after_failure();
+}
+
+void ultra_naive_scheduler::run(logical_ir::logical_operation& operation, const lowering& lowered) {
+  if (lowered.get_graph().nodes().empty()) {
+    end_without_work(operation, lowered.get_refusal());
+    return;
+  }
+  operation.set_physical_operation_count(lowered.get_graph().nodes().size());
+  operation.set_submitted();
+  try {
+    dispatch_operations(lowered.get_graph());
+  } catch (...) {
+    // Pieces that were handed over may be running.
+    operation.set_error(std::current_exception());
+    operation.wait_until_commands_ended();
+    throw;
+  }
+  wait_for_end(operation);
+  if (operation.get_error())
+    operation.wait_until_commands_ended();
+}
+
+} // namespace oryn::tarva::library

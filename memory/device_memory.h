@@ -1,0 +1,43 @@
+#pragma once
+
+#include "properties/data_type.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace oryn::tarva::library {
+
+class device_memory_allocation;
+class library_device;
+
+// A typed block of storage on one device: described once, then allocated and freed by commands. Sizes are
+// numbers of elements. No lock: the order of the commands that use a block keeps access to it serial.
+class device_memory {
+public:
+  explicit device_memory(std::shared_ptr<library_device> device);
+  ~device_memory();
+  device_memory(const device_memory&) = delete;
+  device_memory& operator=(const device_memory&) = delete;
+
+  std::uint64_t get_unique_identifier() const { return identifier_; }
+  bool is_set_up() const { return set_up_; }
+  data_type get_type() const;
+  std::uint64_t get_size() const;
+  const std::shared_ptr<library_device>& get_device() const { return device_; }
+  bool has_allocation() const { return allocation_ != nullptr; }
+
+  void set_allocation(data_type type, std::uint64_t size);
+  void allocate();
+  void free();
+  device_memory_allocation& get_allocation() const;
+
+private:
+  const std::uint64_t identifier_;
+  const std::shared_ptr<library_device> device_; // outlives the allocation below
+  std::unique_ptr<device_memory_allocation> allocation_;
+  data_type type_{};
+  std::uint64_t size_ = 0;
+  bool set_up_ = false;
+};
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "properties/data_type.h"
+
+#include <cstdint>
+#include <new>
+
+namespace oryn::tarva::library {
+
+// True if `count` elements from `start` on stand within `size` elements, whatever the numbers.
+constexpr bool is_within(std::uint64_t start, std::uint64_t count, std::uint64_t size) {
+  return start <= size && count <= size - start;
+}
+
+// True if no process can hold `count` elements of `type`.
+inline bool exceeds_address_space(data_type type, std::uint64_t count) {
+  constexpr std::uint64_t largest_object = INT64_MAX;
+  return count > largest_object / element_size(type);
+}
+
+// The bytes of `count` elements of `type`; std::bad_alloc if no process can hold them.
+inline std::uint64_t size_in_bytes(data_type type, std::uint64_t count) {
+  if (exceeds_address_space(type, count))
+    throw std::bad_alloc();
+  return element_size(type) * count;
+}
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "properties/data_type.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+// A typed block of host storage: the library's own, or a view of storage that the caller owns. All sizes and
+// positions are numbers of elements. No lock: the order of the commands that use a block keeps access to it
+// serial.
+class host_memory {
+public:
+  host_memory();
+  ~host_memory();
+  host_memory(const host_memory&) = delete;
+  host_memory& operator=(const host_memory&) = delete;
+
+  std::uint64_t get_unique_identifier() const { return identifier_; }
+  bool is_set_up() const { return set_up_; }
+  data_type get_type() const;
+  std::uint64_t get_size() const;
+  // True while the block has storage of its own.
+  bool has_storage() const { return owned_storage_ != nullptr; }
+
+  // Each of the three describes the block once; none obtains storage.
+  void set_allocation(data_type type, std::uint64_t size);
+  void set_user_allocation(void* pointer, data_type type, std::uint64_t size);
+  void set_read_only_user_allocation(const void* pointer, data_type type, std::uint64_t size);
+
+  // Obtains uninitialised storage; what the block held before is lost.
+  void allocate();
+  void free();
+
+  // The address of element `index`, which may be one past the end.
+  void* get_write_pointer(std::uint64_t index);
+  const void* get_read_pointer(std::uint64_t index) const;
+
+  // Writes the one element in `value` into `count` elements from `offset` on.
+  void fill(const std::vector<std::uint8_t>& value, std::uint64_t offset, std::uint64_t count);
+  // Ranges of one object must not overlap.
+  void copy_to(const std::shared_ptr<host_memory>& destination, std::uint64_t source_offset,
+               std::uint64_t destination_offset, std::uint64_t count) const;
+  // Reverses the byte order of the whole block in place.
+  void convert_endianness();
+
+private:
+  void describe(data_type type, std::uint64_t size, bool library_allocated, bool writable, void* pointer);
+
+  const std::uint64_t identifier_;
+  data_type type_{};
+  std::uint64_t size_ = 0;
+  bool library_allocated_ = false;
+  bool set_up_ = false;
+  bool writable_ = false;
+  void* user_pointer_ = nullptr;
+  std::unique_ptr<std::uint8_t[]> owned_storage_;
+};
+
+} // namespace oryn::tarva::library

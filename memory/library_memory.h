@@ -1,0 +1,35 @@
+#pragma once
+
+#include "properties/data_type.h"
+#include "properties/property_interface.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+// The user's description of a block of typed elements. It holds no storage and does not know where its
+// content is. Two objects with equal fields are different memory: identity is the address.
+class library_memory : public property_interface {
+public:
+  library_memory(data_type type, std::uint64_t num_elements, std::string user_label);
+
+  std::shared_ptr<property_base> get_property(const property_path& path) override;
+  std::vector<std::string> get_child_names(const property_path& path) override;
+
+  data_type get_type() const { return type_; }
+  std::uint64_t get_num_elements() const { return num_elements_; }
+  std::uint64_t get_unique_identifier() const { return identifier_; }
+  // The largest number there is for more bytes than can be counted.
+  std::uint64_t get_size_in_bytes() const;
+
+private:
+  std::uint64_t identifier_;
+  data_type type_;
+  std::uint64_t num_elements_;
+  std::string user_label_;
+};
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "properties/property_interface.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+class library_device;
+class library_kernel;
+
+// A program for one device. It keeps its device alive, except for the device's own program of built-in
+// kernels, which the device itself holds.
+class library_program : public property_interface, public std::enable_shared_from_this<library_program> {
+public:
+  library_program(bool is_builtin, const std::shared_ptr<library_device>& device, std::string name);
+  ~library_program() override;
+  library_program(const library_program&) = delete;
+  library_program& operator=(const library_program&) = delete;
+
+  // A new kernel object at each call.
+  virtual std::shared_ptr<library_kernel> get_kernel(const std::string& name) = 0;
+  virtual std::vector<std::string> get_kernel_names() = 0;
+
+  std::uint64_t get_unique_identifier() const { return unique_identifier_; }
+  std::shared_ptr<library_device> get_device() const { return device_ ? device_ : builtin_device_.lock(); }
+  // The caller's label, or "Builtin Kernels".
+  const std::string& get_name() const { return name_; }
+  bool is_builtin() const { return is_builtin_; }
+
+private:
+  const std::uint64_t unique_identifier_;
+  const std::shared_ptr<library_device> device_;
+  const std::weak_ptr<library_device> builtin_device_;
+  const std::string name_;
+  const bool is_builtin_;
+};
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "access/opencl/kernel.h"
+#include "objects/library_kernel.h"
+#include "objects/opencl/opencl_version.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+class opencl_kernel : public library_kernel {
+public:
+  using library_kernel::library_kernel;
+};
+
+// A kernel of one OpenCL version. Never changes; launches set their arguments on clones.
+template <version V>
+class opencl_version_kernel final : public opencl_kernel {
+public:
+  opencl_version_kernel(std::shared_ptr<library_program> program, skerv::opencl::kernel<V> kernel);
+  ~opencl_version_kernel() override;
+
+  std::shared_ptr<property_base> get_property(const property_path& path) override;
+  std::vector<std::string> get_child_names(const property_path& path) override;
+
+  size_triple get_preferred_work_group_size(std::uint64_t work_dim) override;
+  size_triple get_compile_work_group_size() override;
+  std::uint32_t get_max_compute_units() override;
+  size_triple get_max_global_size() override;
+  const launch_limits& get_launch_limits() const override { return limits_; }
+
+  // A fresh OpenCL kernel of the same program and name.
+  skerv::opencl::kernel<V> clone_kernel() const { return kernel_.clone(); }
+
+private:
+  launch_limits read_limits() const;
+  bool has_non_uniform_groups() const;
+  size_triple get_address_space_limit() const;
+
+  skerv::opencl::kernel<V> kernel_;
+  skerv::opencl::device<V> device_;
+  launch_limits limits_;
+};
+
+using opencl_1_0_kernel = opencl_version_kernel<version::v1_0>;
+using opencl_1_1_kernel = opencl_version_kernel<version::v1_1>;
+using opencl_1_2_kernel = opencl_version_kernel<version::v1_2>;
+using opencl_2_0_kernel = opencl_version_kernel<version::v2_0>;
+using opencl_2_1_kernel = opencl_version_kernel<version::v2_1>;
+using opencl_2_2_kernel = opencl_version_kernel<version::v2_2>;
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,135 @@
+// The bodies of opencl_kernel.h, compiled once for each version.
+#pragma once
+
+#include "access/common/errors.h"
+#include "access/opencl/program.h"
+#include "objects/integer_root.h"
+#include "objects/library_program.h"
+#include "objects/opencl/kernel_properties.h"
+#include "objects/opencl/opencl_device.h"
+#include "objects/opencl/opencl_kernel.h"
+
+#include <stdexcept>
+
+namespace oryn::tarva::library {
+
+namespace detail {
+
+template <version V>
+const skerv::opencl::device<V>& access_device_of(const std::shared_ptr<library_program>& program) {
+  return dynamic_cast<const opencl_version_device<V>&>(*program->get_device()).get_access_device();
+}
+
+// A limit that the device would not tell is left to the device.
+template <class Read>
+auto limit(Read read) -> std::optional<decltype(read())> {
+  try {
+    return read();
+  } catch (const skerv::common::error&) {
+    return std::nullopt;
+  }
+}
+
+} // namespace detail
+
+template <version V>
+opencl_version_kernel<V>::opencl_version_kernel(std::shared_ptr<library_program> program,
+                                                skerv::opencl::kernel<V> kernel)
+    : opencl_kernel(program), kernel_(std::move(kernel)), device_(detail::access_device_of<V>(program)),
+      limits_(read_limits()) {}
+
+template <version V>
+opencl_version_kernel<V>::~opencl_version_kernel() = default;
+
+template <version V>
+std::shared_ptr<property_base> opencl_version_kernel<V>::get_property(const property_path& path) {
+  return kernel_property<V>(*this, path, kernel_, device_);
+}
+
+template <version V>
+std::vector<std::string> opencl_version_kernel<V>::get_child_names(const property_path& path) {
+  return kernel_child_names<V>(path);
+}
+
+template <version V>
+launch_limits opencl_version_kernel<V>::read_limits() const {
+  using detail::limit;
+  using skerv::opencl::device_parameter;
+  launch_limits limits;
+  limits.has_global_offset = version_traits<V>::has_global_offset;
+  limits.zero_global_size_is_allowed = V >= version::v2_1;
+  limits.local_size_must_divide = !has_non_uniform_groups();
+  limits.argument_count = limit([this] { return std::uint64_t{kernel_.get_num_args()}; });
+  limits.work_group_size = limit([this] { return kernel_.get_work_group_size(device_); });
+  limits.compile_work_group_size = limit([this] { return kernel_.get_compile_work_group_size(device_); });
+  limits.work_item_sizes =
+      limit([this] { return device_.template get<device_parameter::max_work_item_sizes>(); });
+  limits.local_memory_bytes =
+      limit([this] { return device_.template get<device_parameter::local_mem_size>(); });
+  limits.address_bits = limit([this] { return device_.template get<device_parameter::address_bits>(); });
+  return limits;
+}
+
+// From 2.0 on a device has them, unless it is of a later version that made them optional and says no.
+template <version V>
+bool opencl_version_kernel<V>::has_non_uniform_groups() const {
+  constexpr std::uint32_t non_uniform_work_group_support = 0x1065;
+  if constexpr (V < version::v2_0)
+    return false;
+  return detail::limit([this] { return device_.get_bool(non_uniform_work_group_support); }).value_or(true);
+}
+
+template <version V>
+size_triple opencl_version_kernel<V>::get_preferred_work_group_size(std::uint64_t work_dim) {
+  const size_triple fixed = get_compile_work_group_size();
+  if (fixed != size_triple{})
+    return fixed;
+  const std::uint64_t size = kernel_.get_work_group_size(device_);
+  switch (work_dim) {
+  case 1:
+    return {size, 1, 1};
+  case 2: {
+    const std::uint64_t side = integer_square_root(size);
+    return {side, side, 1};
+  }
+  case 3: {
+    const std::uint64_t side = integer_cube_root(size);
+    return {side, side, side};
+  }
+  default:
+    throw std::runtime_error("Maximum work dimension is 3, but work-dimension of " +
+                             std::to_string(work_dim) + " was provided.");
+  }
+}
+
+template <version V>
+size_triple opencl_version_kernel<V>::get_compile_work_group_size() {
+  return kernel_.get_compile_work_group_size(device_);
+}
+
+template <version V>
+std::uint32_t opencl_version_kernel<V>::get_max_compute_units() {
+  return device_.template get<skerv::opencl::device_parameter::max_compute_units>();
+}
+
+template <version V>
+size_triple opencl_version_kernel<V>::get_max_global_size() {
+  if constexpr (version_traits<V>::has_kernel_global_work_size) {
+    const bool is_custom = device_.template is<skerv::opencl::device_flag::type_custom>();
+    if (is_custom || this->get_program()->is_builtin())
+      return kernel_.get_global_work_size(device_);
+  }
+  return get_address_space_limit();
+}
+
+template <version V>
+size_triple opencl_version_kernel<V>::get_address_space_limit() const {
+  const std::uint32_t bits = device_.template get<skerv::opencl::device_parameter::address_bits>();
+  if (bits != 32 && bits != 64)
+    throw std::runtime_error("Expected the number of address bits for the device to be 32 or 64, but read " +
+                             std::to_string(bits));
+  const std::uint64_t largest = bits == 32 ? UINT32_MAX : UINT64_MAX;
+  return {largest, largest, largest};
+}
+
+} // namespace oryn::tarva::library

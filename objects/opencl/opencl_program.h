@@ -1,0 +1,45 @@
+#pragma once
+
+#include "access/opencl/program.h"
+#include "objects/library_program.h"
+#include "objects/opencl/opencl_version.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+class opencl_program : public library_program {
+public:
+  using library_program::library_program;
+};
+
+// A built program of one OpenCL version. Never changes.
+template <version V>
+class opencl_version_program final : public opencl_program {
+public:
+  opencl_version_program(bool is_builtin, const std::shared_ptr<library_device>& device,
+                         const skerv::opencl::program<V>& program, const std::string& name);
+  ~opencl_version_program() override;
+
+  std::shared_ptr<property_base> get_property(const property_path& path) override;
+  std::vector<std::string> get_child_names(const property_path& path) override;
+  std::shared_ptr<library_kernel> get_kernel(const std::string& name) override;
+  std::vector<std::string> get_kernel_names() override;
+  // The program as compiled for its device.
+  std::vector<std::uint8_t> get_binary();
+
+private:
+  std::unique_ptr<skerv::opencl::program<V>> program_;
+};
+
+using opencl_1_0_program = opencl_version_program<version::v1_0>;
+using opencl_1_1_program = opencl_version_program<version::v1_1>;
+using opencl_1_2_program = opencl_version_program<version::v1_2>;
+using opencl_2_0_program = opencl_version_program<version::v2_0>;
+using opencl_2_1_program = opencl_version_program<version::v2_1>;
+using opencl_2_2_program = opencl_version_program<version::v2_2>;
+
+} // namespace oryn::tarva::library

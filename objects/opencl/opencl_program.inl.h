@@ -1,0 +1,60 @@
+// The bodies of opencl_program.h, compiled once for each version.
+#pragma once
+
+#include "access/opencl/kernel.h"
+#include "objects/opencl/opencl_kernel.h"
+#include "objects/opencl/opencl_program.h"
+#include "objects/opencl/program_properties.h"
+
+#include <stdexcept>
+
+namespace oryn::tarva::library {
+
+template <version V>
+opencl_version_program<V>::opencl_version_program(bool is_builtin,
+                                                  const std::shared_ptr<library_device>& device,
+                                                  const skerv::opencl::program<V>& program,
+                                                  const std::string& name)
+    : opencl_program(is_builtin, device, name),
+      program_(std::make_unique<skerv::opencl::program<V>>(program)) {}
+
+template <version V>
+opencl_version_program<V>::~opencl_version_program() = default;
+
+template <version V>
+std::shared_ptr<property_base> opencl_version_program<V>::get_property(const property_path& path) {
+  return program_property<V>(*this, path, *program_);
+}
+
+template <version V>
+std::vector<std::string> opencl_version_program<V>::get_child_names(const property_path& path) {
+  return program_child_names<V>(path);
+}
+
+template <version V>
+std::shared_ptr<library_kernel> opencl_version_program<V>::get_kernel(const std::string& name) {
+  return std::make_shared<opencl_version_kernel<V>>(this->shared_from_this(), program_->create_kernel(name));
+}
+
+template <version V>
+std::vector<std::string> opencl_version_program<V>::get_kernel_names() {
+  if constexpr (version_traits<V>::has_kernel_names) {
+    return program_->get_kernel_names();
+  } else {
+    std::vector<std::string> names;
+    for (const auto& kernel : program_->create_kernels())
+      names.push_back(kernel.get_function_name());
+    return names;
+  }
+}
+
+template <version V>
+std::vector<std::uint8_t> opencl_version_program<V>::get_binary() {
+  auto binaries = program_->get_binaries();
+  if (binaries.size() != 1)
+    throw std::runtime_error(
+        "Expected a single device binary, but multiple were found.  Please file a bug report.");
+  return std::move(binaries.front().binary);
+}
+
+} // namespace oryn::tarva::library

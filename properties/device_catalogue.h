@@ -1,0 +1,47 @@
+#pragma once
+
+#include "properties/catalogue.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace oryn::tarva::library {
+
+// How the value of a device's property is obtained. From `uint32` on, by the device query `parameter`.
+enum class device_reading : std::uint8_t {
+  none,
+  friendly_short_description,
+  friendly_summary,
+  object_id,
+  uint32,
+  uint64,
+  boolean,
+  string,
+  words,          // a string, split at whitespace
+  semicolon_list, // a string, split at semicolons
+  sizes,          // three sizes
+  bit,            // whether the operand, a bit, is set in a 64-bit value
+  equal_uint32,   // whether a 32-bit value is the operand
+  equal_uint64,   // whether a 64-bit value is the operand
+  embedded_profile,
+  full_profile,
+};
+
+struct device_source {
+  device_reading reading;
+  std::uint32_t parameter = 0;
+  std::uint64_t operand = 0;
+};
+
+std::optional<data_type> value_type(const device_source& source);
+
+using device_catalogue = catalogue<device_source>;
+
+const device_catalogue& get_device_catalogue();
+
+// On a device without images the children of this key do not exist, though they are listed.
+inline constexpr std::string_view image_support_key = "CL_DEVICE_IMAGE_SUPPORT";
+inline constexpr std::uint32_t image_support_parameter = 0x1016;
+
+} // namespace oryn::tarva::library

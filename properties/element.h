@@ -1,0 +1,95 @@
+#pragma once
+
+#include "properties/data_type.h"
+#include "properties/half.h"
+
+#include <array>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+
+namespace oryn::tarva::library {
+
+// How the elements of a type are held in C++: strings as pointers to their characters, vectors as arrays.
+template <typename T>
+struct element_shape {
+  static_assert(std::is_arithmetic_v<T>);
+  using component = T;
+  static constexpr component_kind kind = std::is_floating_point_v<T> ? component_kind::floating_point
+                                         : std::is_signed_v<T>       ? component_kind::signed_integer
+                                                                     : component_kind::unsigned_integer;
+  static constexpr std::size_t component_bytes = sizeof(T);
+  static constexpr std::size_t components = 1;
+};
+
+template <>
+struct element_shape<const char*> {
+  static constexpr component_kind kind = component_kind::character;
+  static constexpr std::size_t component_bytes = 1;
+  static constexpr std::size_t components = 1;
+};
+
+template <>
+struct element_shape<bool> {
+  static constexpr component_kind kind = component_kind::boolean;
+  static constexpr std::size_t component_bytes = 4;
+  static constexpr std::size_t components = 1;
+};
+
+template <>
+struct element_shape<half> {
+  static constexpr component_kind kind = component_kind::half;
+  static constexpr std::size_t component_bytes = 2;
+  static constexpr std::size_t components = 1;
+};
+
+template <typename T, std::size_t n>
+struct element_shape<std::array<T, n>> : element_shape<T> {
+  static constexpr std::size_t components = n;
+};
+
+// The data type whose elements T holds.
+template <typename T>
+consteval data_type data_type_of() {
+  using shape = element_shape<T>;
+  for (std::uint64_t value = first_data_type; value <= last_data_type; ++value) {
+    const data_type_row& row = data_type_table[value - 1];
+    if (row.kind == shape::kind && row.component_bytes == shape::component_bytes &&
+        row.components == shape::components) {
+      return data_type{value};
+    }
+  }
+  throw "no data type has elements of this kind";
+}
+
+// Element `index` of an array of elements of `type`, which must be the type of T.
+template <typename T>
+T get_element(const void* data, data_type type, std::uint64_t index) {
+  if (type != data_type_of<T>()) {
+    if (find_data_type(type) == nullptr) {
+      throw std::runtime_error("Unhandled case.");
+    }
+    throw std::logic_error("Mismatch between expected data type and provided data type.");
+  }
+  if constexpr (std::same_as<T, const char*>) {
+    return static_cast<const char* const*>(data)[index];
+  } else {
+    const auto* element =
+        static_cast<const unsigned char*>(data) + index * find_data_type(type)->element_bytes();
+    std::conditional_t<std::same_as<T, bool>, std::uint32_t, T> value;
+    std::memcpy(&value, element, sizeof(value));
+    return static_cast<T>(value);
+  }
+}
+
+// The text of element `index`, and the same text at the end of a string that the caller is building.
+std::string element_to_text(const void* data, data_type type, std::uint64_t index);
+void append_element_text(std::string& out, const void* data, data_type type, std::uint64_t index);
+
+void append_decimal(std::string& out, std::uint64_t number);
+
+} // namespace oryn::tarva::library

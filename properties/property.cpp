@@ -1,0 +1,20 @@
+#include "properties/property.h"
+
+namespace oryn::tarva::library {
+
+property<std::string>::property(property_interface* owner, property_path path, std::string name,
+                                std::string friendly_name, std::string description, values_type values)
+    : property_base(owner, std::move(path), std::move(name), std::move(friendly_name),
+                    std::move(description)),
+      values_(std::move(values)) {
+  value_pointers_.reserve(values_.size());
+  for (const std::string& value : values_) {
+    value_pointers_.push_back(value.c_str());
+  }
+}
+
+template class property<bool>;
+template class property<unsigned char>;
+template class property<unsigned long>;
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "properties/data_type.h"
+#include "properties/property_interface.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+// One property; on its own, a property without a value. The owner must outlive every use that needs it.
+class property_base {
+public:
+  // An empty property: what an owner answers for a path it does not know.
+  property_base() = default;
+  property_base(property_interface* owner, property_path path, std::string name, std::string friendly_name,
+                std::string description);
+  property_base(const property_base&) = delete;
+  property_base& operator=(const property_base&) = delete;
+  virtual ~property_base() = default;
+
+  virtual bool has_data() const;
+  virtual data_type get_data_type() const;
+  virtual std::uint64_t get_element_count() const;
+  virtual const void* get_data() const;
+
+  bool is_empty() const { return owner_ == nullptr; }
+  const std::string& get_name() const { return name_; }
+  const char* get_name_pointer() const { return name_.c_str(); }
+  const std::string& get_friendly_name() const { return friendly_name_; }
+  const char* get_friendly_name_pointer() const { return friendly_name_.c_str(); }
+  const std::string& get_description() const { return description_; }
+  const char* get_description_pointer() const { return description_.c_str(); }
+
+  void check_owner() const;
+  void check_has_data() const;
+
+  std::shared_ptr<property_base> get_child(const std::string& name) const;
+  std::vector<std::shared_ptr<property_base>> get_children() const;
+  // The same children, each made only when its turn comes.
+  template <typename visitor_type>
+  void for_each_child(visitor_type visit) const {
+    check_owner();
+    for (const std::string& name : owner_->get_child_names(path_)) {
+      visit(get_child(name));
+    }
+  }
+
+  std::string element_to_string(std::uint64_t index) const;
+  // The same text, at the end of a string that the caller is building.
+  void append_element(std::string& out, std::uint64_t index) const;
+
+private:
+  property_interface* owner_ = nullptr;
+  property_path path_;
+  std::string name_;
+  std::string friendly_name_;
+  std::string description_;
+};
+
+} // namespace oryn::tarva::library

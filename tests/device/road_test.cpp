@@ -1,0 +1,298 @@
+// The whole road on every OpenCL device that the environment offers, under each version it is offered as: the
+// same kernels and the same results everywhere. Ends with status 77 where there is no device.
+#include "tests/device/caller.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <numeric>
+#include <thread>
+
+namespace {
+
+using namespace caller;
+
+constexpr int NO_DEVICE = 77;
+constexpr std::size_t SIZE = 1000;
+
+const char* const SOURCE = R"(
+  kernel void saxpy(global float* y, global const float* x, float a) {
+    size_t i = get_global_id(0);
+    y[i] = a * x[i] + y[i];
+  }
+  kernel void add(global int* data, int amount) { data[get_global_id(0)] += amount; }
+  kernel void reverse_groups(global int* data, local int* scratch) {
+    size_t i = get_local_id(0), last = get_local_size(0) - 1;
+    scratch[i] = data[get_global_id(0)];
+    barrier(CLK_LOCAL_MEM_FENCE);
+    data[get_global_id(0)] = scratch[last - i];
+  }
+  kernel void pick(global int* out, int4 vector, uchar small, global int* nothing) {
+    out[0] = vector.x; out[1] = vector.w; out[2] = small; out[3] = nothing == 0;
+  }
+  kernel void shape(global int* out) {
+    if (get_global_id(0) + get_global_id(1) + get_global_id(2) != 0) return;
+    for (uint i = 0; i < 3; ++i) { out[i] = (int)get_global_size(i); out[3 + i] = (int)get_local_size(i); }
+  }
+  kernel __attribute__((reqd_work_group_size(4, 2, 1))) void fixed(global int* out) {
+    if (get_global_id(0) + get_global_id(1) == 0) out[0] = (int)get_local_size(1);
+  }
+  kernel void touch(global uchar* data) { data[0] = data[0]; }
+)";
+
+// Bytes of an element, told from the order of the type numbers.
+std::size_t element_bytes(std::uint64_t type) {
+  constexpr std::size_t SCALARS[] = {0, 1, 4, 1, 1, 2, 2, 4, 4, 8, 8, 2, 4, 8};
+  constexpr std::size_t COMPONENTS[] = {1, 1, 2, 2, 4, 4, 8, 8, 2, 4, 8}; // of the vectors, five sizes each
+  constexpr std::size_t WIDTHS[] = {2, 4, 4, 8, 16};                      // three take the room of four
+  return type < 14 ? SCALARS[type] : COMPONENTS[(type - 14) / 5] * WIDTHS[(type - 14) % 5];
+}
+
+std::vector<std::int32_t> counted(std::size_t size, std::int32_t first = 0) {
+  std::vector<std::int32_t> result(size);
+  std::iota(result.begin(), result.end(), first);
+  return result;
+}
+
+class road : public ::testing::Test {
+protected:
+  static void SetUpTestSuite() {
+    all = devices();
+    for (const caller::device& one : all) {
+      std::printf("%s\n", describe(one).c_str());
+      programs.push_back(compile(one, SOURCE));
+    }
+  }
+  static void TearDownTestSuite() {
+    programs.clear();
+    all.clear();
+  }
+  static std::string describe(const caller::device& one) {
+    return text(child(root<tarva_abi_get_device_root_property>(one), "FRIENDLY_SHORT_DESCRIPTION"));
+  }
+  static bool is_version(std::size_t i, const char* version) {
+    return describe(all[i]).find(std::string("OpenCL ") + version) == 0;
+  }
+  template <class Body>
+  static void on_each(Body body) {
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      SCOPED_TRACE(describe(all[i]));
+      body(i);
+    }
+  }
+  static kernel find(std::size_t i, const char* name) { return find_kernel(programs[i], name); }
+
+  static std::vector<caller::device> all;
+  static std::vector<program> programs;
+};
+
+std::vector<caller::device> road::all;
+std::vector<program> road::programs;
+
+TEST_F(road, kernels_compute_what_the_host_does) {
+  on_each([](std::size_t i) {
+    std::vector<float> x(SIZE), y(SIZE, 1.0F), expected(SIZE);
+    for (std::size_t k = 0; k < SIZE; ++k) {
+      x[k] = static_cast<float>(k);
+      expected[k] = 2.5F * x[k] + 1.0F; // exact in every rounding
+    }
+    const memory on_x = make(x), on_y = make(y);
+    const float factor = 2.5F;
+    EXPECT_EQ(launch(find(i, "saxpy"), {argument(on_y), argument(on_x), argument(factor)}, line(SIZE, 8)),
+              outcome());
+    EXPECT_EQ(read<float>(on_y, SIZE), expected);
+
+    const memory numbers = make(counted(24));
+    EXPECT_EQ(launch(find(i, "reverse_groups"), {argument(numbers), local_argument(TARVA_ABI_TYPE_INT32, 8)},
+                     line(24, 8)),
+              outcome());
+    EXPECT_EQ(read<std::int32_t>(numbers, 8, 8), (std::vector<std::int32_t>{15, 14, 13, 12, 11, 10, 9, 8}));
+
+    const std::array<std::int32_t, 4> vector{-1, 2, 3, 1 << 30};
+    const std::uint8_t small = 200;
+    EXPECT_EQ(launch(find(i, "pick"),
+                     {argument(numbers), argument(vector, TARVA_ABI_TYPE_INT32V4), argument(small),
+                      null_argument()},
+                     line(1)),
+              outcome());
+    EXPECT_EQ(read<std::int32_t>(numbers, 4), (std::vector<std::int32_t>{-1, 1 << 30, 200, 1}));
+  });
+}
+
+TEST_F(road, launch_types_reach_the_device) {
+  on_each([](std::size_t i) {
+    const auto shape = find(i, "shape");
+    const memory seen = make(counted(6));
+    const auto look = [&](const tarva_abi_launch_range_s& range) {
+      EXPECT_EQ(launch(shape, {argument(seen)}, range), outcome());
+      return read<std::int32_t>(seen, 6);
+    };
+    using sizes = std::vector<std::int32_t>;
+    EXPECT_EQ(look({TARVA_ABI_LAUNCH_EXPLICIT, {3, 0, 0, 0, 8, 4, 2, 4, 2, 1}}), (sizes{8, 4, 2, 4, 2, 1}));
+    EXPECT_EQ(look({TARVA_ABI_LAUNCH_GROUPS_SIZED, {2, 3, 8, 4, 1}}), (sizes{24, 12, 1, 8, 4, 1}));
+    const auto groups = look({TARVA_ABI_LAUNCH_GROUPS, {3}});
+    EXPECT_EQ(groups[0], 3 * groups[3]);
+    const auto wanted = look({TARVA_ABI_LAUNCH_GLOBAL_SIZE, {2, 1, 1, 1}});
+    EXPECT_EQ(wanted[0], wanted[3]) << "no smaller than a work-group";
+    const auto units = look({TARVA_ABI_LAUNCH_GROUPS_PER_UNIT, {1}});
+    EXPECT_EQ(look({TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED, {1, 9, 2, 1, 1}})[0] / 2, units[0] / units[3]);
+    EXPECT_EQ(look({TARVA_ABI_LAUNCH_EXPLICIT, {1, 0, 0, 0, 6, 1, 1, 0, 0, 0}})[0], 6)
+        << "the device chooses";
+    EXPECT_EQ(launch(find(i, "fixed"), {argument(seen)}, {TARVA_ABI_LAUNCH_GLOBAL_SIZE, {2, 1, 1, 1}}),
+              outcome());
+    EXPECT_EQ(read<std::int32_t>(seen, 1)[0], 2);
+  });
+}
+
+TEST_F(road, all_types_are_allocated_filled_copied_and_read) {
+  on_each([](std::size_t i) {
+    const auto touch = find(i, "touch");
+    for (std::uint64_t type = 1; type <= 68; ++type)
+      for (const bool on_device : {false, true}) {
+        SCOPED_TRACE(::testing::Message()
+                     << "type " << type << (on_device ? " on the device" : " on the host"));
+        const std::size_t bytes = element_bytes(type);
+        std::vector<unsigned char> content(8 * bytes), pattern(bytes), result(8 * bytes, 0xEE);
+        std::iota(content.begin(), content.end(), static_cast<unsigned char>(1));
+        std::iota(pattern.begin(), pattern.end(), static_cast<unsigned char>(100));
+        const memory first = allocate(type, 8), second = allocate(type, 8);
+        for (const memory* one : {&first, &second}) {
+          ASSERT_EQ(write_raw(*one, 0, 8, content.data()), outcome());
+          if (on_device) {
+            ASSERT_EQ(launch(touch, {argument(*one)}, line(1)), outcome());
+          }
+        }
+        EXPECT_EQ(fill(first, pattern.data(), 2, 3), outcome());
+        EXPECT_EQ(copy(first, 1, second, 5, 3), outcome());
+        EXPECT_EQ(read_raw(second, 0, 8, result.data()), outcome());
+        auto expected = content;
+        std::copy_n(content.begin() + static_cast<std::ptrdiff_t>(bytes), bytes,
+                    expected.begin() + static_cast<std::ptrdiff_t>(5 * bytes));
+        for (const std::size_t place : {6, 7})
+          std::copy(pattern.begin(), pattern.end(),
+                    expected.begin() + static_cast<std::ptrdiff_t>(place * bytes));
+        EXPECT_EQ(result, expected);
+      }
+  });
+}
+
+TEST_F(road, an_object_is_used_on_all_devices_in_turn) {
+  const memory numbers = make(counted(SIZE)), copies = make(counted(SIZE));
+  const std::int32_t amount = 1;
+  std::int32_t rounds = 0;
+  for (; rounds < 3; ++rounds)
+    on_each([&](std::size_t i) {
+      EXPECT_EQ(launch(find(i, "add"), {argument(numbers), argument(amount)}, line(SIZE, 4)), outcome());
+      EXPECT_EQ(copy(numbers, 0, copies, 0, SIZE), outcome()) << "from this device to another";
+    });
+  const auto expected = counted(SIZE, rounds * static_cast<std::int32_t>(all.size()));
+  EXPECT_EQ(read<std::int32_t>(numbers, SIZE), expected);
+  EXPECT_EQ(launch(find(0, "add"), {argument(copies), argument(amount)}, line(1)), outcome());
+  EXPECT_EQ(read<std::int32_t>(copies, SIZE - 1, 1),
+            std::vector<std::int32_t>(expected.begin() + 1, expected.end()));
+}
+
+TEST_F(road, threads_work_on_all_devices_at_once) {
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < all.size(); ++i)
+    threads.emplace_back([i] {
+      const auto add = find(i, "add");
+      const memory numbers = make(counted(64));
+      const std::int32_t amount = 2;
+      for (int round = 0; round < 20; ++round)
+        must(launch(add, {argument(numbers), argument(amount)}, line(64, 8)));
+      EXPECT_EQ(read<std::int32_t>(numbers, 64), counted(64, 40));
+    });
+  for (std::thread& one : threads)
+    one.join();
+}
+
+TEST_F(road, programs_that_do_not_compile_are_told_in_words) {
+  on_each([](std::size_t i) {
+    build broken;
+    EXPECT_EQ(load(all[i], TARVA_ABI_IR_SOURCE_1_0, "kernel void f() { this is no program; }", "", broken),
+              outcome());
+    EXPECT_FALSE(broken.success);
+    EXPECT_FALSE(broken.log.empty());
+    tarva_abi_kernel_s* unused = nullptr;
+    EXPECT_EQ(call<tarva_abi_get_kernel>(broken.made.get(), "f", &unused),
+              logic_failure("Cannot extract a kernel from an empty program.  Kernel name: f"));
+    EXPECT_EQ(call<tarva_abi_get_kernel>(programs[i].get(), "missing", &unused),
+              other_failure("Kernel name not found in the program."));
+    EXPECT_EQ(unused, nullptr);
+  });
+}
+
+TEST_F(road, binaries_make_the_same_program_again) {
+  on_each([](std::size_t i) {
+    const auto root_property = root<tarva_abi_get_program_root_property>(programs[i]);
+    const auto binary = child(child(root_property, "OPENCL"), "CL_PROGRAM_BINARY");
+    ASSERT_GT(binary->element_count, 0u);
+    build again;
+    const std::string data(static_cast<const char*>(binary->data), binary->element_count);
+    ASSERT_EQ(load(all[i], TARVA_ABI_IR_DEVICE_BINARY, data, "", again), outcome());
+    ASSERT_TRUE(again.success) << again.log;
+    const memory numbers = make(counted(8));
+    const std::int32_t amount = 5;
+    EXPECT_EQ(launch(find_kernel(again.made, "add"), {argument(numbers), argument(amount)}, line(8)),
+              outcome());
+    EXPECT_EQ(read<std::int32_t>(numbers, 8), counted(8, 5));
+    for (const std::size_t wrong : {data.size() / 2, std::size_t{0}}) {
+      build refused;
+      const outcome ended = load(all[i], TARVA_ABI_IR_DEVICE_BINARY, data.substr(0, wrong), "", refused);
+      EXPECT_TRUE(ended.code != TARVA_ABI_OK || !refused.success) << "a binary cut to " << wrong << " bytes";
+    }
+  });
+}
+
+TEST_F(road, bad_input_never_reaches_opencl) {
+  on_each([](std::size_t i) {
+    const auto add = find(i, "add"), scratch = find(i, "reverse_groups"), fixed = find(i, "fixed");
+    const memory numbers = make(counted(64)), none = allocate(TARVA_ABI_TYPE_INT32, 0);
+    const std::int32_t amount = 1;
+    const arguments good{argument(numbers), argument(amount)};
+    const auto refused = [&](const kernel& called, const arguments& list,
+                             const tarva_abi_launch_range_s& range, const char* what) {
+      const outcome ended = launch(called, list, range);
+      EXPECT_LT(ended.code, -2) << what;
+      EXPECT_FALSE(ended.message.empty()) << what;
+    };
+    refused(add, good, {TARVA_ABI_LAUNCH_EXPLICIT, {0, 0, 0, 0, 8, 1, 1, 1, 1, 1}}, "work dimension 0");
+    refused(add, good, {TARVA_ABI_LAUNCH_EXPLICIT, {4, 0, 0, 0, 8, 1, 1, 1, 1, 1}}, "work dimension 4");
+    refused(add, good, {TARVA_ABI_LAUNCH_EXPLICIT, {3, 0, 0, 0, 8, 8, 8, 8, 0, 0}}, "partly zero local size");
+    refused(add, good, line(std::uint64_t{1} << 40, std::uint64_t{1} << 40), "huge group");
+    refused(add, {argument(numbers)}, line(8), "too few arguments");
+    refused(add, {argument(none), argument(amount)}, line(8), "memory of 0 elements");
+    refused(scratch, {argument(numbers), local_argument(TARVA_ABI_TYPE_INT32, 0)}, line(8),
+            "no local memory");
+    refused(scratch, {argument(numbers), local_argument(TARVA_ABI_TYPE_INT32, 1 << 28)}, line(8),
+            "1 GiB local");
+    refused(fixed, {argument(numbers)}, {TARVA_ABI_LAUNCH_EXPLICIT, {2, 0, 0, 0, 8, 8, 1, 2, 2, 1}},
+            "fixed size");
+    if (is_version(i, "1."))
+      refused(add, good, line(63, 16), "group that does not divide");
+    if (is_version(i, "1.0")) {
+      EXPECT_EQ(launch(add, good, line(8, 1, 1)),
+                logic_failure("OpenCL 1.0 supports an offset of (0,0,0) only."));
+    }
+    EXPECT_NE(fill(numbers, &amount, 63, 2).code, 0);
+    EXPECT_NE(copy(numbers, 0, numbers, 1, 8).code, 0) << "overlapping ranges";
+    std::array<std::int32_t, 2> host{};
+    EXPECT_NE(read_raw(numbers, 63, 2, host.data()).code, 0);
+    EXPECT_NE(write_raw(numbers, ~std::uint64_t{0}, 2, host.data()).code, 0);
+
+    EXPECT_EQ(launch(add, good, line(64, 8)), outcome()) << "all goes on as before";
+    EXPECT_EQ(read<std::int32_t>(numbers, 64), counted(64, 1));
+  });
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  ::testing::InitGoogleTest(&argc, argv);
+  if (!::testing::GTEST_FLAG(list_tests) && devices().empty()) {
+    std::printf("skipped: this machine offers no OpenCL device in this environment\n");
+    return NO_DEVICE;
+  }
+  return RUN_ALL_TESTS();
+}

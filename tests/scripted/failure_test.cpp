@@ -1,0 +1,215 @@
+// A request that fails takes nothing with it: no kernel works on content that never arrived, no content is
+// lost, and the next request finds everything as it was.
+#include "tests/scripted/scripted_test.h"
+
+namespace scripted {
+
+using namespace caller;
+using op = qv::operation;
+
+struct failing {
+  const char* what;
+  void (*plan)(op, int, std::int32_t);
+  op operation;
+  std::int32_t value;
+  int places; // the first, the second, ... of that operation fails in turn
+  bool from_device = false;
+};
+
+// A launch of a kernel with three memory objects, which come from the host or from another device.
+const failing LAUNCH_FAILURES[] = {
+    {"no memory on the device", fail_call, op::create_buffer, -4, 3},
+    {"capability library fails", fail_transport, op::create_buffer, -1, 2},
+    {"write to the device", fail_event, op::enqueue_write_buffer, -5, 3},
+    {"event that cannot be read", fail_call, op::get_event_info, -6, 1},
+    {"kernel", fail_event, op::enqueue_nd_range_kernel, -1000, 1},
+    {"no memory on the second device", fail_call, op::create_buffer, -4, 3, true},
+    {"read from the first device", fail_event, op::enqueue_read_buffer, -5, 3, true},
+    {"write to the second device", fail_event, op::enqueue_write_buffer, -5, 3, true},
+};
+
+class failures : public each_version {
+protected:
+  static std::vector<std::int32_t> swapped(std::vector<std::int32_t> values) {
+    for (std::int32_t& value : values)
+      value = static_cast<std::int32_t>(__builtin_bswap32(static_cast<std::uint32_t>(value)));
+    return values;
+  }
+  void expect_silence() {
+    forget_calls();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const auto calls = take_calls();
+    for (const op late : {op::enqueue_nd_range_kernel, op::enqueue_read_buffer, op::enqueue_write_buffer,
+                          op::enqueue_copy_buffer, op::enqueue_fill_buffer, op::finish, op::create_buffer})
+      EXPECT_EQ(count(calls, late), 0u) << "a command ran after its request had returned";
+  }
+  void try_launch(const failing& row, int place, role target) {
+    SCOPED_TRACE(::testing::Message() << row.what << ", number " << place);
+    const auto sum = kernel(version(), "sum", target);
+    const memory out = make(counted(5, 1000)), a = make(counted(5)), b = make(counted(5, 10));
+    const std::int32_t nothing = 0;
+    if (row.from_device)
+      for (const memory* one : {&out, &a, &b})
+        must(launch(kernel(version(), "add", role::second), {argument(*one), argument(nothing)}, line(5)));
+
+    row.plan(row.operation, place, row.value);
+    EXPECT_EQ(launch(sum, {argument(out), argument(a), argument(b)}, line(5)), outcome());
+    EXPECT_TRUE(no_failure_left());
+    expect_silence();
+    if (target != role::big_endian) {
+      EXPECT_EQ(read<std::int32_t>(out, 5), counted(5, 1000));
+      EXPECT_EQ(read<std::int32_t>(a, 5), counted(5));
+      EXPECT_EQ(read<std::int32_t>(b, 5), counted(5, 10));
+    }
+
+    EXPECT_EQ(launch(sum, {argument(out), argument(a), argument(b)}, line(5)), outcome());
+    const auto order = [&](std::vector<std::int32_t> v) {
+      return target == role::big_endian ? swapped(v) : v;
+    };
+    EXPECT_EQ(order(read<std::int32_t>(out, 5)), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
+    EXPECT_EQ(order(read<std::int32_t>(a, 5)), counted(5));
+    EXPECT_EQ(order(read<std::int32_t>(b, 5)), counted(5, 10));
+  }
+};
+INSTANTIATE_TEST_SUITE_P(scripted, failures, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+
+TEST_P(failures, a_failed_launch_loses_nothing_and_can_be_repeated) {
+  for (const failing& row : LAUNCH_FAILURES)
+    for (int place = 1; place <= row.places; ++place)
+      try_launch(row, place, role::first);
+}
+
+TEST_P(failures, a_failed_change_of_byte_order_is_not_repeated) {
+  for (const failing& row : LAUNCH_FAILURES)
+    for (int place = 1; place <= row.places && !row.from_device; ++place)
+      try_launch(row, place, role::big_endian);
+}
+
+TEST_P(failures, memory_that_runs_out_is_survived) {
+  const auto sum = kernel(version(), "sum");
+  const memory out = make(counted(5, 1000)), a = make(counted(5)), b = make(counted(5, 10));
+  const arguments list{argument(out), argument(a), argument(b)};
+  limit_memory(device_index(version(), role::first), 30); // enough for one
+  EXPECT_EQ(launch(sum, list, line(5)), outcome());
+  const auto calls = take_calls();
+  EXPECT_EQ(count(calls, op::enqueue_nd_range_kernel), 0u);
+  EXPECT_EQ(read<std::int32_t>(a, 5), counted(5));
+  EXPECT_EQ(read<std::int32_t>(b, 5), counted(5, 10));
+  limit_memory(device_index(version(), role::first), 60);
+  EXPECT_EQ(launch(sum, list, line(5)), outcome());
+  EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
+}
+
+TEST_P(failures, a_future_tells_how_its_transfer_failed) {
+  const auto add = kernel(version(), "add");
+  const memory numbers = make(counted(4));
+  const std::int32_t nothing = 0;
+  must(launch(add, {argument(numbers), argument(nothing)}, line(4)));
+  std::vector<std::int32_t> host{7, 7, 7, 7};
+  fail_event(op::enqueue_read_buffer, 1, -5);
+  EXPECT_EQ(read_raw(numbers, 0, 4, host.data()),
+            other_failure("Failed to allocate resources on the device."));
+  EXPECT_EQ(host, (std::vector<std::int32_t>{7, 7, 7, 7}));
+  fail_event(op::enqueue_write_buffer, 1, -1000);
+  EXPECT_EQ(write_raw(numbers, 0, 4, host.data()), other_failure("Unknown OpenCL Error Code: -1000"));
+  EXPECT_EQ(read<std::int32_t>(numbers, 4), counted(4));
+
+  // The code alone will do, too; and a future may be abandoned.
+  tarva_abi_future_s* future = nullptr;
+  long code = 0;
+  fail_event(op::enqueue_read_buffer, 2, -5);
+  for (const bool waits : {false, true}) {
+    must(call<tarva_abi_async_read_memory>(numbers.get(), std::uint64_t{0}, std::uint64_t{4},
+                                           static_cast<void*>(host.data()), &future));
+    if (waits)
+      EXPECT_EQ(call<tarva_abi_wait_future>(future, &code, static_cast<tarva_abi_error_s**>(nullptr)),
+                outcome());
+    else
+      tarva_abi_abandon_future(nullptr, future);
+  }
+  EXPECT_EQ(code, TARVA_ABI_RUNTIME_FAILURE);
+  EXPECT_EQ(call<tarva_abi_wait_future>(future, &code, static_cast<tarva_abi_error_s**>(nullptr)),
+            runtime_failure("Lookup of internal type map failed."));
+}
+
+TEST_P(failures, failed_fills_and_copies_change_nothing) {
+  const auto add = kernel(version(), "add"), there = kernel(version(), "add", role::second);
+  const memory numbers = make(counted(4)), beside = make(counted(4, 20)), away = make(counted(4, 40));
+  const std::int32_t nothing = 0, pattern = 9;
+  for (const memory* one : {&numbers, &beside})
+    must(launch(add, {argument(*one), argument(nothing)}, line(4)));
+  must(launch(there, {argument(away), argument(nothing)}, line(4)));
+
+  fail_event(version() >= 3 ? op::enqueue_fill_buffer : op::enqueue_write_buffer, 1, -5);
+  EXPECT_EQ(fill(numbers, &pattern, 0, 4), outcome());
+  fail_event(op::enqueue_copy_buffer, 1, -5);
+  EXPECT_EQ(copy(beside, 0, numbers, 0, 4), outcome());
+  for (const op half : {op::enqueue_read_buffer, op::enqueue_write_buffer}) {
+    fail_event(half, 1, -5);
+    EXPECT_EQ(copy(away, 0, numbers, 0, 4), outcome());
+    expect_silence();
+  }
+  EXPECT_TRUE(no_failure_left());
+  EXPECT_EQ(read<std::int32_t>(numbers, 4), counted(4));
+  EXPECT_EQ(copy(away, 0, numbers, 0, 4), outcome());
+  EXPECT_EQ(read<std::int32_t>(numbers, 4), counted(4, 40));
+}
+
+using handles = scripted_test;
+
+TEST_F(handles, impossible_allocations_are_refused) {
+  tarva_abi_memory_s* made = nullptr;
+  for (const std::uint64_t size : {std::uint64_t{1} << 62, ~std::uint64_t{0} / 4 + 2, ~std::uint64_t{0}}) {
+    const outcome ended =
+        call<tarva_abi_memory_allocate_typed>("", std::uint64_t{TARVA_ABI_TYPE_INT32}, size, &made);
+    EXPECT_NE(ended.code, 0) << size;
+    EXPECT_EQ(made, nullptr);
+  }
+  for (const std::uint64_t type : {0, 69})
+    EXPECT_EQ(call<tarva_abi_memory_allocate_typed>("", type, std::uint64_t{1}, &made),
+              runtime_failure("Unknown data type."));
+}
+
+TEST_F(handles, null_and_foreign_handles_are_refused_in_words) {
+  const memory numbers = make(counted(2));
+  const program made = compile(device(3), SOURCE);
+  tarva_abi_kernel_s* kernel = nullptr;
+  tarva_abi_property_s* property = nullptr;
+  std::int32_t value = 0;
+  const outcome unknown = runtime_failure("Lookup of internal type map failed.");
+  EXPECT_EQ(call<tarva_abi_get_kernel>(reinterpret_cast<tarva_abi_program_s*>(numbers.get()), "add", &kernel),
+            unknown);
+  EXPECT_EQ(call<tarva_abi_get_kernel>(static_cast<tarva_abi_program_s*>(nullptr), "add", &kernel), unknown);
+  EXPECT_EQ(call<tarva_abi_get_kernel>(made.get(), static_cast<const char*>(nullptr), &kernel),
+            invalid_argument(
+                "tarva_abi_get_kernel: kernel name argument is NULL, but expected a kernel name string to "
+                "extract the kernel."));
+  EXPECT_EQ(
+      call<tarva_abi_get_memory_root_property>(reinterpret_cast<tarva_abi_memory_s*>(&value), &property),
+      unknown);
+  EXPECT_EQ(
+      fill(numbers, nullptr, 0, 1),
+      invalid_argument("tarva_abi_fill_memory: value argument is NULL, but expected a memory location that "
+                       "contains a value to write."));
+  EXPECT_EQ(read_raw(numbers, 0, 1, nullptr),
+            invalid_argument(
+                "tarva_abi_async_read_memory: dest argument is NULL, but expected a memory location to "
+                "write memory contents."));
+  EXPECT_EQ(kernel, nullptr);
+  EXPECT_EQ(property, nullptr);
+}
+
+TEST_F(handles, memory_lives_until_its_last_reference) {
+  memory numbers = make(counted(2));
+  const std::int32_t nothing = 0;
+  must(launch(kernel(3, "add"), {argument(numbers), argument(nothing)}, line(2)));
+  const auto buffers = live_objects()["buffer"];
+  tarva_abi_retain_memory(nullptr, numbers.get());
+  tarva_abi_release_memory(nullptr, numbers.get());
+  EXPECT_EQ(live_objects()["buffer"], buffers);
+  EXPECT_EQ(read<std::int32_t>(numbers, 2), counted(2));
+  numbers.reset();
+  EXPECT_EQ(live_objects()["buffer"], buffers - 1);
+}
+
+} // namespace scripted

@@ -1,0 +1,190 @@
+// How the six launch types become work sizes, and which launches are refused before anything happens.
+#include "tests/scripted/scripted_test.h"
+
+namespace scripted {
+
+using namespace caller;
+using op = qv::operation;
+
+class launching : public each_version {
+protected:
+  // The global sizes, then the local sizes, of the only launch since the last look.
+  std::vector<std::uint64_t> sizes() {
+    const auto launches = only(take_calls(), op::enqueue_nd_range_kernel);
+    if (launches.size() != 1)
+      return {};
+    return {launches[0].numbers.begin() + 3, launches[0].numbers.end()};
+  }
+};
+INSTANTIATE_TEST_SUITE_P(scripted, launching, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+
+TEST_P(launching, each_type_becomes_its_sizes) {
+  // The scripted devices: work-groups of 256, so 16 by 16 or 6 by 6 by 6, and 4 compute units.
+  const auto empty = kernel(version(), "empty");
+  using list = std::vector<std::uint64_t>;
+  const std::vector<std::pair<tarva_abi_launch_range_s, list>> rows{
+      {{TARVA_ABI_LAUNCH_EXPLICIT, {2, 0, 0, 0, 8, 6, 9, 4, 3, 9}}, {8, 6, 1, 4, 3, 1}},
+      {{TARVA_ABI_LAUNCH_EXPLICIT, {1, 0, 0, 0, 5, 1, 1, 0, 0, 0}}, {5, 1, 1, 0, 1, 1}},
+      {{TARVA_ABI_LAUNCH_GLOBAL_SIZE, {2, 10, 320, 5}}, {16, 320, 1, 16, 16, 1}},
+      {{TARVA_ABI_LAUNCH_GLOBAL_SIZE, {3, 1, 12, 1}}, {6, 12, 6, 6, 6, 6}},
+      {{TARVA_ABI_LAUNCH_GROUPS, {5, 77, 77}}, {1280, 1, 1, 256, 1, 1}},
+      {{TARVA_ABI_LAUNCH_GROUPS_SIZED, {2, 3, 8, 4, 1}}, {24, 12, 1, 8, 4, 1}},
+      {{TARVA_ABI_LAUNCH_GROUPS_PER_UNIT, {2}}, {2048, 1, 1, 256, 1, 1}},
+      {{TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED, {3, 99, 8, 4, 2}}, {32, 16, 8, 8, 4, 2}},
+  };
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    forget_calls();
+    EXPECT_EQ(launch(empty, {}, rows[i].first), outcome()) << "row " << i;
+    EXPECT_EQ(sizes(), rows[i].second) << "row " << i;
+  }
+  // A size that the compiler fixed is the one that the kernel chooses.
+  const memory numbers = make(counted(1));
+  const auto fixed = kernel(version(), "fixed");
+  forget_calls();
+  EXPECT_EQ(launch(fixed, {argument(numbers)}, {TARVA_ABI_LAUNCH_GLOBAL_SIZE, {3, 1, 8, 1}}), outcome());
+  EXPECT_EQ(sizes(), (list{8, 8, 2, 8, 4, 2}));
+}
+
+TEST_P(launching, an_offset_is_passed_on_from_1_1) {
+  const memory numbers = make(counted(6));
+  const std::int32_t amount = 10;
+  const outcome ended =
+      launch(kernel(version(), "add"), {argument(numbers), argument(amount)}, line(2, 1, 3));
+  if (version() == 1) {
+    EXPECT_EQ(ended, logic_failure("OpenCL 1.0 supports an offset of (0,0,0) only."));
+    EXPECT_EQ(read<std::int32_t>(numbers, 6), counted(6));
+  } else {
+    EXPECT_EQ(ended, outcome());
+    EXPECT_EQ(read<std::int32_t>(numbers, 6), (std::vector<std::int32_t>{1, 2, 3, 14, 15, 6}));
+  }
+}
+
+TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
+  const auto add = kernel(version(), "add"), fixed = kernel(version(), "fixed"),
+             observe = kernel(version(), "observe");
+  const memory numbers = make(counted(4)), none = allocate(TARVA_ABI_TYPE_INT32, 0),
+               shorts = make(std::vector<std::int16_t>(6));
+  const std::int32_t amount = 1;
+  const std::array<std::int16_t, 4> values{};
+  const arguments good{argument(numbers), argument(amount)};
+  const auto sized = [](std::uint64_t dim, std::array<std::uint64_t, 3> global,
+                        std::array<std::uint64_t, 3> local) {
+    return tarva_abi_launch_range_s{
+        TARVA_ABI_LAUNCH_EXPLICIT,
+        {dim, 0, 0, 0, global[0], global[1], global[2], local[0], local[1], local[2]}};
+  };
+  const auto with_local = [&](std::uint64_t elements) {
+    return arguments{argument(shorts), local_argument(TARVA_ABI_TYPE_FLOAT, elements),
+                     argument(values, TARVA_ABI_TYPE_INT16V4), null_argument()};
+  };
+  struct row {
+    const char* what;
+    const caller::kernel& called;
+    arguments list;
+    tarva_abi_launch_range_s range;
+    bool refused = true;
+  };
+  const bool before_2_0 = version() < 4, before_2_1 = version() < 5;
+  const std::vector<row> rows{
+      {"work dimension 0", add, good, sized(0, {4, 1, 1}, {1, 1, 1})},
+      {"work dimension 4", add, good, sized(4, {4, 1, 1}, {1, 1, 1})},
+      {"work dimension far too large", add, good, sized(std::uint64_t{1} << 32 | 1, {4, 1, 1}, {1, 1, 1})},
+      {"one zero in the local size", add, good, sized(2, {4, 4, 1}, {4, 0, 1})},
+      {"local size that does not divide", add, good, sized(1, {4, 1, 1}, {3, 1, 1}), before_2_0},
+      {"group too large", add, good, sized(1, {512, 1, 1}, {512, 1, 1})},
+      {"group too large in all", add, good, sized(2, {32, 32, 1}, {32, 32, 1})},
+      {"group whose size wraps around", add, good,
+       sized(2, {std::uint64_t{1} << 33, std::uint64_t{1} << 33, 1},
+             {std::uint64_t{1} << 33, std::uint64_t{1} << 33, 1})},
+      {"group too large in the third dimension", add, good, sized(3, {1, 1, 128}, {1, 1, 128})},
+      {"global size 0", add, good, sized(1, {0, 1, 1}, {1, 1, 1}), before_2_1},
+      {"not the size fixed by the compiler", fixed, {argument(numbers)}, sized(3, {8, 8, 2}, {8, 8, 2})},
+      {"too few arguments", add, {argument(numbers)}, sized(1, {4, 1, 1}, {1, 1, 1})},
+      {"too many arguments",
+       add,
+       {argument(numbers), argument(amount), argument(amount)},
+       sized(1, {4, 1, 1}, {1, 1, 1})},
+      {"memory of 0 elements", add, {argument(none), argument(amount)}, sized(1, {4, 1, 1}, {1, 1, 1})},
+      {"local memory of 0 elements", observe, with_local(0), sized(1, {1, 1, 1}, {1, 1, 1})},
+      {"more local memory than there is", observe, with_local(8193), sized(1, {1, 1, 1}, {1, 1, 1})},
+      {"local memory whose size wraps around", observe, with_local(std::uint64_t{1} << 62 | 1),
+       sized(1, {1, 1, 1}, {1, 1, 1})},
+  };
+  forget_calls();
+  for (const row& one : rows) {
+    const outcome ended = launch(one.called, one.list, one.range);
+    EXPECT_EQ(ended.code != 0, one.refused) << one.what << ": " << ended;
+    if (!one.refused)
+      continue;
+    EXPECT_TRUE(ended.message.size() > 10 && ended.message.back() == '.') << one.what << ": " << ended;
+    EXPECT_EQ(count(take_calls(), op::create_buffer), 0u) << one.what << ": no state changes";
+  }
+  EXPECT_EQ(launch(add, good, sized(4, {4, 1, 1}, {1, 1, 1})),
+            logic_failure("Work dimension must be 1, 2, or 3."));
+  EXPECT_EQ(launch(add, good, line(4)), outcome());
+}
+
+TEST_P(launching, malformed_records_are_refused_in_words) {
+  const auto add = kernel(version(), "add");
+  const memory numbers = make(counted(4));
+  const auto range = line(4);
+  EXPECT_EQ(
+      call<tarva_abi_kernel_call>(add.get(), static_cast<const tarva_abi_kernel_argument_s*>(nullptr),
+                                  std::uint64_t{1}, &range),
+      invalid_argument("tarva_abi_kernel_call: argument array is NULL but number of arguments is not zero."));
+  EXPECT_EQ(call<tarva_abi_kernel_call>(add.get(), static_cast<const tarva_abi_kernel_argument_s*>(nullptr),
+                                        std::uint64_t{0},
+                                        static_cast<const tarva_abi_launch_range_s*>(nullptr)),
+            invalid_argument(
+                "tarva_abi_kernel_call: launch range is NULL, so there is no way to execute the kernel."));
+  for (const std::uint64_t type : {std::uint64_t{0}, std::uint64_t{7}, ~std::uint64_t{0}})
+    EXPECT_EQ(launch(add, {}, {type, {1, 1, 1}}),
+              invalid_argument(
+                  "tarva_abi_kernel_call: Unknown launch type provided in the launch range argument."));
+  EXPECT_EQ(launch(add, {argument(numbers), {4, 0, 0}}, range),
+            runtime_failure("Unsupported argument type."));
+  EXPECT_EQ(launch(add, {argument(numbers), {TARVA_ABI_ARGUMENT_VALUE, 0, 0}}, range).message,
+            "Unknown data type.");
+  EXPECT_EQ(
+      launch(add, {argument(numbers), {TARVA_ABI_ARGUMENT_VALUE, TARVA_ABI_TYPE_INT32, 0}}, range),
+      logic_failure("NULL pointer provided as a pointer to a value, but the data type has a non-zero size."));
+  EXPECT_EQ(launch(add, {{TARVA_ABI_ARGUMENT_MEMORY, 16, 0}}, range),
+            runtime_failure("Lookup of internal type map failed."));
+  EXPECT_EQ(launch(add, {}, {TARVA_ABI_LAUNCH_GLOBAL_SIZE, {4, 1, 1, 1}}),
+            runtime_failure("Maximum work dimension is 3, but work-dimension of 4 was provided."));
+}
+
+TEST_P(launching, ranges_of_transfers_are_checked_without_wrap_around) {
+  constexpr std::uint64_t HUGE = ~std::uint64_t{0};
+  const auto add = kernel(version(), "add");
+  const std::int32_t value = 1;
+  std::array<std::int32_t, 8> host{};
+  for (const bool on_device : {false, true}) {
+    const memory numbers = make(counted(4)), others = make(counted(4)), floats = make(std::vector<float>(4));
+    if (on_device)
+      for (const memory* one : {&numbers, &others})
+        must(launch(add, {argument(*one), argument(value)}, line(4)));
+    const auto content = read<std::int32_t>(numbers, 4);
+    for (const auto& [start, size] : std::vector<std::pair<std::uint64_t, std::uint64_t>>{
+             {3, 2}, {5, 0}, {0, 5}, {HUGE, 2}, {2, HUGE}, {0, HUGE / 4 + 2}}) {
+      SCOPED_TRACE(::testing::Message() << (on_device ? "device " : "host ") << start << "+" << size);
+      EXPECT_EQ(fill(numbers, &value, start, size),
+                logic_failure("Fill operation would overflow target capacity."));
+      EXPECT_NE(copy(numbers, start, others, 0, size).code, 0);
+      EXPECT_NE(copy(others, 0, numbers, start, size).code, 0);
+      EXPECT_NE(read_raw(numbers, start, size, host.data()).code, 0);
+      EXPECT_NE(write_raw(numbers, start, size, host.data()).code, 0);
+    }
+    EXPECT_EQ(copy(numbers, 0, floats, 0, 1),
+              logic_failure("Cannot copy between memory objects with different types."));
+    EXPECT_NE(copy(numbers, 0, numbers, 1, 2).code, 0) << "overlapping ranges";
+    const outcome at_host = logic_failure("Memory copy would overflow allocation capacity.");
+    EXPECT_EQ(read_raw(numbers, 1, 4, host.data()),
+              on_device ? logic_failure("Copy operation would overflow source capacity.") : at_host);
+    EXPECT_EQ(write_raw(numbers, 1, 4, host.data()),
+              on_device ? logic_failure("Copy operation would overflow destination capacity.") : at_host);
+    EXPECT_EQ(read<std::int32_t>(numbers, 4), content);
+  }
+}
+
+} // namespace scripted

@@ -1,0 +1,301 @@
+// Start and stop of the library. Each case runs in a process of its own, with its own machine.
+#include "tests/scripted/scripted_test.h"
+
+#include <cstdlib>
+#include <unistd.h>
+
+namespace scripted {
+
+using namespace caller;
+using op = qv::operation;
+using ::testing::ExitedWithCode;
+
+namespace {
+
+// The texts stand in the output in this order; those that begin with '!' stand nowhere in it.
+class in_order : public ::testing::MatcherInterface<const std::string&> {
+public:
+  explicit in_order(std::vector<std::string> texts) : texts_(std::move(texts)) {}
+  bool MatchAndExplain(const std::string& output, ::testing::MatchResultListener* listener) const override {
+    std::size_t at = 0;
+    for (const std::string& text : texts_) {
+      const bool unwanted = text[0] == '!';
+      const std::size_t found = unwanted ? output.find(text.substr(1)) : output.find(text, at);
+      if (unwanted != (found == std::string::npos)) {
+        *listener << (unwanted ? "which holds: " : "which lacks, or not in its place: ") << text;
+        return false;
+      }
+      if (!unwanted)
+        at = found + text.size();
+    }
+    return true;
+  }
+  void DescribeTo(std::ostream* to) const override { *to << "holds the texts in order"; }
+
+private:
+  std::vector<std::string> texts_;
+};
+
+::testing::Matcher<const std::string&> lines(std::vector<std::string> texts) {
+  return ::testing::MakeMatcher(new in_order(std::move(texts)));
+}
+
+void log_to_console(const char* level) {
+  for (const char* layer : {"TARVA", "SKERV"}) {
+    setenv((std::string(layer) + "_LOG_TARGET").c_str(), "console", 1);
+    setenv((std::string(layer) + "_LOG_LEVEL").c_str(), level, 1);
+  }
+}
+
+// A 1.2 device without built-in kernels and a 2.0 device with two.
+void use_two_devices() {
+  device_options two{"two", {4}};
+  two.info[0x103F] = text_answer("copy_all;;sort_all");
+  set_devices({{"one", {3}}, two});
+}
+
+memory used_on(const caller::device& where) {
+  memory numbers = make(counted(4));
+  const std::int32_t nothing = 0;
+  must(launch(find_kernel(compile(where, SOURCE), "add"), {argument(numbers), argument(nothing)}, line(4)));
+  return numbers;
+}
+
+[[noreturn]] void run(void (*body)()) {
+  body();
+  std::exit(0);
+}
+
+void work_on_two_devices() {
+  use_two_devices();
+  log_to_console("info");
+  const auto all = devices();
+  const memory numbers = used_on(all[0]), more = used_on(all[1]);
+  tarva_abi_program_s* builtin = nullptr;
+  must(call<tarva_abi_get_builtin_program>(all[1].get(), &builtin));
+  const program owned(builtin);
+  must(launch(find_kernel(owned, "sort_all"), {argument(numbers)}, line(4)));
+}
+
+TEST(lifecycle, a_run_is_told_from_start_to_stop) {
+  EXPECT_EXIT(run(work_on_two_devices), ExitedWithCode(0),
+              lines({"] [tarva] [info] Starting TARVA.",
+                     "Begin initialization of TARVA.",
+                     "Detected 0 OpenCL 1.0 devices.",
+                     "Detected 0 OpenCL 1.1 devices.",
+                     "Detected 1 OpenCL 1.2 devices.",
+                     "Detected 1 OpenCL 2.0 devices.",
+                     "Detected 0 OpenCL 2.1 devices.",
+                     "Detected 0 OpenCL 2.2 devices.",
+                     "Initializing devices....",
+                     "Initializing device 1 of 2.",
+                     "Begin initialization of OpenCL 1.2 device 0x",
+                     " named: one",
+                     "Detected 0 builtin kernels.\n",
+                     "Completed initialization of OpenCL 1.2 device named: one",
+                     "Initializing device 2 of 2.",
+                     "Begin initialization of OpenCL 2.0 device 0x",
+                     " named: two",
+                     "Detected 2 builtin kernels. Creating a program that contains them.",
+                     "Creating the default device command-queue.",
+                     "Completed initialization of OpenCL 2.0 device named: two",
+                     "Device initialization complete.",
+                     "Creating the TARVA scheduler.",
+                     "Initialization of TARVA complete.",
+                     "Releasing devices....",
+                     "Releasing device 1 of 2.",
+                     "Destroying OpenCL 1.2 device 0x",
+                     "Releasing device 2 of 2.",
+                     "Destroying OpenCL 2.0 device 0x",
+                     "Device release complete.",
+                     "TARVA has shutdown.",
+                     "![warning]",
+                     "![error]"}));
+}
+
+void leave_handles_open() {
+  use_two_devices();
+  log_to_console("warn");
+  auto all = devices();
+  program made = compile(all[0], SOURCE);
+  used_on(all[1]).release();
+  tarva_abi_retain_program(nullptr, made.get());
+  find_kernel(made, "add").release();
+  child(root<tarva_abi_get_device_root_property>(all[0]), "NAME").release();
+  tarva_abi_future_s* future = nullptr;
+  const memory numbers = make(counted(1));
+  std::int32_t value = 0;
+  must(call<tarva_abi_async_read_memory>(numbers.get(), std::uint64_t{0}, std::uint64_t{1},
+                                         static_cast<void*>(&value), &future));
+  tarva_abi_error_s* failure = nullptr;
+  tarva_abi_get_devices(nullptr, nullptr, &failure);
+  made.release();
+  all[0].release();
+}
+
+TEST(lifecycle, what_is_left_open_is_reported_and_released_all_the_same) {
+  EXPECT_EXIT(run(leave_handles_open), ExitedWithCode(0),
+              lines({"] [tarva] [warning] User reference count of device 0x",
+                     " is 1, but expected a count of 0.", "User reference count of program 0x",
+                     " is 2, but expected a count of 0.", "User reference count of kernel 0x",
+                     " is 1, but expected a count of 0.", "User reference count of memory 0x",
+                     " is 1, but expected a count of 0.", "Property object 0x", " was not destroyed.",
+                     "Future object 0x", " was not destroyed.", "Error object 0x", " was not destroyed."}));
+}
+
+void start_in_silence() {
+  use_two_devices();
+  used_on(devices()[0]);
+  tarva_abi_release_device(nullptr, nullptr);
+}
+
+void ask_for_versions() {
+  set_version(1);
+  log_to_console("trace");
+  std::exit(static_cast<int>(tarva_abi_get_abi_version() + tarva_abi_get_library_version()));
+}
+
+TEST(lifecycle, nothing_is_printed_unasked) {
+  EXPECT_EXIT(run(start_in_silence), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(ask_for_versions), ExitedWithCode(0), ::testing::Eq(""))
+      << "the version functions start nothing";
+}
+
+void start_with_wrong_version() {
+  set_version(1);
+  devices();
+}
+
+void start_with_failing_device() {
+  use_two_devices();
+  check_at_exit(false); // nothing is mended before exit(1)
+  fail_call(op::create_context, 2, -6);
+  devices();
+}
+
+TEST(lifecycle, a_start_that_fails_ends_the_process_in_words) {
+  EXPECT_EXIT(
+      run(start_with_wrong_version), ExitedWithCode(1),
+      ::testing::Eq("Failed to initialize the TARVA library: The libqv version detected is incompatible with "
+                    "this version of SKERV.\n"));
+  EXPECT_EXIT(
+      run(start_with_failing_device), ExitedWithCode(1),
+      ::testing::Eq("Failed to initialize the TARVA library: Failed to allocate memory on the host.\n"));
+}
+
+void start_without_devices() {
+  set_devices({});
+  if (!devices().empty())
+    std::exit(2);
+  tarva_abi_memory_s* made = nullptr;
+  const outcome ended =
+      call<tarva_abi_memory_allocate_typed>("", std::uint64_t{TARVA_ABI_TYPE_FLOAT}, std::uint64_t{1}, &made);
+  if (ended != logic_failure("The scheduler expected at least one device to exist."))
+    std::exit(3);
+}
+
+void start_with_unwritable_log() {
+  use_two_devices();
+  log_to_console("info");
+  setenv("TARVA_LOG_TARGET", "file", 1);
+  if (chdir("/proc") != 0)
+    std::exit(2);
+  used_on(devices()[0]);
+}
+
+TEST(lifecycle, a_start_bears_a_bare_machine_and_a_log_that_cannot_be_written) {
+  EXPECT_EXIT(run(start_without_devices), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(start_with_unwritable_log), ExitedWithCode(0), ::testing::Eq(""));
+}
+
+void fail_on_the_worker(op operation) {
+  use_two_devices();
+  log_to_console("critical");
+  check_at_exit(false); // the work under way goes with the process
+  const auto all = devices();
+  fail_call(operation, 1, -5);
+  used_on(all[0]);
+  std::exit(2);
+}
+
+TEST(lifecycle, a_failure_to_enqueue_or_finish_ends_the_process) {
+  const auto told =
+      lines({"] [tarva] [critical] [device dispatcher] worker thread encountered an exception.  Aborting "
+             "program. Exception: Failed to allocate resources on the device."});
+  EXPECT_EXIT(fail_on_the_worker(op::enqueue_nd_range_kernel), ExitedWithCode(1), told);
+  EXPECT_EXIT(fail_on_the_worker(op::finish), ExitedWithCode(1), told);
+}
+
+void fail_without_future() {
+  use_two_devices();
+  log_to_console("error");
+  const auto all = devices();
+  fail_event(op::enqueue_nd_range_kernel, 1, -5);
+  used_on(all[0]);
+  fail_call(op::release_mem_object, 1, -38);
+  check_at_exit(false); // the buffer whose release failed
+  used_on(all[0]);
+}
+
+void complain_from_opencl() {
+  use_two_devices();
+  log_to_console("error");
+  const auto all = devices();
+  raise_context_error(0, "boom");
+  raise_context_error(1, nullptr);
+}
+
+TEST(lifecycle, failures_that_nobody_is_told_of_are_logged) {
+  EXPECT_EXIT(
+      run(fail_without_future), ExitedWithCode(0),
+      lines({"] [tarva] [error] ",
+             "kernel: {work_dim=1, global_offset=(0, 0, 0), global_size=(4, 1, 1), local_size=(1, 1, 1)}",
+             "Failed to allocate resources on the device.",
+             "] [skerv] [error] Exception caught in memory_object::~memory_object()."}));
+  EXPECT_EXIT(
+      run(complain_from_opencl), ExitedWithCode(0),
+      lines({"] [tarva] [error] OpenCL context error callback triggered for device: OpenCL 1.2 device named: "
+             "one.  Message: boom.",
+             "OpenCL context error callback triggered for device: OpenCL 2.0 device named: two.  Message is "
+             "null."}));
+}
+
+memory* survivor = nullptr;
+
+void call_after_the_stop() {
+  // Registered before the library starts, so that it runs after its exit handler.
+  std::atexit([] {
+    tarva_abi_device_array_s* array = nullptr;
+    auto* failure = reinterpret_cast<tarva_abi_error_s*>(&array);
+    if (tarva_abi_get_devices(nullptr, &array, &failure) != TARVA_ABI_UNKNOWN_FAILURE || failure != nullptr)
+      _exit(2);
+    delete survivor;
+  });
+  use_two_devices();
+  survivor = new memory(make(counted(4)));
+}
+
+void exit_while_others_work() {
+  use_two_devices();
+  check_at_exit(false);
+  for (int i = 0; i < 3; ++i)
+    std::thread([] {
+      const auto all = devices();
+      const auto add = find_kernel(compile(all[0], SOURCE), "add");
+      const memory numbers = make(counted(64));
+      const std::int32_t one = 1;
+      while (launch(add, {argument(numbers), argument(one)}, line(64)).code == TARVA_ABI_OK)
+        ;
+      std::this_thread::sleep_for(std::chrono::seconds(60)); // nothing more is to be had from the library
+    }).detach();
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+}
+
+TEST(lifecycle, late_and_concurrent_calls_survive_the_stop) {
+  EXPECT_EXIT(run(call_after_the_stop), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(exit_while_others_work), ExitedWithCode(0), ::testing::Eq(""));
+}
+
+} // namespace
+
+} // namespace scripted

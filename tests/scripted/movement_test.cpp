@@ -1,0 +1,188 @@
+// Where the content of memory objects goes, under each version: to the device once, between devices, in the
+// byte order of the device, and back to the caller.
+#include "tests/scripted/scripted_test.h"
+
+namespace scripted {
+
+using namespace caller;
+using op = qv::operation;
+
+class movement : public each_version {};
+INSTANTIATE_TEST_SUITE_P(scripted, movement, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+
+TEST_P(movement, content_goes_to_the_device_once_and_stays) {
+  const auto add = kernel(version(), "add");
+  const memory numbers = make(counted(8));
+  const std::int32_t amount = 10;
+  forget_calls();
+
+  EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(8)), outcome());
+  const auto first = take_calls();
+  EXPECT_EQ(count(first, op::create_buffer), 1u);
+  EXPECT_EQ(count(first, op::enqueue_write_buffer), 1u);
+  EXPECT_EQ(count(first, op::enqueue_nd_range_kernel), 1u);
+  for (const call_record& one : first) {
+    EXPECT_EQ(one.device, device_index(version(), role::first));
+    EXPECT_EQ(one.capability, version());
+    EXPECT_NE(one.thread, std::this_thread::get_id()) << "an OpenCL call of a launch on the caller's thread";
+  }
+
+  EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(4, 4)), outcome());
+  const auto second = take_calls();
+  EXPECT_EQ(count(second, op::create_buffer) + count(second, op::enqueue_write_buffer), 0u);
+  EXPECT_EQ(count(second, op::create_kernel), 1u);
+  EXPECT_EQ(count(second, op::finish), 2u) << "one finish of each queue for the run";
+  EXPECT_EQ(read<std::int32_t>(numbers, 6, 1), (std::vector<std::int32_t>{22, 23, 24, 15, 16, 17}));
+}
+
+TEST_P(movement, device_side_transfers_hit_their_range) {
+  const auto add = kernel(version(), "add");
+  const memory numbers = make(counted(8)), others = make(counted(8, 100));
+  const std::int32_t nothing = 0, pattern = -7;
+  for (const memory* one : {&numbers, &others})
+    EXPECT_EQ(launch(add, {argument(*one), argument(nothing)}, line(8)), outcome());
+
+  forget_calls();
+  EXPECT_EQ(fill(numbers, &pattern, 1, 2), outcome());
+  const auto fills = take_calls();
+  EXPECT_EQ(count(fills, op::enqueue_fill_buffer), version() >= 3 ? 1u : 0u);
+  EXPECT_EQ(count(fills, op::enqueue_write_buffer), version() >= 3 ? 0u : 1u);
+
+  const std::vector<std::int32_t> written{50, 51};
+  EXPECT_EQ(write_raw(numbers, 6, 2, written.data()), outcome());
+  EXPECT_EQ(copy(others, 2, numbers, 3, 3), outcome());
+  EXPECT_EQ(copy(numbers, 0, numbers, 7, 1), outcome());
+  EXPECT_EQ(read<std::int32_t>(numbers, 8), (std::vector<std::int32_t>{1, -7, -7, 102, 103, 104, 50, 1}));
+}
+
+TEST_P(movement, an_operation_of_count_0_asks_nothing_of_opencl) {
+  const auto add = kernel(version(), "add");
+  const memory numbers = make(counted(4)), others = make(counted(4));
+  const std::int32_t nothing = 0;
+  for (const memory* one : {&numbers, &others})
+    EXPECT_EQ(launch(add, {argument(*one), argument(nothing)}, line(4)), outcome());
+  forget_calls();
+  std::int32_t unused = 0;
+  EXPECT_EQ(fill(numbers, &unused, 4, 0), outcome());
+  EXPECT_EQ(copy(numbers, 4, others, 0, 0), outcome());
+  EXPECT_EQ(read_raw(numbers, 4, 0, &unused), outcome());
+  EXPECT_EQ(write_raw(numbers, 0, 0, &unused), outcome());
+  const auto calls = take_calls();
+  for (const op operation : {op::enqueue_fill_buffer, op::enqueue_copy_buffer, op::enqueue_read_buffer,
+                             op::enqueue_write_buffer, op::create_buffer})
+    EXPECT_EQ(count(calls, operation), 0u);
+}
+
+TEST_P(movement, content_moves_between_devices_and_leaves_nothing_behind) {
+  const auto here = kernel(version(), "sum"), there = kernel(version(), "sum", role::second);
+  const memory out = make(counted(5)), a = make(counted(5)), b = make(counted(5, 10));
+  const arguments list{argument(out), argument(a), argument(b)};
+  EXPECT_EQ(launch(here, list, line(5)), outcome());
+  const auto buffers = live_objects()["buffer"];
+  EXPECT_EQ(launch(there, {argument(a), argument(out), argument(b)}, line(5)), outcome());
+  EXPECT_EQ(live_objects()["buffer"], buffers) << "the blocks on the first device go";
+  EXPECT_EQ(read<std::int32_t>(a, 5), (std::vector<std::int32_t>{21, 24, 27, 30, 33}));
+  EXPECT_EQ(launch(here, {argument(b), argument(a), argument(a)}, line(5)), outcome());
+  EXPECT_EQ(read<std::int32_t>(b, 5), (std::vector<std::int32_t>{42, 48, 54, 60, 66}));
+  EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
+}
+
+TEST_P(movement, copies_cross_every_pair_of_places) {
+  const auto here = kernel(version(), "add"), there = kernel(version(), "add", role::second);
+  const std::int32_t nothing = 0;
+  const auto make_at = [&](int place, std::int32_t first) {
+    memory made = make(counted(6, first));
+    if (place != 0)
+      must(launch(place == 1 ? here : there, {argument(made), argument(nothing)}, line(6)));
+    return made;
+  };
+  for (const int from : {0, 1, 2})
+    for (const int to : {0, 1, 2}) {
+      const memory source = make_at(from, 1), target = make_at(to, 10);
+      EXPECT_EQ(copy(source, 1, target, 3, 2), outcome()) << from << " to " << to;
+      EXPECT_EQ(read<std::int32_t>(target, 6), (std::vector<std::int32_t>{10, 11, 12, 2, 3, 15}));
+      EXPECT_EQ(read<std::int32_t>(source, 6), counted(6));
+    }
+}
+
+TEST_P(movement, a_big_endian_device_sees_its_own_byte_order) {
+  const auto add = kernel(version(), "add", role::big_endian);
+  const memory numbers = make(counted(4, 0x01020304));
+  const std::int32_t amount = 0x10, pattern = 0x0a0b0c0d;
+  EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(4)), outcome());
+  // The bytes pass to the caller as they are stored.
+  auto content = read<std::int32_t>(numbers, 4);
+  EXPECT_EQ(content[0], 0x14030201);
+  EXPECT_EQ(fill(numbers, &pattern, 1, 2), outcome());
+  EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(4)), outcome());
+  content = read<std::int32_t>(numbers, 4);
+  EXPECT_EQ(content[0], 0x24030201) << "the order is changed once";
+  EXPECT_EQ(content[2], 0x1d0c0b0a) << "a fill arrives in the order of the device";
+}
+
+TEST_P(movement, byte_order_changes_by_component_and_not_for_boolean) {
+  const auto observe = kernel(version(), "observe", role::big_endian);
+  const memory seen = make(std::vector<std::int16_t>(6));
+  const std::array<std::int16_t, 4> values{0x0102, 0x0304, 0x0506, 0x0708};
+  EXPECT_EQ(launch(observe,
+                   {argument(seen), local_argument(TARVA_ABI_TYPE_FLOAT, 3),
+                    argument(values, TARVA_ABI_TYPE_INT16V4), null_argument()},
+                   line(1)),
+            outcome());
+  const auto stored = read<std::int16_t>(seen, 6);
+  EXPECT_EQ(stored, (std::vector<std::int16_t>{0x0c00, 0x0201, 0x0403, 0x0605, 0x0807, 0x0100}));
+
+  const auto flag = kernel(version(), "flag", role::big_endian);
+  const memory flags = allocate(TARVA_ABI_TYPE_BOOLEAN, 2);
+  const std::array<std::uint32_t, 2> content{0x11223344, 0x55667788};
+  must(write_raw(flags, 0, 2, content.data()));
+  EXPECT_EQ(launch(flag, {argument(flags)}, line(1)), outcome());
+  std::array<std::uint32_t, 2> after{};
+  must(read_raw(flags, 0, 2, after.data()));
+  EXPECT_EQ(after[1], content[1]);
+}
+
+TEST_P(movement, work_may_run_as_soon_as_it_is_enqueued) {
+  set_execution(execution::at_enqueue);
+  const auto add = kernel(version(), "add"), there = kernel(version(), "add", role::second);
+  const memory numbers = make(counted(3));
+  const std::int32_t amount = 1, pattern = 7;
+  EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(3)), outcome());
+  EXPECT_EQ(launch(there, {argument(numbers), argument(amount)}, line(3)), outcome());
+  EXPECT_EQ(fill(numbers, &pattern, 0, 1), outcome());
+  EXPECT_EQ(read<std::int32_t>(numbers, 3), (std::vector<std::int32_t>{7, 4, 5}));
+}
+
+using machine_wide = scripted_test;
+
+TEST_F(machine_wide, an_object_is_used_on_every_little_endian_device_in_turn) {
+  const memory numbers = make(counted(4));
+  const std::int32_t amount = 100;
+  for (const role which : {role::first, role::second})
+    for (std::uint32_t version = 1; version <= VERSION_COUNT; ++version)
+      EXPECT_EQ(launch(kernel(version, "add", which), {argument(numbers), argument(amount)}, line(4)),
+                outcome());
+  EXPECT_EQ(read<std::int32_t>(numbers, 4), counted(4, 1201));
+}
+
+TEST_F(machine_wide, threads_share_devices_and_objects) {
+  constexpr int THREADS = 4, ROUNDS = 25;
+  const memory shared = make(counted(2, 0));
+  std::vector<std::thread> threads;
+  for (int i = 0; i < THREADS; ++i)
+    threads.emplace_back([&, i] {
+      const auto version = static_cast<std::uint32_t>(i + 2);
+      const std::int32_t amount = 1;
+      const auto add = kernel(version, "add");
+      const memory own = make(counted(16, i));
+      for (int round = 0; round < ROUNDS; ++round)
+        for (const memory* one : {&own, &shared})
+          must(launch(add, {argument(*one), argument(amount)}, line(2)));
+      EXPECT_EQ(read<std::int32_t>(own, 3), (std::vector<std::int32_t>{i + ROUNDS, i + 1 + ROUNDS, i + 2}));
+    });
+  for (std::thread& one : threads)
+    one.join();
+  EXPECT_EQ(read<std::int32_t>(shared, 2), counted(2, THREADS * ROUNDS));
+}
+
+} // namespace scripted

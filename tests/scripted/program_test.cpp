@@ -1,0 +1,210 @@
+// Programs of every kind of intermediate representation, their kernels, and what the devices say about both.
+#include "tests/scripted/scripted_test.h"
+
+namespace scripted {
+
+using namespace caller;
+using op = qv::operation;
+
+class programs : public each_version {
+protected:
+  outcome try_kernel(const program& in, const char* name) {
+    tarva_abi_kernel_s* found = nullptr;
+    const outcome ended = call<tarva_abi_get_kernel>(in.get(), name, &found);
+    const caller::kernel owned(found);
+    return ended;
+  }
+  std::vector<int> supported(tarva_abi_ir_header_s* header = nullptr) {
+    std::vector<int> types;
+    for (int type = 1; type <= 9; ++type) {
+      std::uint64_t answer = 7;
+      must(call<tarva_abi_check_device_ir_support>(device(version()).get(), header, std::uint64_t(type),
+                                                   nullptr, std::uint64_t{0}, "", &answer));
+      EXPECT_LE(answer, 1u);
+      if (answer == 1)
+        types.push_back(type);
+    }
+    return types;
+  }
+  // For the rest of this process; the standard answer is put back by the destructor.
+  struct extensions {
+    std::size_t index;
+    extensions(std::size_t of, const char* list) : index(of) { set_info(index, 0x1030, text_answer(list)); }
+    ~extensions() { set_info(index, 0x1030, text_answer("cl_khr_one")); }
+  };
+};
+INSTANTIATE_TEST_SUITE_P(scripted, programs, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+
+TEST_P(programs, devices_take_the_representations_of_their_version) {
+  const std::vector<std::vector<int>> plain{
+      {1, 9}, {1, 2, 9}, {1, 2, 3, 9}, {1, 2, 3, 4, 9}, {1, 2, 3, 4, 5, 8, 9}, {1, 2, 3, 4, 5, 8, 9}};
+  EXPECT_EQ(supported(), plain[version() - 1]);
+  for (const call_record& one : only(take_calls(), op::get_device_info))
+    EXPECT_NE(one.as<op::get_device_info>().param_name, 0x40E0u) << "SPIR versions read without cl_khr_spir";
+
+  const extensions more(device_index(version(), role::first), "cl_khr_spir cl_khr_il_program");
+  auto all = plain[version() - 1];
+  if (version() >= 3)
+    all.insert(std::find(all.begin(), all.end(), version() <= 4 ? 9 : 8), 6); // the list says "1.2" alone
+  if (version() == 3 || version() == 4)
+    all.insert(all.end() - 1, 8);
+  EXPECT_EQ(supported(), all);
+
+  build unused;
+  EXPECT_EQ(load(device(version()), version() < 3 ? 3 : 7, "BC", "", unused),
+            logic_failure("IR is not supported by the device."));
+}
+
+TEST_P(programs, text_needs_no_zero_at_its_end_and_options_pass) {
+  const std::string text = "kernel void one() {}";
+  build result;
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, text, "-DSIZE=4 -w", result), outcome());
+  EXPECT_TRUE(result.success);
+  EXPECT_EQ(result.log, "-DSIZE=4 -w");
+  const auto calls = take_calls();
+  EXPECT_EQ(only(calls, op::create_program_with_source).at(0).text, text);
+  EXPECT_EQ(only(calls, op::build_program).at(0).text, "-DSIZE=4 -w");
+  EXPECT_EQ(try_kernel(result.made, "one"), outcome());
+  EXPECT_EQ(try_kernel(result.made, "two"), other_failure("Kernel name not found in the program."));
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, text, "-bad", result),
+            other_failure("Build options provided are not valid."));
+}
+
+TEST_P(programs, a_failed_build_is_an_empty_program_with_a_log) {
+  build result;
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, "#error no\n", "", result), outcome());
+  EXPECT_FALSE(result.success);
+  EXPECT_EQ(result.log, "error: the text says #error");
+  EXPECT_EQ(try_kernel(result.made, "one"),
+            logic_failure("Cannot extract a kernel from an empty program.  Kernel name: one"));
+  EXPECT_EQ(child(root<tarva_abi_get_program_root_property>(result.made), "KERNEL_NAMES")->element_count, 0u);
+}
+
+TEST_P(programs, a_binary_makes_the_same_program_again) {
+  const program first = compile(device(version()), SOURCE);
+  const property binary =
+      child(child(root<tarva_abi_get_program_root_property>(first), "OPENCL"), "CL_PROGRAM_BINARY");
+  ASSERT_EQ(binary->data_type, std::uint64_t{TARVA_ABI_TYPE_UINT8});
+  const std::string data(static_cast<const char*>(binary->data), binary->element_count);
+  build again;
+  EXPECT_EQ(load(device(version(), role::second), TARVA_ABI_IR_DEVICE_BINARY, data, "", again), outcome());
+  const property names = child(root<tarva_abi_get_program_root_property>(again.made), "KERNEL_NAMES");
+  ASSERT_EQ(names->element_count, 6u);
+  EXPECT_EQ(text(names, 0), "add");
+  EXPECT_EQ(text(names, 5), "empty");
+  const memory numbers = make(counted(3));
+  const std::int32_t amount = 1;
+  EXPECT_EQ(launch(find_kernel(again.made, "add"), {argument(numbers), argument(amount)}, line(3)),
+            outcome());
+  EXPECT_EQ(read<std::int32_t>(numbers, 3), counted(3, 2));
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_DEVICE_BINARY, "garbage", "", again),
+            other_failure("Invalid program binary encountered, or incorrect binary for device."));
+}
+
+TEST_P(programs, spir_v_goes_by_extension_or_by_command) {
+  if (version() < 3)
+    GTEST_SKIP() << "no SPIR-V before 1.2";
+  const extensions more(device_index(version(), role::first), "cl_khr_il_program");
+  build result;
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, "SPV:" + SOURCE, "", result), outcome());
+  const auto calls = take_calls();
+  EXPECT_EQ(count(calls, op::get_extension_function_address_for_platform), version() <= 4 ? 1u : 0u);
+  EXPECT_EQ(count(calls, op::create_program_with_il), version() <= 4 ? 0u : 1u);
+  EXPECT_EQ(try_kernel(result.made, "sum"), outcome());
+}
+
+TEST_P(programs, specialisation_constants_are_for_2_2) {
+  const std::uint8_t small = 5;
+  const std::uint32_t yes = 0x100;
+  const std::int64_t large = -2;
+  tarva_abi_specialization_constant_s constants[] = {{1, TARVA_ABI_TYPE_UINT8, &small},
+                                                     {2, TARVA_ABI_TYPE_BOOLEAN, &yes},
+                                                     {3, TARVA_ABI_TYPE_INT64, &large}};
+  tarva_abi_ir_header_s header{TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS, constants, 3};
+  build result;
+  const std::string module = "SPV:" + SOURCE;
+  if (version() < 6) {
+    EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header),
+              logic_failure("Expected the IR header to be empty."));
+    return;
+  }
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header), outcome());
+  const auto calls = take_calls();
+  const auto set = only(calls, op::set_program_specialization_constant);
+  ASSERT_EQ(set.size(), 3u);
+  EXPECT_EQ(set[0].data, bytes{5});
+  EXPECT_EQ(set[1].data, bytes{1});
+  EXPECT_EQ(set[2].data, value_answer(large).data);
+  EXPECT_EQ(set[2].as<op::set_program_specialization_constant>().spec_id, 3u);
+  EXPECT_GT(std::find_if(calls.begin(), calls.end(),
+                         [](const call_record& one) { return one.operation == op::build_program; }),
+            std::find_if(calls.begin(), calls.end(), [](const call_record& one) {
+              return one.operation == op::set_program_specialization_constant;
+            }));
+
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, SOURCE, "", result, &header),
+            logic_failure("Expected the IR header to be empty."));
+  constants[0].id = std::uint64_t{1} << 32;
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header),
+            logic_failure(
+                "SPIR-V specialization constant id 4294967296 is not representable in 32-bits for OpenCL."));
+}
+
+TEST_P(programs, the_builtin_program_is_there_and_empty) {
+  tarva_abi_program_s* handle = nullptr;
+  ASSERT_EQ(call<tarva_abi_get_builtin_program>(device(version()).get(), &handle), outcome());
+  const program builtin(handle);
+  EXPECT_EQ(try_kernel(builtin, "add"),
+            logic_failure("Cannot extract a kernel from an empty program.  Kernel name: add"));
+}
+
+TEST_P(programs, failing_commands_reach_the_caller_as_errors) {
+  const program made = compile(device(version()), SOURCE);
+  fail_call(op::create_kernel, 1, -6);
+  EXPECT_EQ(try_kernel(made, "add"), other_failure("Failed to allocate memory on the host."));
+  fail_call(op::create_kernel, 1, -25);
+  EXPECT_EQ(try_kernel(made, "add"), other_failure("Unknown OpenCL Error Code: -25"));
+  const std::pair<int, const char*> codes[] = {{-1, ""},
+                                               {-2, "Invalid command ID provided to capability call."},
+                                               {5, "Unknown error code returned by libqv."}};
+  for (const auto& [code, text] : codes) {
+    fail_transport(op::create_kernel, 1, code);
+    EXPECT_EQ(try_kernel(made, "add"), other_failure(text));
+  }
+  build unused;
+  fail_call(op::build_program, 1, -3);
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, SOURCE, "", unused),
+            other_failure("A compiler is not available."));
+}
+
+TEST_P(programs, lying_queries_are_borne_or_named) {
+  constexpr std::uint32_t UNITS = 0x1002, VENDOR = 0x102C;
+  const std::size_t index = device_index(version(), role::first);
+  const auto opencl = child(root<tarva_abi_get_device_root_property>(device(version())), "OPENCL");
+  const auto ask = [&](const char* name) {
+    tarva_abi_property_s* found = nullptr;
+    const outcome ended = call<tarva_abi_get_child_property_by_name>(opencl.get(), name, &found);
+    const property owned(found);
+    return ended;
+  };
+  info_answer units = value_answer(std::uint32_t{4});
+  units.announced = 0;
+  set_info(index, UNITS, units);
+  EXPECT_EQ(ask("CL_DEVICE_MAX_COMPUTE_UNITS"), outcome());
+  units.announced.reset();
+  units.reported = 2;
+  set_info(index, UNITS, units);
+  EXPECT_EQ(
+      ask("CL_DEVICE_MAX_COMPUTE_UNITS"),
+      other_failure("OpenCL implementation did not provide expected size of data.  Expected: 4 bytes, but "
+                    "implementation provided 2 bytes."));
+  set_info(index, UNITS, value_answer(std::uint32_t{4}));
+
+  info_answer vendor = text_answer("Vendor");
+  vendor.reported = 3;
+  set_info(index, VENDOR, vendor);
+  EXPECT_EQ(ask("CL_DEVICE_VENDOR").message.substr(0, 35), "The result size for the query chang");
+  set_info(index, VENDOR, text_answer("Scripted Vendor"));
+}
+
+} // namespace scripted

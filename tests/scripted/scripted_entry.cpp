@@ -1,0 +1,132 @@
+// The six functions, and the road from a command's number to its handler.
+#include "tests/scripted/scripted_machine.h"
+
+#pragma GCC visibility push(default)
+#include "capability/qv.h"
+#pragma GCC visibility pop
+
+using scripted::machine;
+
+namespace scripted {
+
+namespace {
+
+constexpr std::uint64_t FIRST_ROOT = 0x100, FIRST_NODE = 0x200; // never valid addresses
+
+void set_status(qv::operation operation, void* record, std::int32_t status) {
+  // A planned failure bypasses the handler, but the status still has to land in the record of the operation.
+  const auto store = [&]<std::size_t... Op>(std::index_sequence<Op...>) {
+    const auto store_as = [&]<qv::operation Candidate>() {
+      if constexpr (requires(qv::record<Candidate> r) { r.status; })
+        if (Candidate == operation)
+          static_cast<qv::record<Candidate>*>(record)->status = status;
+    };
+    (store_as.template operator()<static_cast<qv::operation>(Op)>(), ...);
+  };
+  store(std::make_index_sequence<qv::operation_count>());
+}
+
+std::size_t record_size(qv::operation operation) {
+  std::size_t size = 0;
+  const auto find = [&]<std::size_t... Op>(std::index_sequence<Op...>) {
+    ((Op == static_cast<std::size_t>(operation) ? size = sizeof(qv::record<static_cast<qv::operation>(Op)>)
+                                                : 0),
+     ...);
+  };
+  find(std::make_index_sequence<qv::operation_count>());
+  return size;
+}
+
+std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t count, std::uint64_t* array,
+                        std::uint64_t* out_count) {
+  for (std::size_t i = 0; i < std::min<std::size_t>(count, list.size()); ++i)
+    array[i] = list[i];
+  *out_count = list.size();
+  return 0;
+}
+
+} // namespace
+
+std::int32_t perform(session& now, qv::operation operation, void* record) {
+  if (const auto code = now.world.planned(planned_failure::way::transport, operation))
+    return *code;
+  if (const auto status = now.world.planned(planned_failure::way::status, operation)) {
+    set_status(operation, record, *status);
+    now.log.status = *status;
+    return 0;
+  }
+  handler run = nullptr;
+  for (const auto find : {find_object_handler, find_queue_handler, find_program_handler})
+    if (run == nullptr)
+      run = find(operation);
+  now.log.status = run(now, record);
+  return 0;
+}
+
+} // namespace scripted
+
+std::uint64_t qv_version() {
+  return machine::get().version;
+}
+
+std::int32_t qv_get_root_devices(std::uint64_t count, std::uint64_t* array, std::uint64_t* out_count,
+                                 std::uint64_t /*reserved*/) {
+  const std::lock_guard guard(machine::get().lock);
+  std::vector<std::uint64_t> roots;
+  for (const auto& device : machine::get().devices)
+    roots.push_back(scripted::FIRST_ROOT + device.index);
+  return scripted::write_list(roots, count, array, out_count);
+}
+
+std::int32_t qv_find_capability_nodes(std::uint64_t root, std::uint64_t capability_id, std::uint64_t count,
+                                      std::uint64_t* array, std::uint64_t* out_count,
+                                      std::uint64_t /*reserved*/) {
+  const std::lock_guard guard(machine::get().lock);
+  std::vector<std::uint64_t> nodes;
+  for (const std::uint32_t capability :
+       machine::get().devices.at(root - scripted::FIRST_ROOT).options.capabilities)
+    if (capability == capability_id)
+      nodes.push_back(scripted::FIRST_NODE + capability);
+  return scripted::write_list(nodes, count, array, out_count);
+}
+
+std::int32_t qv_create_call_handle(std::uint64_t root, std::uint64_t node, qv_call_handle** out_handle,
+                                   std::uint64_t /*reserved*/) {
+  const std::lock_guard guard(machine::get().lock);
+  auto& device = machine::get().devices.at(root - scripted::FIRST_ROOT);
+  *out_handle = new qv_call_handle{&device, static_cast<std::uint32_t>(node - scripted::FIRST_NODE)};
+  machine::get().call_handles.insert(*out_handle);
+  return QV_OK;
+}
+
+std::int32_t qv_close_call_handle(qv_call_handle* handle) {
+  const std::lock_guard guard(machine::get().lock);
+  if (machine::get().call_handles.erase(handle) == 0) {
+    machine::get().complain("closing of a call handle that is not open");
+    return QV_UNRECOVERABLE_ERROR;
+  }
+  delete handle;
+  return QV_OK;
+}
+
+std::int32_t qv_call_capability(qv_call_handle* handle, std::uint64_t command_id, void* record,
+                                std::uint64_t /*reserved*/) {
+  machine& world = machine::get();
+  std::unique_lock lock(world.lock);
+  if (world.call_handles.count(handle) == 0) {
+    world.complain("command on a call handle that is not open");
+    return QV_UNRECOVERABLE_ERROR;
+  }
+  for (const qv::command_row& row : qv::command_table) {
+    if (command_id == 0 || row.numbers[handle->capability - 1] != command_id)
+      continue;
+    scripted::call_record log{row.op, handle->capability, handle->owner->index, std::this_thread::get_id()};
+    scripted::session now{world, *handle->owner, lock, log};
+    log.transport = scripted::perform(now, row.op, record);
+    std::memcpy(log.record.data(), record, scripted::record_size(row.op));
+    world.calls.push_back(log);
+    return log.transport;
+  }
+  world.complain("unknown command " + std::to_string(command_id));
+  return QV_INVALID_COMMAND_ID;
+}

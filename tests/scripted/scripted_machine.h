@@ -1,0 +1,181 @@
+// The simulated machine: its devices, the OpenCL objects that live on them, and what is recorded and
+// scripted.
+#pragma once
+
+#include "tests/scripted/scripted_qv.h"
+
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <utility>
+
+namespace scripted {
+
+constexpr std::int32_t INVALID_VALUE = -30, INVALID_DEVICE = -33, INVALID_CONTEXT = -34;
+
+struct device {
+  device_options options;
+  std::size_t index = 0;
+  std::uint64_t allocated = 0;
+  std::int64_t references = 0;
+};
+
+struct object {
+  virtual ~object() = default;
+  int references = 1;
+};
+
+struct context : object {
+  static constexpr std::int32_t invalid = INVALID_CONTEXT;
+  static constexpr const char* kind = "context";
+  device* owner = nullptr;
+  qv::context_callback notify = nullptr;
+  void* user_data = nullptr;
+};
+
+struct buffer : object {
+  static constexpr std::int32_t invalid = -38;
+  static constexpr const char* kind = "buffer";
+  buffer(device& device, std::size_t size) : owner(&device), data(size, 0xcd) { owner->allocated += size; }
+  ~buffer() override { owner->allocated -= data.size(); }
+  device* owner;
+  bytes data;
+};
+
+struct event : object {
+  static constexpr std::int32_t invalid = -58;
+  static constexpr const char* kind = "event";
+  std::int32_t status = 3; // CL_QUEUED
+  bool profiled = false;
+};
+
+struct queue : object {
+  static constexpr std::int32_t invalid = -36;
+  static constexpr const char* kind = "queue";
+  device* owner = nullptr;
+  bool on_host = true, profiled = false;
+  struct command {
+    std::function<void()> run;
+    std::shared_ptr<event> done;
+    std::int32_t final_status;
+  };
+  std::vector<command> pending;
+};
+
+struct kernel_description {
+  std::string name;
+  std::vector<argument_kind> parameters; // memory, local or value
+  std::array<std::size_t, 3> required_size{};
+};
+
+struct program : object {
+  static constexpr std::int32_t invalid = -44;
+  static constexpr const char* kind = "program";
+  device* owner = nullptr;
+  enum class origin { source, binary, il, builtin } from = origin::source;
+  std::string text, il, log;
+  std::int32_t build_status = -1; // CL_BUILD_NONE
+  std::vector<kernel_description> kernels;
+  std::map<std::uint32_t, bytes> constants;
+};
+
+struct kernel : object {
+  static constexpr std::int32_t invalid = -48;
+  static constexpr const char* kind = "kernel";
+  std::shared_ptr<program> parent;
+  kernel_description description;
+  std::vector<kernel_argument> arguments;
+  std::vector<std::shared_ptr<buffer>> buffers; // by argument
+};
+
+struct planned_failure {
+  enum class way { status, transport, event } how;
+  qv::operation operation;
+  int countdown;
+  std::int32_t value;
+};
+
+class machine {
+public:
+  static machine& get(); // never destroyed: the library under test calls until the process ends
+
+  // Null, and a misuse, if the handle is not that of a live object of the type.
+  template <class T>
+  std::shared_ptr<T> find(void* handle) {
+    const auto found = objects.find(handle);
+    auto result = found == objects.end() ? nullptr : std::dynamic_pointer_cast<T>(found->second);
+    if (!result)
+      complain(std::string("use of a handle that is no live ") + T::kind);
+    return result;
+  }
+  device* find_device(void* handle);
+  template <class T>
+  void* add(std::shared_ptr<T> added) {
+    void* handle = added.get();
+    objects[handle] = std::move(added);
+    return handle;
+  }
+  void complain(const std::string& what) { misuses.push_back(what); }
+  // The failure planned for this very call, if any; counts down those of its operation.
+  std::optional<std::int32_t> planned(planned_failure::way how, qv::operation operation);
+  std::map<std::string, std::int64_t> live() const;
+
+  std::mutex lock;
+  std::deque<device> devices;
+  std::map<void*, std::shared_ptr<object>> objects;
+  std::set<void*> call_handles;
+  std::vector<call_record> calls;
+  std::vector<planned_failure> failures;
+  std::vector<std::string> misuses;
+  std::map<std::string, kernel_function> kernels;
+  execution when = execution::at_finish;
+  std::uint64_t version = std::uint64_t{1} << 63;
+  bool check_at_exit = false;
+};
+
+// One command under way. `lock` is the machine's, held but for the running of enqueued work.
+struct session {
+  machine& world;
+  device& owner;
+  std::unique_lock<std::mutex>& lock;
+  call_record& log;
+};
+
+std::int32_t answer_query(const info_answer& answer, std::size_t size, void* value, std::size_t* size_out);
+template <class Record>
+std::int32_t answer_query(const info_answer& answer, const Record& record) {
+  return answer_query(answer, record.param_value_size, record.param_value, record.param_value_size_ret);
+}
+std::optional<info_answer> device_info(const device& device, std::uint32_t capability,
+                                       std::uint32_t parameter);
+
+// Performs the operation on its record and returns the transport code.
+std::int32_t perform(session& now, qv::operation operation, void* record);
+
+// The commands, by theme; each returns the OpenCL status.
+using handler = std::int32_t (*)(session&, void* record);
+handler find_object_handler(qv::operation operation);
+handler find_queue_handler(qv::operation operation);
+handler find_program_handler(qv::operation operation);
+
+// A handler of the raw record from a function of the typed one, which also stores the status.
+template <auto Function>
+struct typed;
+template <class Record, std::int32_t (*Function)(session&, Record&)>
+struct typed<Function> {
+  static std::int32_t handle(session& now, void* raw) {
+    auto& record = *static_cast<Record*>(raw);
+    const std::int32_t status = Function(now, record);
+    if constexpr (requires { record.status; })
+      record.status = status;
+    return status;
+  }
+};
+
+} // namespace scripted
+
+struct qv_call_handle {
+  scripted::device* owner;
+  std::uint32_t capability;
+};

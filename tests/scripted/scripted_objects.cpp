@@ -1,0 +1,116 @@
+// Devices, contexts, buffers, and what all kinds of object have in common: queries, retain and release.
+#include "tests/scripted/scripted_machine.h"
+
+namespace scripted {
+
+namespace {
+
+template <class T>
+std::int32_t retain(session& now, qv::object_record& record) {
+  const auto found = now.world.find<T>(record.object);
+  if (!found)
+    return T::invalid;
+  ++found->references;
+  return 0;
+}
+
+template <class T>
+std::int32_t release(session& now, qv::object_record& record) {
+  const auto found = now.world.find<T>(record.object);
+  if (!found)
+    return T::invalid;
+  if constexpr (std::is_same_v<T, queue>)
+    if (found->references == 1 && !found->pending.empty())
+      now.world.complain("release of a queue with work that was never finished");
+  if (--found->references == 0)
+    now.world.objects.erase(record.object);
+  return 0;
+}
+
+template <int Change>
+std::int32_t count_device(session& now, qv::object_record& record) {
+  device* found = now.world.find_device(record.object);
+  if (found == nullptr)
+    return INVALID_DEVICE;
+  found->references += Change;
+  return 0;
+}
+
+std::int32_t device_of_handle(session& now, qv::device_of_handle_record& record) {
+  record.result = &now.owner;
+  return 0;
+}
+
+std::int32_t get_device_info(session& now, qv::get_device_info_record& record) {
+  const device* found = now.world.find_device(record.device);
+  if (found == nullptr)
+    return INVALID_DEVICE;
+  const auto answer = device_info(*found, now.log.capability, record.param_name);
+  return answer ? answer_query(*answer, record) : INVALID_VALUE;
+}
+
+std::int32_t create_context(session& now, qv::create_context_record& record) {
+  if (record.num_devices != 1 || record.devices == nullptr || record.properties != nullptr)
+    return INVALID_VALUE;
+  const auto made = std::make_shared<context>();
+  made->owner = now.world.find_device(record.devices[0]);
+  if (made->owner != &now.owner)
+    return INVALID_DEVICE;
+  made->notify = record.pfn_notify;
+  made->user_data = record.user_data;
+  record.result = now.world.add(made);
+  return 0;
+}
+
+std::int32_t get_context_info(session& now, qv::get_context_info_record& record) {
+  const auto found = now.world.find<context>(record.context);
+  if (!found)
+    return context::invalid;
+  constexpr std::uint32_t DEVICES = 0x1081;
+  return record.param_name == DEVICES ? answer_query(value_answer(found->owner), record) : INVALID_VALUE;
+}
+
+std::int32_t create_buffer(session& now, qv::create_buffer_record& record) {
+  const auto found = now.world.find<context>(record.context);
+  if (!found)
+    return context::invalid;
+  if (record.flags != 1 || record.host_ptr != nullptr)
+    return INVALID_VALUE;
+  device& owner = *found->owner;
+  std::uint64_t largest = 0;
+  std::memcpy(&largest, device_info(owner, 1, 0x1010)->data.data(), sizeof largest);
+  if (record.size == 0 || record.size > largest)
+    return -61; // CL_INVALID_BUFFER_SIZE
+  if (record.size > owner.options.memory_limit || owner.allocated > owner.options.memory_limit - record.size)
+    return -4; // CL_MEM_OBJECT_ALLOCATION_FAILURE
+  record.result = now.world.add(std::make_shared<buffer>(owner, record.size));
+  return 0;
+}
+
+} // namespace
+
+handler find_object_handler(qv::operation operation) {
+  using enum qv::operation;
+  static const std::map<qv::operation, handler> handlers{
+      {device_of_handle, typed<&scripted::device_of_handle>::handle},
+      {get_device_info, typed<&scripted::get_device_info>::handle},
+      {create_context, typed<&scripted::create_context>::handle},
+      {get_context_info, typed<&scripted::get_context_info>::handle},
+      {create_buffer, typed<&scripted::create_buffer>::handle},
+      {retain_context, typed<&retain<context>>::handle},
+      {retain_device, typed<&count_device<1>>::handle},
+      {retain_event, typed<&retain<event>>::handle},
+      {retain_program, typed<&retain<program>>::handle},
+      {release_command_queue, typed<&release<queue>>::handle},
+      {release_context, typed<&release<context>>::handle},
+      {release_device, typed<&count_device<-1>>::handle},
+      {release_event, typed<&release<event>>::handle},
+      {release_kernel, typed<&release<kernel>>::handle},
+      {release_mem_object, typed<&release<buffer>>::handle},
+      {release_program, typed<&release<program>>::handle},
+  };
+  const auto found = handlers.find(operation);
+  return found == handlers.end() ? nullptr : found->second;
+}
+
+} // namespace scripted

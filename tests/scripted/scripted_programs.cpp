@@ -1,0 +1,322 @@
+// Programs and kernels. A binary is "BIN:" or "BC" and a source text, an intermediate language "SPV:" and a
+// source text; what counts of a text are its kernel declarations, and that "#error" fails its build.
+#include "tests/scripted/scripted_machine.h"
+
+#include <regex>
+#include <sstream>
+
+namespace scripted {
+
+namespace {
+
+std::vector<kernel_description> find_kernels(const std::string& text) {
+  static const std::regex declaration(
+      R"(kernel\s+(?:__attribute__\s*\(\(\s*reqd_work_group_size\((\d+),\s*(\d+),\s*(\d+)\)\s*\)\)\s*)?void\s+(\w+)\s*\(([^)]*)\))");
+  std::vector<kernel_description> found;
+  for (std::sregex_iterator match(text.begin(), text.end(), declaration), end; match != end; ++match) {
+    kernel_description kernel{(*match)[4].str(), {}, {}};
+    if ((*match)[1].matched)
+      kernel.required_size = {std::stoul((*match)[1]), std::stoul((*match)[2]), std::stoul((*match)[3])};
+    std::istringstream parameters((*match)[5].str());
+    for (std::string one; std::getline(parameters, one, ',');) {
+      if (one.find_first_not_of(" \n") == std::string::npos || one == "void")
+        continue;
+      const bool local = one.find("local ") != std::string::npos;
+      const bool pointer = one.find('*') != std::string::npos;
+      kernel.parameters.push_back(local     ? argument_kind::local
+                                  : pointer ? argument_kind::memory
+                                            : argument_kind::value);
+    }
+    found.push_back(kernel);
+  }
+  return found;
+}
+
+std::int32_t make_program(session& now, void* context_handle, program::origin from, const std::string& text,
+                          void** result) {
+  const auto parent = now.world.find<context>(context_handle);
+  if (!parent)
+    return context::invalid;
+  const auto made = std::make_shared<program>();
+  made->owner = parent->owner;
+  made->from = from;
+  made->text = text;
+  now.log.text = text;
+  *result = now.world.add(made);
+  return 0;
+}
+
+std::int32_t create_with_source(session& now, qv::create_program_with_source_record& record) {
+  if (record.count != 1 || record.lengths != nullptr || record.strings == nullptr)
+    return INVALID_VALUE;
+  return make_program(now, record.context, program::origin::source, record.strings[0], &record.result);
+}
+
+std::int32_t create_with_binary(session& now, qv::create_program_with_binary_record& record) {
+  if (record.num_devices != 1 || record.binary_status != nullptr || record.device_list[0] != &now.owner)
+    return INVALID_VALUE;
+  const std::string all(reinterpret_cast<const char*>(record.binaries[0]), record.lengths[0]);
+  const std::size_t head = all.compare(0, 4, "BIN:") == 0 ? 4 : all.compare(0, 2, "BC") == 0 ? 2 : 0;
+  if (head == 0)
+    return -42; // CL_INVALID_BINARY
+  return make_program(now, record.context, program::origin::binary, all.substr(head), &record.result);
+}
+
+std::int32_t make_from_il(session& now, void* context, const void* il, std::size_t length, void** result) {
+  const std::string all(static_cast<const char*>(il), length);
+  if (all.compare(0, 4, "SPV:") != 0)
+    return INVALID_VALUE;
+  const std::int32_t status = make_program(now, context, program::origin::il, all.substr(4), result);
+  if (status == 0)
+    now.world.find<program>(*result)->il = all;
+  return status;
+}
+
+std::int32_t create_with_il(session& now, qv::create_program_with_il_record& record) {
+  return make_from_il(now, record.context, record.il, record.length, &record.result);
+}
+
+// clCreateProgramWithILKHR: called at its address, so there is no call handle.
+void* create_with_il_khr(void* context_handle, const void* il, std::size_t length, std::int32_t* status) {
+  machine& world = machine::get();
+  std::unique_lock lock(world.lock);
+  const auto parent = world.find<context>(context_handle);
+  call_record log{qv::operation::create_program_with_il};
+  session now{world, parent ? *parent->owner : world.devices.front(), lock, log};
+  void* result = nullptr;
+  *status = parent ? make_from_il(now, context_handle, il, length, &result) : INVALID_CONTEXT;
+  return result;
+}
+
+std::int32_t get_extension_address(session& now,
+                                   qv::get_extension_function_address_for_platform_record& record) {
+  now.log.text = record.func_name;
+  record.result =
+      now.log.text == "clCreateProgramWithILKHR" ? reinterpret_cast<void*>(&create_with_il_khr) : nullptr;
+  return 0;
+}
+
+std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_kernels_record& record) {
+  if (record.num_devices != 1 || record.device_list[0] != &now.owner)
+    return INVALID_VALUE;
+  const std::string names = record.kernel_names;
+  const std::int32_t status =
+      make_program(now, record.context, program::origin::builtin, names, &record.result);
+  if (status != 0)
+    return status;
+  const auto made = now.world.find<program>(record.result);
+  made->build_status = 0;
+  std::istringstream list(names);
+  for (std::string name; std::getline(list, name, ';');)
+    made->kernels.push_back({name, {argument_kind::memory}, {}});
+  return 0;
+}
+
+std::int32_t build(session& now, qv::build_program_record& record) {
+  const auto found = now.world.find<program>(record.program);
+  if (!found)
+    return program::invalid;
+  now.log.text = record.options;
+  if (record.num_devices != 1 || record.device_list[0] != found->owner || record.pfn_notify != nullptr)
+    return INVALID_VALUE;
+  if (now.log.text.find("-bad") != std::string::npos)
+    return -43; // CL_INVALID_BUILD_OPTIONS
+  const bool broken = found->text.find("#error") != std::string::npos;
+  found->build_status = broken ? -2 : 0;
+  found->log = broken ? "error: the text says #error" : now.log.text;
+  if (!broken)
+    found->kernels = find_kernels(found->text);
+  return broken ? -11 : 0;
+}
+
+std::int32_t make_kernel(session& now, const std::shared_ptr<program>& from, const kernel_description& which,
+                         void** result) {
+  const auto made = std::make_shared<kernel>();
+  made->parent = from;
+  made->description = which;
+  made->arguments.resize(which.parameters.size());
+  made->buffers.resize(which.parameters.size());
+  *result = now.world.add(made);
+  return 0;
+}
+
+std::int32_t create_kernel(session& now, qv::create_kernel_record& record) {
+  const auto found = now.world.find<program>(record.program);
+  if (!found)
+    return program::invalid;
+  now.log.text = record.kernel_name;
+  if (found->build_status != 0)
+    return -45; // CL_INVALID_PROGRAM_EXECUTABLE
+  for (const kernel_description& candidate : found->kernels)
+    if (candidate.name == now.log.text)
+      return make_kernel(now, found, candidate, &record.result);
+  return -46; // CL_INVALID_KERNEL_NAME
+}
+
+std::int32_t create_kernels(session& now, qv::create_kernels_in_program_record& record) {
+  const auto found = now.world.find<program>(record.program);
+  if (!found)
+    return program::invalid;
+  if (record.num_kernels_ret != nullptr)
+    *record.num_kernels_ret = static_cast<std::uint32_t>(found->kernels.size());
+  if (record.kernels != nullptr)
+    for (std::size_t i = 0; i < found->kernels.size() && i < record.num_kernels; ++i)
+      make_kernel(now, found, found->kernels[i], &record.kernels[i]);
+  return 0;
+}
+
+std::string kernel_names(const program& of) {
+  std::string names;
+  for (const kernel_description& one : of.kernels)
+    names += (names.empty() ? "" : ";") + one.name;
+  return names;
+}
+
+std::int32_t get_program_info(session& now, qv::get_object_info_record& record) {
+  const auto found = now.world.find<program>(record.object);
+  if (!found)
+    return program::invalid;
+  const std::string binary = "BIN:" + found->text;
+  switch (record.param_name) {
+  case 0x1163: // DEVICES
+    return answer_query(value_answer(found->owner), record);
+  case 0x1164: // SOURCE
+    return answer_query(text_answer(found->from == program::origin::source ? found->text : ""), record);
+  case 0x1165: // BINARY_SIZES
+    return answer_query(value_answer(binary.size()), record);
+  case 0x1166: // BINARIES: the value is an array of addresses
+    std::memcpy(*static_cast<void**>(record.param_value), binary.data(), binary.size());
+    return 0;
+  case 0x1168: // KERNEL_NAMES
+    return now.log.capability < 3 ? INVALID_VALUE : answer_query(text_answer(kernel_names(*found)), record);
+  case 0x1169: // IL
+    return answer_query({bytes(found->il.begin(), found->il.end())}, record);
+  default:
+    return INVALID_VALUE;
+  }
+}
+
+std::int32_t get_build_info(session& now, qv::get_object_device_info_record& record) {
+  const auto found = now.world.find<program>(record.object);
+  if (!found)
+    return program::invalid;
+  switch (record.param_name) {
+  case 0x1181: // STATUS
+    return answer_query(value_answer(found->build_status), record);
+  case 0x1183: // LOG
+    return answer_query(text_answer(found->log), record);
+  default:
+    return INVALID_VALUE;
+  }
+}
+
+std::int32_t get_kernel_info(session& now, qv::get_object_info_record& record) {
+  const auto found = now.world.find<kernel>(record.object);
+  if (!found)
+    return kernel::invalid;
+  const auto& required = found->description.required_size;
+  switch (record.param_name) {
+  case 0x1190: // FUNCTION_NAME
+    return answer_query(text_answer(found->description.name), record);
+  case 0x1191: // NUM_ARGS
+    return answer_query(value_answer(static_cast<std::uint32_t>(found->arguments.size())), record);
+  case 0x1194: // PROGRAM
+    return answer_query(value_answer(static_cast<object*>(found->parent.get())), record);
+  case 0x1195: // ATTRIBUTES
+    return answer_query(text_answer(required[0] != 0 ? "reqd_work_group_size" : ""), record);
+  default:
+    return INVALID_VALUE;
+  }
+}
+
+std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record& record) {
+  const auto found = now.world.find<kernel>(record.object);
+  if (!found || record.device != &now.owner)
+    return kernel::invalid;
+  switch (record.param_name) {
+  case 0x11B0: // WORK_GROUP_SIZE
+    return answer_query(value_answer(now.owner.options.work_group_size), record);
+  case 0x11B1: // COMPILE_WORK_GROUP_SIZE
+    return answer_query(value_answer(found->description.required_size), record);
+  case 0x11B2: // LOCAL_MEM_SIZE
+    return answer_query(value_answer(std::uint64_t{0}), record);
+  case 0x11B3: // PREFERRED_WORK_GROUP_SIZE_MULTIPLE
+    return answer_query(value_answer(std::uint64_t{32}), record);
+  case 0x11B5: // GLOBAL_WORK_SIZE: of built-in kernels
+    return found->parent->from == program::origin::builtin
+               ? answer_query(value_answer(std::array<std::uint64_t, 3>{1024, 512, 256}), record)
+               : INVALID_VALUE;
+  default:
+    return INVALID_VALUE;
+  }
+}
+
+std::int32_t set_kernel_arg(session& now, qv::set_kernel_arg_record& record) {
+  const auto found = now.world.find<kernel>(record.kernel);
+  if (!found)
+    return kernel::invalid;
+  if (record.arg_index >= found->arguments.size())
+    return -49; // CL_INVALID_ARG_INDEX
+  const argument_kind expected = found->description.parameters[record.arg_index];
+  if ((expected == argument_kind::value) != (record.arg_value != nullptr) &&
+      expected != argument_kind::memory)
+    return -50; // CL_INVALID_ARG_VALUE
+  kernel_argument& given = found->arguments[record.arg_index];
+  if (expected == argument_kind::local) {
+    given = {expected, {}, nullptr, record.arg_size};
+    return record.arg_size == 0 ? -51 : 0;
+  }
+  if (expected == argument_kind::value) {
+    const auto* first = static_cast<const unsigned char*>(record.arg_value);
+    given = {expected, bytes(first, first + record.arg_size)};
+    now.log.data = given.value;
+    return 0;
+  }
+  if (record.arg_size != sizeof(void*))
+    return -51; // CL_INVALID_ARG_SIZE
+  void* const handle = record.arg_value == nullptr ? nullptr : *static_cast<void* const*>(record.arg_value);
+  given = {argument_kind::null};
+  if (handle == nullptr)
+    return 0;
+  const auto memory = now.world.find<buffer>(handle);
+  if (!memory)
+    return buffer::invalid;
+  found->buffers[record.arg_index] = memory;
+  given = {expected, {}, memory->data.data(), memory->data.size()};
+  return 0;
+}
+
+std::int32_t set_constant(session& now, qv::set_program_specialization_constant_record& record) {
+  const auto found = now.world.find<program>(record.program);
+  if (!found || found->from != program::origin::il)
+    return program::invalid;
+  const auto* first = static_cast<const unsigned char*>(record.spec_value);
+  now.log.data = found->constants[record.spec_id] = bytes(first, first + record.spec_size);
+  return 0;
+}
+
+} // namespace
+
+handler find_program_handler(qv::operation operation) {
+  using enum qv::operation;
+  static const std::map<qv::operation, handler> handlers{
+      {create_program_with_source, typed<&create_with_source>::handle},
+      {create_program_with_binary, typed<&create_with_binary>::handle},
+      {create_program_with_il, typed<&create_with_il>::handle},
+      {create_program_with_builtin_kernels, typed<&create_with_builtin>::handle},
+      {get_extension_function_address_for_platform, typed<&get_extension_address>::handle},
+      {build_program, typed<&build>::handle},
+      {qv::operation::create_kernel, typed<&scripted::create_kernel>::handle},
+      {create_kernels_in_program, typed<&create_kernels>::handle},
+      {qv::operation::get_program_info, typed<&scripted::get_program_info>::handle},
+      {get_program_build_info, typed<&get_build_info>::handle},
+      {qv::operation::get_kernel_info, typed<&scripted::get_kernel_info>::handle},
+      {get_kernel_work_group_info, typed<&get_work_group_info>::handle},
+      {qv::operation::set_kernel_arg, typed<&scripted::set_kernel_arg>::handle},
+      {set_program_specialization_constant, typed<&set_constant>::handle},
+  };
+  const auto found = handlers.find(operation);
+  return found == handlers.end() ? nullptr : found->second;
+}
+
+} // namespace scripted

@@ -1,0 +1,156 @@
+// A capability library that answers as told and records every call. It stands in for libqv.so.0 in the tests:
+// it simulates OpenCL devices in memory, of any version and byte order, and fails where a test asks for it.
+//
+// The devices are set with set_devices() before the library under test starts; everything else may change at
+// any time, from any thread.
+#pragma once
+
+#include "capability/commands.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#define SCRIPTED_API __attribute__((visibility("default")))
+
+namespace scripted {
+
+using bytes = std::vector<unsigned char>;
+
+// The answer to one information query. `announced` is the size told to a caller who asks for the size alone,
+// `reported` the size told with the data; both are the true size unless the answer is to lie.
+struct info_answer {
+  bytes data;
+  std::optional<std::size_t> announced{};
+  std::optional<std::size_t> reported{};
+  std::int32_t status = 0;
+};
+
+inline info_answer text_answer(const std::string& text) {
+  return {bytes(text.c_str(), text.c_str() + text.size() + 1)};
+}
+
+template <class T>
+info_answer value_answer(T value) {
+  bytes data(sizeof value);
+  std::memcpy(data.data(), &value, sizeof value);
+  return {data};
+}
+
+// One root device, with a node under each capability (1 to 6 for OpenCL 1.0, 1.1, 1.2, 2.0, 2.1, 2.2).
+struct device_options {
+  std::string name = "scripted";
+  std::vector<std::uint32_t> capabilities{};
+  bool little_endian = true;
+  std::uint64_t memory_limit = std::uint64_t{1} << 30;
+  std::uint64_t work_group_size = 256;
+  std::map<std::uint32_t, info_answer> info{}; // by parameter; overrides the built-in answers
+};
+
+enum class argument_kind { unset, memory, null, local, value };
+
+struct kernel_argument {
+  argument_kind kind = argument_kind::unset;
+  bytes value{};                 // of a value
+  unsigned char* data = nullptr; // of a memory object
+  std::size_t size = 0;          // of memory and local memory
+};
+
+// What a simulated kernel sees of its launch. Numbers are read and written in the byte order of the device.
+struct kernel_run {
+  std::string kernel;
+  std::size_t device = 0; // place in set_devices()
+  bool little_endian = true;
+  std::uint32_t work_dim = 0;
+  std::array<std::size_t, 3> offset{}, global{1, 1, 1}, local{1, 1, 1};
+  std::vector<kernel_argument> arguments{};
+  std::map<std::uint32_t, bytes> constants{}; // specialisation constants of the program
+
+  template <class T>
+  T get(std::size_t index, std::size_t element = 0) const {
+    const kernel_argument& from = arguments.at(index);
+    const unsigned char* address = from.kind == argument_kind::value ? from.value.data() : from.data;
+    T result;
+    copy_ordered(&result, address + element * sizeof(T), sizeof(T));
+    return result;
+  }
+
+  template <class T>
+  void set(std::size_t index, std::size_t element, T value) const {
+    copy_ordered(arguments.at(index).data + element * sizeof(T), &value, sizeof(T));
+  }
+
+private:
+  void copy_ordered(void* to, const void* from, std::size_t size) const {
+    auto* target = static_cast<unsigned char*>(to);
+    std::memcpy(target, from, size);
+    if (!little_endian)
+      std::reverse(target, target + size);
+  }
+};
+
+using kernel_function = std::function<void(const kernel_run&)>;
+
+// One call of qv_call_capability, in the order of arrival. What its record points to is kept in the last
+// fields.
+struct call_record {
+  qv::operation operation{};
+  std::uint32_t capability = 0;
+  std::size_t device = 0;
+  std::thread::id thread{};
+  std::int32_t transport = 0;
+  std::int32_t status = 0;
+  std::array<unsigned char, 80> record{}; // as it was when the call returned
+  std::string text{};                     // source, options, names
+  bytes data{};                           // pattern, binary, value of an argument or constant
+  std::vector<std::uint64_t> numbers{};   // work sizes (offset, global, local), queue properties
+
+  template <qv::operation Op>
+  qv::record<Op> as() const {
+    qv::record<Op> result;
+    std::memcpy(&result, record.data(), sizeof result);
+    return result;
+  }
+};
+
+enum class execution { at_finish, at_enqueue };
+
+// Before the library under test starts.
+SCRIPTED_API void set_devices(std::vector<device_options> devices);
+SCRIPTED_API void set_version(std::uint64_t version);
+
+// The body of every kernel of that name; a kernel without a body does nothing.
+SCRIPTED_API void set_kernel(const std::string& name, kernel_function body);
+SCRIPTED_API void set_execution(execution when);
+SCRIPTED_API void set_memory_limit(std::size_t device, std::uint64_t limit);
+SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const info_answer& answer);
+
+// The `nth` coming call (1: the next) of the operation fails: with an OpenCL status, with a transport code,
+// or, for a command that is enqueued, without effect and with that execution status of its event.
+SCRIPTED_API void fail_call(qv::operation operation, int nth, std::int32_t status);
+SCRIPTED_API void fail_transport(qv::operation operation, int nth, std::int32_t code);
+SCRIPTED_API void fail_event(qv::operation operation, int nth, std::int32_t status);
+// True if no failure that was asked for is still to come. Forgets those that are.
+SCRIPTED_API bool no_failure_left();
+
+SCRIPTED_API std::vector<call_record> take_calls(); // those since the last take_calls() or forget_calls()
+SCRIPTED_API void forget_calls();
+
+// References that the caller holds, by kind: "call handle", "device", "context", "queue", "buffer", "event",
+// "program", "kernel". Kinds without a reference are left out.
+SCRIPTED_API std::map<std::string, std::int64_t> live_objects();
+// Breaches of the rules of OpenCL or of the wire format that were seen, in words.
+SCRIPTED_API std::vector<std::string> misuses();
+// At the end of the process, after the library under test has stopped: end it with status 9 and a line on the
+// standard error stream if a reference is left or a rule was broken.
+SCRIPTED_API void check_at_exit(bool wanted);
+SCRIPTED_API void raise_context_error(std::size_t device, const char* message);
+
+} // namespace scripted

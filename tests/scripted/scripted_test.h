@@ -1,0 +1,107 @@
+// What the suites on the scripted machine share: its devices, its kernels, and the check that a test leaves
+// nothing behind.
+#pragma once
+
+#include "tests/device/caller.h"
+#include "tests/scripted/scripted_qv.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <numeric>
+
+namespace scripted {
+
+// Three devices a version: two little-endian ones and a big-endian one. They stand in the library's list and
+// in the script in the same order.
+enum class role : std::size_t { first, second, big_endian };
+constexpr std::uint32_t VERSION_COUNT = 6;
+constexpr const char* VERSION_TEXTS[] = {"1.0", "1.1", "1.2", "2.0", "2.1", "2.2"};
+
+inline std::size_t device_index(std::uint32_t version, role which) {
+  return (version - 1) * 3 + static_cast<std::size_t>(which);
+}
+
+// What a machine of those devices is set up from.
+std::vector<device_options> standard_devices();
+// The bodies of the kernels of SOURCE.
+void register_kernels();
+
+inline const std::string SOURCE = R"(
+  kernel void add(global int* data, int amount) {}
+  kernel void sum(global int* out, global const int* a, global const int* b) {}
+  kernel void observe(global short* data, local float* scratch, short4 values, global int* nothing) {}
+  kernel void flag(global int* data) {}
+  kernel __attribute__((reqd_work_group_size(8, 4, 2))) void fixed(global int* data) {}
+  kernel void empty() {}
+)";
+
+inline std::size_t count(const std::vector<call_record>& calls, qv::operation operation) {
+  return static_cast<std::size_t>(std::count_if(
+      calls.begin(), calls.end(), [&](const call_record& one) { return one.operation == operation; }));
+}
+
+inline std::vector<call_record> only(const std::vector<call_record>& calls, qv::operation operation) {
+  std::vector<call_record> result;
+  std::copy_if(calls.begin(), calls.end(), std::back_inserter(result),
+               [&](const call_record& one) { return one.operation == operation; });
+  return result;
+}
+
+class scripted_test : public ::testing::Test {
+protected:
+  void SetUp() override {
+    devices = caller::devices();
+    ASSERT_EQ(devices.size(), 3 * VERSION_COUNT);
+    before_ = live_objects();
+    forget_calls();
+  }
+  void TearDown() override {
+    EXPECT_TRUE(no_failure_left()) << "a planned failure did not happen";
+    EXPECT_EQ(misuses(), std::vector<std::string>());
+    set_execution(execution::at_finish);
+    for (const auto& [index, limit] : limits_)
+      set_memory_limit(index, limit);
+    // The last event of a request is released just after its owner has been woken.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (live_objects() != before_ && std::chrono::steady_clock::now() < deadline)
+      std::this_thread::yield();
+    EXPECT_EQ(live_objects(), before_);
+  }
+
+  const caller::device& device(std::uint32_t version, role which = role::first) const {
+    return devices.at(device_index(version, which));
+  }
+  caller::kernel kernel(std::uint32_t version, const char* name, role which = role::first) const {
+    return caller::find_kernel(caller::compile(device(version, which), SOURCE), name);
+  }
+  // For this test only.
+  void limit_memory(std::size_t index, std::uint64_t limit) {
+    limits_[index] = std::uint64_t{1} << 30;
+    set_memory_limit(index, limit);
+  }
+
+  std::vector<caller::device> devices;
+
+private:
+  std::map<std::string, std::int64_t> before_;
+  std::map<std::size_t, std::uint64_t> limits_;
+};
+
+class each_version : public scripted_test, public ::testing::WithParamInterface<std::uint32_t> {
+protected:
+  std::uint32_t version() const { return GetParam(); }
+};
+
+inline std::string version_name(const ::testing::TestParamInfo<std::uint32_t>& info) {
+  std::string text = VERSION_TEXTS[info.param - 1];
+  text[1] = '_';
+  return "opencl_" + text;
+}
+
+inline std::vector<std::int32_t> counted(std::size_t size, std::int32_t first = 1) {
+  std::vector<std::int32_t> result(size);
+  std::iota(result.begin(), result.end(), first);
+  return result;
+}
+
+} // namespace scripted

@@ -1,0 +1,60 @@
+// Loading, using and unloading the library again and again leaves nothing of it behind.
+#include "tests/scripted/scripted_qv.h"
+
+#include "include/tarva_abi.h"
+
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace {
+
+std::ptrdiff_t thread_count() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                       std::filesystem::directory_iterator());
+}
+
+bool is_mapped(const std::string& name) {
+  std::ifstream maps("/proc/self/maps");
+  for (std::string line; std::getline(maps, line);)
+    if (line.find(name) != std::string::npos)
+      return true;
+  return false;
+}
+
+template <class Function>
+Function* find(void* library, const char* name) {
+  return reinterpret_cast<Function*>(dlsym(library, name));
+}
+
+void load_use_unload() {
+  void* const library = dlopen(TARVA_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(library, nullptr) << dlerror();
+  tarva_abi_device_array_s* array = nullptr;
+  tarva_abi_error_s* failure = nullptr;
+  ASSERT_EQ(
+      find<decltype(tarva_abi_get_devices)>(library, "tarva_abi_get_devices")(nullptr, &array, &failure), 0);
+  EXPECT_EQ(array->count, 2u);
+  tarva_abi_memory_s* memory = nullptr;
+  EXPECT_EQ(find<decltype(tarva_abi_memory_allocate_typed)>(library, "tarva_abi_memory_allocate_typed")(
+                nullptr, "left", TARVA_ABI_TYPE_FLOAT, 16, &memory, &failure),
+            0);
+  find<decltype(tarva_abi_free_device_array)>(library, "tarva_abi_free_device_array")(nullptr, array);
+  EXPECT_EQ(dlclose(library), 0);
+}
+
+TEST(unloading, leaves_no_thread_no_mapping_and_no_opencl_object) {
+  scripted::set_devices({{"one", {1}}, {"two", {6}}});
+  const auto threads = thread_count();
+  for (int i = 0; i < 100; ++i) {
+    load_use_unload();
+    ASSERT_EQ(thread_count(), threads) << "after " << i + 1;
+    ASSERT_FALSE(is_mapped("liboryn-tarva")) << "after " << i + 1;
+    ASSERT_EQ(scripted::live_objects(), (std::map<std::string, std::int64_t>()));
+    scripted::forget_calls();
+  }
+  EXPECT_EQ(scripted::misuses(), std::vector<std::string>());
+}
+
+} // namespace

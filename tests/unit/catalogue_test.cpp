@@ -1,0 +1,386 @@
+#include "abi/error_object.h"
+#include "memory/library_memory.h"
+#include "objects/empty_program.h"
+#include "objects/opencl/device_properties.h"
+#include "objects/opencl/kernel_properties.h"
+#include "objects/opencl/program_properties.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <set>
+
+namespace oryn::tarva::library {
+namespace {
+
+using skerv::opencl::version;
+using names = std::vector<std::string>;
+
+constexpr version_number first_version = 1;
+constexpr version_number last_version = 6;
+
+std::string value_text(const std::shared_ptr<property_base>& property) {
+  if (property->is_empty()) {
+    return "empty";
+  }
+  if (!property->has_data()) {
+    return "none";
+  }
+  std::string text = std::to_string(static_cast<std::uint64_t>(property->get_data_type())) + ":";
+  for (std::uint64_t index = 0; index < property->get_element_count(); ++index) {
+    text += (index == 0 ? "" : ",") + property->element_to_string(index);
+  }
+  return text;
+}
+
+// The paths of a whole tree, found through the lists of children alone.
+void collect_paths(property_interface& owner, const property_path& path, std::vector<property_path>& paths) {
+  paths.push_back(path);
+  for (const std::string& name : owner.get_child_names(path)) {
+    property_path child = path;
+    child.push_back(name);
+    collect_paths(owner, child, paths);
+  }
+}
+
+// A device whose answers are scripted by parameter; all others are distinct numbers.
+struct scripted_device {
+  std::map<std::uint32_t, std::uint64_t> numbers;
+  std::map<std::uint32_t, std::string> strings;
+  std::uint32_t failing = 0;
+
+  std::uint64_t get_uint64(std::uint32_t parameter) const {
+    if (parameter == failing) {
+      throw std::runtime_error("query failed");
+    }
+    const auto found = numbers.find(parameter);
+    return found == numbers.end() ? parameter : found->second;
+  }
+  std::uint32_t get_uint32(std::uint32_t parameter) const {
+    return static_cast<std::uint32_t>(get_uint64(parameter));
+  }
+  bool get_bool(std::uint32_t parameter) const { return get_uint64(parameter) != 0; }
+  std::string get_string(std::uint32_t parameter) const {
+    const auto found = strings.find(parameter);
+    return found == strings.end() ? "text " + std::to_string(parameter) : found->second;
+  }
+  std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter) const { return {parameter, 2, 3}; }
+};
+
+struct fake_device : property_interface {
+  version_number number = last_version;
+  scripted_device queries;
+
+  explicit fake_device(version_number version) : number(version) {}
+  std::shared_ptr<property_base> get_property(const property_path& path) override {
+    return device_property(*this, path, queries, number);
+  }
+  std::vector<std::string> get_child_names(const property_path& path) override {
+    return device_child_names(number, path);
+  }
+  std::string get_friendly_short_description() { return "short"; }
+  std::string get_friendly_summary() { return "summary"; }
+  std::uint64_t get_unique_identifier() { return 77; }
+
+  std::string value(const std::string& key) { return value_text(get_property({"ROOT", "OPENCL", key})); }
+  std::string value(const std::string& parent, const std::string& end) {
+    return value_text(get_property({"ROOT", "OPENCL", parent, parent + end}));
+  }
+  std::size_t child_count(const std::string& key) { return get_child_names({"ROOT", "OPENCL", key}).size(); }
+};
+
+TEST(device_catalogue, numbers_of_children_by_version) {
+  const std::map<std::string, std::array<std::size_t, last_version>> counts = {
+      {"CL_DEVICE_IMAGE_SUPPORT", {7, 7, 9, 11, 11, 11}},
+      {"CL_DEVICE_SINGLE_FP_CONFIG", {6, 7, 8, 8, 8, 8}},
+      {"CL_DEVICE_DOUBLE_FP_CONFIG", {6, 7, 7, 7, 7, 7}},
+      {"CL_DEVICE_GLOBAL_MEM_CACHE_TYPE", {3, 3, 3, 3, 3, 3}},
+      {"CL_DEVICE_EXECUTION_CAPABILITIES", {2, 2, 2, 2, 2, 2}},
+      {"CL_DEVICE_QUEUE_ON_HOST_PROPERTIES", {2, 2, 2, 2, 2, 2}},
+      {"CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES", {0, 0, 0, 6, 6, 6}},
+      {"CL_DEVICE_SVM_CAPABILITIES", {0, 0, 0, 4, 4, 4}},
+      {"CL_DEVICE_NAME", {0, 0, 0, 0, 0, 0}},
+  };
+  const std::size_t below_opencl[] = {45, 56, 60, 69, 72, 72};
+  for (version_number number = first_version; number <= last_version; ++number) {
+    fake_device device(number);
+    EXPECT_EQ(device.get_child_names({"ROOT", "OPENCL"}).size(), below_opencl[number - 1]) << number;
+    for (const auto& [key, expected] : counts) {
+      EXPECT_EQ(device.child_count(key), expected[number - 1]) << key << " " << number;
+    }
+  }
+  EXPECT_EQ(get_device_catalogue().get_dictionary().size(), 125u);
+}
+
+TEST(device_catalogue, versions_that_have_a_key) {
+  const std::tuple<property_path, version_number, version_number> rows[] = {
+      {{"CL_DEVICE_MIN_DATA_TYPE_ALIGN_SIZE"}, 2, 2},
+      {{"CL_DEVICE_HOST_UNIFIED_MEMORY"}, 2, 3},
+      {{"CL_DEVICE_IMAGE_SUPPORT", "CL_DEVICE_MAX_WRITE_IMAGE_ARGS"}, 1, 3},
+      {{"CL_DEVICE_IMAGE_SUPPORT", "CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS"}, 4, 6},
+      {{"CL_DEVICE_TYPE_CUSTOM"}, 3, 6},
+      {{"CL_DEVICE_SVM_CAPABILITIES"}, 4, 6},
+      {{"CL_DEVICE_IL_VERSION"}, 5, 6},
+      {{"DEDICATED_LOCAL_MEMORY"}, 1, 6},
+  };
+  for (const auto& [below, first, last] : rows) {
+    property_path path = {"ROOT", "OPENCL"};
+    path.insert(path.end(), below.begin(), below.end());
+    for (version_number number = first_version; number <= last_version; ++number) {
+      fake_device device(number);
+      EXPECT_EQ(device.get_property(path)->is_empty(), number < first || number > last)
+          << path.back() << " " << number;
+    }
+  }
+}
+
+TEST(device_catalogue, every_listed_key_has_texts_and_a_value) {
+  std::set<std::string> keys;
+  for (version_number number = first_version; number <= last_version; ++number) {
+    fake_device device(number);
+    std::vector<property_path> paths;
+    collect_paths(device, {"ROOT"}, paths);
+    for (const property_path& path : paths) {
+      const auto property = device.get_property(path);
+      EXPECT_EQ(property->get_name(), path.back());
+      EXPECT_FALSE(property->get_friendly_name().empty() || property->get_description().empty())
+          << path.back();
+      const auto type = value_type(get_device_catalogue().find(number, path)->source);
+      EXPECT_EQ(property->has_data(), type.has_value()) << path.back();
+      EXPECT_TRUE(!type || property->get_data_type() == *type) << path.back();
+      keys.insert(path.back());
+    }
+  }
+  EXPECT_EQ(keys.size(), 124u);
+  EXPECT_FALSE(keys.contains("DEDICATED_LOCAL_MEMORY"));
+}
+
+TEST(device_catalogue, order_and_texts) {
+  fake_device device(4);
+  EXPECT_EQ(device.get_child_names({"ROOT"}),
+            (names{"FRIENDLY_SHORT_DESCRIPTION", "FRIENDLY_SUMMARY", "NAME", "OBJECT_ID", "OPENCL"}));
+  const names below_opencl = device.get_child_names({"ROOT", "OPENCL"});
+  EXPECT_EQ(below_opencl.front(), "CL_DEVICE_TYPE_DEFAULT");
+  EXPECT_EQ(below_opencl.back(), "CL_DEVICE_PREFERRED_LOCAL_ATOMIC_ALIGNMENT");
+  EXPECT_EQ(device.get_child_names({"ROOT", "OPENCL", "CL_DEVICE_IMAGE_SUPPORT"}).back(),
+            "CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS");
+
+  const auto& texts = get_device_catalogue().get_dictionary();
+  EXPECT_EQ(texts.get_description("CL_DEVICE_TYPE_ACCELERATOR"), "The OpenCL device is a Accelerator type.");
+  EXPECT_EQ(texts.get_friendly_name("CL_DEVICE_QUEUE_ON_DEVICE_MAX_SIZE"),
+            "Maxium devices command queue size");
+  EXPECT_EQ(texts.get_description("CL_DEVICE_VERSION"),
+            "OpenCL version string.  Returns the OpenCL version supported by the device.");
+  EXPECT_EQ(
+      texts.get_description("CL_DEVICE_SVM_CAPABILITIES_FINE_GRAIN_SYSTEM"),
+      "True if the device supports sharing the host\xe2\x80\x99s entire virtual memory including memory "
+      "allocated using malloc. Memory consistency is guaranteed at synchronization points.");
+}
+
+TEST(device_catalogue, unknown_paths_give_empty_properties) {
+  fake_device device(6);
+  const property_path paths[] = {
+      {},
+      {""},
+      {"OPENCL"},
+      {"ROOT", "ROOT"},
+      {"ROOT", "CL_DEVICE_NAME"},
+      {"ROOT", "OPENCL", "NAME"},
+      {"ROOT", "OPENCL", "cl_device_name"},
+      {"ROOT", "OPENCL", "CL_DEVICE_NAME", "CL_DEVICE_NAME"},
+      {"ROOT", "OPENCL", "CL_DEVICE_SINGLE_FP_CONFIG", "CL_DEVICE_DOUBLE_FP_CONFIG_FMA"},
+  };
+  for (const property_path& path : paths) {
+    EXPECT_TRUE(device.get_property(path)->is_empty()) << ::testing::PrintToString(path);
+    EXPECT_TRUE(device.get_child_names(path).empty()) << ::testing::PrintToString(path);
+  }
+}
+
+TEST(device_properties, read_the_query_they_name) {
+  fake_device device(6);
+  device.queries.strings = {{0x1030, "  cl_a   cl_b\n"}, {0x103f, ";one;;two;"}, {0x102b, "Name"}};
+  EXPECT_EQ(value_text(device.get_property({"ROOT", "NAME"})), "1:Name");
+  EXPECT_EQ(value_text(device.get_property({"ROOT", "OBJECT_ID"})), "9:77");
+  EXPECT_EQ(value_text(device.get_property({"ROOT", "FRIENDLY_SHORT_DESCRIPTION"})), "1:short");
+  EXPECT_EQ(value_text(device.get_property({"ROOT", "FRIENDLY_SUMMARY"})), "1:summary");
+  EXPECT_EQ(value_text(device.get_property({"ROOT", "OPENCL"})), "none");
+  const std::pair<const char*, const char*> rows[] = {
+      {"CL_DEVICE_NAME", "1:Name"},
+      {"CL_DEVICE_EXTENSIONS", "1:cl_a,cl_b"},
+      {"CL_DEVICE_BUILT_IN_KERNELS", "1:one,two"},
+      {"CL_DEVICE_IL_VERSION", "1:text 4187"},
+      {"CL_DEVICE_MAX_WORK_ITEM_SIZES", "9:4101,2,3"},
+      {"CL_DEVICE_MAX_COMPUTE_UNITS", "9:4098"},
+      {"CL_DEVICE_GLOBAL_MEM_SIZE", "9:4127"},
+      {"CL_DEVICE_PRINTF_BUFFER_SIZE", "9:4169"},
+      {"CL_DEVICE_MAX_NUM_SUB_GROUPS", "9:4188"},
+      {"CL_DEVICE_ENDIAN_LITTLE", "2:true"},
+  };
+  for (const auto& [key, expected] : rows) {
+    EXPECT_EQ(device.value(key), expected) << key;
+  }
+}
+
+TEST(device_properties, test_bits_types_and_profiles) {
+  fake_device device(6);
+  device.queries.numbers = {{0x1000, 4}, {0x101b, 0x82}, {0x1032, 0x40}, {0x101c, 2},
+                            {0x102a, 2}, {0x104e, 1},    {0x1053, 8},    {0x1022, 1}};
+  const std::string on = "2:true";
+  const std::string off = "2:false";
+  EXPECT_EQ(device.value("CL_DEVICE_TYPE_GPU"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_TYPE_CPU"), off);
+  device.queries.numbers[0x1000] = 3; // a processor and the default device at once counts as neither
+  EXPECT_EQ(device.value("CL_DEVICE_TYPE_CPU"), off);
+  EXPECT_EQ(device.value("CL_DEVICE_TYPE_DEFAULT"), off);
+  EXPECT_EQ(device.value("CL_DEVICE_SINGLE_FP_CONFIG", "_CORRECTLY_ROUNDED_DIVIDE_SQRT"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_SINGLE_FP_CONFIG", "_INF_NAN"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_SINGLE_FP_CONFIG", "_SOFTWARE_EMULATED"), off);
+  EXPECT_EQ(device.value("CL_DEVICE_DOUBLE_FP_CONFIG", "_SOFTWARE_EMULATED"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_GLOBAL_MEM_CACHE_TYPE", "_READ_WRITE"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_GLOBAL_MEM_CACHE_TYPE", "_NONE"), off);
+  EXPECT_EQ(device.value("CL_DEVICE_QUEUE_ON_HOST_PROPERTIES", "_OUT_OF_ORDER_EXEC"), off);
+  EXPECT_EQ(device.value("CL_DEVICE_QUEUE_ON_HOST_PROPERTIES", "_PROFILING"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES", "_OUT_OF_ORDER_EXEC"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_SVM_CAPABILITIES", "_ATOMICS"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_SVM_CAPABILITIES", "_FINE_GRAIN_SYSTEM"), off);
+  EXPECT_EQ(device.value("DEDICATED_LOCAL_MEMORY"), on);
+  EXPECT_EQ(device.value("CL_DEVICE_PROFILE_FULL"), on);
+  device.queries.strings[0x102e] = "EMBEDDED_PROFILE";
+  EXPECT_EQ(device.value("CL_DEVICE_PROFILE_FULL"), off);
+  EXPECT_EQ(device.value("CL_DEVICE_PROFILE_EMBEDDED"), on);
+}
+
+TEST(device_properties, of_images_exist_on_devices_with_images) {
+  fake_device device(6);
+  const property_path path = {"ROOT", "OPENCL", "CL_DEVICE_IMAGE_SUPPORT", "CL_DEVICE_IMAGE2D_MAX_WIDTH"};
+  EXPECT_EQ(value_text(device.get_property(path)), "9:4113");
+  device.queries.numbers[0x1016] = 0;
+  EXPECT_TRUE(device.get_property(path)->is_empty());
+  EXPECT_EQ(device.child_count("CL_DEVICE_IMAGE_SUPPORT"), 11u);
+}
+
+TEST(device_properties, a_failing_query_fails_its_own_property) {
+  fake_device device(6);
+  device.queries.failing = 0x1002;
+  EXPECT_THROW(device.value("CL_DEVICE_MAX_COMPUTE_UNITS"), std::runtime_error);
+  EXPECT_EQ(device.value("CL_DEVICE_VENDOR_ID"), "9:4097");
+}
+
+// Stands for a library kernel or program and for its access layer object at once.
+template <version V>
+struct fake_kernel : property_interface {
+  scripted_device device;
+
+  std::shared_ptr<property_base> get_property(const property_path& path) override {
+    return kernel_property<V>(*this, path, *this, device);
+  }
+  std::vector<std::string> get_child_names(const property_path& path) override {
+    return kernel_child_names<V>(path);
+  }
+  std::uint64_t get_unique_identifier() { return 5; }
+  std::array<std::uint64_t, 3> get_compile_work_group_size() { return {0, 0, 0}; }
+  std::array<std::uint64_t, 3> get_max_global_size() { return {9, 9, 9}; }
+  std::uint64_t get_work_group_size(const scripted_device&) const { return 256; }
+  std::string get_function_name() const { return "add"; }
+  std::uint32_t get_num_args() const { return 3; }
+  std::array<std::uint64_t, 3> get_compile_work_group_size(const scripted_device&) const { return {8, 4, 2}; }
+  names get_attributes() const { return {"a", "b"}; }
+  std::uint64_t get_preferred_work_group_size_multiple(const scripted_device&) const { return 32; }
+};
+
+std::vector<std::string> values_of(property_interface& owner, const property_path& path) {
+  std::vector<std::string> values;
+  for (const auto& child : owner.get_property(path)->get_children()) {
+    values.push_back(child->get_name() + "=" + value_text(child));
+  }
+  return values;
+}
+
+TEST(kernel_properties, by_version) {
+  fake_kernel<version::v1_2> kernel;
+  EXPECT_EQ(values_of(kernel, {"ROOT"}),
+            (names{"MAX_WORK_ITEM_DIMENSIONS=9:4099", "MAX_WORK_GROUP_SIZE=9:256", "KERNEL_NAME=1:add",
+                   "OPENCL=none", "OBJECT_ID=9:5", "REQUIRED_WORK_GROUP_SIZE=9:0,0,0",
+                   "MAX_GLOBAL_WORK_SIZE=9:9,9,9"}));
+  const std::string arguments = "CL_KERNEL_NUM_ARGS=9:3";
+  const std::string size = "CL_KERNEL_COMPILE_WORK_GROUP_SIZE=9:8,4,2";
+  const std::string multiple = "CL_KERNEL_PREFERRED_WORK_GROUP_SIZE_MULTIPLE=9:32";
+  EXPECT_EQ(values_of(kernel, {"ROOT", "OPENCL"}),
+            (names{arguments, "CL_KERNEL_ATTRIBUTES=1:a,b", size, multiple}));
+  fake_kernel<version::v1_1> older;
+  EXPECT_EQ(values_of(older, {"ROOT", "OPENCL"}), (names{arguments, size, multiple}));
+  EXPECT_TRUE(older.get_property({"ROOT", "OPENCL", "CL_KERNEL_ATTRIBUTES"})->is_empty());
+  fake_kernel<version::v1_0> oldest;
+  EXPECT_EQ(values_of(oldest, {"ROOT", "OPENCL"}), (names{arguments, size}));
+}
+
+template <version V>
+struct fake_program : property_interface {
+  std::shared_ptr<property_base> get_property(const property_path& path) override {
+    return program_property<V>(*this, path, *this);
+  }
+  std::vector<std::string> get_child_names(const property_path& path) override {
+    return program_child_names<V>(path);
+  }
+  std::uint64_t get_unique_identifier() { return 6; }
+  std::string get_name() { return "label"; }
+  names get_kernel_names() { return {"add", "sub"}; }
+  std::vector<unsigned char> get_binary() { return {'B', 'C'}; }
+  std::string get_source() const { return "kernel void add() {}"; }
+  std::vector<unsigned char> get_il() const { return {'I'}; }
+};
+
+TEST(program_properties, by_version) {
+  fake_program<version::v2_0> program;
+  EXPECT_EQ(values_of(program, {"ROOT"}),
+            (names{"USER_LABEL=1:label", "KERNEL_NAMES=1:add,sub", "OPENCL=none", "OBJECT_ID=9:6"}));
+  const std::string source = "CL_PROGRAM_SOURCE=1:kernel void add() {}";
+  EXPECT_EQ(values_of(program, {"ROOT", "OPENCL"}), (names{source, "CL_PROGRAM_BINARY=3:B,C"}));
+  fake_program<version::v2_1> newer;
+  EXPECT_EQ(values_of(newer, {"ROOT", "OPENCL"}),
+            (names{source, "CL_PROGRAM_IL=3:I", "CL_PROGRAM_BINARY=3:B,C"}));
+}
+
+TEST(program_properties, of_an_empty_program) {
+  empty_program program(false, nullptr, "failed");
+  EXPECT_EQ(values_of(program, {"ROOT"}),
+            (names{"USER_LABEL=1:failed",
+                   "KERNEL_NAMES=1:", "OBJECT_ID=9:" + std::to_string(program.get_unique_identifier())}));
+  EXPECT_TRUE(program.get_property({"ROOT", "OPENCL"})->is_empty());
+  EXPECT_TRUE(program.get_property({"ROOT", "OPENCL", "CL_PROGRAM_SOURCE"})->is_empty());
+  EXPECT_TRUE(program.get_kernel_names().empty());
+  try {
+    program.get_kernel("add");
+    ADD_FAILURE();
+  } catch (const std::logic_error& error) {
+    EXPECT_STREQ(error.what(), "Cannot extract a kernel from an empty program.  Kernel name: add");
+  }
+}
+
+TEST(memory_properties, describe_the_allocation) {
+  library_memory memory(data_type::float_, 10, "");
+  EXPECT_EQ(values_of(memory, {"ROOT"}),
+            (names{"USER_LABEL=1:", "NUM_ELEMENTS=9:10", "TYPE=9:12",
+                   "OBJECT_ID=9:" + std::to_string(memory.get_unique_identifier())}));
+  EXPECT_TRUE(memory.get_property({"ROOT", "SIZE"})->is_empty());
+  EXPECT_TRUE(memory.get_child_names({"ROOT", "TYPE"}).empty());
+  EXPECT_EQ(library_memory(data_type::uint32v3_, 10, "label").get_size_in_bytes(), 160u);
+  EXPECT_NE(memory.get_unique_identifier(),
+            library_memory(data_type::float_, 10, "").get_unique_identifier());
+}
+
+TEST(error_properties, describe_the_exception_and_lead_inward) {
+  error_object error(2, "outer");
+  EXPECT_EQ(values_of(error, {"ROOT"}), (names{"EXCEPTION_TYPE=9:2", "EXCEPTION_MESSAGE=1:outer"}));
+  EXPECT_TRUE(error.get_property({"ROOT", "OTHER"})->is_empty());
+  EXPECT_EQ(error.get_nested_error(), nullptr);
+  const auto nested = error.set_nested_error(7, "inner");
+  EXPECT_EQ(error.get_nested_error(), nested);
+  EXPECT_EQ(values_of(*nested, {"ROOT"}).back(), "EXCEPTION_MESSAGE=1:inner");
+  EXPECT_THROW(error.set_nested_error(7, "again"), std::logic_error);
+  EXPECT_EQ(error.get_nested_error()->get_message(), "inner");
+}
+
+} // namespace
+} // namespace oryn::tarva::library

@@ -1,0 +1,321 @@
+#include "properties/element.h"
+#include "properties/make_property.h"
+#include "properties/property_strings.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <limits>
+
+namespace oryn::tarva::library {
+namespace {
+
+template <typename exception_type, typename action_type>
+void expect_throw(action_type action, const std::string& message) {
+  try {
+    action();
+    ADD_FAILURE() << "nothing was thrown instead of: " << message;
+  } catch (const exception_type& exception) {
+    EXPECT_EQ(typeid(exception), typeid(exception_type));
+    EXPECT_EQ(exception.what(), message);
+  }
+}
+
+constexpr data_type no_types[] = {data_type{0}, data_type{69}, data_type{~std::uint64_t{0}}};
+
+struct scalar {
+  const char* name;
+  const char* vector_name; // what stands before the number of components, and behind it
+  const char* vector_end;
+  std::uint64_t bytes;
+};
+
+TEST(data_types, sizes_and_names_of_all_68) {
+  const scalar scalars[] = {
+      {"uint8_t", "uint8v", "_t", 1},   {"int8_t", "int8v", "_t", 1},     {"uint16_t", "uint16v", "_t", 2},
+      {"int16_t", "int16v", "_t", 2},   {"uint32_t", "uint32v", "_t", 4}, {"int32_t", "int32v", "_t", 4},
+      {"uint64_t", "uint64v", "_t", 8}, {"int64_t", "int64v", "_t", 8},   {"half", "half", "", 2},
+      {"float", "float", "", 4},        {"double", "double", "", 8},
+  };
+  std::uint64_t value = 0;
+  const auto expect_next = [&value](const std::string& name, std::uint64_t bytes) {
+    ++value;
+    EXPECT_EQ(data_type_name(data_type{value}), name) << value;
+    EXPECT_EQ(element_size(data_type{value}), bytes) << name;
+  };
+  expect_next("string", 1);
+  expect_next("boolean", 4);
+  for (const scalar& each : scalars) {
+    expect_next(each.name, each.bytes);
+  }
+  for (const scalar& each : scalars) {
+    for (const std::uint64_t components : {2, 3, 4, 8, 16}) {
+      expect_next(each.vector_name + std::to_string(components) + each.vector_end,
+                  each.bytes * (components == 3 ? 4 : components));
+    }
+  }
+  EXPECT_EQ(value, 68u);
+  EXPECT_EQ(static_cast<std::uint64_t>(data_type::double16_), 68u);
+  EXPECT_EQ(static_cast<std::uint64_t>(data_type::uint16v3_), 25u);
+}
+
+TEST(data_types, values_outside_the_table_are_refused) {
+  for (const data_type type : no_types) {
+    expect_throw<std::logic_error>([&] { element_size(type); }, "Unsupported type.");
+    expect_throw<std::logic_error>([&] { data_type_name(type); }, "Unsupported type.");
+    expect_throw<std::runtime_error>([&] { element_to_text("", type, 0); }, "Unhandled case.  Report a bug.");
+    expect_throw<std::runtime_error>([&] { get_element<float>("", type, 0); }, "Unhandled case.");
+  }
+  expect_throw<std::logic_error>([] { get_element<float>("", data_type::double_, 0); },
+                                 "Mismatch between expected data type and provided data type.");
+}
+
+TEST(half_values, convert_exactly) {
+  const std::pair<int, float> rows[] = {
+      {0x0000, 0.0f},     {0x3c00, 1.0f},       {0xc000, -2.0f},      {0x3555, 0.333251953125f},
+      {0x7bff, 65504.0f}, {0x0400, 0x1.0p-14f}, {0x0001, 0x1.0p-24f}, {0x83ff, -0x1.ff8p-15f},
+      {0x7c00, INFINITY}, {0xfc00, -INFINITY},
+  };
+  for (const auto& [bits, expected] : rows) {
+    EXPECT_EQ(half_to_float({static_cast<std::uint16_t>(bits)}), expected) << std::hex << bits;
+  }
+  EXPECT_TRUE(std::signbit(half_to_float({0x8000})));
+  EXPECT_TRUE(std::isnan(half_to_float({0x7c01})));
+  EXPECT_TRUE(std::isnan(half_to_float({0xffff})) && std::signbit(half_to_float({0xffff})));
+}
+
+template <typename... T>
+std::string text_of_second(data_type type, T... values) {
+  const std::common_type_t<T...> data[] = {values...};
+  return element_to_text(data, type, 1);
+}
+
+TEST(element_text, of_every_kind) {
+  EXPECT_EQ(text_of_second(data_type::string_, "one", "two"), "two");
+  EXPECT_EQ(text_of_second(data_type::boolean_, 1u, 0u), "false");
+  EXPECT_EQ(text_of_second(data_type::boolean_, 0u, 256u), "true");
+  EXPECT_EQ(text_of_second(data_type::uint8_, std::uint8_t{1}, std::uint8_t{65}), "A");
+  EXPECT_EQ(text_of_second(data_type::int8_, std::int8_t{1}, std::int8_t{-1}), "\xff");
+  EXPECT_EQ(text_of_second(data_type::uint16_, std::uint16_t{1}, std::uint16_t{65535}), "65535");
+  EXPECT_EQ(text_of_second(data_type::int16_, std::int16_t{1}, std::int16_t{-32768}), "-32768");
+  EXPECT_EQ(text_of_second(data_type::uint32_, 1u, 4294967295u), "4294967295");
+  EXPECT_EQ(text_of_second(data_type::int32_, 1, -7), "-7");
+  EXPECT_EQ(text_of_second(data_type::uint64_, 1ul, ~0ul), "18446744073709551615");
+  EXPECT_EQ(text_of_second(data_type::int64_, 1l, std::numeric_limits<long>::min()), "-9223372036854775808");
+  EXPECT_EQ(text_of_second(data_type::half_, std::uint16_t{0}, std::uint16_t{0xc000}), "-2");
+  EXPECT_EQ(text_of_second(data_type::float_, 0.0f, 0.1f), "0.1");
+  EXPECT_EQ(text_of_second(data_type::double_, 0.0, 1234567.0), "1.23457e+06");
+  EXPECT_EQ(text_of_second(data_type::double_, 0.0, -std::numeric_limits<double>::infinity()), "-inf");
+}
+
+TEST(element_text, of_vectors) {
+  const std::uint16_t numbers[] = {1, 2, 3, 4, 5, 6, 7, 8};
+  EXPECT_EQ(element_to_text(numbers, data_type::uint16v3_, 0), "{1, 2, 3}");
+  EXPECT_EQ(element_to_text(numbers, data_type::uint16v3_, 1), "{5, 6, 7}");
+  EXPECT_EQ(element_to_text("abcdefgh", data_type::uint8v4_, 1), "{e, f, g, h}");
+  const double doubles[] = {0.5, -1, 0.25, 2};
+  EXPECT_EQ(element_to_text(doubles, data_type::double2_, 1), "{0.25, 2}");
+  using three = std::array<std::uint16_t, 3>;
+  EXPECT_EQ(get_element<three>(numbers, data_type::uint16v3_, 1), (three{5, 6, 7}));
+}
+
+// A tree of ready-made values, by the last key of the path; "ROOT" alone has children.
+class fake_owner : public property_interface {
+public:
+  using maker = std::function<std::shared_ptr<property_base>(fake_owner&, const property_path&)>;
+
+  std::vector<std::pair<std::string, maker>> children;
+
+  std::shared_ptr<property_base> get_property(const property_path& path) override {
+    if (path == property_path{"ROOT"}) {
+      return make_described_property(this, path, "Root <friend>", "All of 'it' & \"more\".");
+    }
+    for (const auto& [name, make] : children) {
+      if (path == property_path{"ROOT", name}) {
+        return make(*this, path);
+      }
+    }
+    return std::make_shared<property_base>();
+  }
+
+  std::vector<std::string> get_child_names(const property_path& path) override {
+    std::vector<std::string> names;
+    for (const auto& [name, make] : children) {
+      if (path.size() == 1) {
+        names.push_back(name);
+      }
+    }
+    return names;
+  }
+
+  template <typename T>
+  void add(const std::string& name, T value) {
+    children.emplace_back(name, [value](fake_owner& owner, const property_path& path) {
+      return make_described_property(&owner, path, "F", "D", value);
+    });
+  }
+
+  std::shared_ptr<property_base> root() { return get_property({"ROOT"}); }
+};
+
+template <typename T>
+std::shared_ptr<property_base> make_value(fake_owner& owner, T value) {
+  return make_described_property(&owner, {"ROOT", "X"}, "Friend", "Text.", std::move(value));
+}
+
+TEST(properties, without_owner_or_value) {
+  const property_base empty;
+  EXPECT_TRUE(empty.is_empty());
+  EXPECT_FALSE(empty.has_data());
+  EXPECT_STREQ(empty.get_name_pointer(), "");
+  EXPECT_EQ(empty.get_friendly_name() + empty.get_description(), "");
+  const std::string no_owner =
+      "Expected property to have a valid pointer to an object inherited from property_interface.";
+  expect_throw<std::logic_error>([&] { empty.element_to_string(0); }, no_owner);
+  expect_throw<std::logic_error>([&] { empty.get_child("A"); }, no_owner);
+  expect_throw<std::logic_error>([&] { empty.get_children(); }, no_owner);
+
+  fake_owner owner;
+  const auto root = owner.root();
+  EXPECT_EQ(root->get_element_count(), 0u);
+  EXPECT_EQ(root->get_data(), nullptr);
+  EXPECT_TRUE(root->get_children().empty());
+  EXPECT_TRUE(root->get_child("NO_SUCH")->is_empty());
+  expect_throw<std::logic_error>([&] { root->element_to_string(0); }, "Expected property to contain data.");
+  expect_throw<std::logic_error>([&] { root->get_data_type(); },
+                                 "This property has no data, therefore it cannot have a type.");
+}
+
+TEST(properties, hold_what_the_caller_reads) {
+  fake_owner owner;
+  const auto strings = make_value(owner, std::vector<std::string>{"first", "second"});
+  EXPECT_EQ(strings->get_data_type(), data_type{1});
+  const auto* pointers = static_cast<const char* const*>(strings->get_data());
+  EXPECT_STREQ(pointers[0], "first");
+  EXPECT_STREQ(pointers[1], "second");
+  expect_throw<std::out_of_range>(
+      [&] { strings->element_to_string(2); },
+      "Attempting to access element index 2 of the property but only 2 elements exist.");
+
+  const auto flag = make_value(owner, true);
+  EXPECT_EQ(flag->get_data_type(), data_type{2});
+  EXPECT_EQ(*static_cast<const std::uint32_t*>(flag->get_data()), 1u);
+  EXPECT_EQ(flag->element_to_string(0), "true");
+
+  const auto bytes = make_value(owner, std::vector<unsigned char>{65, 0});
+  EXPECT_EQ(bytes->get_data_type(), data_type{3});
+  EXPECT_EQ(std::memcmp(bytes->get_data(), "A", 2), 0);
+
+  const auto widened = make_value(owner, std::uint32_t{4294967295u});
+  EXPECT_EQ(widened->get_data_type(), data_type{9});
+  EXPECT_EQ(*static_cast<const std::uint64_t*>(widened->get_data()), 4294967295u);
+  const auto triple = make_value(owner, std::array<std::uint64_t, 3>{7, 8, 9});
+  EXPECT_EQ(triple->get_element_count(), 3u);
+  EXPECT_EQ(triple->element_to_string(2), "9");
+
+  const auto none = make_value(owner, std::vector<std::string>{});
+  EXPECT_TRUE(none->has_data());
+  EXPECT_EQ(none->get_data(), nullptr);
+}
+
+TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
+  property_dictionary dictionary;
+  dictionary.add("KEY", "first", "one", data_type::uint64_);
+  expect_throw<std::logic_error>(
+      [&] { dictionary.add("KEY", "second", "two"); },
+      "Inserting a duplicate entry for the fieldname \"KEY\" into the property dictionary.");
+  EXPECT_EQ(dictionary.get_friendly_name("KEY"), "first");
+  EXPECT_EQ(dictionary.get_description("KEY"), "one");
+  const std::string unknown = "Could not find the fieldname \"OTHER\" in the property dictionary.";
+  expect_throw<std::logic_error>([&] { dictionary.get_friendly_name("OTHER"); }, unknown);
+  expect_throw<std::logic_error>([&] { dictionary.get_description("OTHER"); }, unknown);
+
+  fake_owner owner;
+  const auto made = make_property(dictionary, &owner, {"ROOT", "KEY"}, std::uint64_t{5});
+  EXPECT_EQ(made->get_name() + made->get_friendly_name() + made->get_description(), "KEYfirstone");
+  expect_throw<std::logic_error>([&] { make_property(dictionary, &owner, {}, true); },
+                                 "Expected path to be non-empty.");
+  expect_throw<std::logic_error>(
+      [&] {
+        make_property(dictionary, &owner, {"ROOT", "OTHER"}, true);
+      },
+      unknown);
+}
+
+fake_owner make_tree() {
+  fake_owner owner;
+  owner.add("FLAG", false);
+  owner.add("WORDS", std::vector<std::string>{"a<b", "c"});
+  owner.add("NOTHING", std::vector<unsigned char>{});
+  owner.children.emplace_back(
+      "GONE", [](fake_owner&, const property_path&) { return std::make_shared<property_base>(); });
+  return owner;
+}
+
+TEST(text_trees, are_written_byte_for_byte) {
+  fake_owner owner = make_tree();
+  const auto root = owner.root();
+  EXPECT_EQ(to_text_tree(root, true, true, true, true, true, true),
+            "Name          : ROOT\nFriendly Name : Root <friend>\n"
+            "Description   : All of 'it' & \"more\".\n\n"
+            "Name          : FLAG\nFriendly Name : F\nDescription   : D\n"
+            "Type          : boolean\nValue         : false\n\n"
+            "Name          : WORDS\nFriendly Name : F\nDescription   : D\n"
+            "Type          : string\nValue         : { \n"
+            "                     [0]  a<b\n"
+            "                     [1]  c\n"
+            "                } \n"
+            "Name          : NOTHING\nFriendly Name : F\nDescription   : D\n\n");
+  EXPECT_EQ(to_text_tree(root, false, true, false, true, false, true), "Name          : ROOT\n\n");
+  EXPECT_EQ(to_text_tree(root, true, false, false, true, false, false),
+            "\nType          : boolean\n\nType          : string\n\n\n");
+  EXPECT_EQ(to_text_tree(root, true, false, false, false, false, false), "");
+  EXPECT_EQ(to_text_tree(std::make_shared<property_base>(), true, true, true, true, true, true), "");
+}
+
+TEST(xml_trees, are_written_byte_for_byte) {
+  fake_owner owner = make_tree();
+  const std::string head = "<property>\n<distinct_name>ROOT</distinct_name>\n"
+                           "<friendly_name>Root &lt;friend&gt;</friendly_name>\n"
+                           "<description>All of &apos;it&apos; &amp; &quot;more&quot;.</description>\n";
+  const std::string texts = "</distinct_name>\n<friendly_name>F</friendly_name>\n"
+                            "<description>D</description>\n";
+  EXPECT_EQ(to_xml_tree(owner.root(), false), head + "</property>\n");
+  EXPECT_EQ(to_xml_tree(owner.root(), true),
+            head + "<property>\n<distinct_name>FLAG" + texts +
+                "<data num_elements=\"1\" type=\"boolean\">\n<value index=\"0\">false</value>\n</data>\n"
+                "</property>\n\n"
+                "<property>\n<distinct_name>WORDS" +
+                texts +
+                "<data num_elements=\"2\" type=\"string\">\n<value index=\"0\">a&lt;b</value>\n"
+                "<value index=\"1\">c</value>\n</data>\n</property>\n\n"
+                "<property>\n<distinct_name>NOTHING" +
+                texts +
+                "<data num_elements=\"0\" type=\"uint8_t\">\n</data>\n</property>\n\n"
+                "<property/>\n</property>\n");
+  EXPECT_EQ(to_xml_tree(std::make_shared<property_base>(), true), "<property/>");
+}
+
+double seconds_to_write(std::size_t bytes, std::size_t& length) {
+  fake_owner owner;
+  const auto big = make_value(owner, std::vector<unsigned char>(bytes, 'x'));
+  const auto start = std::chrono::steady_clock::now();
+  length = to_xml_tree(big, true).size();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(xml_trees, cost_grows_linearly_with_the_value) {
+  std::size_t small_length = 0;
+  std::size_t big_length = 0;
+  const double small = seconds_to_write(1'000'000, small_length);
+  const double big = seconds_to_write(10'000'000, big_length);
+  // Ten times as many values; those behind the first million have one digit more in their index.
+  EXPECT_EQ(big_length - small_length,
+            9'000'000 * std::string("<value index=\"1234567\">x</value>\n").size() + 1);
+  EXPECT_LT(big, 50 * small);
+}
+
+} // namespace
+} // namespace oryn::tarva::library
