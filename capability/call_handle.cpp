@@ -26,6 +26,7 @@ std::size_t next_slot = 0;
 std::atomic<std::size_t> open_count{0};
 
 qv_call_handle* make_handle(std::size_t index, std::uint64_t generation) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): it is only ever compared
   return reinterpret_cast<qv_call_handle*>(generation << index_bits | index);
 }
 

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 
 namespace qv {
 namespace {
@@ -56,14 +55,14 @@ bool are_whole_files(binary_reader files) {
 // PoCL's own format: a header, the program's files, then one block a kernel, each led by its length. Other
 // formats, such as bitcode, PoCL tells apart by itself; other versions of this one cannot be judged here.
 bool is_harmless_to_pocl(const unsigned char* binary, std::size_t length) {
-  constexpr std::string_view magic("poclbin", 8);
+  constexpr char magic[] = "poclbin"; // with its zero
   constexpr std::uint32_t known_version = 9;
   constexpr std::size_t rest_of_header = 53;
-  if (length < magic.size() || std::memcmp(binary, magic.data(), magic.size()) != 0)
+  if (length < sizeof magic || std::memcmp(binary, magic, sizeof magic) != 0)
     return true;
 
   binary_reader reader(binary, length);
-  reader.block(magic.size() + sizeof(std::uint64_t));
+  reader.block(sizeof magic + sizeof(std::uint64_t));
   const auto version = reader.number<std::uint32_t>();
   const auto kernels = reader.number<std::uint32_t>();
   if (reader.whole() && version != known_version)

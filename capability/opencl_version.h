@@ -15,7 +15,7 @@ struct opencl_version {
   std::uint32_t major = 0;
   std::uint32_t minor = 0;
 
-  auto operator<=>(const opencl_version&) const = default;
+  auto operator<=>(const opencl_version&) const = default; // NOLINT(modernize-use-nullptr): none here
 };
 
 // Bit n stands for capability n, 1 to 6; bit 0 is never set.

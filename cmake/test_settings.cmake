@@ -11,6 +11,6 @@ function(tarva_add_tests name label)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES;LIBRARIES;ENVIRONMENT")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} tarva_settings GTest::gtest GTest::gtest_main)
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX ${label}.
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_TYPES NO_PRETTY_VALUES TEST_PREFIX ${label}.
                        PROPERTIES LABELS ${label} TIMEOUT 120 ENVIRONMENT "${TARVA_TEST_ENVIRONMENT};${arg_ENVIRONMENT}")
 endfunction()

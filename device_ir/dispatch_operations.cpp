@@ -43,8 +43,7 @@ void mark_submitted(const physical_pointer& operation, const command_sequence& c
 
 command_graph generate_commands(const physical_graph& piece) {
   const library_device* device = piece.nodes().front()->get_device().get();
-  return command_graph(piece, std::function<command_sequence(const physical_pointer&)>(generator_for(device)),
-                       std::function<void(const physical_pointer&, const command_sequence&)>(mark_submitted));
+  return command_graph(piece, generator_for(device), mark_submitted);
 }
 
 void submit_piece(const physical_graph& piece, command_graph&& commands) {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <list>
 #include <stdexcept>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -37,8 +38,8 @@ public:
   // Replaces every node of `source` by the chain that `replace` gives, and keeps the edges: they enter a
   // chain at its head and leave it at its tail. `after` is called for each node once the whole graph stands.
   template <class S>
-  dag(const dag<S>& source, const std::function<std::vector<T>(const S&)>& replace,
-      const std::function<void(const S&, const std::vector<T>&)>& after = {}) {
+  dag(const dag<S>& source, const std::type_identity_t<std::function<std::vector<T>(const S&)>>& replace,
+      const std::type_identity_t<std::function<void(const S&, const std::vector<T>&)>>& after = {}) {
     std::vector<std::vector<T>> replacements;
     replacements.reserve(source.nodes().size());
     for (const S& node : source.nodes()) {

@@ -19,6 +19,10 @@ public:
   device_memory_allocation(const device_memory_allocation&) = delete;
   device_memory_allocation& operator=(const device_memory_allocation&) = delete;
 
+  const std::shared_ptr<library_device>& get_device() const { return device_; }
+  data_type get_type() const { return type_; }
+  std::uint64_t get_size() const { return size_; }
+
 private:
   std::shared_ptr<library_device> device_;
   data_type type_;

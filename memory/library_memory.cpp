@@ -13,7 +13,9 @@ library_memory::library_memory(data_type type, std::uint64_t num_elements, std::
       user_label_(std::move(user_label)) {}
 
 std::uint64_t library_memory::get_size_in_bytes() const {
-  return element_size(type_) * num_elements_;
+  constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+  const std::uint64_t size = element_size(type_);
+  return num_elements_ > largest / size ? largest : size * num_elements_;
 }
 
 std::shared_ptr<property_base> library_memory::get_property(const property_path& path) {

@@ -13,10 +13,10 @@ static void colour(png_byte* pixel, uint32_t count, uint32_t limit) {
     memset(pixel, 0, 3);
     return;
   }
-  const double place = sqrt((double)count / limit);
-  pixel[0] = (png_byte)(255.0 * place);
-  pixel[1] = (png_byte)(255.0 * place * place);
-  pixel[2] = (png_byte)(90.0 + 165.0 * sqrt(place));
+  const double place = log((double)count + 1.0) / log((double)limit + 1.0);
+  pixel[0] = (png_byte)(255.0 * place * place);
+  pixel[1] = (png_byte)(255.0 * place * place * place);
+  pixel[2] = (png_byte)(60.0 + 195.0 * place);
 }
 
 void write_picture(const char* path, const uint32_t* counts, uint32_t width, uint32_t height,

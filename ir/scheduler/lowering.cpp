@@ -57,13 +57,6 @@ lowering::lowering(std::shared_ptr<logical_ir::logical_operation> operation,
     : operation_(std::move(operation)), host_device_(std::move(host_device)), table_(table),
       last_sync_id_(last_sync_id) {}
 
-template <class Step, class... Arguments>
-std::shared_ptr<Step> lowering::add(Arguments&&... arguments) {
-  auto step = Step::create(operation_, std::forward<Arguments>(arguments)...);
-  graph_.insert_node(step);
-  return step;
-}
-
 void lowering::add_chain(const std::vector<physical_pointer>& steps) {
   for (std::size_t i = 1; i < steps.size(); ++i)
     graph_.insert_edge(steps[i - 1], steps[i]);

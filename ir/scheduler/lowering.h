@@ -42,7 +42,11 @@ private:
   using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
 
   template <class Step, class... Arguments>
-  std::shared_ptr<Step> add(Arguments&&... arguments);
+  std::shared_ptr<Step> add(Arguments&&... arguments) {
+    auto step = Step::create(operation_, std::forward<Arguments>(arguments)...);
+    graph_.insert_node(step);
+    return step;
+  }
   void add_chain(const std::vector<physical_pointer>& steps);
 
   void copy_between_devices(const memory_state& source, const memory_state& destination,

@@ -12,8 +12,8 @@ struct failing {
   void (*plan)(op, int, std::int32_t);
   op operation;
   std::int32_t value;
-  int places; // the first, the second, ... of that operation fails in turn
-  bool from_device = false;
+  int places;            // the first, the second, ... of that operation fails in turn
+  std::size_t moved = 0; // how many of the objects are on another device before
 };
 
 // A launch of a kernel with three memory objects, which come from the host or from another device.
@@ -23,9 +23,12 @@ const failing LAUNCH_FAILURES[] = {
     {"write to the device", fail_event, op::enqueue_write_buffer, -5, 3},
     {"event that cannot be read", fail_call, op::get_event_info, -6, 1},
     {"kernel", fail_event, op::enqueue_nd_range_kernel, -1000, 1},
-    {"no memory on the second device", fail_call, op::create_buffer, -4, 3, true},
-    {"read from the first device", fail_event, op::enqueue_read_buffer, -5, 3, true},
-    {"write to the second device", fail_event, op::enqueue_write_buffer, -5, 3, true},
+    {"no memory on the second device", fail_call, op::create_buffer, -4, 3, 3},
+    {"read from the first device", fail_event, op::enqueue_read_buffer, -5, 3, 3},
+    {"write to the second device", fail_event, op::enqueue_write_buffer, -5, 3, 3},
+    {"read of one of three", fail_event, op::enqueue_read_buffer, -5, 1, 1},
+    {"write of objects from both", fail_event, op::enqueue_write_buffer, -5, 3, 1},
+    {"memory for objects from both", fail_call, op::create_buffer, -4, 3, 2},
 };
 
 class failures : public each_version {
@@ -48,9 +51,10 @@ protected:
     const auto sum = kernel(version(), "sum", target);
     const memory out = make(counted(5, 1000)), a = make(counted(5)), b = make(counted(5, 10));
     const std::int32_t nothing = 0;
-    if (row.from_device)
-      for (const memory* one : {&out, &a, &b})
-        must(launch(kernel(version(), "add", role::second), {argument(*one), argument(nothing)}, line(5)));
+    const memory* const objects[] = {&a, &out, &b};
+    for (std::size_t i = 0; i < row.moved; ++i)
+      must(launch(kernel(version(), "add", role::second), {argument(*objects[i]), argument(nothing)},
+                  line(5)));
 
     row.plan(row.operation, place, row.value);
     EXPECT_EQ(launch(sum, {argument(out), argument(a), argument(b)}, line(5)), outcome());
@@ -81,8 +85,22 @@ TEST_P(failures, a_failed_launch_loses_nothing_and_can_be_repeated) {
 
 TEST_P(failures, a_failed_change_of_byte_order_is_not_repeated) {
   for (const failing& row : LAUNCH_FAILURES)
-    for (int place = 1; place <= row.places && !row.from_device; ++place)
+    for (int place = 1; place <= row.places && row.moved == 0; ++place)
       try_launch(row, place, role::big_endian);
+}
+
+TEST_P(failures, content_caught_between_big_endian_devices_keeps_its_order) {
+  const std::uint32_t other = version() % VERSION_COUNT + 1;
+  const auto here = kernel(version(), "add", role::big_endian),
+             there = kernel(other, "add", role::big_endian);
+  const memory numbers = make(counted(4));
+  const std::int32_t amount = 1;
+  must(launch(here, {argument(numbers), argument(amount)}, line(4)));
+  fail_event(op::enqueue_write_buffer, 1, -5);
+  EXPECT_EQ(launch(there, {argument(numbers), argument(amount)}, line(4)), outcome());
+  EXPECT_EQ(swapped(read<std::int32_t>(numbers, 4)), counted(4, 2));
+  EXPECT_EQ(launch(there, {argument(numbers), argument(amount)}, line(4)), outcome());
+  EXPECT_EQ(swapped(read<std::int32_t>(numbers, 4)), counted(4, 3));
 }
 
 TEST_P(failures, memory_that_runs_out_is_survived) {

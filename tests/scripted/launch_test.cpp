@@ -110,8 +110,8 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
       {"local memory whose size wraps around", observe, with_local(std::uint64_t{1} << 62 | 1),
        sized(1, {1, 1, 1}, {1, 1, 1})},
   };
-  forget_calls();
   for (const row& one : rows) {
+    forget_calls();
     const outcome ended = launch(one.called, one.list, one.range);
     EXPECT_EQ(ended.code != 0, one.refused) << one.what << ": " << ended;
     if (!one.refused)

@@ -177,6 +177,25 @@ TEST_P(programs, failing_commands_reach_the_caller_as_errors) {
             other_failure("A compiler is not available."));
 }
 
+TEST_P(programs, trees_read_only_what_the_version_has) {
+  // The scripted devices answer no parameter that their version does not read.
+  const program made = compile(device(version()), SOURCE);
+  const auto add = find_kernel(made, "add");
+  const tarva_abi_tree_format_s formats[] = {{TARVA_ABI_TREE_TEXT, 1, 1, 1, 1, 1, 1},
+                                             {TARVA_ABI_TREE_XML, 1}};
+  const auto expect_in_tree = [&](const property& of, const char* name) {
+    for (const tarva_abi_tree_format_s& format : formats) {
+      char* tree = nullptr;
+      ASSERT_EQ(call<tarva_abi_get_property_tree_string>(of.get(), &format, &tree), outcome());
+      EXPECT_NE(std::string(tree).find(name), std::string::npos) << tree;
+      tarva_abi_free_property_tree_string(nullptr, tree);
+    }
+  };
+  expect_in_tree(root<tarva_abi_get_device_root_property>(device(version())), "CL_DEVICE_MAX_CONSTANT_ARGS");
+  expect_in_tree(root<tarva_abi_get_program_root_property>(made), "CL_PROGRAM_SOURCE");
+  expect_in_tree(root<tarva_abi_get_kernel_root_property>(add), "CL_KERNEL_NUM_ARGS");
+}
+
 TEST_P(programs, lying_queries_are_borne_or_named) {
   constexpr std::uint32_t UNITS = 0x1002, VENDOR = 0x102C;
   const std::size_t index = device_index(version(), role::first);

@@ -153,8 +153,20 @@ std::optional<info_answer> device_info(const device& device, std::uint32_t capab
 // Performs the operation on its record and returns the transport code.
 std::int32_t perform(session& now, qv::operation operation, void* record);
 
-// The commands, by theme; each returns the OpenCL status.
+// The commands, by theme; each returns the OpenCL status. Nothing static of theirs may end with the process
+// before the last thread that calls.
 using handler = std::int32_t (*)(session&, void* record);
+struct handler_row {
+  qv::operation operation;
+  handler run;
+};
+template <std::size_t Count>
+handler find_handler(const handler_row (&rows)[Count], qv::operation operation) {
+  for (const handler_row& row : rows)
+    if (row.operation == operation)
+      return row.run;
+  return nullptr;
+}
 handler find_object_handler(qv::operation operation);
 handler find_queue_handler(qv::operation operation);
 handler find_program_handler(qv::operation operation);

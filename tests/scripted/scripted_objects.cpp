@@ -91,7 +91,7 @@ std::int32_t create_buffer(session& now, qv::create_buffer_record& record) {
 
 handler find_object_handler(qv::operation operation) {
   using enum qv::operation;
-  static const std::map<qv::operation, handler> handlers{
+  static constexpr handler_row HANDLERS[] = {
       {device_of_handle, typed<&scripted::device_of_handle>::handle},
       {get_device_info, typed<&scripted::get_device_info>::handle},
       {create_context, typed<&scripted::create_context>::handle},
@@ -109,8 +109,7 @@ handler find_object_handler(qv::operation operation) {
       {release_mem_object, typed<&release<buffer>>::handle},
       {release_program, typed<&release<program>>::handle},
   };
-  const auto found = handlers.find(operation);
-  return found == handlers.end() ? nullptr : found->second;
+  return find_handler(HANDLERS, operation);
 }
 
 } // namespace scripted

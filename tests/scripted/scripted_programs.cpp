@@ -10,7 +10,7 @@ namespace scripted {
 namespace {
 
 std::vector<kernel_description> find_kernels(const std::string& text) {
-  static const std::regex declaration(
+  static const std::regex& declaration = *new const std::regex(
       R"(kernel\s+(?:__attribute__\s*\(\(\s*reqd_work_group_size\((\d+),\s*(\d+),\s*(\d+)\)\s*\)\)\s*)?void\s+(\w+)\s*\(([^)]*)\))");
   std::vector<kernel_description> found;
   for (std::sregex_iterator match(text.begin(), text.end(), declaration), end; match != end; ++match) {
@@ -299,7 +299,7 @@ std::int32_t set_constant(session& now, qv::set_program_specialization_constant_
 
 handler find_program_handler(qv::operation operation) {
   using enum qv::operation;
-  static const std::map<qv::operation, handler> handlers{
+  static constexpr handler_row HANDLERS[] = {
       {create_program_with_source, typed<&create_with_source>::handle},
       {create_program_with_binary, typed<&create_with_binary>::handle},
       {create_program_with_il, typed<&create_with_il>::handle},
@@ -315,8 +315,7 @@ handler find_program_handler(qv::operation operation) {
       {qv::operation::set_kernel_arg, typed<&scripted::set_kernel_arg>::handle},
       {set_program_specialization_constant, typed<&set_constant>::handle},
   };
-  const auto found = handlers.find(operation);
-  return found == handlers.end() ? nullptr : found->second;
+  return find_handler(HANDLERS, operation);
 }
 
 } // namespace scripted

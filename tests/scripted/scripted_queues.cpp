@@ -215,7 +215,7 @@ std::int32_t get_event_profiling_info(session& now, qv::get_object_info_record& 
 
 handler find_queue_handler(qv::operation operation) {
   using enum qv::operation;
-  static const std::map<qv::operation, handler> handlers{
+  static constexpr handler_row HANDLERS[] = {
       {create_command_queue, typed<&scripted::create_command_queue>::handle},
       {create_command_queue_with_properties, typed<&scripted::create_command_queue_with_properties>::handle},
       {qv::operation::finish, typed<&scripted::finish>::handle},
@@ -227,8 +227,7 @@ handler find_queue_handler(qv::operation operation) {
       {get_event_info, typed<&scripted::get_event_info>::handle},
       {get_event_profiling_info, typed<&scripted::get_event_profiling_info>::handle},
   };
-  const auto found = handlers.find(operation);
-  return found == handlers.end() ? nullptr : found->second;
+  return find_handler(HANDLERS, operation);
 }
 
 } // namespace scripted

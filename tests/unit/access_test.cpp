@@ -158,7 +158,7 @@ void put(call_seen& call, int offset, T value) {
 void answer_info(call_seen& call, const info_layout& layout) {
   const bytes& value = fake.values.at(call.at<std::uint32_t>(layout.parameter));
   const auto size = call.at<std::size_t>(layout.size);
-  if (void* const destination = call.handle(layout.value))
+  if (void* const destination = call.handle(layout.value); destination != nullptr && !value.empty())
     std::memcpy(destination, value.data(), std::min(size, value.size()));
   if (auto* const reported = static_cast<std::size_t*>(call.handle(layout.size_ret)))
     *reported = value.size();
@@ -496,93 +496,32 @@ std::string abilities() {
     using C = typename decltype(context)::type;
     using P = typename decltype(program)::type;
     using K = typename decltype(kernel)::type;
+    // clang-format off
     std::string result;
-    result += requires(P p) {
-      p.create_kernels();
-    }
-    ? "K" : "";
-    result += requires(P p) {
-      p.get_kernel_names();
-    }
-    ? "N" : "";
-    result += requires(K k) {
-      k.get_attributes();
-    }
-    ? "A" : "";
-    result += requires(K k, D d) {
-      k.get_preferred_work_group_size_multiple(d);
-    }
-    ? "M" : "";
-    result += requires(K k, D d) {
-      k.get_global_work_size(d);
-    }
-    ? "G" : "";
-    result += requires(C c, std::vector<D> d) {
-      c.create_program_with_builtin_kernels(d, names{});
-    }
-    ? "B" : "";
-    result += requires(C c) {
-      c.create_program_with_il(nullptr, 0);
-    }
-    ? "X" : "";
-    result += requires(C c) {
-      c.create_program_with_il(bytes{});
-    }
-    ? "I" : "";
-    result += requires(P p) {
-      p.get_il();
-    }
-    ? "i" : "";
-    result += requires(P p) {
-      p.set_specialization_constant(1, true);
-    }
-    ? "S" : "";
-    result += requires(D d) {
-      d.has_spir_extension();
-    }
-    ? "s" : "";
-    result += requires(D d) {
-      d.has_il_program_extension();
-    }
-    ? "x" : "";
-    result += requires(C c) {
-      c.get_platform();
-    }
-    ? "P" : "";
+    result += requires(P p) { p.create_kernels(); } ? "K" : "";
+    result += requires(P p) { p.get_kernel_names(); } ? "N" : "";
+    result += requires(K k) { k.get_attributes(); } ? "A" : "";
+    result += requires(K k, D d) { k.get_preferred_work_group_size_multiple(d); } ? "M" : "";
+    result += requires(K k, D d) { k.get_global_work_size(d); } ? "G" : "";
+    result += requires(C c, std::vector<D> d) { c.create_program_with_builtin_kernels(d, names{}); } ? "B" : "";
+    result += requires(C c) { c.create_program_with_il(nullptr, 0); } ? "X" : "";
+    result += requires(C c) { c.create_program_with_il(bytes{}); } ? "I" : "";
+    result += requires(P p) { p.get_il(); } ? "i" : "";
+    result += requires(P p) { p.set_specialization_constant(1, true); } ? "S" : "";
+    result += requires(D d) { d.has_spir_extension(); } ? "s" : "";
+    result += requires(D d) { d.has_il_program_extension(); } ? "x" : "";
+    result += requires(C c) { c.get_platform(); } ? "P" : "";
     using opencl::device_parameter;
-    result += requires(D d) {
-      d.template get<device_parameter::max_write_image_args>();
-    }
-    ? "w" : "";
-    result += requires(D d) {
-      d.template get<device_parameter::host_unified_memory>();
-    }
-    ? "u" : "";
-    result += requires(D d) {
-      d.template get<device_parameter::min_data_type_align_size>();
-    }
-    ? "a" : "";
-    result += requires(D d) {
-      d.template get<device_parameter::printf_buffer_size>();
-    }
-    ? "p" : "";
-    result += requires(D d) {
-      d.template get<device_parameter::svm_capabilities>();
-    }
-    ? "v" : "";
-    result += requires(D d) {
-      d.template get<device_parameter::il_version>();
-    }
-    ? "l" : "";
+    result += requires(D d) { d.template get<device_parameter::max_write_image_args>(); } ? "w" : "";
+    result += requires(D d) { d.template get<device_parameter::host_unified_memory>(); } ? "u" : "";
+    result += requires(D d) { d.template get<device_parameter::min_data_type_align_size>(); } ? "a" : "";
+    result += requires(D d) { d.template get<device_parameter::printf_buffer_size>(); } ? "p" : "";
+    result += requires(D d) { d.template get<device_parameter::svm_capabilities>(); } ? "v" : "";
+    result += requires(D d) { d.template get<device_parameter::il_version>(); } ? "l" : "";
     using opencl::device_flag;
-    result += requires(D d) {
-      d.template is<device_flag::double_fp_software_emulated>();
-    }
-    ? "6" : "";
-    result += requires(D d) {
-      d.template is<device_flag::single_fp_correctly_rounded_divide_sqrt>();
-    }
-    ? "7" : "";
+    result += requires(D d) { d.template is<device_flag::double_fp_software_emulated>(); } ? "6" : "";
+    result += requires(D d) { d.template is<device_flag::single_fp_correctly_rounded_divide_sqrt>(); } ? "7" : "";
+    // clang-format on
     return result;
   };
   return ask(std::type_identity<opencl::device<V>>(), std::type_identity<opencl::context<V>>(),

@@ -366,6 +366,7 @@ TEST(memory_properties, describe_the_allocation) {
   EXPECT_TRUE(memory.get_property({"ROOT", "SIZE"})->is_empty());
   EXPECT_TRUE(memory.get_child_names({"ROOT", "TYPE"}).empty());
   EXPECT_EQ(library_memory(data_type::uint32v3_, 10, "label").get_size_in_bytes(), 160u);
+  EXPECT_EQ(library_memory(data_type::uint64_, ~0ul / 8 + 2, "").get_size_in_bytes(), ~0ul); // no wrap
   EXPECT_NE(memory.get_unique_identifier(),
             library_memory(data_type::float_, 10, "").get_unique_identifier());
 }

@@ -1,3 +1,5 @@
+#include "abi/bridge.h"
+#include "abi/error_object.h"
 #include "base/logging.h"
 #include "base/notifier.h"
 #include "base/unique_identifier.h"
@@ -33,9 +35,9 @@ struct traces {
 };
 
 std::optional<std::string> read_file(const fs::path& path) {
-  std::ifstream file(path);
-  if (!file)
+  if (!fs::is_regular_file(path))
     return std::nullopt;
+  std::ifstream file(path);
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
@@ -158,6 +160,31 @@ TEST_F(logging_test, notifiers_that_were_never_closed_are_reported_once) {
   EXPECT_EQ(
       "[tarva] [warning] Destroying notifier that was never closed.  The notifier should have been closed.\n",
       plain(left.console));
+}
+
+TEST_F(logging_test, the_bridge_reports_handles_that_were_never_given_up) {
+  const traces left = play({{{"TARVA_LOG_LEVEL", "warn"}, {"TARVA_LOG_TARGET", "console"}}, [] {
+                              using namespace tarva::library;
+                              auto error = std::make_shared<error_object>(1, "");
+                              abi_bridge bridge;
+                              bridge.make_handle<tarva_abi_error_s>(error);
+                              bridge.make_handle<tarva_abi_future_s>(nullptr);
+                              bridge.make_property_handle(error->get_property({"ROOT"}), error);
+                              bridge.make_handle<tarva_abi_kernel_s>(nullptr);
+                              bridge.make_handle<tarva_abi_program_s>(nullptr);
+                              bridge.retain(bridge.make_handle<tarva_abi_device_s>(nullptr));
+                              auto* given_up = bridge.make_handle<tarva_abi_memory_s>(nullptr);
+                              bridge.release(given_up);
+                              bridge.teardown();
+                            }});
+  const std::string expected =
+      "[tarva] [warning] User reference count of device ADDRESS is 2, but expected a count of 0.\n"
+      "[tarva] [warning] User reference count of program ADDRESS is 1, but expected a count of 0.\n"
+      "[tarva] [warning] User reference count of kernel ADDRESS is 1, but expected a count of 0.\n"
+      "[tarva] [warning] Property object ADDRESS was not destroyed.\n"
+      "[tarva] [warning] Future object ADDRESS was not destroyed.\n"
+      "[tarva] [warning] Error object ADDRESS was not destroyed.\n";
+  EXPECT_EQ(expected, std::regex_replace(plain(left.console), std::regex("0x[0-9a-f]+"), "ADDRESS"));
 }
 
 TEST_F(logging_test, identifiers_count_up_until_the_pool_is_spent) {

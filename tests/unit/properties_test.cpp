@@ -62,13 +62,15 @@ TEST(data_types, sizes_and_names_of_all_68) {
 }
 
 TEST(data_types, values_outside_the_table_are_refused) {
+  static const double value = 0;
   for (const data_type type : no_types) {
     expect_throw<std::logic_error>([&] { element_size(type); }, "Unsupported type.");
     expect_throw<std::logic_error>([&] { data_type_name(type); }, "Unsupported type.");
-    expect_throw<std::runtime_error>([&] { element_to_text("", type, 0); }, "Unhandled case.  Report a bug.");
-    expect_throw<std::runtime_error>([&] { get_element<float>("", type, 0); }, "Unhandled case.");
+    expect_throw<std::runtime_error>([&] { element_to_text(&value, type, 0); },
+                                     "Unhandled case.  Report a bug.");
+    expect_throw<std::runtime_error>([&] { get_element<float>(&value, type, 0); }, "Unhandled case.");
   }
-  expect_throw<std::logic_error>([] { get_element<float>("", data_type::double_, 0); },
+  expect_throw<std::logic_error>([] { get_element<float>(&value, data_type::double_, 0); },
                                  "Mismatch between expected data type and provided data type.");
 }
 

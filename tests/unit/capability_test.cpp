@@ -1,0 +1,519 @@
+#include "capability/capability_rule.h"
+#include "capability/device_binary.h"
+#include "capability/machine.h"
+#include "tests/unit/capability_fake.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <functional>
+
+using namespace capability_test;
+using qv::operation;
+
+namespace {
+
+fake_device plain_device(const std::string& version) {
+  return {{{CL_DEVICE_AVAILABLE, 1}, {CL_DEVICE_LOCAL_MEM_SIZE, 1024}}, {{CL_DEVICE_VERSION, version}}};
+}
+
+// A device of version 3.0 that has all of 2.2.
+fake_device full_device() {
+  fake_device device = plain_device("OpenCL 3.0 full");
+  device.texts[CL_DEVICE_IL_VERSION] = "SPIR-V_1.0 SPIR-V_1.2";
+  device.numbers.insert({{CL_DEVICE_IMAGE_SUPPORT, 1},
+                         {CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 3},
+                         {CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES, 3},
+                         {CL_DEVICE_MAX_ON_DEVICE_QUEUES, 1},
+                         {CL_DEVICE_SVM_CAPABILITIES, 1},
+                         {CL_DEVICE_ATOMIC_MEMORY_CAPABILITIES, 0x7f},
+                         {CL_DEVICE_GENERIC_ADDRESS_SPACE_SUPPORT, 1},
+                         {CL_DEVICE_NON_UNIFORM_WORK_GROUP_SUPPORT, 1},
+                         {CL_DEVICE_WORK_GROUP_COLLECTIVE_FUNCTIONS_SUPPORT, 1},
+                         {CL_DEVICE_PIPE_SUPPORT, 1},
+                         {CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 65536},
+                         {CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS, 64},
+                         {CL_DEVICE_IMAGE_PITCH_ALIGNMENT, 1},
+                         {CL_DEVICE_MAX_NUM_SUB_GROUPS, 1}});
+  return device;
+}
+
+class capability : public testing::Test {
+protected:
+  capability() { fake = &opencl_; }
+
+  // The one device of a machine, offered under all capabilities.
+  qv::root_device only_device(fake_platform platform, fake_device device) {
+    platform.devices.push_back(std::move(device));
+    opencl_.platforms.push_back(std::move(platform));
+    return qv::find_root_devices(fake_functions(), qv::parse_capability_list("1.0,1.1,1.2,2.0,2.1,2.2"))
+        .at(0);
+  }
+
+  qv::root_device only_device(const std::string& platform_name) {
+    return only_device({platform_name}, full_device());
+  }
+
+  // The transport code of one command; its status is in the record.
+  template <operation Op>
+  static std::int32_t call(const qv::root_device& device, std::uint32_t capability, qv::record<Op>& record) {
+    return qv::call_command({&device, &qv::commands_of_capability(capability)},
+                            qv::command_number(Op, capability), &record);
+  }
+
+  fake_opencl opencl_;
+};
+
+TEST_F(capability, lists_of_versions_are_read_leniently) {
+  const std::vector<std::pair<const char*, const char*>> rows{{"1.0,1.1 , 2.0", "0010110"},
+                                                              {"2.2", "1000000"},
+                                                              {"", "0000000"},
+                                                              {" ,,\t1.2\n,", "0001000"},
+                                                              {"3.0,9.9", "0000000"},
+                                                              {"1.2x,1,.2,1.,a,2.1", "0100000"},
+                                                              {"1.0,1.0", "0000010"},
+                                                              {"-1.0,1.99999999999", "0000000"}};
+  for (const auto& [list, expected] : rows)
+    EXPECT_EQ(qv::parse_capability_list(list).to_string(), expected) << list;
+}
+
+TEST_F(capability, older_devices_have_the_capability_of_their_version) {
+  const std::vector<std::pair<const char*, std::string>> rows{
+      {"OpenCL 1.0 x", "0000010"},     {"OpenCL 1.1", "0000100"},   {"OpenCL 1.2 (x)", "0001000"},
+      {"OpenCL 2.0 CUDA", "0010000"},  {"OpenCL 2.1 x", "0100000"}, {"OpenCL 2.2 x", "1000000"},
+      {"OpenCL 3.0 plain", "0001000"}, {"OpenCL 4.1", "0001000"},   {"OpenCL 1.7", "0000000"}};
+  for (const auto& [version, expected] : rows) {
+    opencl_.platforms = {{}};
+    opencl_.platforms[0].devices = {plain_device(version)};
+    EXPECT_EQ(qv::find_root_devices(fake_functions(), {}).at(0).capabilities.to_string(), expected)
+        << version;
+  }
+}
+
+TEST_F(capability, newer_devices_get_the_highest_version_that_they_have_whole) {
+  const auto capability_with = [](cl_device_info changed, std::uint64_t value) {
+    fake_platform platform;
+    fake_device device = full_device();
+    device.numbers[changed] = value;
+    return qv::natural_capability(fake_functions(), reinterpret_cast<cl_platform_id>(&platform),
+                                  reinterpret_cast<cl_device_id>(&device), {3, 0});
+  };
+  EXPECT_EQ(capability_with(CL_DEVICE_AVAILABLE, 1), 6u);
+  for (const cl_device_info name :
+       {CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES,
+        CL_DEVICE_SVM_CAPABILITIES, CL_DEVICE_ATOMIC_MEMORY_CAPABILITIES,
+        CL_DEVICE_GENERIC_ADDRESS_SPACE_SUPPORT, CL_DEVICE_NON_UNIFORM_WORK_GROUP_SUPPORT,
+        CL_DEVICE_WORK_GROUP_COLLECTIVE_FUNCTIONS_SUPPORT, CL_DEVICE_PIPE_SUPPORT,
+        CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS})
+    EXPECT_EQ(capability_with(name, 0), 3u) << std::hex << name;
+  EXPECT_EQ(capability_with(CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 1024), 3u);
+  EXPECT_EQ(capability_with(CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 1), 4u);
+  EXPECT_EQ(capability_with(CL_DEVICE_MAX_NUM_SUB_GROUPS, 0), 4u);
+}
+
+TEST_F(capability, images_il_and_timer_decide_too) {
+  const auto capability_of = [](fake_device device, fake_platform platform = {}) {
+    return qv::natural_capability(fake_functions(), reinterpret_cast<cl_platform_id>(&platform),
+                                  reinterpret_cast<cl_device_id>(&device), {3, 0});
+  };
+  fake_device device = full_device();
+  device.numbers[CL_DEVICE_IMAGE_SUPPORT] = 0;
+  device.numbers[CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS] = 0;
+  EXPECT_EQ(capability_of(device), 6u) << "no images, so none to read and write";
+  device.texts[CL_DEVICE_IL_VERSION] = "SPIR-V_1.0 ";
+  EXPECT_EQ(capability_of(device), 5u);
+  device.texts[CL_DEVICE_IL_VERSION] = "";
+  EXPECT_EQ(capability_of(device), 4u);
+  fake_platform without_timer;
+  without_timer.timer = 0;
+  EXPECT_EQ(capability_of(full_device(), without_timer), 4u);
+}
+
+TEST_F(capability, discovery_leaves_out_what_fails) {
+  fake_platform failing;
+  failing.devices_status = CL_OUT_OF_HOST_MEMORY;
+  failing.devices = {full_device()};
+  fake_platform good;
+  good.devices = {plain_device("OpenCL 1.1"), plain_device("OpenCL 1.2"), plain_device("nonsense"),
+                  full_device()};
+  good.devices[1].numbers[CL_DEVICE_AVAILABLE] = 0;
+  opencl_.platforms = {failing, fake_platform(), good};
+
+  const auto devices = qv::find_root_devices(fake_functions(), {});
+  ASSERT_EQ(devices.size(), 2u);
+  EXPECT_EQ(devices[0].version, (qv::opencl_version{1, 1}));
+  EXPECT_EQ(devices[1].version, (qv::opencl_version{3, 0}));
+
+  opencl_.platforms_status = -1001;
+  EXPECT_TRUE(qv::find_root_devices(fake_functions(), {}).empty());
+}
+
+TEST_F(capability, a_machine_without_opencl_has_no_devices) {
+  // The second is a library, but has none of the entry points.
+  for (const char* loader : {"libno-such-opencl.so.1", "libm.so.6"}) {
+    std::uint64_t count = 7;
+    EXPECT_EQ(qv::look_at_machine(loader, "2.0").get_root_devices(0, nullptr, &count), QV_OK);
+    EXPECT_EQ(count, 0u) << loader;
+  }
+}
+
+TEST_F(capability, the_machine_checks_what_it_is_asked) {
+  fake_platform platform;
+  platform.devices = {plain_device("OpenCL 1.2"), plain_device("OpenCL 1.2")};
+  opencl_.platforms = {platform};
+  const qv::machine machine(qv::find_root_devices(fake_functions(), qv::parse_capability_list("1.0,2.2")));
+
+  std::array<std::uint64_t, 3> roots{};
+  std::uint64_t count = 0;
+  EXPECT_EQ(machine.get_root_devices(1, roots.data(), &count), QV_OK);
+  EXPECT_EQ(count, 2u);
+  EXPECT_EQ(roots[1], 0u) << "written past the array";
+  EXPECT_EQ(machine.get_root_devices(3, roots.data(), &count), QV_OK);
+  EXPECT_EQ(machine.get_root_devices(1, nullptr, &count), -1);
+  EXPECT_EQ(machine.get_root_devices(0, nullptr, nullptr), -1);
+
+  std::uint64_t node = 0;
+  EXPECT_EQ(machine.find_capability_nodes(roots[0], 3, 0, nullptr, &count), QV_OK);
+  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(machine.find_capability_nodes(roots[0], 6, 1, &node, &count), QV_OK);
+  EXPECT_EQ(count, 1u);
+  EXPECT_EQ(machine.find_capability_nodes(roots[0], 0, 0, nullptr, &count), -1);
+  EXPECT_EQ(machine.find_capability_nodes(roots[0], 7, 0, nullptr, &count), -1);
+  EXPECT_EQ(machine.find_capability_nodes(99, 1, 0, nullptr, &count), -1);
+  EXPECT_EQ(machine.find_capability_nodes(0, 1, 0, nullptr, &count), -1);
+
+  qv_call_handle* handle = nullptr;
+  EXPECT_EQ(machine.create_call_handle(roots[1], node, &handle), -1) << "the node of another root";
+  EXPECT_EQ(machine.create_call_handle(roots[0], node + 1, &handle), -1);
+  EXPECT_EQ(machine.create_call_handle(roots[0], node, nullptr), -1);
+  ASSERT_EQ(machine.create_call_handle(roots[0], node, &handle), QV_OK);
+  qv::device_of_handle_record record{};
+  const qv::binding* bound = qv::find_binding(handle);
+  ASSERT_NE(bound, nullptr);
+  EXPECT_EQ(qv::call_command(*bound, qv::command_number(operation::device_of_handle, 6), &record), QV_OK);
+  EXPECT_EQ(record.result, &opencl_.platforms[0].devices[0]);
+  EXPECT_TRUE(qv::close_call_handle(handle));
+}
+
+TEST_F(capability, closed_handles_stay_closed) {
+  const qv::root_device device = only_device("Fake");
+  const qv::binding bound{&device, &qv::commands_of_capability(1)};
+  for (const std::uintptr_t never_opened : {0, 5, 4095, 4096})
+    EXPECT_EQ(qv::find_binding(reinterpret_cast<qv_call_handle*>(never_opened)), nullptr) << never_opened;
+  qv_call_handle* const first = qv::open_call_handle(bound);
+  EXPECT_TRUE(qv::any_call_handle_open());
+  EXPECT_TRUE(qv::close_call_handle(first));
+  EXPECT_FALSE(qv::close_call_handle(first));
+  // More than there are slots, so that the first one's is used again.
+  for (int i = 0; i < 10000; ++i) {
+    qv_call_handle* const next = qv::open_call_handle(bound);
+    ASSERT_NE(next, nullptr);
+    ASSERT_NE(next, first);
+    ASSERT_EQ(qv::find_binding(first), nullptr);
+    ASSERT_TRUE(qv::close_call_handle(next));
+  }
+  EXPECT_FALSE(qv::any_call_handle_open());
+}
+
+TEST_F(capability, handles_open_and_close_on_many_threads) {
+  const qv::root_device device = only_device("Fake");
+  std::vector<std::thread> threads;
+  std::atomic<int> wrong{0};
+  for (std::uint32_t capability = 1; capability <= 4; ++capability)
+    threads.emplace_back([&, capability] {
+      const qv::binding bound{&device, &qv::commands_of_capability(capability)};
+      for (int i = 0; i < 5000; ++i) {
+        qv_call_handle* const handle = qv::open_call_handle(bound);
+        const qv::binding* found = qv::find_binding(handle);
+        if (found == nullptr || found->commands != bound.commands || !qv::close_call_handle(handle))
+          ++wrong;
+      }
+    });
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_EQ(wrong, 0);
+  EXPECT_FALSE(qv::any_call_handle_open());
+}
+
+TEST_F(capability, numbers_are_read_by_the_capability) {
+  const qv::root_device device = only_device("Fake");
+  const auto code = [&](std::uint32_t capability, std::uint64_t number, void* record) {
+    return qv::call_command({&device, &qv::commands_of_capability(capability)}, number, record);
+  };
+  std::array<std::uint64_t, 9> record{};
+  for (std::uint32_t capability = 1; capability <= 6; ++capability)
+    for (const std::uint64_t number : {0ull, 7ull, 98ull, 100ull, 1ull << 40, ~0ull})
+      EXPECT_EQ(code(capability, number, record.data()), -2) << capability << ": " << number;
+  EXPECT_EQ(code(5, 99, record.data()), -2) << "only 2.2 has it";
+  EXPECT_EQ(code(6, 99, nullptr), -1);
+  EXPECT_EQ(code(3, 41, record.data()), QV_OK);
+  EXPECT_EQ(record[0], reinterpret_cast<std::uint64_t>(device.id));
+}
+
+TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
+  struct row {
+    std::uint32_t dimensions;
+    std::array<std::size_t, 3> local;
+    cl_int status;
+    bool given;
+  };
+  const qv::root_device device = only_device("Fake");
+  const std::array<std::size_t, 3> global{64, 64, 64};
+  for (const row& launch :
+       {row{1, {0, 0, 0}, 0, false}, row{3, {0, 0, 0}, 0, false}, row{1, {0, 8, 8}, 0, false},
+        row{1, {8, 0, 0}, 0, true}, row{2, {8, 4, 0}, 0, true}, row{2, {8, 0, 4}, -54, false},
+        row{3, {0, 0, 1}, -54, false}, row{0, {1, 1, 1}, -53, false}, row{4, {1, 1, 1}, -53, false},
+        row{~0u, {0, 0, 0}, -53, false}}) {
+    opencl_.calls.clear();
+    opencl_.local_size_given = false;
+    qv::enqueue_nd_range_kernel_record record{};
+    record.work_dim = launch.dimensions;
+    record.global_work_size = global.data();
+    record.local_work_size = launch.local.data();
+    record.status = 77;
+    ASSERT_EQ(call<operation::enqueue_nd_range_kernel>(device, 3, record), QV_OK);
+    EXPECT_EQ(record.status, launch.status);
+    EXPECT_EQ(opencl_.local_size_given, launch.given);
+    EXPECT_EQ(opencl_.calls.size(), launch.status == 0 ? 1u : 0u);
+  }
+}
+
+TEST_F(capability, plain_queues_stand_in_for_queues_that_a_device_lacks) {
+  struct row {
+    const char* platform_version;
+    bool device_queues;
+    std::uint64_t bits;
+    std::vector<std::uint64_t> expected; // bits alone: by the older function
+  };
+  for (const row& queue :
+       {row{"OpenCL 3.0", true, 13, {0x1093, 13, 0x1094, 512}}, row{"OpenCL 3.0", false, 13, {0}},
+        row{"OpenCL 3.0", false, 15, {2}}, row{"OpenCL 3.0", false, 3, {0x1093, 3, 0x1094, 512}},
+        row{"OpenCL 1.2", true, 13, {0}}, row{"OpenCL 1.2", false, 3, {3}}}) {
+    opencl_.platforms.clear();
+    fake_platform platform;
+    platform.version = queue.platform_version;
+    const qv::root_device device =
+        only_device(platform, queue.device_queues ? full_device() : plain_device("OpenCL 3.0"));
+    const std::array<std::uint64_t, 5> words{0x1093, queue.bits, 0x1094, 512, 0};
+    qv::create_command_queue_with_properties_record record{};
+    record.properties = words.data();
+    ASSERT_EQ(call<operation::create_command_queue_with_properties>(device, 4, record), QV_OK);
+    EXPECT_EQ(record.status, CL_SUCCESS);
+    EXPECT_EQ(opencl_.queue_words, queue.expected) << queue.platform_version << " " << queue.bits;
+  }
+}
+
+TEST_F(capability, platforms_are_not_asked_for_what_came_after_them) {
+  fake_platform platform;
+  platform.version = "OpenCL 1.1 old";
+  const qv::root_device device = only_device(platform, plain_device("OpenCL 1.1"));
+
+  qv::create_program_with_il_record il{};
+  qv::set_program_specialization_constant_record constant{};
+  qv::enqueue_fill_buffer_record fill{};
+  qv::create_program_with_builtin_kernels_record builtin{};
+  builtin.kernel_names = "some";
+  call<operation::create_program_with_il>(device, 6, il);
+  call<operation::set_program_specialization_constant>(device, 6, constant);
+  call<operation::enqueue_fill_buffer>(device, 6, fill);
+  call<operation::create_program_with_builtin_kernels>(device, 6, builtin);
+  for (const cl_int status : {il.status, constant.status, fill.status, builtin.status})
+    EXPECT_EQ(status, CL_INVALID_OPERATION);
+
+  qv::object_record retained{device.id, 77};
+  call<operation::retain_device>(device, 6, retained);
+  EXPECT_EQ(retained.status, CL_SUCCESS);
+  qv::get_extension_function_address_for_platform_record address{&platform, "clX", &platform};
+  call<operation::get_extension_function_address_for_platform>(device, 4, address);
+  EXPECT_EQ(address.result, nullptr);
+  EXPECT_TRUE(opencl_.calls.empty());
+
+  opencl_.platforms.clear();
+  const qv::root_device newer = only_device("Fake");
+  call<operation::create_program_with_il>(newer, 6, il);
+  EXPECT_EQ(il.status, CL_SUCCESS);
+}
+
+TEST_F(capability, older_devices_answer_what_a_start_asks) {
+  const qv::root_device device = only_device({}, plain_device("OpenCL 1.1"));
+  std::uint32_t value = 77;
+  std::size_t size = 0;
+  qv::get_device_info_record record{device.id,    &value, &size, CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE,
+                                    sizeof value, 77};
+  call<operation::get_device_info>(device, 4, record);
+  EXPECT_EQ(record.status, CL_SUCCESS);
+  EXPECT_EQ(value, 0u);
+  EXPECT_EQ(size, 4u);
+  record.param_value_size = 2;
+  call<operation::get_device_info>(device, 4, record);
+  EXPECT_EQ(record.status, CL_INVALID_VALUE);
+
+  char text = 'x';
+  record = {device.id, &text, &size, CL_DEVICE_BUILT_IN_KERNELS, 1, 77};
+  call<operation::get_device_info>(device, 4, record);
+  EXPECT_EQ(record.status, CL_SUCCESS);
+  EXPECT_EQ(text, '\0');
+  record.param_name = CL_DEVICE_PIPE_SUPPORT;
+  call<operation::get_device_info>(device, 4, record);
+  EXPECT_EQ(record.status, CL_INVALID_VALUE);
+}
+
+TEST_F(capability, arguments_that_end_the_process_are_refused) {
+  struct row {
+    const char* platform;
+    std::uint32_t index;
+    std::size_t size;
+    bool null;
+    cl_int status;
+  };
+  const std::size_t value = 0;
+  for (const row& argument :
+       {row{"Oclgrind", 1, 4, true, -50}, row{"Oclgrind", 1, 4, false, 0}, row{"Oclgrind", 0, 8, true, 0},
+        row{"Oclgrind", 2, 4096, true, 0}, row{"Oclgrind", 9, 4, true, 0}, row{"Fake", 1, 4, true, 0},
+        row{"Portable Computing Language", 2, 1024, true, 0},
+        row{"Portable Computing Language", 2, 1025, true, -5}}) {
+    opencl_.platforms.clear();
+    opencl_.calls.clear();
+    const qv::root_device device = only_device(argument.platform);
+    qv::set_kernel_arg_record record{nullptr, argument.size, argument.null ? nullptr : &value, 77,
+                                     argument.index};
+    call<operation::set_kernel_arg>(device, 3, record);
+    EXPECT_EQ(record.status, argument.status) << argument.platform << " " << argument.index;
+    EXPECT_EQ(opencl_.called("set_kernel_arg"), argument.status == 0);
+  }
+}
+
+TEST_F(capability, built_in_kernels_need_a_name) {
+  const qv::root_device device = only_device("Fake");
+  for (const char* names : {static_cast<const char*>(nullptr), "", "a;b"}) {
+    qv::create_program_with_builtin_kernels_record record{};
+    record.kernel_names = names;
+    call<operation::create_program_with_builtin_kernels>(device, 3, record);
+    const bool named = names != nullptr && names[0] != '\0';
+    EXPECT_EQ(record.status, named ? CL_SUCCESS : CL_INVALID_VALUE);
+  }
+}
+
+TEST_F(capability, attributes_of_freed_memory_are_not_read) {
+  for (const auto& [platform, expected] : {std::pair{"Oclgrind", ""}, std::pair{"Fake", "garbage"}}) {
+    opencl_.platforms.clear();
+    const qv::root_device device = only_device(platform);
+    std::array<char, 8> text{};
+    qv::get_object_info_record record{fake, text.size(), text.data(), nullptr, 77, CL_KERNEL_ATTRIBUTES};
+    call<operation::get_kernel_info>(device, 3, record);
+    EXPECT_EQ(record.status, CL_SUCCESS);
+    EXPECT_STREQ(text.data(), expected);
+  }
+}
+
+// Builds binaries of little-endian numbers and texts.
+struct binary_builder {
+  std::string bytes;
+  template <typename Number>
+  binary_builder& number(Number value) {
+    bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+    return *this;
+  }
+  binary_builder& text(const std::string& value) {
+    bytes += value;
+    return *this;
+  }
+};
+
+bool is_harmless(const char* platform, const std::string& binary) {
+  return qv::is_harmless_binary(qv::faults_of_platform(platform),
+                                reinterpret_cast<const unsigned char*>(binary.data()), binary.size());
+}
+
+TEST_F(capability, binaries_cut_short_are_told_from_whole_ones) {
+  binary_builder pocl;
+  pocl.text(std::string("poclbin\0", 8)).number(std::uint64_t{1}).number(9u).number(2u);
+  pocl.text(std::string(53, 'h'))
+      .number(std::uint64_t{4 + 2 + 4 + 3})
+      .number(2u)
+      .text("/p")
+      .number(3u)
+      .text("abc");
+  pocl.number(std::uint64_t{8 + 5}).text("first").number(std::uint64_t{8 + 6}).text("second");
+  binary_builder rusticl;
+  rusticl.number(1u).number(8u).number(4u).number(0x07230203u).number(0u);
+
+  for (const auto& [platform, binary] :
+       {std::pair{"Portable Computing Language", pocl.bytes}, std::pair{"rusticl", rusticl.bytes}}) {
+    EXPECT_TRUE(is_harmless(platform, binary));
+    EXPECT_FALSE(is_harmless(platform, binary + "x"));
+    for (std::size_t length = 8; length < binary.size(); ++length) {
+      EXPECT_FALSE(is_harmless(platform, binary.substr(0, length))) << platform << " " << length;
+      EXPECT_TRUE(is_harmless("Fake", binary.substr(0, length)));
+    }
+  }
+  EXPECT_FALSE(is_harmless("rusticl", pocl.bytes));
+  EXPECT_FALSE(is_harmless("rusticl", "BC\xc0\xde, some bitcode")) << "aborts on it";
+  EXPECT_TRUE(is_harmless("Portable Computing Language", "BC\xc0\xde, some bitcode"));
+  pocl.bytes[16] = 10;
+  EXPECT_TRUE(is_harmless("Portable Computing Language", pocl.bytes.substr(0, 100))) << "an unknown format";
+}
+
+TEST_F(capability, refused_binaries_say_so) {
+  const qv::root_device device = only_device("rusticl");
+  const unsigned char bytes[] = "garbage, and long enough";
+  const unsigned char* binary = bytes;
+  std::size_t length = sizeof bytes;
+  void* id = device.id;
+  std::int32_t binary_status = 77;
+  qv::create_program_with_binary_record record{fake, &id, &length, &binary, &binary_status, fake, 77, 1};
+  call<operation::create_program_with_binary>(device, 3, record);
+  EXPECT_EQ(record.status, CL_INVALID_BINARY);
+  EXPECT_EQ(binary_status, CL_INVALID_BINARY);
+  EXPECT_EQ(record.result, nullptr);
+  length = 0;
+  call<operation::create_program_with_binary>(device, 3, record);
+  EXPECT_EQ(record.status, CL_INVALID_VALUE);
+  EXPECT_TRUE(opencl_.calls.empty());
+}
+
+// Calls a function when the thread's own objects are destroyed, after those that were made later.
+struct at_thread_end {
+  std::function<void()> function;
+  ~at_thread_end() { function(); }
+};
+
+TEST_F(capability, ended_threads_do_not_call_implementations_that_need_them) {
+  const qv::root_device device = only_device("Oclgrind");
+  qv::object_record finish{fake, 77};
+  qv::object_record release{fake, 77};
+  std::thread::id ended;
+  std::thread([&] {
+    thread_local at_thread_end end{[&] {
+      call<operation::release_context>(device, 3, release);
+      call<operation::finish>(device, 3, finish);
+      ended = std::this_thread::get_id();
+    }};
+    call<operation::finish>(device, 3, finish);
+    EXPECT_EQ(opencl_.thread, std::this_thread::get_id());
+    opencl_.calls.clear();
+    finish.status = 77;
+  }).join();
+  EXPECT_EQ(release.status, CL_SUCCESS);
+  EXPECT_EQ(finish.status, CL_SUCCESS);
+  EXPECT_EQ(opencl_.calls, std::vector<std::string>{"finish"}) << "the release is left out";
+  EXPECT_NE(opencl_.thread, ended);
+}
+
+TEST(capability_exports, refuse_bad_arguments) {
+  std::uint64_t count = 0;
+  qv_call_handle* handle = nullptr;
+  EXPECT_EQ(qv_version(), 0x8000000000000000u);
+  EXPECT_EQ(qv_get_root_devices(0, nullptr, nullptr, 0), -1);
+  EXPECT_EQ(qv_get_root_devices(0, nullptr, &count, 0), 0);
+  EXPECT_EQ(qv_find_capability_nodes(count + 1, 1, 0, nullptr, &count, 0), -1);
+  EXPECT_EQ(qv_create_call_handle(0, 0, &handle, 0), -1);
+  EXPECT_EQ(qv_close_call_handle(nullptr), 0);
+  auto* const unknown = reinterpret_cast<qv_call_handle*>(&count);
+  EXPECT_EQ(qv_close_call_handle(unknown), -1);
+  EXPECT_EQ(qv_call_capability(unknown, 1, &count, 0), -1);
+  EXPECT_EQ(qv_call_capability(nullptr, 1, &count, 0), -1);
+}
+
+} // namespace

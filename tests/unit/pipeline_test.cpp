@@ -1,0 +1,280 @@
+// The parts of the pipeline that need no device: the graph, the state machines, blocks of memory, arguments.
+#include "device_ir/host_function_call.h"
+#include "ir/dag.h"
+#include "ir/launch_checks.h"
+#include "ir/logical/operations.h"
+#include "ir/physical/operations.h"
+#include "memory/host_memory.h"
+#include "memory/library_memory.h"
+#include "memory/swap_endianness.h"
+#include "objects/integer_root.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+namespace oryn::tarva::library {
+namespace {
+
+template <class Action>
+std::string logic_error_of(Action action) {
+  try {
+    action();
+  } catch (const std::logic_error& error) {
+    return error.what();
+  }
+  return "nothing was thrown";
+}
+
+using number = std::shared_ptr<int>;
+
+struct graph_of_numbers {
+  explicit graph_of_numbers(int count) {
+    for (int i = 0; i < count; ++i)
+      nodes.push_back(std::make_shared<int>(i));
+    for (const auto& node : nodes)
+      graph.insert_node(node);
+  }
+  void edge(int from, int to) { graph.insert_edge(nodes[from], nodes[to]); }
+  std::vector<int> sorted() const {
+    std::vector<int> order;
+    for (const auto& node : graph.topological_sort())
+      order.push_back(*node);
+    return order;
+  }
+
+  std::vector<number> nodes;
+  dag<number> graph;
+};
+
+TEST(graph, refuses_what_is_no_graph) {
+  graph_of_numbers made(2);
+  const auto stranger = std::make_shared<int>(7);
+  made.edge(0, 1);
+  EXPECT_EQ(logic_error_of([&] { made.edge(0, 1); }),
+            "Attempting to insert an edge into the DAG that already exists.");
+  EXPECT_EQ(logic_error_of([&] { made.graph.insert_edge(made.nodes[0], stranger); }),
+            "DAG node does not exist, but it was expected to exist.");
+  EXPECT_EQ(logic_error_of([&] { dag<number>(made.graph, std::vector<number>{made.nodes[0]}); }),
+            "DAG node does not exist, but it was expected to exist.");
+  EXPECT_EQ(dag<number>(made.graph, std::vector<number>{made.nodes[1]}).nodes().size(), 1U);
+  made.edge(1, 0);
+  EXPECT_EQ(
+      logic_error_of([&] { made.sorted(); }),
+      "Attempting to perform a topological sort on a graph that is not a DAG, because it contains cycles.");
+  EXPECT_EQ(logic_error_of([&] {
+              dag<number>(made.graph, std::function<std::vector<number>(const number&)>(
+                                          [](const number&) { return std::vector<number>{}; }));
+            }),
+            "DAG conversion requires that replacement set be non-empty.");
+}
+
+// Beyond the size at which a node is found by a short search, and with nodes that are reached twice.
+TEST(graph, sorts_every_edge_forward_and_finds_components) {
+  constexpr int size = 100;
+  graph_of_numbers made(size + 3);
+  for (int from = 0; from < size; ++from)
+    for (int to = from + 1; to < std::min(size, from + 4); ++to)
+      made.edge(from, to);
+  made.edge(size + 2, size + 1);
+  std::vector<int> expected(size);
+  std::iota(expected.begin(), expected.end(), 0);
+  std::vector<int> order = made.sorted();
+  order.erase(std::remove_if(order.begin(), order.end(), [](int node) { return node >= size; }), order.end());
+  EXPECT_EQ(order, expected);
+
+  const auto components = made.graph.disjoint_subgraphs();
+  ASSERT_EQ(components.size(), 3U);
+  EXPECT_EQ(components[0].nodes().size(), 100U);
+  EXPECT_EQ(components[1].nodes().size(), 1U);
+  ASSERT_EQ(components[2].nodes().size(), 2U);
+  EXPECT_EQ(*components[2].topological_sort().front(), size + 2);
+}
+
+TEST(graph, conversion_enters_a_chain_at_its_head_and_leaves_at_its_tail) {
+  graph_of_numbers made(2);
+  made.edge(0, 1);
+  int told = 0;
+  const dag<std::shared_ptr<std::string>> converted(
+      made.graph,
+      std::function<std::vector<std::shared_ptr<std::string>>(const number&)>([](const number& node) {
+        const auto name = std::to_string(*node);
+        return std::vector{std::make_shared<std::string>(name + "a"),
+                           std::make_shared<std::string>(name + "b")};
+      }),
+      [&](const number&, const auto& chain) { told += static_cast<int>(chain.size()); });
+  std::string order;
+  for (const auto& link : converted.topological_sort())
+    order += *link + " ";
+  EXPECT_EQ(order, "0a 0b 1a 1b ");
+  EXPECT_EQ(told, 4);
+}
+
+class progress : public testing::Test {
+protected:
+  // A request with one step of `commands` commands.
+  void make(std::uint64_t commands) {
+    request->set_physical_operation_count(1);
+    request->set_submitted();
+    step->set_device_command_count(commands);
+    step->set_submitted();
+    request->add_device_commands(commands);
+  }
+  std::shared_ptr<device_ir::host_function_call> command(device_ir::host_function_call::function function) {
+    return device_ir::host_function_call::create(step, std::move(function));
+  }
+
+  std::shared_ptr<logical_ir::allocate_memory> request =
+      logical_ir::allocate_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
+  std::shared_ptr<physical_ir::allocate_host_memory> step = physical_ir::allocate_host_memory::create(
+      request, nullptr, std::make_shared<host_memory>(), data_type::float_, 4);
+};
+
+TEST_F(progress, ends_with_the_last_command) {
+  make(2);
+  command([](const auto&) {})->run();
+  EXPECT_FALSE(request->is_complete());
+  command([](const auto&) {})->run();
+  EXPECT_TRUE(request->is_complete());
+  EXPECT_TRUE(request->get_notification_pipe().is_closed());
+  EXPECT_TRUE(step->has_succeeded());
+  EXPECT_EQ(logic_error_of([&] { request->set_error(std::make_exception_ptr(1)); }),
+            "Attempting to set a logical operation to be complete, but it was already complete.");
+}
+
+TEST_F(progress, keeps_the_first_error_and_still_waits_for_every_command) {
+  make(3);
+  command([](const auto&) { throw std::runtime_error("first"); })->run();
+  EXPECT_TRUE(request->is_complete());
+  command({})->run();
+  std::thread last([&] { command([](const auto&) {})->run(); });
+  request->wait_until_commands_ended();
+  last.join();
+  EXPECT_FALSE(step->has_succeeded());
+  try {
+    std::rethrow_exception(request->get_error());
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "first");
+  }
+}
+
+TEST_F(progress, refuses_transitions_out_of_order) {
+  EXPECT_EQ(
+      logic_error_of([&] { request->physical_operation_complete(); }),
+      "Attempting to set a physical operation as completed on a logical operation that was never submitted.");
+  request->set_submitted();
+  EXPECT_EQ(
+      logic_error_of([&] { request->set_physical_operation_count(1); }),
+      "Setting a physical operation count on a logical operation, but the logical operation was already "
+      "submitted.");
+  EXPECT_EQ(
+      logic_error_of([&] { request->physical_operation_complete(); }),
+      "Notifying a logical operation that a physical operation has completed, but the count of outstanding "
+      "physical operations was never set.");
+  EXPECT_EQ(logic_error_of([&] { request->enable_profiling(); }),
+            "Attempting to enable profiling on a logical operation that has already been submitted.");
+  const auto unsubmitted = command({});
+  EXPECT_EQ(logic_error_of([&] { unsubmitted->set_complete(); }),
+            "Attempting to set a device command to be complete, but it was never submitted.");
+  unsubmitted->abandon(std::make_exception_ptr(1)); // refused by its step, and still silent
+}
+
+TEST(host_block, tells_its_faults_in_order) {
+  host_memory block;
+  EXPECT_EQ(logic_error_of([&] { block.get_read_pointer(0); }),
+            "Attempting to get a read pointer from a host memory object that has not been set up.");
+  block.set_allocation(data_type::uint16v3_, 5);
+  EXPECT_EQ(logic_error_of([&] { block.get_write_pointer(6); }),
+            "Attempting to get a write pointer from an out-of-bounds index.");
+  EXPECT_EQ(
+      logic_error_of([&] { block.free(); }),
+      "Attempting to free memory from a host memory object that does not have any memory allocated.  Is this a "
+      "double-free?");
+  block.allocate();
+  EXPECT_EQ(static_cast<char*>(block.get_write_pointer(5)) - static_cast<char*>(block.get_write_pointer(0)),
+            40);
+  const std::vector<std::uint8_t> value = {1, 2, 3, 4, 5, 6, 7, 8};
+  EXPECT_EQ(logic_error_of([&] { block.fill(value, 3, ~std::uint64_t{0}); }),
+            "Fill operation would overflow target capacity.");
+  block.fill(value, 1, 4);
+  EXPECT_EQ(std::memcmp(block.get_read_pointer(4), value.data(), value.size()), 0);
+
+  host_memory view;
+  view.set_read_only_user_allocation(nullptr, data_type::uint16v3_, 5);
+  EXPECT_EQ(logic_error_of([&] { view.get_write_pointer(0); }),
+            "Attempting to get a write pointer from a host memory object that is read-only.");
+  EXPECT_EQ(logic_error_of([&] { view.get_read_pointer(0); }),
+            "Attempting to get a read pointer from a host memory object that points to a nullptr.");
+  block.free();
+}
+
+TEST(host_block, fills_every_element_of_a_large_block) {
+  host_memory block;
+  block.set_allocation(data_type::int8v3_, 100'003);
+  block.allocate();
+  block.fill({9, 8, 7, 6}, 0, 100'003);
+  const auto* bytes = static_cast<const std::uint8_t*>(block.get_read_pointer(0));
+  for (std::size_t i = 0; i < 400'012; ++i)
+    ASSERT_EQ(bytes[i], 9 - i % 4) << i;
+  block.free();
+}
+
+TEST(byte_order, is_reversed_component_by_component) {
+  std::array<std::uint8_t, 16> bytes{};
+  const auto swapped = [&](data_type type, std::uint64_t offset, std::uint64_t count) {
+    std::iota(bytes.begin(), bytes.end(), std::uint8_t{0});
+    swap_endianness(bytes.data(), type, offset, count);
+    return bytes;
+  };
+  using order = std::array<std::uint8_t, 16>;
+  EXPECT_EQ(swapped(data_type::int32v2_, 1, 1),
+            (order{0, 1, 2, 3, 4, 5, 6, 7, 11, 10, 9, 8, 15, 14, 13, 12}));
+  EXPECT_EQ(swapped(data_type::boolean_, 0, 4),
+            (order{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}));
+  EXPECT_EQ(swapped(data_type::half_, 7, 1), (order{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 15, 14}));
+  EXPECT_EQ(swapped(data_type::uint16v3_, 0, 1)[5], 4);
+  EXPECT_EQ(logic_error_of([&] { swapped(data_type{0}, 0, 0); }), "Unhandled type.");
+}
+
+TEST(roots, are_rounded_down) {
+  for (std::uint64_t value = 0; value <= 1U << 20; ++value) {
+    const std::uint64_t square = integer_square_root(value);
+    const std::uint64_t cube = integer_cube_root(value);
+    ASSERT_TRUE(square * square <= value && (square + 1) * (square + 1) > value) << value;
+    ASSERT_TRUE(cube * cube * cube <= value && (cube + 1) * (cube + 1) * (cube + 1) > value) << value;
+  }
+  EXPECT_EQ(integer_square_root(UINT64_MAX), 0xFFFFFFFFU);
+  EXPECT_EQ(integer_cube_root(UINT64_MAX), 2642245U);
+}
+
+struct bad_range {
+  const char* about;
+  nd_range range;
+};
+
+class launch_range : public testing::TestWithParam<bad_range> {};
+
+TEST_P(launch_range, is_refused) {
+  launch_limits limits;
+  limits.work_group_size = 64;
+  limits.work_item_sizes = size_triple{64, 64, 8};
+  EXPECT_NO_THROW(check_sizes({2, {}, {32, 6, 0}, {8, 3, 0}}, limits));
+  EXPECT_NO_THROW(check_sizes({1, {}, {7, 0, 0}, {0, 5, 5}}, limits)) << "the device chooses";
+  EXPECT_THROW(check_sizes(GetParam().range, limits), std::logic_error) << GetParam().about;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    faults, launch_range,
+    testing::Values(bad_range{"no work-items", {1, {}, {0, 1, 1}, {}}},
+                    bad_range{"partly zero", {2, {}, {8, 8, 1}, {8, 0, 1}}},
+                    bad_range{"does not divide", {1, {}, {63, 1, 1}, {16, 1, 1}}},
+                    bad_range{"too many in one dimension", {3, {}, {1, 1, 16}, {1, 1, 16}}},
+                    bad_range{"too many in all", {2, {}, {16, 16, 1}, {16, 16, 1}}},
+                    bad_range{"a product that wraps",
+                              {2, {}, {1ULL << 33, 1ULL << 33, 1}, {1ULL << 33, 1ULL << 33, 1}}},
+                    bad_range{"ids that wrap", {1, {UINT64_MAX, 0, 0}, {1, 1, 1}, {}}}));
+
+} // namespace
+} // namespace oryn::tarva::library
