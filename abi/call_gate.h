@@ -16,21 +16,25 @@ public:
   call_gate& operator=(const call_gate&) = delete;
 
   void close() noexcept { closed_.store(true); }
-  bool is_idle() const noexcept;
-  // Gives the calls that are inside a moment to leave. True if they have.
-  bool wait_until_idle(std::chrono::milliseconds limit) const noexcept;
+  bool is_idle() const noexcept { return calls_inside() == 0; }
+  // Gives the calls of other threads time to leave. True if they have.
+  bool wait_for_other_threads(std::chrono::milliseconds limit) const noexcept;
 
   // One call, while it lives.
   class permit {
   public:
-    explicit permit(call_gate& gate) noexcept : calls_(gate.calls_of_this_thread()) {
+    explicit permit(call_gate& gate) noexcept : calls_(gate.shard_of_this_thread()) {
       // Counted first, so that whoever closes the gate and then finds no call inside is right.
       calls_.fetch_add(1);
+      ++own_calls_;
       granted_ = !gate.closed_.load();
     }
     permit(const permit&) = delete;
     permit& operator=(const permit&) = delete;
-    ~permit() { calls_.fetch_sub(1); }
+    ~permit() {
+      --own_calls_;
+      calls_.fetch_sub(1);
+    }
 
     bool is_granted() const noexcept { return granted_; }
 
@@ -47,7 +51,11 @@ private:
     std::atomic<std::uint64_t> calls{0};
   };
 
-  std::atomic<std::uint64_t>& calls_of_this_thread() noexcept;
+  std::atomic<std::uint64_t>& shard_of_this_thread() noexcept;
+  std::uint64_t calls_inside() const noexcept;
+
+  // The calls that this thread is inside of: one, if a call ends the process.
+  static thread_local constinit std::uint64_t own_calls_;
 
   std::array<shard, 1U << SHARD_BITS> shards_{};
   std::atomic<bool> closed_{false};

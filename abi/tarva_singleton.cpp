@@ -22,9 +22,11 @@ namespace {
 
 constinit call_gate the_gate;
 
-// How long the end of the process waits for calls of other threads: enough for those that are about to
-// return, not for one that compiles a program.
-constexpr std::chrono::milliseconds PATIENCE_AT_EXIT{100};
+// How long the end of the process waits for calls of other threads: first for those that are about to return,
+// and when the devices have ended their work, for those that an OpenCL compiler holds, which does not survive
+// the end.
+constexpr std::chrono::milliseconds PATIENCE_WITH_SHORT_CALLS{100};
+constexpr std::chrono::milliseconds PATIENCE_WITH_LONG_CALLS{10000};
 
 std::string compose_banner() {
   const std::string dashes = std::string(59, '-') + '\n';
@@ -69,10 +71,11 @@ public:
     if (getpid() != process_)
       return;
     the_gate.close();
-    the_gate.wait_until_idle(PATIENCE_AT_EXIT);
+    the_gate.wait_for_other_threads(PATIENCE_WITH_SHORT_CALLS);
     library_->shut_down();
+    the_gate.wait_for_other_threads(PATIENCE_WITH_LONG_CALLS);
     // A call that is still inside, or that is itself ending the process, keeps the library.
-    if (the_gate.wait_until_idle(PATIENCE_AT_EXIT))
+    if (the_gate.is_idle())
       delete library_;
   }
 

@@ -87,8 +87,10 @@
  * starts it: it looks for devices and prepares each. No device is a success, with an empty list. If the
  * library cannot start, it writes the reason to the standard error stream and ends the process with status 1.
  * It stops by itself when the process exits or the library is unloaded. From then on, a call returns
- * TARVA_ABI_UNKNOWN_FAILURE or does nothing. A process that has forked after the start must not call the
- * library in the child.
+ * TARVA_ABI_UNKNOWN_FAILURE or does nothing. Calls of other threads that are inside the library at that
+ * moment are waited for; yet a process should not exit while another thread is loading a program or launching
+ * a kernel for the first time, since many OpenCL compilers do not survive that. A process that has forked
+ * after the start must not call the library in the child.
  *
  * LOG
  *

@@ -182,7 +182,7 @@ TEST_P(programs, trees_read_only_what_the_version_has) {
   const program made = compile(device(version()), SOURCE);
   const auto add = find_kernel(made, "add");
   const tarva_abi_tree_format_s formats[] = {{TARVA_ABI_TREE_TEXT, 1, 1, 1, 1, 1, 1},
-                                             {TARVA_ABI_TREE_XML, 1}};
+                                             {TARVA_ABI_TREE_XML, 1, 0, 0, 0, 0, 0}};
   const auto expect_in_tree = [&](const property& of, const char* name) {
     for (const tarva_abi_tree_format_s& format : formats) {
       char* tree = nullptr;

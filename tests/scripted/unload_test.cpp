@@ -38,9 +38,12 @@ void load_use_unload() {
   EXPECT_EQ(array->count, 2u);
   tarva_abi_memory_s* memory = nullptr;
   EXPECT_EQ(find<decltype(tarva_abi_memory_allocate_typed)>(library, "tarva_abi_memory_allocate_typed")(
-                nullptr, "left", TARVA_ABI_TYPE_FLOAT, 16, &memory, &failure),
+                nullptr, "", TARVA_ABI_TYPE_FLOAT, 16, &memory, &failure),
             0);
+  for (std::uint64_t i = 0; i < array->count; ++i)
+    find<decltype(tarva_abi_release_device)>(library, "tarva_abi_release_device")(nullptr, array->devices[i]);
   find<decltype(tarva_abi_free_device_array)>(library, "tarva_abi_free_device_array")(nullptr, array);
+  find<decltype(tarva_abi_release_memory)>(library, "tarva_abi_release_memory")(nullptr, memory);
   EXPECT_EQ(dlclose(library), 0);
 }
 

@@ -1,4 +1,5 @@
 #include "abi/bridge.h"
+#include "abi/call_gate.h"
 #include "abi/error_object.h"
 #include "base/unique_identifier.h"
 #include "memory/library_memory.h"
@@ -7,7 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <atomic>
+#include <chrono>
 #include <thread>
 
 namespace oryn::tarva::library {
@@ -260,6 +262,34 @@ TEST(bridge, serves_many_threads_at_once) {
     thread.join();
   EXPECT_TRUE(bridge.release(shared));
   EXPECT_EQ(1, memory.use_count());
+}
+
+TEST(call_gate, lets_none_in_once_closed_and_waits_for_those_inside) {
+  using namespace std::chrono_literals;
+  call_gate gate;
+  std::atomic<bool> inside = false;
+  std::atomic<bool> leave = false;
+  std::thread caller([&] {
+    const call_gate::permit permit(gate);
+    inside = permit.is_granted();
+    while (!leave)
+      std::this_thread::yield();
+  });
+  while (!inside)
+    std::this_thread::yield();
+
+  gate.close();
+  EXPECT_FALSE(call_gate::permit(gate).is_granted());
+  EXPECT_FALSE(gate.wait_for_other_threads(5ms));
+  EXPECT_FALSE(gate.is_idle());
+  leave = true;
+  EXPECT_TRUE(gate.wait_for_other_threads(10s));
+  caller.join();
+
+  // A call that itself ends the process is not waited for, but is inside.
+  const call_gate::permit own(gate);
+  EXPECT_TRUE(gate.wait_for_other_threads(0ms));
+  EXPECT_FALSE(gate.is_idle());
 }
 
 } // namespace

@@ -1,0 +1,62 @@
+// Plays random conversations with the exported functions on scripted devices. After each, nothing of it may
+// be left and no rule of OpenCL may have been broken.
+#include "fuzz/call_player.h"
+
+#include "tests/scripted/scripted_qv.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+using objects = std::map<std::string, std::int64_t>;
+
+// Writes to both ends of all memory that a kernel was given.
+void touch(const scripted::kernel_run& now) {
+  for (const scripted::kernel_argument& one : now.arguments)
+    if (one.kind == scripted::argument_kind::memory && one.size != 0) {
+      one.data[0] ^= 1;
+      one.data[one.size - 1] ^= 1;
+    }
+}
+
+// A device of each version and two that differ; some have kernels built in, and some the other byte order.
+objects start() {
+  std::vector<scripted::device_options> devices;
+  for (const std::uint32_t version : {1, 2, 3, 4, 5, 6, 3, 5}) {
+    scripted::device_options options{"device " + std::to_string(devices.size()), {version}};
+    options.little_endian = devices.size() < 6;
+    if (version >= 4)
+      options.info[0x103F] = scripted::text_answer("copy_all;sort_all");
+    if (version % 2 == 1)
+      options.info[0x1030] = scripted::text_answer("cl_khr_spir cl_khr_il_program");
+    devices.push_back(options);
+  }
+  scripted::set_devices(devices);
+  for (const char* kernel : {"add", "sum", "scratch", "fixed", "copy_all"})
+    scripted::set_kernel(kernel, touch);
+  std::atexit([] {
+    std::fprintf(stderr, "%llu calls\n", static_cast<unsigned long long>(fuzz::call_player::calls_made()));
+  });
+  tarva_abi_retain_device(nullptr, nullptr); // starts the library
+  return scripted::live_objects();
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const objects& before = *new objects(start());
+  fuzz::call_player(fuzz::input(data, size)).play();
+  scripted::no_failure_left();
+  scripted::forget_calls();
+  // The last event of a request is released just after its owner has been woken.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (scripted::live_objects() != before && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::yield();
+  fuzz::demand(scripted::live_objects() == before, "nothing is left behind");
+  for (const std::string& misuse : scripted::misuses())
+    fuzz::demand(false, misuse.c_str());
+  return 0;
+}

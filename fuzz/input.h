@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace fuzz {
+
+// A string of bytes, read as a string of choices. Behind its end every choice is the first one.
+class input {
+public:
+  input(const std::uint8_t* data, std::size_t size) : next_(data), end_(data + size) {}
+
+  bool is_empty() const { return next_ == end_; }
+  std::size_t size() const { return static_cast<std::size_t>(end_ - next_); }
+  const std::uint8_t* data() const { return next_; }
+
+  std::size_t below(std::size_t limit) { return is_empty() ? 0 : *next_++ % limit; }
+  // True for one choice in `rarity`, but never behind the end.
+  bool rarely(std::size_t rarity) { return below(rarity) == rarity - 1; }
+  template <class T, std::size_t Count>
+  const T& one_of(const T (&list)[Count]) {
+    return list[below(Count)];
+  }
+
+private:
+  const std::uint8_t* next_;
+  const std::uint8_t* end_;
+};
+
+} // namespace fuzz

@@ -1,0 +1,72 @@
+// PoCL as an OpenCL implementation with bad manners: TARVA_TEST_REFUSED_QUERY is the number of a device query
+// that it does not answer, TARVA_TEST_DEVICE_NAME what it says when it is asked for a device's name.
+#define CL_TARGET_OPENCL_VERSION 220
+#include <CL/cl.h>
+#include <CL/cl_icd.h>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace {
+
+decltype(&clGetDeviceInfo) polite_device_info = nullptr;
+
+cl_int CL_API_CALL hostile_device_info(cl_device_id device, cl_device_info query, std::size_t size,
+                                       void* value, std::size_t* size_out) {
+  const char* refused = std::getenv("TARVA_TEST_REFUSED_QUERY");
+  if (refused != nullptr && std::strtoul(refused, nullptr, 0) == query)
+    return CL_INVALID_VALUE;
+  const char* name = std::getenv("TARVA_TEST_DEVICE_NAME");
+  if (name == nullptr || query != CL_DEVICE_NAME)
+    return polite_device_info(device, query, size, value, size_out);
+  const std::size_t needed = std::strlen(name) + 1;
+  if (size_out != nullptr)
+    *size_out = needed;
+  if (value == nullptr)
+    return CL_SUCCESS;
+  if (size < needed)
+    return CL_INVALID_VALUE;
+  std::memcpy(value, name, needed);
+  return CL_SUCCESS;
+}
+
+// All objects of PoCL lead to one table of functions, so a change of one entry is one for all.
+void change_manners(cl_platform_id platform) {
+  auto* table = *reinterpret_cast<cl_icd_dispatch**>(platform);
+  if (table->clGetDeviceInfo == hostile_device_info)
+    return;
+  const auto page_size = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const auto page = reinterpret_cast<std::uintptr_t>(table) / page_size * page_size;
+  mprotect(reinterpret_cast<void*>(page), 2 * page_size, PROT_READ | PROT_WRITE);
+  polite_device_info = table->clGetDeviceInfo;
+  table->clGetDeviceInfo = hostile_device_info;
+}
+
+// The one function through which the loader finds all others.
+using find_function = void*(const char*);
+
+find_function* polite_function() {
+  static void* const pocl = dlopen(POCL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+  return pocl == nullptr ? nullptr
+                         : reinterpret_cast<find_function*>(dlsym(pocl, "clGetExtensionFunctionAddress"));
+}
+
+cl_int CL_API_CALL hostile_platforms(cl_uint count, cl_platform_id* platforms, cl_uint* found) {
+  void* const polite = polite_function()("clIcdGetPlatformIDsKHR");
+  const cl_int status = reinterpret_cast<decltype(&clGetPlatformIDs)>(polite)(count, platforms, found);
+  if (status == CL_SUCCESS && platforms != nullptr)
+    change_manners(platforms[0]);
+  return status;
+}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) void* clGetExtensionFunctionAddress(const char* name) {
+  if (polite_function() == nullptr)
+    return nullptr;
+  return std::strcmp(name, "clIcdGetPlatformIDsKHR") == 0 ? reinterpret_cast<void*>(hostile_platforms)
+                                                          : polite_function()(name);
+}

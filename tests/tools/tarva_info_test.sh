@@ -1,0 +1,109 @@
+#!/bin/sh
+# tarva_info_test.sh TOOL PART: one part of the tool's behaviour on the devices that the environment offers.
+# Status 77 if something that the part needs is not there.
+set -u
+tool=$1
+failures=0
+
+fail() { echo "FAILED: $*"; failures=$((failures + 1)); }
+equal() { [ "$2" = "$3" ] || fail "$1: \"$2\" is not \"$3\""; }
+holds() { case $2 in *"$3"*) ;; *) fail "$1: no \"$3\" in: $2" ;; esac; }
+need() { command -v "$1" >/dev/null || { echo "skipped: there is no $1"; exit 77; }; }
+
+# status EXPECTED WORD...: how the tool ends; its output is in $output.
+status() {
+  expected=$1; shift
+  output=$("$tool" "$@" 2>&1); ended=$?
+  equal "status of '$*'" "$ended" "$expected"
+}
+
+# value_in_xml KEY: reads the tree of one device.
+value_in_xml() { xmllint --xpath "string(//property[distinct_name='$1']/data/value)" -; }
+
+usage_part() {
+  status 0 --help; holds --help "$output" --get
+  status 0 -v; holds -v "$output" tarva-info
+  for words in --bad -x "--raw --json" "0 1" "0 -d 1" one -1 99999999999999999999 "--device 1x" --get "-a 0" "-l --prop MEM"; do
+    status 2 $words
+    holds "$words" "$output" --help
+  done
+  status 0; holds list "$output" OpenCL
+  status 0 --list
+  status 1 9999; holds 9999 "$output" 9999
+  "$tool" --raw 2>/dev/null >/dev/full && fail "a full disk goes unnoticed"
+  export OCL_ICD_VENDORS=/nonexistent
+  status 1; holds "no device" "$output" "no OpenCL device"
+}
+
+values_part() {
+  name=$("$tool" 0 --get NAME)
+  equal "path from the root" "$("$tool" -d 0 --get OPENCL/CL_DEVICE_NAME)" "$name"
+  holds raw "$("$tool" --raw 0)" "CL_DEVICE_ENDIAN_LITTLE"
+  equal prop "$("$tool" 0 --raw --prop endian_l | tr -s ' ')" "[0] CL_DEVICE_ENDIAN_LITTLE true"
+  holds list "$("$tool")" "$name"
+  holds tree "$("$tool" 0)" "$name"
+  equal "elements on lines" "$("$tool" 0 --get OPENCL/CL_DEVICE_MAX_WORK_ITEM_SIZES | wc -l)" 3
+  for path in NOTHING OPENCL OPENCL/NOTHING OPENCL/CL_DEVICE_NAME/NAME OPENCL/CL_DEVICE_SINGLE_FP_CONFIG ""; do
+    status 1 0 --get "$path"
+  done
+  case $("$tool" --all | tr -d '\n') in *"$(printf '\033')"*) fail "colours without a terminal" ;; esac
+  equal "values of the library's own tree" "$("$tool" 0 --xml | grep -c '^<data ')" "$("$tool" 0 --raw | wc -l)"
+}
+
+json_part() {
+  need python3
+  "$tool" --json | python3 -m json.tool >/dev/null || fail "not JSON"
+  equal "devices" "$("$tool" --json | json 'len(all["devices"])')" "$("$tool" --list | tail -n +2 | wc -l)"
+  equal "a number" "$("$tool" 0 --json | json 'all["devices"][0]["OPENCL"]["CL_DEVICE_MAX_COMPUTE_UNITS"]')" \
+    "$("$tool" 0 --get OPENCL/CL_DEVICE_MAX_COMPUTE_UNITS)"
+  path='all["devices"][0]["OPENCL"]["CL_DEVICE_EXTENSIONS"]'
+  equal "a list" "$("$tool" 0 --json | json "chr(10).join($path)")" "$("$tool" 0 --get OPENCL/CL_DEVICE_EXTENSIONS)"
+  output=$(OCL_ICD_VENDORS=/nonexistent "$tool" --json 2>/dev/null | json 'len(all["devices"])')
+  equal "no device" "$output" 0
+}
+json() { python3 -c "import json, sys; all = json.load(sys.stdin); print($1)"; }
+
+xml_part() {
+  need xmllint
+  "$tool" --xml | xmllint --noout - || fail "all devices"
+  i=0
+  while [ $i -lt "$("$tool" --list | tail -n +2 | wc -l)" ]; do
+    "$tool" --xml $i | xmllint --noout - || fail "device $i"
+    equal "name of $i" "$("$tool" --xml $i | value_in_xml CL_DEVICE_NAME)" "$("$tool" $i --get NAME)"
+    i=$((i + 1))
+  done
+}
+
+# A device that does not answer for its samplers.
+refusal_part() {
+  need xmllint
+  all=$("$tool" --xml 0 | grep -c distinct_name)
+  export TARVA_TEST_REFUSED_QUERY=0x1018
+  status 1 0 --get OPENCL/CL_DEVICE_MAX_SAMPLERS
+  status 0 0 --get OPENCL/CL_DEVICE_ADDRESS_BITS
+  status 0 0; holds tree "$output" "error: "; holds "what follows" "$output" "Local memory size"
+  status 0 0 --json; holds json "$output" '"error": '; holds "what follows" "$output" CL_DEVICE_LOCAL_MEM_SIZE
+  status 1 0 --text; holds text "$output" "tarva-info: CL_DEVICE_MAX_SAMPLERS: "
+  xml=$("$tool" --xml 0 2>/dev/null)
+  echo "$xml" | xmllint --noout - || fail "XML of what is left"
+  equal "all others" "$(echo "$xml" | grep -c distinct_name)" $((all - 1))
+  export TARVA_TEST_REFUSED_QUERY=0x101F
+  status 0; holds "the list goes on" "$output" '?'
+}
+
+# Devices with names that their makers should not have chosen.
+names_part() {
+  need xmllint; need python3
+  export TARVA_TEST_DEVICE_NAME
+  TARVA_TEST_DEVICE_NAME="<b>&amp;</b> \"Ä\" '5' ]]>"
+  equal xml "$("$tool" 0 --xml | value_in_xml NAME)" "$TARVA_TEST_DEVICE_NAME"
+  TARVA_TEST_DEVICE_NAME=$(printf 'a\033[31m\001\377\\"z\302\205')
+  equal get "$("$tool" 0 --get NAME)" "$TARVA_TEST_DEVICE_NAME"
+  holds tree "$("$tool" 0)" 'a\x1b[31m\x01\xff\"z\xc2\x85'
+  holds list "$("$tool")" 'a\x1b[31m\x01\xff\"z\xc2\x85'
+  equal json "$("$tool" --json | json 'ascii(all["devices"][0]["NAME"])')" "'a\\x1b[31m\\x01\\ufffd\\\\\"z\\x85'"
+}
+
+"$tool" >/dev/null 2>&1 || { echo "skipped: there is no OpenCL device"; exit 77; }
+"$2_part"
+[ $failures -eq 0 ]

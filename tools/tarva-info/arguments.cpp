@@ -1,0 +1,162 @@
+#include "tools/tarva-info/arguments.h"
+
+#include <charconv>
+#include <cstring>
+#include <getopt.h>
+
+namespace tarva_info {
+namespace {
+
+enum option_code : int { GET = 256, PROP, RAW, HUMAN, JSON, TEXT, XML };
+
+constexpr const char* short_options = "+:lad:hv";
+constexpr option long_options[] = {{"list", no_argument, nullptr, 'l'},
+                                   {"all", no_argument, nullptr, 'a'},
+                                   {"device", required_argument, nullptr, 'd'},
+                                   {"get", required_argument, nullptr, GET},
+                                   {"prop", required_argument, nullptr, PROP},
+                                   {"raw", no_argument, nullptr, RAW},
+                                   {"human", no_argument, nullptr, HUMAN},
+                                   {"json", no_argument, nullptr, JSON},
+                                   {"text", no_argument, nullptr, TEXT},
+                                   {"xml", no_argument, nullptr, XML},
+                                   {"help", no_argument, nullptr, 'h'},
+                                   {"version", no_argument, nullptr, 'v'},
+                                   {nullptr, 0, nullptr, 0}};
+
+class parser {
+public:
+  arguments parse(int count, char** words) {
+    // Options may follow DEVICE, so each word that is none is taken and the rest is parsed on.
+    opterr = 0;
+    while (optind < count) {
+      const int code = getopt_long(count, words, short_options, long_options, nullptr);
+      if (code != -1) {
+        take_option(code, words);
+      } else if (optind < count) {
+        take_device(words[optind++]);
+      }
+    }
+    return finish();
+  }
+
+private:
+  void take_option(int code, char** words) {
+    switch (code) {
+    case 'l':
+      return take_form(output_form::list, "--list");
+    case 'a':
+      is_all_ = true;
+      return;
+    case 'd':
+      return take_device(optarg);
+    case GET:
+      parsed_.path = optarg;
+      return take_form(output_form::value, "--get");
+    case PROP:
+      parsed_.key_part = optarg;
+      return;
+    case RAW:
+      return take_form(output_form::raw, "--raw");
+    case HUMAN:
+      return take_form(output_form::tree, "--human");
+    case JSON:
+      return take_form(output_form::json, "--json");
+    case TEXT:
+      return take_form(output_form::text, "--text");
+    case XML:
+      return take_form(output_form::xml, "--xml");
+    case 'h':
+      return take_form(output_form::help, "--help");
+    case 'v':
+      return take_form(output_form::version, "--version");
+    case ':':
+      throw usage_failure(std::string(words[optind - 1]) + " needs an argument");
+    default:
+      // One of several letters in a word is told by optopt, a long option only by its word.
+      throw usage_failure("unknown option " + (optopt > 0 && optopt < GET
+                                                   ? std::string{'-', static_cast<char>(optopt)}
+                                                   : std::string(words[optind - 1])));
+    }
+  }
+
+  // Help is given whatever stands beside it.
+  void take_form(output_form form, const char* name) {
+    if (form_name_ != nullptr && form != output_form::help && parsed_.form != form) {
+      if (parsed_.form == output_form::help) {
+        return;
+      }
+      throw usage_failure(std::string(form_name_) + " and " + name + " exclude each other");
+    }
+    parsed_.form = form;
+    form_name_ = name;
+  }
+
+  void take_device(const char* word) {
+    if (parsed_.device) {
+      throw usage_failure("more than one device");
+    }
+    std::uint64_t number = 0;
+    const char* end = word + std::strlen(word);
+    const auto [stopped, error] = std::from_chars(word, end, number);
+    if (error != std::errc() || stopped != end) {
+      throw usage_failure(std::string("not the number of a device: ") + word);
+    }
+    parsed_.device = number;
+  }
+
+  arguments finish() {
+    const output_form form = parsed_.form;
+    if (form == output_form::help || form == output_form::version) {
+      return parsed_;
+    }
+    if (is_all_ && parsed_.device) {
+      throw usage_failure("--all and a device exclude each other");
+    }
+    if (form_name_ == nullptr && (is_all_ || parsed_.device || !parsed_.key_part.empty())) {
+      parsed_.form = output_form::tree;
+    }
+    const bool takes_part =
+        parsed_.form == output_form::tree || form == output_form::raw || form == output_form::json;
+    if (!parsed_.key_part.empty() && !takes_part) {
+      throw usage_failure(std::string("--prop and ") + form_name_ + " exclude each other");
+    }
+    return parsed_;
+  }
+
+  arguments parsed_;
+  const char* form_name_ = nullptr;
+  bool is_all_ = false;
+};
+
+} // namespace
+
+arguments parse_arguments(int count, char** words) {
+  return parser().parse(count, words);
+}
+
+const char* const usage_text = R"(Usage: tarva-info [OPTION]... [DEVICE]
+Shows the OpenCL devices of this machine as the TARVA library offers them.
+
+Without DEVICE and without an option: a table of all devices. DEVICE is a
+number from the first column of that table; with it alone: everything that is
+to be known of that device. Options without DEVICE are for all devices.
+
+  -l, --list        the table of devices
+  -a, --all         everything of all devices
+  -d, --device N    the same as DEVICE
+      --get PATH    one value, such as OPENCL/CL_DEVICE_MAX_COMPUTE_UNITS
+      --prop TEXT   only what has a key that contains TEXT
+      --human       by sections, with friendly names and units (the default)
+      --raw         a line for each value: [DEVICE] KEY VALUE...
+      --json        for scripts
+      --text        the tree as the library writes it
+      --xml         the tree as the library writes it in XML
+  -h, --help        this text
+  -v, --version     the version
+
+The status is 0; 1 if there is no such device or something cannot be read; 2 if
+the arguments make no sense.
+)";
+
+} // namespace tarva_info

@@ -1,0 +1,124 @@
+// tarva-info: shows what the library has to say about the devices of the machine.
+#include "tools/tarva-info/arguments.h"
+#include "tools/tarva-info/output.h"
+
+#include <iostream>
+
+namespace tarva_info {
+namespace {
+
+constexpr int STATUS_FAILURE = 1;
+constexpr int STATUS_USAGE = 2;
+
+std::vector<numbered_device> choose(const std::vector<device_handle>& devices,
+                                    const std::optional<std::uint64_t>& wanted) {
+  std::vector<numbered_device> chosen;
+  for (std::size_t i = 0; i < devices.size(); ++i) {
+    if (!wanted || *wanted == i) {
+      chosen.push_back({i, devices[i]});
+    }
+  }
+  return chosen;
+}
+
+// The values of one path, an element on a line, of each device.
+void write_values(const std::vector<numbered_device>& devices, const std::string& path) {
+  for (const numbered_device& device : devices) {
+    const property_handle found = find_property(get_root(device.handle), path);
+    if (found->has_data == 0) {
+      throw std::runtime_error(path + " has no value");
+    }
+    for (const std::string& element : plain_elements(read_property(found).value)) {
+      std::cout << element << '\n';
+    }
+  }
+}
+
+void write_trees(const std::vector<numbered_device>& devices, const arguments& given) {
+  const style look = style_of_standard_output();
+  std::vector<numbered_tree> trees;
+  for (const numbered_device& device : devices) {
+    trees.push_back({device.number, read_tree(get_root(device.handle))});
+    keep_matching(trees.back().root, given.key_part);
+  }
+  if (given.form == output_form::json) {
+    return write_json(std::cout, trees);
+  }
+  for (const numbered_tree& tree : trees) {
+    if (given.form == output_form::raw) {
+      write_raw(std::cout, tree.number, tree.root);
+    } else {
+      std::cout << (&tree == &trees.front() ? "" : "\n");
+      write_tree(std::cout, tree.number, tree.root, look);
+    }
+  }
+}
+
+bool write(const std::vector<numbered_device>& devices, const arguments& given) {
+  switch (given.form) {
+  case output_form::list:
+    write_list(std::cout, devices, style_of_standard_output());
+    return true;
+  case output_form::value:
+    write_values(devices, given.path);
+    return true;
+  case output_form::text:
+  case output_form::xml:
+    return write_library_trees(std::cout, devices,
+                               given.form == output_form::text ? TARVA_ABI_TREE_TEXT : TARVA_ABI_TREE_XML,
+                               !given.device);
+  default:
+    write_trees(devices, given);
+    return true;
+  }
+}
+
+bool run(const arguments& given) {
+  if (given.form == output_form::help) {
+    std::cout << usage_text;
+    return true;
+  }
+  if (given.form == output_form::version) {
+    std::cout << "tarva-info " TARVA_INFO_VERSION " (interface " << tarva_abi_get_abi_version() << ")\n";
+    return true;
+  }
+  const std::vector<device_handle> devices = get_devices();
+  const std::vector<numbered_device> chosen = choose(devices, given.device);
+  if (chosen.empty() && given.device && !devices.empty()) {
+    throw std::runtime_error("no device " + std::to_string(*given.device) + ", the last is " +
+                             std::to_string(devices.size() - 1));
+  }
+  if (chosen.empty()) {
+    if (given.form == output_form::json) {
+      write_json(std::cout, {});
+    }
+    throw std::runtime_error("no OpenCL device");
+  }
+  return write(chosen, given);
+}
+
+// A full disk shows only when all is written.
+int finish(int status) {
+  if (!std::cout.flush()) {
+    std::cerr << "tarva-info: cannot write the output\n";
+    return STATUS_FAILURE;
+  }
+  return status;
+}
+
+} // namespace
+} // namespace tarva_info
+
+int main(int count, char** words) {
+  using namespace tarva_info;
+  try {
+    return finish(run(parse_arguments(count, words)) ? 0 : STATUS_FAILURE);
+  } catch (const usage_failure& failure) {
+    std::cerr << "tarva-info: " << printable(failure.what()) << "\nTry 'tarva-info --help'.\n";
+    return STATUS_USAGE;
+  } catch (const std::exception& failure) {
+    finish(0);
+    std::cerr << "tarva-info: " << printable(failure.what()) << '\n';
+    return STATUS_FAILURE;
+  }
+}

@@ -1,0 +1,44 @@
+// A tree of properties, read once and free of handles.
+#pragma once
+
+#include "tools/tarva-info/library.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace tarva_info {
+
+// The elements of a value, or nothing.
+using property_value =
+    std::variant<std::monostate, std::vector<std::string>, std::vector<bool>, std::vector<std::uint64_t>>;
+
+struct property_node {
+  std::string key;
+  std::string friendly_name{};
+  property_value value{};
+  std::string error{}; // what the library said instead of a value
+  std::vector<property_node> children{};
+};
+
+// Without children.
+property_node read_property(const property_handle& property);
+
+// With all descendants. One that cannot be read becomes a node with an error, and the others are read.
+property_node read_tree(const property_handle& property);
+
+// The property at the end of a path such as "OPENCL/CL_DEVICE_NAME", below the root. Throws if there is none.
+property_handle find_property(const property_handle& root, std::string_view path);
+
+// Null if there is no such child.
+const property_node* find_child(const property_node& parent, std::string_view key);
+
+// Takes out what has no key that contains `part`, in letters of either case, and no descendant with one.
+void keep_matching(property_node& node, std::string_view part);
+
+// One text for each element, as scripts want it: numbers without unit, "true" and "false".
+std::vector<std::string> plain_elements(const property_value& value);
+
+} // namespace tarva_info

@@ -1,0 +1,44 @@
+// Text for people and for terminals.
+#pragma once
+
+#include "tools/tarva-info/known_keys.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tarva_info {
+
+// The number of bytes of the UTF-8 character at the start of a text that is not empty, or 0 if there is none.
+std::size_t character_length(std::string_view text);
+
+// Without what would move the cursor of a terminal or confuse it: such bytes become \xNN.
+std::string printable(std::string_view text);
+
+// How many columns a text takes, if every character takes one.
+std::size_t width_of(std::string_view text);
+
+// The text, filled up with blanks on the right.
+std::string padded(std::string_view text, std::size_t width);
+
+// "1.50 GiB", "64 KiB", "12 bytes".
+std::string human_size(std::uint64_t bytes);
+
+// A number with its unit, and a large size also in bytes.
+std::string human_number(std::uint64_t number, unit counted);
+
+// How the output looks: colours and the width of lines, both of a terminal only.
+struct style {
+  bool coloured = false;
+  std::size_t line_width = static_cast<std::size_t>(-1);
+
+  std::string heading(std::string_view text) const { return painted(text, "\033[1m"); }
+  std::string error(std::string_view text) const { return painted(text, "\033[31m"); }
+
+private:
+  std::string painted(std::string_view text, std::string_view colour) const;
+};
+
+style style_of_standard_output();
+
+} // namespace tarva_info
