@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 namespace fuzz {
 
@@ -29,7 +30,21 @@ const std::string SOURCE = R"(
   kernel void empty() {}
 )";
 const std::string TEXTS[] = {SOURCE, "BIN:" + SOURCE, "SPV:" + SOURCE, "BC" + SOURCE, "#error", "", "kernel"};
-const char* const NAMES[] = {"add", "sum", "scratch", "fixed", "empty", "copy_all", "none", "", nullptr};
+struct kernel_choice {
+  const char* name;
+  std::vector<parameter> parameters;
+};
+const kernel_choice KERNELS[] = {
+    {"sum", {parameter::memory, parameter::memory, parameter::memory}},
+    {"add", {parameter::memory, parameter::value}},
+    {"scratch", {parameter::memory, parameter::local, parameter::value}},
+    {"fixed", {parameter::memory}},
+    {"empty", {}},
+    {"copy_all", {parameter::memory}},
+    {"none", {}},
+    {nullptr, {}},
+};
+const char* const LABELS[] = {"", "a label", nullptr};
 const char* const OPTIONS[] = {"", "-w", "-DX=1 -w", "-bad", nullptr};
 const char* const CHILDREN[] = {"OPENCL",
                                 "NAME",
@@ -219,7 +234,7 @@ void call_player::load_program() {
   ir_choice ir = choose_ir();
   auto* const result = make<tarva_abi_load_device_ir>(
       ir.options ? live_only(on) : expected::failure, make_out<tarva_abi_build_result_s*>(), on,
-      ir.header_or_none(), ir.type, ir.data, ir.size, ir.options, bytes_.one_of(NAMES));
+      ir.header_or_none(), ir.type, ir.data, ir.size, ir.options, bytes_.one_of(LABELS));
   if (!result)
     return;
   handles_.add(result->program);
@@ -230,45 +245,55 @@ void call_player::load_program() {
 
 void call_player::get_kernel() {
   auto* const in = pick<tarva_abi_program_s>();
-  const char* const name = bytes_.one_of(NAMES);
-  if (auto* const made = make<tarva_abi_get_kernel>(name ? live_only(in) : expected::failure,
-                                                    make_out<tarva_abi_kernel_s*>(), in, name))
-    handles_.add(made);
+  const kernel_choice& chosen = bytes_.one_of(KERNELS);
+  auto* const made = make<tarva_abi_get_kernel>(chosen.name ? live_only(in) : expected::failure,
+                                                make_out<tarva_abi_kernel_s*>(), in, chosen.name);
+  if (!made)
+    return;
+  handles_.add(made);
+  parameters_[made] = chosen.parameters;
 }
 
-tarva_abi_kernel_argument_s call_player::choose_argument() {
-  const std::uint64_t kind = bytes_.below(8);
-  switch (kind) {
-  case TARVA_ABI_ARGUMENT_VALUE:
-    return {kind, bytes_.below(70),
+// Of a kind that the parameter takes: a value or a size in the place of a buffer is found by the device only,
+// where it ends the process.
+tarva_abi_kernel_argument_s call_player::choose_argument(parameter takes) {
+  if (bytes_.rarely(32))
+    return {4 + bytes_.below(2), 0, 0};
+  switch (takes) {
+  case parameter::value:
+    return {TARVA_ABI_ARGUMENT_VALUE, 7 + bytes_.below(64),
             reinterpret_cast<std::uint64_t>(bytes_.rarely(16) ? nullptr : host_block)};
-  case TARVA_ABI_ARGUMENT_LOCAL_MEMORY:
-    return {kind, bytes_.below(70), bytes_.one_of(SIZES)};
-  case TARVA_ABI_ARGUMENT_NULL:
-  case 7:
-    return {kind, ~std::uint64_t{0}, ~std::uint64_t{0}};
-  default: // most often memory
-    return {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uint64_t>(pick<tarva_abi_memory_s>()), 0};
+  case parameter::local:
+    return {TARVA_ABI_ARGUMENT_LOCAL_MEMORY, 1 + bytes_.below(69), bytes_.one_of(SIZES)};
+  default:
+    if (bytes_.rarely(16))
+      return {TARVA_ABI_ARGUMENT_NULL, ~std::uint64_t{0}, ~std::uint64_t{0}};
+    return {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uint64_t>(pick<tarva_abi_memory_s>()),
+            ~std::uint64_t{0}};
   }
 }
 
+// Behind the end of the input, a launch that works.
 void call_player::launch() {
+  constexpr tarva_abi_launch_type TYPES[] = {3, 1, 2, 4, 5, 6, 0, 7};
   auto* const called = pick<tarva_abi_kernel_s>();
-  tarva_abi_kernel_argument_s arguments[4];
-  const std::size_t count = bytes_.below(5);
+  const auto& parameters = parameters_[called];
+  std::vector<tarva_abi_kernel_argument_s> arguments;
+  const std::size_t count = bytes_.rarely(16) ? bytes_.below(5) : parameters.size();
   for (std::size_t i = 0; i < count; ++i)
-    arguments[i] = choose_argument();
-  tarva_abi_launch_range_s range{bytes_.below(8), {}};
+    arguments.push_back(choose_argument(i < parameters.size() ? parameters[i] : parameter::memory));
+  tarva_abi_launch_range_s range{bytes_.one_of(TYPES), {}};
   for (std::uint64_t& word : range.words)
-    word = bytes_.rarely(2) ? bytes_.one_of(SIZES) : 1;
+    word = bytes_.rarely(4) ? bytes_.one_of(SIZES) : 1;
   const bool has_range = !bytes_.rarely(32);
   call<tarva_abi_kernel_call>(has_range ? live_only(called) : expected::failure, called,
-                              bytes_.rarely(32) ? nullptr : arguments, count, has_range ? &range : nullptr);
+                              bytes_.rarely(32) ? nullptr : arguments.data(), count,
+                              has_range ? &range : nullptr);
 }
 
 void call_player::allocate() {
   constexpr std::uint64_t COUNTS[] = {16, 1, 3, 0, MAX_ELEMENTS, 64, 5, FAR, FAR + 1, ~std::uint64_t{0}};
-  const char* const label = bytes_.one_of(NAMES);
+  const char* const label = bytes_.one_of(LABELS);
   const std::uint64_t type = bytes_.rarely(3) ? bytes_.below(70) : std::uint64_t{TARVA_ABI_TYPE_INT32};
   const std::uint64_t count = bytes_.one_of(COUNTS);
   const expected how = type < 1 || type > 68 || count >= FAR ? expected::failure : expected::either;
@@ -423,6 +448,14 @@ void call_player::play() {
       &self::release<tarva_abi_free_error, tarva_abi_error_s>,
       &self::release<tarva_abi_free_property, tarva_abi_property_s>,
   };
+  // What all inputs build on: the first bytes choose a device, which gets a program, a kernel and memory.
+  input others = bytes_;
+  bytes_ = others.split(2);
+  get_devices();
+  load_program();
+  get_kernel();
+  allocate();
+  bytes_ = others;
   while (!bytes_.is_empty())
     (this->*bytes_.one_of(CALLS))();
   release_all<tarva_abi_release_kernel, tarva_abi_kernel_s>();

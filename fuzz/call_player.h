@@ -2,12 +2,16 @@
 
 #include "fuzz/handle_model.h"
 
-#include <string>
+#include <map>
+#include <vector>
 
 namespace fuzz {
 
 // How a call has to end, by what the caller knows.
 enum class expected { failure, either, success };
+
+// What a parameter of a kernel takes.
+enum class parameter { memory, local, value };
 
 // Ends the process with a line on what went wrong, unless it holds.
 void demand(bool holds, const char* what);
@@ -79,11 +83,12 @@ private:
 
   struct ir_choice;
   ir_choice choose_ir();
-  tarva_abi_kernel_argument_s choose_argument();
+  tarva_abi_kernel_argument_s choose_argument(parameter takes);
   void look_at(tarva_abi_property_s* property);
 
   input bytes_;
   handle_model handles_;
+  std::map<const tarva_abi_kernel_s*, std::vector<parameter>> parameters_;
 };
 
 } // namespace fuzz

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -13,6 +14,13 @@ public:
   bool is_empty() const { return next_ == end_; }
   std::size_t size() const { return static_cast<std::size_t>(end_ - next_); }
   const std::uint8_t* data() const { return next_; }
+
+  // Takes the first `count` bytes away, as an input of their own.
+  input split(std::size_t count) {
+    const std::uint8_t* const first = next_;
+    next_ += std::min(count, size());
+    return {first, static_cast<std::size_t>(next_ - first)};
+  }
 
   std::size_t below(std::size_t limit) { return is_empty() ? 0 : *next_++ % limit; }
   // True for one choice in `rarity`, but never behind the end.
