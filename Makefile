@@ -25,8 +25,12 @@ configure: install-packages
 install-packages:
 	scripts/install-packages
 
-asan tsan clang:
+asan tsan:
 	$(MAKE) test PRESET=$@
+
+clang:
+	scripts/install-packages --checks
+	$(MAKE) test PRESET=clang
 
 tidy:
 	scripts/install-packages --checks
@@ -37,4 +41,4 @@ format format-check:
 	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
 
 clean:
-	rm -rf build build-dev build-asan build-tsan build-clang build-tidy
+	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz

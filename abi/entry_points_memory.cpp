@@ -14,7 +14,12 @@ void tarva_singleton::tarva_abi_memory_allocate_typed(const char* user_label, ta
   std::string label = user_label ? user_label : "";
   auto memory = std::make_shared<library_memory>(to_data_type(type), count, std::move(label));
   submit_without_future(logical_ir::allocate_memory::create(memory));
-  *out_memory = bridge_.make_handle<tarva_abi_memory_s>(std::move(memory));
+  try {
+    *out_memory = bridge_.make_handle<tarva_abi_memory_s>(memory);
+  } catch (...) {
+    submit_without_future(logical_ir::free_memory::create(std::move(memory)));
+    throw;
+  }
 }
 
 void tarva_singleton::tarva_abi_fill_memory(tarva_abi_memory_s* memory, const void* value,

@@ -34,6 +34,12 @@ static_assert(offsetof(tarva_abi_launch_range_s, words) == 1 * WORD);
 static_assert(has_words<tarva_abi_tree_format_s>(7));
 static_assert(offsetof(tarva_abi_tree_format_s, show_type) == 4 * WORD);
 static_assert(sizeof(long) == sizeof(tarva_abi_result));
-static_assert(TARVA_ABI_TYPE_DOUBLE16 == 68);
+
+// Nor may an enumerator. These would show that one has been put in or taken out.
+static_assert(TARVA_ABI_RUNTIME_FAILURE == -4 && TARVA_ABI_OBJECT_FUTURE == 6);
+static_assert(TARVA_ABI_TYPE_STRING == 1 && TARVA_ABI_TYPE_UINT8V2 == 14 && TARVA_ABI_TYPE_DOUBLE16 == 68);
+static_assert(TARVA_ABI_IR_SOURCE_1_0 == 1 && TARVA_ABI_IR_SPIR_V == 8 && TARVA_ABI_IR_DEVICE_BINARY == 9);
+static_assert(TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS == 2 && TARVA_ABI_ARGUMENT_LOCAL_MEMORY == 3);
+static_assert(TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED == 6 && TARVA_ABI_TREE_XML == 2);
 
 } // namespace

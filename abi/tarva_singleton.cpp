@@ -5,6 +5,7 @@
 #include "abi/error_conversion.h"
 #include "base/logging.h"
 #include "ir/scheduler/ultra_naive_scheduler.h"
+#include "objects/device_work_dispatcher.h"
 #include "objects/library_device.h"
 #include "properties/device_catalogue.h"
 #include "properties/kernel_catalogue.h"
@@ -141,6 +142,8 @@ void tarva_singleton::shut_down() noexcept {
 }
 
 void tarva_singleton::release_devices() {
+  for (const auto& device : devices_)
+    device->get_dispatcher().wait_until_idle();
   log_info("Releasing devices....");
   for (std::size_t index = 0; index < devices_.size(); ++index) {
     log_info("Releasing device {} of {}.", index + 1, devices_.size());

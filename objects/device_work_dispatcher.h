@@ -28,6 +28,8 @@ public:
                               std::uint64_t sync_id) = 0;
   // Starts the worker; once.
   virtual void start() = 0;
+  // Returns when the worker has nothing to do and holds nothing of what it has done.
+  virtual void wait_until_idle() = 0;
   // Ends the worker and joins it. Work that is left ends with an error. Refused the second time.
   virtual void shutdown() = 0;
 };

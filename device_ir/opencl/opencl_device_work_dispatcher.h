@@ -7,6 +7,7 @@
 #include "objects/device_work_dispatcher.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <list>
 #include <memory>
@@ -39,6 +40,7 @@ public:
   void signal_acquire(const std::shared_ptr<library_device>& release_device,
                       const std::shared_ptr<library_device>& acquire_device, std::uint64_t sync_id) override;
   void start() override;
+  void wait_until_idle() override;
   void shutdown() override;
 
 private:
@@ -67,6 +69,8 @@ private:
     const work_item& head() const { return items[next]; }
   };
 
+  template <class Container, class Item>
+  void take_in(Container& pending, Item&& item);
   void worker_main() noexcept;
   void run_until_shutdown();
   bool has_work();
@@ -80,7 +84,9 @@ private:
   bool take_acquire(work_list& list);
   void abandon_remaining_work() noexcept;
 
-  std::mutex lock_; // guards the two pending containers only
+  std::mutex lock_; // guards the two pending containers and `is_busy_` only
+  bool is_busy_ = false;
+  std::condition_variable became_idle_;
   std::atomic<bool> shutdown_requested_ = false;
   notifier work_pipe_;
   std::thread worker_;

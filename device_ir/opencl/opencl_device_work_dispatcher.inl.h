@@ -28,34 +28,46 @@ opencl_device_work_dispatcher<V>::opencl_device_work_dispatcher(const skerv::ope
                                                                 const skerv::opencl::device<V>& device)
     : queue_(context, device, false, false), profiling_queue_(context, device, false, true) {}
 
-// Closed here too, for a dispatcher that was made but never started or shut down.
+// For a dispatcher that nobody has shut down, since a start or a stop of the library was cut short.
 template <version V>
 opencl_device_work_dispatcher<V>::~opencl_device_work_dispatcher() {
-  work_pipe_.close();
+  if (shutdown_requested_)
+    return;
+  try {
+    shutdown();
+  } catch (...) {
+    log_error("Caught an exception while destroying a work dispatcher.");
+  }
+}
+
+// What is taken in before the shutdown is ended by it, so a refusal means that nothing was taken.
+template <version V>
+template <class Container, class Item>
+void opencl_device_work_dispatcher<V>::take_in(Container& pending, Item&& item) {
+  {
+    const std::lock_guard guard(lock_);
+    if (shutdown_requested_)
+      throw std::logic_error("Cannot submit work to a dispatcher that has been shutdown.");
+    pending.push_back(std::forward<Item>(item));
+    is_busy_ = true;
+  }
+  try {
+    work_pipe_.notify();
+  } catch (const std::logic_error&) {
+    // Closed by a shutdown that came in between.
+  }
 }
 
 template <version V>
 void opencl_device_work_dispatcher<V>::submit_work(command_graph&& graph) {
-  if (shutdown_requested_)
-    throw std::logic_error("Cannot submit work to a dispatcher that has been shutdown.");
-  {
-    const std::lock_guard guard(lock_);
-    pending_graphs_.push_back(std::move(graph));
-  }
-  work_pipe_.notify();
+  take_in(pending_graphs_, std::move(graph));
 }
 
 template <version V>
 void opencl_device_work_dispatcher<V>::signal_acquire(const std::shared_ptr<library_device>& release_device,
                                                       const std::shared_ptr<library_device>& acquire_device,
                                                       std::uint64_t sync_id) {
-  if (shutdown_requested_)
-    throw std::logic_error("Cannot submit work to a dispatcher that has been shutdown.");
-  {
-    const std::lock_guard guard(lock_);
-    pending_acquires_.emplace_back(release_device, acquire_device, sync_id);
-  }
-  work_pipe_.notify();
+  take_in(pending_acquires_, acquire_key(release_device, acquire_device, sync_id));
 }
 
 // The worker lives in a foreign process: the host's signals are the host's threads' to handle.
@@ -67,8 +79,11 @@ void opencl_device_work_dispatcher<V>::start() {
 
 template <version V>
 void opencl_device_work_dispatcher<V>::shutdown() {
-  if (shutdown_requested_.exchange(true))
-    throw std::logic_error("Attempting to shutdown a work dispatcher that was already shutdown.");
+  {
+    const std::lock_guard guard(lock_);
+    if (shutdown_requested_.exchange(true))
+      throw std::logic_error("Attempting to shutdown a work dispatcher that was already shutdown.");
+  }
   work_pipe_.close();
   if (worker_.joinable()) {
     // A worker that ends the process runs the exit handlers itself and cannot join itself.
@@ -109,15 +124,23 @@ template <version V>
 bool opencl_device_work_dispatcher<V>::has_work() {
   if (shutdown_requested_)
     return true;
-  {
-    const std::lock_guard guard(lock_);
-    if (!pending_graphs_.empty() || !pending_acquires_.empty())
-      return true;
-  }
   for (const auto& list : work_lists_)
     if (can_advance(list))
       return true;
-  return false;
+  const std::lock_guard guard(lock_);
+  is_busy_ = !pending_graphs_.empty() || !pending_acquires_.empty();
+  if (!is_busy_)
+    became_idle_.notify_all();
+  return is_busy_;
+}
+
+// A worker that has told the end of a request may still hold it for a moment.
+template <version V>
+void opencl_device_work_dispatcher<V>::wait_until_idle() {
+  if (worker_.get_id() == std::this_thread::get_id())
+    return;
+  std::unique_lock guard(lock_);
+  became_idle_.wait(guard, [this] { return !is_busy_ || shutdown_requested_; });
 }
 
 template <version V>

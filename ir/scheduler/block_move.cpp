@@ -27,6 +27,7 @@ void block_move::settle_after_failure(memory_table& table) const {
   if (has_succeeded(arrival)) {
     free_if_held(staging);
     free_if_held(before.get_host_block());
+    free_if_held(before.get_device_block());
     return;
   }
   free_if_held(destination);

@@ -1,5 +1,6 @@
 #include "ir/scheduler/lowering.h"
 
+#include "base/logging.h"
 #include "ir/logical/operations.h"
 #include "memory/element_range.h"
 #include "memory/library_memory.h"
@@ -62,9 +63,14 @@ void lowering::add_chain(const std::vector<physical_pointer>& steps) {
     graph_.insert_edge(steps[i - 1], steps[i]);
 }
 
-void lowering::settle_after_failure() {
-  for (const block_move& move : moves_)
-    move.settle_after_failure(table_);
+void lowering::settle_after_failure() noexcept {
+  for (const block_move& move : moves_) {
+    try {
+      move.settle_after_failure(table_);
+    } catch (const std::exception& error) {
+      log_error("Could not settle a memory object after a failed operation: {}", error.what());
+    }
+  }
 }
 
 void lowering::withdraw_allocation() {

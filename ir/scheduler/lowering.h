@@ -25,7 +25,7 @@ public:
   const physical_graph& get_graph() const { return graph_; }
   std::exception_ptr get_refusal() const { return refusal_; }
   // After a failure, when no command of the request is running any more.
-  void settle_after_failure();
+  void settle_after_failure() noexcept;
   // After a failure that the caller is told of: no handle will be made for what the request was to allocate.
   void withdraw_allocation();
 

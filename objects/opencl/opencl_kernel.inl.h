@@ -20,14 +20,23 @@ const skerv::opencl::device<V>& access_device_of(const std::shared_ptr<library_p
   return dynamic_cast<const opencl_version_device<V>&>(*program->get_device()).get_access_device();
 }
 
-// A limit that the device would not tell is left to the device.
+// What the device tells; a query that it refuses tells nothing.
 template <class Read>
-auto limit(Read read) -> std::optional<decltype(read())> {
+auto ask(Read read) -> std::optional<decltype(read())> {
   try {
     return read();
   } catch (const skerv::common::error&) {
     return std::nullopt;
   }
+}
+
+// A limit of 0 would forbid everything: a device that gives it tells nothing either.
+template <class Read>
+auto limit(Read read) -> std::optional<decltype(read())> {
+  auto told = ask(read);
+  if (told == decltype(read()){})
+    told.reset();
+  return told;
 }
 
 } // namespace detail
@@ -53,15 +62,16 @@ std::vector<std::string> opencl_version_kernel<V>::get_child_names(const propert
 
 template <version V>
 launch_limits opencl_version_kernel<V>::read_limits() const {
+  using detail::ask;
   using detail::limit;
   using skerv::opencl::device_parameter;
   launch_limits limits;
   limits.has_global_offset = version_traits<V>::has_global_offset;
   limits.zero_global_size_is_allowed = V >= version::v2_1;
   limits.local_size_must_divide = !has_non_uniform_groups();
-  limits.argument_count = limit([this] { return std::uint64_t{kernel_.get_num_args()}; });
+  limits.argument_count = ask([this] { return std::uint64_t{kernel_.get_num_args()}; });
   limits.work_group_size = limit([this] { return kernel_.get_work_group_size(device_); });
-  limits.compile_work_group_size = limit([this] { return kernel_.get_compile_work_group_size(device_); });
+  limits.compile_work_group_size = ask([this] { return kernel_.get_compile_work_group_size(device_); });
   limits.work_item_sizes =
       limit([this] { return device_.template get<device_parameter::max_work_item_sizes>(); });
   limits.local_memory_bytes =
@@ -76,7 +86,7 @@ bool opencl_version_kernel<V>::has_non_uniform_groups() const {
   constexpr std::uint32_t non_uniform_work_group_support = 0x1065;
   if constexpr (V < version::v2_0)
     return false;
-  return detail::limit([this] { return device_.get_bool(non_uniform_work_group_support); }).value_or(true);
+  return detail::ask([this] { return device_.get_bool(non_uniform_work_group_support); }).value_or(true);
 }
 
 template <version V>

@@ -75,6 +75,7 @@ TYPED_TEST(counted_kinds, refuse_null_other_kinds_and_unknown_addresses_in_three
     expect_failure(UNKNOWN_AT_LOOKUP, [&] { this->bridge.get_library_object(handle); });
   }
   EXPECT_EQ("text", this->bridge.get_library_object(error)->get_message());
+  this->bridge.release_error(error);
 }
 
 TYPED_TEST(counted_kinds, end_with_the_release_that_matches_creation_and_retains) {
@@ -224,8 +225,9 @@ private:
 TEST(bridge, destroys_objects_outside_its_lock) {
   abi_bridge bridge;
   bridge.release_error(bridge.make_handle<tarva_abi_error_s>(std::make_shared<visitor_at_the_end>(bridge)));
-  bridge.make_handle<tarva_abi_error_s>(std::make_shared<visitor_at_the_end>(bridge));
+  auto* leaked = bridge.make_handle<tarva_abi_error_s>(std::make_shared<visitor_at_the_end>(bridge));
   bridge.teardown();
+  std::free(leaked);
 }
 
 TEST(bridge, teardown_drops_objects_once_and_survives_a_held_lock) {

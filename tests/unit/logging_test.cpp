@@ -11,7 +11,8 @@
 #include <fstream>
 #include <limits>
 #include <optional>
-#include <regex>
+#include <sstream>
+#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -82,10 +83,26 @@ void log_all_levels() {
   skerv::log_critical("from below");
 }
 
-// The lines without what differs from run to run.
-std::string plain(const std::string& lines) {
-  static const std::regex prefix("\\[\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\] \\[thread \\d+\\] ");
-  return std::regex_replace(lines, prefix, "");
+std::string with_digits_masked(const std::string& text) {
+  std::string masked = text;
+  for (char& each : masked)
+    each = each >= '0' && each <= '9' ? '#' : each;
+  return masked;
+}
+
+// The lines without the date and the thread, which differ from run to run; unless these have another form.
+std::string plain(const std::string& text) {
+  const std::string date = "[####-##-## ##:##:##] [thread ";
+  std::istringstream lines(text);
+  std::string stripped;
+  for (std::string line; std::getline(lines, line); stripped += line + '\n') {
+    const std::size_t end = line.find("] ", date.size());
+    if (end == std::string::npos || with_digits_masked(line).substr(0, date.size()) != date)
+      continue;
+    if (with_digits_masked(line).find_first_not_of('#', date.size()) == end)
+      line.erase(0, end + 2);
+  }
+  return stripped;
 }
 
 TEST_F(logging_test, is_silent_and_leaves_no_file_without_environment) {
@@ -162,21 +179,31 @@ TEST_F(logging_test, notifiers_that_were_never_closed_are_reported_once) {
       plain(left.console));
 }
 
+std::string with_addresses_masked(std::string text) {
+  for (std::size_t at = text.find("0x"); at != std::string::npos; at = text.find("0x", at))
+    text.replace(at, text.find(' ', at) - at, "ADDRESS");
+  return text;
+}
+
 TEST_F(logging_test, the_bridge_reports_handles_that_were_never_given_up) {
-  const traces left = play({{{"TARVA_LOG_LEVEL", "warn"}, {"TARVA_LOG_TARGET", "console"}}, [] {
-                              using namespace tarva::library;
-                              auto error = std::make_shared<error_object>(1, "");
-                              abi_bridge bridge;
-                              bridge.make_handle<tarva_abi_error_s>(error);
-                              bridge.make_handle<tarva_abi_future_s>(nullptr);
-                              bridge.make_property_handle(error->get_property({"ROOT"}), error);
-                              bridge.make_handle<tarva_abi_kernel_s>(nullptr);
-                              bridge.make_handle<tarva_abi_program_s>(nullptr);
-                              bridge.retain(bridge.make_handle<tarva_abi_device_s>(nullptr));
-                              auto* given_up = bridge.make_handle<tarva_abi_memory_s>(nullptr);
-                              bridge.release(given_up);
-                              bridge.teardown();
-                            }});
+  const traces left =
+      play({{{"TARVA_LOG_LEVEL", "warn"}, {"TARVA_LOG_TARGET", "console"}}, [] {
+              using namespace tarva::library;
+              const auto error = std::make_shared<error_object>(1, "");
+              abi_bridge bridge;
+              auto* device = bridge.make_handle<tarva_abi_device_s>(nullptr);
+              bridge.retain(device);
+              bridge.release(bridge.make_handle<tarva_abi_memory_s>(nullptr));
+              void* const records[] = {bridge.make_handle<tarva_abi_error_s>(error),
+                                       bridge.make_handle<tarva_abi_future_s>(nullptr),
+                                       bridge.make_property_handle(error->get_property({"ROOT"}), error),
+                                       bridge.make_handle<tarva_abi_kernel_s>(nullptr),
+                                       bridge.make_handle<tarva_abi_program_s>(nullptr),
+                                       device};
+              bridge.teardown();
+              for (void* record : records)
+                std::free(record);
+            }});
   const std::string expected =
       "[tarva] [warning] User reference count of device ADDRESS is 2, but expected a count of 0.\n"
       "[tarva] [warning] User reference count of program ADDRESS is 1, but expected a count of 0.\n"
@@ -184,7 +211,7 @@ TEST_F(logging_test, the_bridge_reports_handles_that_were_never_given_up) {
       "[tarva] [warning] Property object ADDRESS was not destroyed.\n"
       "[tarva] [warning] Future object ADDRESS was not destroyed.\n"
       "[tarva] [warning] Error object ADDRESS was not destroyed.\n";
-  EXPECT_EQ(expected, std::regex_replace(plain(left.console), std::regex("0x[0-9a-f]+"), "ADDRESS"));
+  EXPECT_EQ(expected, with_addresses_masked(plain(left.console)));
 }
 
 TEST_F(logging_test, identifiers_count_up_until_the_pool_is_spent) {

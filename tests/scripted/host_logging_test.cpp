@@ -1,0 +1,38 @@
+// A host program with loggers of its own under the library's names: neither sees anything of the other.
+#include "tests/device/caller.h"
+#include "tests/scripted/scripted_qv.h"
+
+#include <gtest/gtest.h>
+#include <spdlog/sinks/ostream_sink.h>
+#include <spdlog/spdlog.h>
+
+#include <cstdlib>
+#include <sstream>
+
+namespace {
+
+TEST(host_logging, stays_apart_from_the_librarys) {
+  std::ostringstream host_lines;
+  const auto sink = std::make_shared<spdlog::sinks::ostream_sink_mt>(host_lines);
+  for (const char* name : {"tarva", "skerv"})
+    spdlog::register_logger(std::make_shared<spdlog::logger>(name, sink));
+  spdlog::set_pattern("host %n: %v");
+
+  for (const char* layer : {"TARVA", "SKERV"}) {
+    setenv((std::string(layer) + "_LOG_TARGET").c_str(), "console", 1);
+    setenv((std::string(layer) + "_LOG_LEVEL").c_str(), "trace", 1);
+  }
+  scripted::set_devices({{"one", {3}}});
+  ::testing::internal::CaptureStderr();
+  EXPECT_EQ(caller::devices().size(), 1U);
+  const std::string library_lines = ::testing::internal::GetCapturedStderr();
+
+  spdlog::get("tarva")->info("one");
+  spdlog::get("skerv")->trace("too low");
+  spdlog::get("skerv")->warn("two");
+  EXPECT_EQ(host_lines.str(), "host tarva: one\nhost skerv: two\n");
+  EXPECT_NE(library_lines.find("] [tarva] [info] Starting TARVA."), std::string::npos) << library_lines;
+  EXPECT_EQ(library_lines.find("host "), std::string::npos);
+}
+
+} // namespace
