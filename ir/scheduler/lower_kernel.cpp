@@ -38,9 +38,12 @@ void lowering::check_launch(const logical_ir::kernel& operation) {
   for (std::uint64_t index = 0; index < arguments.get_argument_count(); ++index) {
     const kernel_argument_base* argument = arguments.get_argument(index).get();
     if (const auto* global = dynamic_cast<const kernel_argument_typed_library_memory_array*>(argument)) {
-      table_.find(global->get_memory());
+      const memory_state& state = table_.find(global->get_memory());
       if (global->get_memory()->get_num_elements() == 0)
         refuse_empty_argument("Memory", index);
+      if (state.is_on_host())
+        static_cast<void>(
+            state.get_host_block()->get_read_pointer(0)); // an allocation that failed left no storage
     } else if (const auto* local = dynamic_cast<const kernel_argument_local_memory*>(argument)) {
       if (local->get_num_elements() == 0)
         refuse_empty_argument("Local memory", index);

@@ -33,6 +33,14 @@ void check_copy(const logical_ir::copy_tarva_to_tarva& copy, bool host_only) {
                            " of one memory object would overlap itself.");
 }
 
+// An object whose allocation has failed has no storage for OpenCL to read or write.
+void check_storage(const memory_state& source, const memory_state& destination) {
+  if (source.is_on_host() && !source.get_host_block()->has_storage())
+    static_cast<void>(source.get_host_block()->get_read_pointer(0));
+  if (destination.is_on_host() && !destination.get_host_block()->has_storage())
+    static_cast<void>(destination.get_host_block()->get_write_pointer(0));
+}
+
 // The refusal of a read or write, which its future delivers; the caller's block always fits.
 std::exception_ptr check_user_copy(const library_memory& memory, std::uint64_t start, std::uint64_t count,
                                    bool on_host, bool is_read) {
@@ -159,6 +167,7 @@ void lowering::visit(const logical_ir::copy_tarva_to_tarva& operation) {
   const std::uint64_t count = operation.get_count();
   if (count == 0)
     return;
+  check_storage(source, destination);
   if (source.is_on_host() && destination.is_on_host())
     add<physical_ir::copy_host_to_host>(host_device_, source.get_host_block(), destination.get_host_block(),
                                         from, to, count);

@@ -73,33 +73,32 @@ struct row {
     static_cast<void>(s);                                                                                    \
     return (__VA_ARGS__);                                                                                    \
   }
+// A call that ends like this, and one whose argument check says this behind the name of the function.
+#define ROW(expected, function, ...)                                                                         \
+  { expected, CALL(call<function>(__VA_ARGS__)) }
+#define CHECK(function, words, ...) ROW(invalid_argument(#function ": " words), function, __VA_ARGS__)
 
 const outcome UNKNOWN = runtime_failure("Lookup of internal type map failed.");
 const outcome NO_TYPE = runtime_failure("Unknown data type.");
 const outcome NO_IR = runtime_failure("Unknown IR type.");
-const outcome NO_VALUE =
-    logic_failure("NULL pointer provided as a pointer to a value, but the data type has a non-zero size.");
+const outcome NO_VALUE = logic_failure("NULL pointer provided as a pointer to a value, but "
+                                       "the data type has a non-zero size.");
 const outcome NO_HEADER = logic_failure("Unknown IR header type.");
 const outcome NO_OPTIONS =
     logic_failure("Attempting to make a string of the options, but the options argument is NULL.");
 
-outcome no_root(const std::string& function) {
-  return invalid_argument(
-      function + ": property argument is NULL, but expected a memory location to write the result property.");
-}
+#define NO_ROOT                                                                                              \
+  "property argument is NULL, but expected a memory "                                                        \
+  "location to write the result property."
 
 const row DEVICES_AND_PROGRAMS[] = {
-    {invalid_argument(
-         "tarva_abi_get_devices: devices argument is NULL, but expected a memory location to return "
-         "the device array."),
-     CALL(call<tarva_abi_get_devices>(nullptr))},
-    {no_root("tarva_abi_get_device_root_property"),
-     CALL(call<tarva_abi_get_device_root_property>(unknown, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_device_root_property>(unknown, &s.out.property))},
-    {UNKNOWN, CALL(call<tarva_abi_get_builtin_program>(unknown, &s.out.program))},
-    {invalid_argument(
-         "tarva_abi_check_device_ir_support : supported argument is NULL, but should point to a valid "
-         "memory location to return a result."),
+    CHECK(tarva_abi_get_devices,
+          "devices argument is NULL, but expected a memory location to return the device array.", nullptr),
+    CHECK(tarva_abi_get_device_root_property, NO_ROOT, unknown, nullptr),
+    ROW(UNKNOWN, tarva_abi_get_device_root_property, unknown, &s.out.property),
+    ROW(UNKNOWN, tarva_abi_get_builtin_program, unknown, &s.out.program),
+    {invalid_argument("tarva_abi_check_device_ir_support : supported argument is NULL, but should "
+                      "point to a valid memory location to return a result."),
      CALL(s.check_ir<tarva_abi_check_device_ir_support>(unknown, &s.no_header, 0, nullptr, nullptr))},
     {UNKNOWN, CALL(s.check_ir<tarva_abi_check_device_ir_support>(unknown, &s.no_header, 0, nullptr,
                                                                  &s.out.supported))},
@@ -109,9 +108,8 @@ const row DEVICES_AND_PROGRAMS[] = {
                                                                &s.out.supported))},
     {NO_HEADER, CALL(s.check_ir<tarva_abi_check_device_ir_support>(s.device.get(), &s.no_header, 9, "",
                                                                    &s.out.supported))},
-    {invalid_argument(
-         "tarva_abi_load_device_ir : result argument is NULL, but should point to a valid memory "
-         "location to return the build result."),
+    {invalid_argument("tarva_abi_load_device_ir : result argument is NULL, but should point to "
+                      "a valid memory location to return the build result."),
      CALL(s.check_ir<tarva_abi_load_device_ir>(unknown, &s.no_header, 0, nullptr, nullptr, nullptr))},
     {UNKNOWN,
      CALL(s.check_ir<tarva_abi_load_device_ir>(unknown, &s.no_header, 0, nullptr, nullptr, &s.out.build))},
@@ -125,34 +123,29 @@ const row DEVICES_AND_PROGRAMS[] = {
     {NO_VALUE, CALL(s.load_with(TARVA_ABI_TYPE_INT32, nullptr))},
     {logic_failure("IR is not supported by the device."),
      CALL(s.check_ir<tarva_abi_load_device_ir>(s.device.get(), nullptr, 5, "", nullptr, &s.out.build))},
-    {no_root("tarva_abi_get_program_root_property"),
-     CALL(call<tarva_abi_get_program_root_property>(unknown, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_program_root_property>(unknown, &s.out.property))},
-    {invalid_argument(
-         "tarva_abi_get_kernel: kernel argument is NULL, but expected a memory location to write the "
-         "result kernel."),
-     CALL(call<tarva_abi_get_kernel>(unknown, nullptr, nullptr))},
-    {invalid_argument(
-         "tarva_abi_get_kernel: kernel name argument is NULL, but expected a kernel name string to "
-         "extract the kernel."),
-     CALL(call<tarva_abi_get_kernel>(unknown, nullptr, &s.out.kernel))},
-    {UNKNOWN, CALL(call<tarva_abi_get_kernel>(unknown, "none", &s.out.kernel))},
+    CHECK(tarva_abi_get_program_root_property, NO_ROOT, unknown, nullptr),
+    ROW(UNKNOWN, tarva_abi_get_program_root_property, unknown, &s.out.property),
+    CHECK(tarva_abi_get_kernel,
+          "kernel argument is NULL, but expected a memory location to write the result kernel.", unknown,
+          nullptr, nullptr),
+    CHECK(tarva_abi_get_kernel,
+          "kernel name argument is NULL, but expected a kernel name string to extract the kernel.", unknown,
+          nullptr, &s.out.kernel),
+    ROW(UNKNOWN, tarva_abi_get_kernel, unknown, "none", &s.out.kernel),
     {other_failure("Kernel name not found in the program."),
      CALL(call<tarva_abi_get_kernel>(s.program.get(), "none", &s.out.kernel))},
-    {no_root("tarva_abi_get_kernel_root_property"),
-     CALL(call<tarva_abi_get_kernel_root_property>(unknown, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_kernel_root_property>(unknown, &s.out.property))},
+    CHECK(tarva_abi_get_kernel_root_property, NO_ROOT, unknown, nullptr),
+    ROW(UNKNOWN, tarva_abi_get_kernel_root_property, unknown, &s.out.property),
 };
 
 const row LAUNCHES[] = {
-    {invalid_argument("tarva_abi_kernel_call: argument array is NULL but number of arguments is not zero."),
-     CALL(call<tarva_abi_kernel_call>(unknown, nullptr, std::uint64_t{1}, nullptr))},
-    {invalid_argument(
-         "tarva_abi_kernel_call: launch range is NULL, so there is no way to execute the kernel."),
-     CALL(call<tarva_abi_kernel_call>(unknown, nullptr, std::uint64_t{0}, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_kernel_call>(unknown, nullptr, std::uint64_t{0}, &s.no_range))},
-    {invalid_argument("tarva_abi_kernel_call: Unknown launch type provided in the launch range argument."),
-     CALL(call<tarva_abi_kernel_call>(s.kernel.get(), nullptr, std::uint64_t{0}, &s.no_range))},
+    CHECK(tarva_abi_kernel_call, "argument array is NULL but number of arguments is not zero.", unknown,
+          nullptr, 1, nullptr),
+    CHECK(tarva_abi_kernel_call, "launch range is NULL, so there is no way to execute the kernel.", unknown,
+          nullptr, 0, nullptr),
+    ROW(UNKNOWN, tarva_abi_kernel_call, unknown, nullptr, 0, &s.no_range),
+    CHECK(tarva_abi_kernel_call, "Unknown launch type provided in the launch range argument.", s.kernel.get(),
+          nullptr, 0, &s.no_range),
     {runtime_failure("Unsupported argument type."), CALL(s.launch_with({4, 0, 0}))},
     {NO_TYPE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_VALUE, 0, 0}))},
     {NO_VALUE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_VALUE, TARVA_ABI_TYPE_INT8, 0}))},
@@ -161,100 +154,82 @@ const row LAUNCHES[] = {
 };
 
 const row MEMORY[] = {
-    {invalid_argument(
-         "tarva_abi_memory_allocate_typed: allocation result argument is NULL, but expected a memory "
-         "location to return the memory object."),
-     CALL(call<tarva_abi_memory_allocate_typed>(nullptr, std::uint64_t{0}, std::uint64_t{1}, nullptr))},
-    {NO_TYPE,
-     CALL(call<tarva_abi_memory_allocate_typed>(nullptr, std::uint64_t{0}, std::uint64_t{1}, &s.out.memory))},
-    {no_root("tarva_abi_get_memory_root_property"),
-     CALL(call<tarva_abi_get_memory_root_property>(unknown, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_memory_root_property>(unknown, &s.out.property))},
-    {invalid_argument(
-         "tarva_abi_fill_memory: value argument is NULL, but expected a memory location that contains "
-         "a value to write."),
-     CALL(call<tarva_abi_fill_memory>(unknown, nullptr, ~std::uint64_t{0}, std::uint64_t{9}))},
-    {UNKNOWN, CALL(call<tarva_abi_fill_memory>(unknown, &s.value, ~std::uint64_t{0}, std::uint64_t{9}))},
+    CHECK(tarva_abi_memory_allocate_typed,
+          "allocation result argument is NULL, but expected a memory location to return the memory object.",
+          nullptr, 0, 1, nullptr),
+    ROW(NO_TYPE, tarva_abi_memory_allocate_typed, nullptr, 0, 1, &s.out.memory),
+    CHECK(tarva_abi_get_memory_root_property, NO_ROOT, unknown, nullptr),
+    ROW(UNKNOWN, tarva_abi_get_memory_root_property, unknown, &s.out.property),
+    CHECK(tarva_abi_fill_memory,
+          "value argument is NULL, but expected a memory location that contains a value to write.", unknown,
+          nullptr, 9, 9),
+    ROW(UNKNOWN, tarva_abi_fill_memory, unknown, &s.value, 9, 9),
     {UNKNOWN, CALL(copy({}, 9, s.floats, 9, 9))},
     {UNKNOWN, CALL(copy(s.ints, 9, {}, 9, 9))},
     {logic_failure("Cannot copy between memory objects with different types."),
      CALL(copy(s.ints, 9, s.floats, 9, 9))},
-    {invalid_argument(
-         "tarva_abi_async_read_memory: future argument is NULL, but expected a memory location to store "
-         "the returned future object."),
-     CALL(call<tarva_abi_async_read_memory>(unknown, std::uint64_t{9}, std::uint64_t{9}, nullptr, nullptr))},
-    {invalid_argument(
-         "tarva_abi_async_read_memory: dest argument is NULL, but expected a memory location to write "
-         "memory contents."),
-     CALL(call<tarva_abi_async_read_memory>(unknown, std::uint64_t{9}, std::uint64_t{9}, nullptr,
-                                            &s.out.future))},
-    {UNKNOWN, CALL(call<tarva_abi_async_read_memory>(unknown, std::uint64_t{9}, std::uint64_t{9}, &s.value,
-                                                     &s.out.future))},
-    {invalid_argument(
-         "tarva_abi_async_write_memory: future argument is NULL, but expected a memory location to "
-         "store the returned future object."),
-     CALL(call<tarva_abi_async_write_memory>(unknown, std::uint64_t{9}, std::uint64_t{9}, nullptr, nullptr))},
-    {invalid_argument(
-         "tarva_abi_async_write_memory: src argument is NULL, but expected a memory location to read "
-         "memory contents."),
-     CALL(call<tarva_abi_async_write_memory>(unknown, std::uint64_t{9}, std::uint64_t{9}, nullptr,
-                                             &s.out.future))},
-    {UNKNOWN, CALL(call<tarva_abi_async_write_memory>(unknown, std::uint64_t{9}, std::uint64_t{9}, &s.value,
-                                                      &s.out.future))},
-    {invalid_argument(
-         "tarva_abi_wait_future: The argument future_error_code is NULL and a memory location to return "
-         "an error code is required."),
-     CALL(call<tarva_abi_wait_future>(unknown, nullptr, &s.out.error))},
-    {UNKNOWN, CALL(call<tarva_abi_wait_future>(unknown, &s.out.code, &s.out.error))},
+    CHECK(tarva_abi_async_read_memory,
+          "future argument is NULL, but expected a memory location to store the returned future object.",
+          unknown, 9, 9, nullptr, nullptr),
+    CHECK(tarva_abi_async_read_memory,
+          "dest argument is NULL, but expected a memory location to write memory contents.", unknown, 9, 9,
+          nullptr, &s.out.future),
+    ROW(UNKNOWN, tarva_abi_async_read_memory, unknown, 9, 9, &s.value, &s.out.future),
+    CHECK(tarva_abi_async_write_memory,
+          "future argument is NULL, but expected a memory location to store the returned future object.",
+          unknown, 9, 9, nullptr, nullptr),
+    CHECK(tarva_abi_async_write_memory,
+          "src argument is NULL, but expected a memory location to read memory contents.", unknown, 9, 9,
+          nullptr, &s.out.future),
+    ROW(UNKNOWN, tarva_abi_async_write_memory, unknown, 9, 9, &s.value, &s.out.future),
+    CHECK(tarva_abi_wait_future,
+          "The argument future_error_code is NULL and a memory "
+          "location to return an error code is required.",
+          unknown, nullptr, &s.out.error),
+    ROW(UNKNOWN, tarva_abi_wait_future, unknown, &s.out.code, &s.out.error),
 };
 
 const row ERRORS_AND_PROPERTIES[] = {
-    {no_root("tarva_abi_get_error_root_property"),
-     CALL(call<tarva_abi_get_error_root_property>(unknown, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_error_root_property>(unknown, &s.out.property))},
-    {invalid_argument(
-         "tarva_abi_get_nested_error: nested_error argument is NULL, but expected a memory location to "
-         "write the nested error."),
-     CALL(call<tarva_abi_get_nested_error>(unknown, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_nested_error>(unknown, &s.out.error))},
-    {invalid_argument(
-         "tarva_abi_get_child_property_by_name: parent property argument is NULL, but expected a "
-         "property to search for its child."),
-     CALL(call<tarva_abi_get_child_property_by_name>(nullptr, nullptr, nullptr))},
-    {invalid_argument(
-         "tarva_abi_get_child_property_by_name: property name argument is NULL, but expected the name "
-         "of a property to search."),
-     CALL(call<tarva_abi_get_child_property_by_name>(unknown, nullptr, nullptr))},
-    {invalid_argument(
-         "tarva_abi_get_child_property_by_name: property return pointer is NULL, but expected a memory "
-         "location to write the result."),
-     CALL(call<tarva_abi_get_child_property_by_name>(unknown, "NAME", nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_child_property_by_name>(unknown, "NAME", &s.out.property))},
-    {runtime_failure(
-         "tarva_abi_get_all_children_properties: parent property is NULL, but expected a property to "
-         "query for its children."),
+    CHECK(tarva_abi_get_error_root_property, NO_ROOT, unknown, nullptr),
+    ROW(UNKNOWN, tarva_abi_get_error_root_property, unknown, &s.out.property),
+    CHECK(tarva_abi_get_nested_error,
+          "nested_error argument is NULL, but expected a memory location to write the nested error.", unknown,
+          nullptr),
+    ROW(UNKNOWN, tarva_abi_get_nested_error, unknown, &s.out.error),
+    CHECK(tarva_abi_get_child_property_by_name,
+          "parent property argument is NULL, but expected a property to search for its child.", nullptr,
+          nullptr, nullptr),
+    CHECK(tarva_abi_get_child_property_by_name,
+          "property name argument is NULL, but expected the name of a property to search.", unknown, nullptr,
+          nullptr),
+    CHECK(tarva_abi_get_child_property_by_name,
+          "property return pointer is NULL, but expected a memory location to write the result.", unknown,
+          "NAME", nullptr),
+    ROW(UNKNOWN, tarva_abi_get_child_property_by_name, unknown, "NAME", &s.out.property),
+    {runtime_failure("tarva_abi_get_all_children_properties: parent property is NULL, but "
+                     "expected a property to query for its children."),
      CALL(call<tarva_abi_get_all_children_properties>(nullptr, nullptr))},
-    {runtime_failure(
-         "tarva_abi_get_all_children_properties: property array return pointer is NULL, but expected a "
-         "memory location to return the result."),
+    {runtime_failure("tarva_abi_get_all_children_properties: property array return pointer is "
+                     "NULL, but expected a memory location to return the result."),
      CALL(call<tarva_abi_get_all_children_properties>(unknown, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_all_children_properties>(unknown, &s.out.properties))},
-    {invalid_argument(
-         "tarva_abi_get_property_tree_string: property argument is NULL, but a property is expected."),
-     CALL(call<tarva_abi_get_property_tree_string>(nullptr, nullptr, nullptr))},
-    {invalid_argument(
-         "tarva_abi_get_property_tree_string: format argument is NULL, but a pointer to a property "
-         "formatting argument is expected."),
-     CALL(call<tarva_abi_get_property_tree_string>(unknown, nullptr, nullptr))},
-    {invalid_argument(
-         "tarva_abi_get_property_tree_string: string return argument is NULL, but a memory location to "
-         "return the property tree string is required."),
-     CALL(call<tarva_abi_get_property_tree_string>(unknown, &s.no_format, nullptr))},
-    {UNKNOWN, CALL(call<tarva_abi_get_property_tree_string>(unknown, &s.no_format, &s.out.text))},
-    {invalid_argument("tarva_abi_get_property_tree_string: Unknown property tree string format provided."),
-     CALL(call<tarva_abi_get_property_tree_string>(s.root.get(), &s.no_format, &s.out.text))},
+    ROW(UNKNOWN, tarva_abi_get_all_children_properties, unknown, &s.out.properties),
+    CHECK(tarva_abi_get_property_tree_string, "property argument is NULL, but a property is expected.",
+          nullptr, nullptr, nullptr),
+    CHECK(tarva_abi_get_property_tree_string,
+          "format argument is NULL, but a pointer to a property formatting argument is expected.", unknown,
+          nullptr, nullptr),
+    CHECK(tarva_abi_get_property_tree_string,
+          "string return argument is NULL, but a memory location to "
+          "return the property tree string is required.",
+          unknown, &s.no_format, nullptr),
+    ROW(UNKNOWN, tarva_abi_get_property_tree_string, unknown, &s.no_format, &s.out.text),
+    CHECK(tarva_abi_get_property_tree_string, "Unknown property tree string format provided.", s.root.get(),
+          &s.no_format, &s.out.text),
 };
 
+#undef CHECK
+#undef ROW
+#undef NO_ROOT
 #undef CALL
 
 std::string converted(const std::string& message) {
@@ -262,8 +237,8 @@ std::string converted(const std::string& message) {
          message + "\n";
 }
 
-// The functions without a result leave a line and nothing else: for NULL, for a live handle of another kind, and for
-// what was never a handle. An empty message is no line.
+// The functions without a result leave a line and nothing else: for NULL, for a live handle of another kind,
+// and for what was never a handle. An empty message is no line.
 template <class Record>
 void refuse(std::string& lines, void (*function)(void*, Record*), void* other,
             const std::array<std::string, 3>& messages) {

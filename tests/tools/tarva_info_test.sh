@@ -66,11 +66,10 @@ json() { python3 -c "import json, sys; all = json.load(sys.stdin); print($1)"; }
 xml_part() {
   need xmllint
   "$tool" --xml | xmllint --noout - || fail "all devices"
-  i=0
-  while [ $i -lt "$("$tool" --list | tail -n +2 | wc -l)" ]; do
-    "$tool" --xml $i | xmllint --noout - || fail "device $i"
-    equal "name of $i" "$("$tool" --xml $i | value_in_xml CL_DEVICE_NAME)" "$("$tool" $i --get NAME)"
-    i=$((i + 1))
+  names=$("$tool" --raw --prop CL_DEVICE_NAME | tr -s ' ')
+  for i in $(seq 0 $(($(echo "$names" | wc -l) - 1))); do
+    equal "name of $i" "[$i] CL_DEVICE_NAME $("$tool" --xml "$i" | value_in_xml CL_DEVICE_NAME)" \
+      "$(echo "$names" | sed -n $((i + 1))p)"
   done
 }
 
