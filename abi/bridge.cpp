@@ -145,26 +145,30 @@ void abi_bridge::retain(const record* handle) {
 template <counted_handle record>
 bool abi_bridge::release(record* handle) {
   typename handle_table<record>::node ended; // dropped after the unlock
+  void* oldest = nullptr;
   {
     const std::lock_guard guard(lock_);
     test_kind(handle);
     ended = table<record>().release(handle);
+    if (!ended)
+      return false;
+    oldest = retired_.exchange(handle);
   }
-  if (!ended)
-    return false;
-  std::free(handle);
+  std::free(oldest);
   return true;
 }
 
 template <typename record>
 void abi_bridge::remove(record* handle) {
   typename handle_table<record>::node ended; // dropped after the unlock
+  void* oldest = nullptr;
   {
     const std::lock_guard guard(lock_);
     test_kind(handle);
     ended = table<record>().remove(handle);
+    oldest = retired_.exchange(handle);
   }
-  std::free(handle);
+  std::free(oldest);
 }
 
 void abi_bridge::release_future(tarva_abi_future_s* handle) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "abi/handle_table.h"
+#include "abi/retired_records.h"
 #include "properties/data_type.h"
 
 #include <mutex>
@@ -66,7 +67,7 @@ private:
     return std::get<handle_table<record>>(tables_);
   }
 
-  // To be called with the lock held, like everything that looks into the tables.
+  // With the lock held.
   template <typename record>
   void test_kind(const record* handle) const;
   template <typename record>
@@ -77,6 +78,7 @@ private:
 
   mutable std::mutex lock_;
   handle_tables tables_;
+  retired_records retired_;
 };
 
 // The library's enumerators have the interface's values.

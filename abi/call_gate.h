@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/process_fault.h"
+
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -27,7 +29,7 @@ public:
       // Counted first, so that whoever closes the gate and then finds no call inside is right.
       calls_.fetch_add(1);
       ++own_calls_;
-      granted_ = !gate.closed_.load();
+      granted_ = !gate.closed_.load() && !process_has_failed();
     }
     permit(const permit&) = delete;
     permit& operator=(const permit&) = delete;

@@ -4,6 +4,7 @@
 #include "abi/device_detection.h"
 #include "abi/error_conversion.h"
 #include "base/logging.h"
+#include "base/process_fault.h"
 #include "ir/scheduler/ultra_naive_scheduler.h"
 #include "objects/device_work_dispatcher.h"
 #include "objects/library_device.h"
@@ -72,6 +73,11 @@ public:
     if (getpid() != process_)
       return;
     the_gate.close();
+    if (process_has_failed()) {
+      // Callers sleep inside for ever, and workers may still be at work: all of it is left as it is.
+      library_->shut_down();
+      return;
+    }
     the_gate.wait_for_other_threads(PATIENCE_WITH_SHORT_CALLS);
     library_->shut_down();
     the_gate.wait_for_other_threads(PATIENCE_WITH_LONG_CALLS);
@@ -142,8 +148,9 @@ void tarva_singleton::shut_down() noexcept {
 }
 
 void tarva_singleton::release_devices() {
-  for (const auto& device : devices_)
-    device->get_dispatcher().wait_until_idle();
+  if (!process_has_failed())
+    for (const auto& device : devices_)
+      device->get_dispatcher().wait_until_idle();
   log_info("Releasing devices....");
   for (std::size_t index = 0; index < devices_.size(); ++index) {
     log_info("Releasing device {} of {}.", index + 1, devices_.size());

@@ -2,6 +2,7 @@
 #include "capability/executor.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace qv {
 namespace {
@@ -71,6 +72,10 @@ void set_program_specialization_constant(const root_device& device,
 }
 
 void build_program(const root_device& device, build_program_record& record) {
+  static std::mutex one_at_a_time;
+  std::unique_lock guard(one_at_a_time, std::defer_lock);
+  if (device.faults.builds_are_not_thread_safe)
+    guard.lock();
   using opencl_callback = void(CL_CALLBACK*)(cl_program, void*);
   record.status = call_or_refuse(device.cl.build_program, static_cast<cl_program>(record.program),
                                  record.num_devices, device_array(record.device_list), record.options,

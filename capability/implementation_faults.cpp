@@ -8,6 +8,7 @@ implementation_faults faults_of_platform(std::string_view platform_name) {
     faults.uses_ended_thread_locals = true;
     faults.reads_null_value_arguments = true;
     faults.kernel_attributes_dangle = true;
+    faults.builds_are_not_thread_safe = true;
   } else if (platform_name == "Portable Computing Language") {
     faults.asserts_on_large_local_arguments = true;
     faults.asserts_on_truncated_binaries = true;

@@ -18,6 +18,8 @@ struct implementation_faults {
   bool asserts_on_large_local_arguments = false;
   // A binary cut short ends the process.
   bool asserts_on_truncated_binaries = false;
+  // Two threads that build at once spoil its memory.
+  bool builds_are_not_thread_safe = false;
   // A binary that is not its own ends the process.
   bool aborts_on_foreign_binaries = false;
 };

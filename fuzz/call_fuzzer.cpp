@@ -40,6 +40,8 @@ objects start() {
   std::atexit([] {
     std::fprintf(stderr, "%llu calls\n", static_cast<unsigned long long>(fuzz::call_player::calls_made()));
   });
+  setenv("TARVA_LOG_TARGET", "console", 0);
+  setenv("TARVA_LOG_LEVEL", "critical", 0);  // why it ended the process, if it did
   tarva_abi_retain_device(nullptr, nullptr); // starts the library
   return scripted::live_objects();
 }

@@ -33,6 +33,7 @@ inline constexpr std::uint32_t kernel_program = 0x1194;
 inline constexpr std::uint32_t kernel_attributes = 0x1195;
 inline constexpr std::uint32_t kernel_work_group_size = 0x11B0;
 inline constexpr std::uint32_t kernel_compile_work_group_size = 0x11B1;
+inline constexpr std::uint32_t kernel_local_mem_size = 0x11B2;
 inline constexpr std::uint32_t kernel_preferred_work_group_size_multiple = 0x11B3;
 inline constexpr std::uint32_t kernel_global_work_size = 0x11B5;
 

@@ -35,6 +35,10 @@ public:
   std::uint64_t get_work_group_size(const device<V>& device) const {
     return get_number(common::cl::kernel_work_group_size, device);
   }
+  // Bytes of local memory that the kernel's own variables take.
+  std::uint64_t get_local_memory_size(const device<V>& device) const {
+    return get_number(common::cl::kernel_local_mem_size, device);
+  }
   template <version W = V>
   std::uint64_t get_preferred_work_group_size_multiple(const device<V>& device) const
       requires(version_traits<W>::has_work_group_size_multiple) {

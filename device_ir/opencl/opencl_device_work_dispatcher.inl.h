@@ -3,12 +3,12 @@
 
 #include "base/logging.h"
 #include "base/masked_signals.h"
+#include "base/process_fault.h"
 #include "device_ir/host_function_call.h"
 #include "device_ir/opencl/opencl_device_work_dispatcher.h"
 #include "device_ir/synchronization.h"
 #include "objects/opencl/opencl_device.h"
 
-#include <cstdlib>
 #include <stdexcept>
 
 namespace oryn::tarva::library::device_ir::opencl {
@@ -85,13 +85,15 @@ void opencl_device_work_dispatcher<V>::shutdown() {
       throw std::logic_error("Attempting to shutdown a work dispatcher that was already shutdown.");
   }
   work_pipe_.close();
-  if (worker_.joinable()) {
-    // A worker that ends the process runs the exit handlers itself and cannot join itself.
-    if (worker_.get_id() == std::this_thread::get_id())
+  // A worker that ends the process runs the exit handlers itself: it cannot join itself, must not wait for another
+  // worker that may have failed too, and must wake no caller.
+  if (process_has_failed()) {
+    if (worker_.joinable())
       worker_.detach();
-    else
-      worker_.join();
+    return;
   }
+  if (worker_.joinable())
+    worker_.join();
   abandon_remaining_work();
 }
 
@@ -137,8 +139,6 @@ bool opencl_device_work_dispatcher<V>::has_work() {
 // A worker that has told the end of a request may still hold it for a moment.
 template <version V>
 void opencl_device_work_dispatcher<V>::wait_until_idle() {
-  if (worker_.get_id() == std::this_thread::get_id())
-    return;
   std::unique_lock guard(lock_);
   became_idle_.wait(guard, [this] { return !is_busy_ || shutdown_requested_; });
 }
@@ -165,10 +165,10 @@ void opencl_device_work_dispatcher<V>::worker_main() noexcept {
     log_critical(
         "[device dispatcher] worker thread encountered an exception.  Aborting program. Exception: {}",
         error.what());
-    std::exit(1);
+    fail_process();
   } catch (...) {
     log_critical("[device dispatcher] worker thread encountered an unknown exception.  Aborting program.");
-    std::exit(1);
+    fail_process();
   }
 }
 

@@ -9,6 +9,7 @@
 #include "objects/opencl/opencl_device.h"
 #include "objects/opencl/opencl_kernel.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace oryn::tarva::library {
@@ -76,17 +77,26 @@ launch_limits opencl_version_kernel<V>::read_limits() const {
       limit([this] { return device_.template get<device_parameter::max_work_item_sizes>(); });
   limits.local_memory_bytes =
       limit([this] { return device_.template get<device_parameter::local_mem_size>(); });
+  // The kernel's own local variables take room from its arguments.
+  const auto own_bytes = ask([this] { return kernel_.get_local_memory_size(device_); }).value_or(0);
+  if (limits.local_memory_bytes)
+    *limits.local_memory_bytes -= std::min(own_bytes, *limits.local_memory_bytes);
   limits.address_bits = limit([this] { return device_.template get<device_parameter::address_bits>(); });
   return limits;
 }
 
-// From 2.0 on a device has them, unless it is of a later version that made them optional and says no.
+// A device of 2.x has them. One of a later version, which made them optional, is asked; one of an earlier version that is
+// used as 2.x has none.
 template <version V>
 bool opencl_version_kernel<V>::has_non_uniform_groups() const {
   constexpr std::uint32_t non_uniform_work_group_support = 0x1065;
   if constexpr (V < version::v2_0)
     return false;
-  return detail::ask([this] { return device_.get_bool(non_uniform_work_group_support); }).value_or(true);
+  if (const auto told = detail::ask([this] { return device_.get_bool(non_uniform_work_group_support); }))
+    return *told;
+  const auto text =
+      detail::ask([this] { return device_.template get<skerv::opencl::device_parameter::version>(); });
+  return !text || text->rfind("OpenCL 1.", 0) != 0;
 }
 
 template <version V>

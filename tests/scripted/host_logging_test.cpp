@@ -14,8 +14,9 @@ namespace {
 TEST(host_logging, stays_apart_from_the_librarys) {
   std::ostringstream host_lines;
   const auto sink = std::make_shared<spdlog::sinks::ostream_sink_mt>(host_lines);
-  for (const char* name : {"tarva", "skerv"})
-    spdlog::register_logger(std::make_shared<spdlog::logger>(name, sink));
+  spdlog::logger tarva("tarva", sink), skerv("skerv", sink);
+  for (spdlog::logger* one : {&tarva, &skerv})
+    spdlog::register_logger(std::shared_ptr<spdlog::logger>(one, [](spdlog::logger*) {}));
   spdlog::set_pattern("host %n: %v");
 
   for (const char* layer : {"TARVA", "SKERV"}) {
@@ -27,12 +28,14 @@ TEST(host_logging, stays_apart_from_the_librarys) {
   EXPECT_EQ(caller::devices().size(), 1U);
   const std::string library_lines = ::testing::internal::GetCapturedStderr();
 
-  spdlog::get("tarva")->info("one");
-  spdlog::get("skerv")->trace("too low");
-  spdlog::get("skerv")->warn("two");
+  tarva.info("one");
+  skerv.trace("too low");
+  skerv.warn("two");
   EXPECT_EQ(host_lines.str(), "host tarva: one\nhost skerv: two\n");
   EXPECT_NE(library_lines.find("] [tarva] [info] Starting TARVA."), std::string::npos) << library_lines;
   EXPECT_EQ(library_lines.find("host "), std::string::npos);
+  EXPECT_EQ(spdlog::get("tarva").get(), &tarva);
+  spdlog::drop_all();
 }
 
 } // namespace

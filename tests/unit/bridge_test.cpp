@@ -68,11 +68,15 @@ TYPED_TEST(counted_kinds, refuse_null_other_kinds_and_unknown_addresses_in_three
   // An address that cannot be read proves that unknown handles are not followed.
   auto* unknown = reinterpret_cast<TypeParam*>(16);
 
-  for (const auto& [handle, expected] :
-       {std::pair<TypeParam*, std::string>(nullptr, null), {other, wrong}, {unknown, UNKNOWN_AT_COUNT}}) {
-    expect_failure(expected.c_str(), [&] { this->bridge.retain(handle); });
-    expect_failure(expected.c_str(), [&] { this->bridge.release(handle); });
-    expect_failure(UNKNOWN_AT_LOOKUP, [&] { this->bridge.get_library_object(handle); });
+  struct refusal {
+    TypeParam* handle;
+    std::string message;
+  };
+  for (const refusal& each :
+       {refusal{nullptr, null}, refusal{other, wrong}, refusal{unknown, UNKNOWN_AT_COUNT}}) {
+    expect_failure(each.message.c_str(), [&] { this->bridge.retain(each.handle); });
+    expect_failure(each.message.c_str(), [&] { this->bridge.release(each.handle); });
+    expect_failure(UNKNOWN_AT_LOOKUP, [&] { this->bridge.get_library_object(each.handle); });
   }
   EXPECT_EQ("text", this->bridge.get_library_object(error)->get_message());
   this->bridge.release_error(error);
