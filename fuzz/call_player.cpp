@@ -248,7 +248,10 @@ void call_player::load_program() {
   tarva_abi_free_build_result(nullptr, result);
 }
 
+// The limits of launches are read here. One that cannot be read is not checked, and a launch beyond it then ends the
+// process, so no failure may be pending.
 void call_player::get_kernel() {
+  scripted::no_failure_left();
   auto* const in = pick<tarva_abi_program_s>();
   const kernel_choice& chosen = bytes_.one_of(KERNELS);
   auto* const made = make<tarva_abi_get_kernel>(chosen.name ? live_only(in) : expected::failure,
@@ -418,13 +421,18 @@ void call_player::plan_failure() {
 
 void call_player::play() {
   using self = call_player;
+  // What has the most ways to go stands more than once.
   constexpr void (self::*CALLS[])() = {
       &self::get_devices,
       &self::load_program,
       &self::get_kernel,
       &self::allocate,
       &self::launch,
+      &self::launch,
+      &self::launch,
+      &self::launch,
       &self::fill,
+      &self::copy,
       &self::copy,
       &self::read,
       &self::write,
@@ -435,6 +443,7 @@ void call_player::play() {
       &self::get_child,
       &self::get_children,
       &self::write_tree,
+      &self::plan_failure,
       &self::plan_failure,
       &self::get_root<tarva_abi_get_device_root_property, tarva_abi_device_s>,
       &self::get_root<tarva_abi_get_program_root_property, tarva_abi_program_s>,

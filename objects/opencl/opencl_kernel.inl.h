@@ -85,18 +85,18 @@ launch_limits opencl_version_kernel<V>::read_limits() const {
   return limits;
 }
 
-// A device of 2.x has them. One of a later version, which made them optional, is asked; one of an earlier version that is
-// used as 2.x has none.
+// A device of 2.x has them. One of an earlier version that is used as 2.x has none, and one of a later version, which made
+// them optional, tells.
 template <version V>
 bool opencl_version_kernel<V>::has_non_uniform_groups() const {
   constexpr std::uint32_t non_uniform_work_group_support = 0x1065;
   if constexpr (V < version::v2_0)
     return false;
-  if (const auto told = detail::ask([this] { return device_.get_bool(non_uniform_work_group_support); }))
-    return *told;
-  const auto text =
+  const auto reported =
       detail::ask([this] { return device_.template get<skerv::opencl::device_parameter::version>(); });
-  return !text || text->rfind("OpenCL 1.", 0) != 0;
+  if (reported && reported->rfind("OpenCL 1.", 0) == 0)
+    return false;
+  return detail::ask([this] { return device_.get_bool(non_uniform_work_group_support); }).value_or(true);
 }
 
 template <version V>

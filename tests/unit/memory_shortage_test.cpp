@@ -18,7 +18,8 @@ std::size_t allocations_left = NEVER;
 
 } // namespace
 
-void* operator new(std::size_t size) {
+// Inlined, the pair of operators looks to g++ like malloc and free used on each other.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   if (allocations_left == 0)
     throw std::bad_alloc();
   if (allocations_left != NEVER)
@@ -27,10 +28,10 @@ void* operator new(std::size_t size) {
     return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
   std::free(memory);
 }
 
