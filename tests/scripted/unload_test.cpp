@@ -8,6 +8,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <thread>
 
 namespace {
 
