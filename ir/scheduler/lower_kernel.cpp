@@ -6,7 +6,6 @@
 #include "objects/library_kernel.h"
 #include "objects/library_program.h"
 
-#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -19,12 +18,13 @@ void refuse_empty_argument(const char* kind, std::uint64_t index) {
                          " of the kernel must not have 0 elements.");
 }
 
-// The bytes of a local memory argument; as many as can be counted if there are more.
-std::uint64_t bytes_of(const kernel_argument_local_memory& local) {
+// Adds the bytes of a local memory argument; more than can be counted fit on no device.
+void add_bytes_of(const kernel_argument_local_memory& local, std::uint64_t& total) {
   std::uint64_t bytes = 0;
-  if (__builtin_mul_overflow(element_size(local.get_type()), local.get_num_elements(), &bytes))
-    return std::numeric_limits<std::uint64_t>::max();
-  return bytes;
+  if (__builtin_mul_overflow(element_size(local.get_type()), local.get_num_elements(), &bytes) ||
+      __builtin_add_overflow(total, bytes, &total))
+    throw std::logic_error(
+        "Local memory arguments of the kernel would overflow what can be counted in bytes.");
 }
 
 } // namespace
@@ -47,8 +47,7 @@ void lowering::check_launch(const logical_ir::kernel& operation) {
     } else if (const auto* local = dynamic_cast<const kernel_argument_local_memory*>(argument)) {
       if (local->get_num_elements() == 0)
         refuse_empty_argument("Local memory", index);
-      if (__builtin_add_overflow(local_bytes, bytes_of(*local), &local_bytes))
-        local_bytes = std::numeric_limits<std::uint64_t>::max();
+      add_bytes_of(*local, local_bytes);
       check_local_memory(local_bytes, limits);
     }
   }
