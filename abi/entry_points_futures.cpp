@@ -55,8 +55,7 @@ void tarva_singleton::tarva_abi_wait_future(tarva_abi_future_s* future, long* fu
   const auto operation = bridge_.get_library_object(future)->get_operation();
   const std::shared_ptr<scheduler> receiver = scheduler_;
   receiver->prepare_wait(operation);
-  while (!operation->is_complete())
-    operation->get_notification_pipe().wait([operation] { return operation->is_complete(); });
+  operation->wait_until_complete();
 
   const auto [code, error] = convert_exception(operation->get_error());
   try {

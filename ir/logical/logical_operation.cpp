@@ -54,6 +54,12 @@ void logical_operation::set_error(const std::exception_ptr& error) {
   state_.set_error(error);
 }
 
+// A notifier wakes for any reason, so the condition is asked again each time.
+void logical_operation::wait_until_complete() const {
+  while (!is_complete())
+    get_notification_pipe().wait([this] { return is_complete(); });
+}
+
 // Every command reports its own error before its end, so whoever takes the last one sees what an error has
 // made.
 void logical_operation::device_commands_ended(std::uint64_t count) {

@@ -38,6 +38,8 @@ public:
   notifier get_notification_pipe() const { return state_.get_pipe(); }
   bool is_complete() const { return state_.is_complete(); }
   std::exception_ptr get_error() const { return state_.get_error(); }
+  // Sleeps until the operation has succeeded or failed.
+  void wait_until_complete() const;
 
   void set_physical_operation_count(std::uint64_t count) { state_.set_part_count(count); }
   void set_submitted() { state_.set_submitted(); }

@@ -10,12 +10,6 @@ namespace oryn::tarva::library {
 
 namespace {
 
-void wait_for_end(logical_ir::logical_operation& operation) {
-  const auto is_complete = [&operation] { return operation.is_complete(); };
-  while (!operation.is_complete())
-    operation.get_notification_pipe().wait(is_complete);
-}
-
 // A request that needs no device ends here.
 void end_without_work(logical_ir::logical_operation& operation, const std::exception_ptr& refusal) {
   operation.set_physical_operation_count(1);
@@ -64,7 +58,7 @@ void ultra_naive_scheduler::run(logical_ir::logical_operation& operation, const 
     operation.wait_until_commands_ended();
     throw;
   }
-  wait_for_end(operation);
+  operation.wait_until_complete();
   if (operation.get_error())
     operation.wait_until_commands_ended();
 }
