@@ -14,38 +14,46 @@
 namespace oryn::tarva::library {
 
 template <typename record>
-void tarva_singleton::get_root_property(const char* function, const record* handle,
+void tarva_singleton::get_root_property(const char* null_message, const record* handle,
                                         tarva_abi_property_s** out_property) {
-  if (!out_property)
-    throw std::invalid_argument(std::string(function) + ": property argument is NULL, but expected a memory "
-                                                        "location to write the result property.");
+  require(out_property, null_message);
   const auto object = bridge_.get_library_object(handle);
   *out_property = bridge_.make_property_handle(object->get_property({"ROOT"}), object);
 }
 
 void tarva_singleton::tarva_abi_get_device_root_property(tarva_abi_device_s* device,
                                                          tarva_abi_property_s** out_property) {
-  get_root_property("tarva_abi_get_device_root_property", device, out_property);
+  get_root_property(
+      "tarva_abi_get_device_root_property: property argument is NULL, but expected a memory location to write the result property.",
+      device, out_property);
 }
 
 void tarva_singleton::tarva_abi_get_program_root_property(tarva_abi_program_s* program,
                                                           tarva_abi_property_s** out_property) {
-  get_root_property("tarva_abi_get_program_root_property", program, out_property);
+  get_root_property(
+      "tarva_abi_get_program_root_property: property argument is NULL, but expected a memory location to write the result property.",
+      program, out_property);
 }
 
 void tarva_singleton::tarva_abi_get_kernel_root_property(tarva_abi_kernel_s* kernel,
                                                          tarva_abi_property_s** out_property) {
-  get_root_property("tarva_abi_get_kernel_root_property", kernel, out_property);
+  get_root_property(
+      "tarva_abi_get_kernel_root_property: property argument is NULL, but expected a memory location to write the result property.",
+      kernel, out_property);
 }
 
 void tarva_singleton::tarva_abi_get_memory_root_property(tarva_abi_memory_s* memory,
                                                          tarva_abi_property_s** out_property) {
-  get_root_property("tarva_abi_get_memory_root_property", memory, out_property);
+  get_root_property(
+      "tarva_abi_get_memory_root_property: property argument is NULL, but expected a memory location to write the result property.",
+      memory, out_property);
 }
 
 void tarva_singleton::tarva_abi_get_error_root_property(tarva_abi_error_s* error,
                                                         tarva_abi_property_s** out_property) {
-  get_root_property("tarva_abi_get_error_root_property", error, out_property);
+  get_root_property(
+      "tarva_abi_get_error_root_property: property argument is NULL, but expected a memory location to write the result property.",
+      error, out_property);
 }
 
 void tarva_singleton::tarva_abi_get_nested_error(tarva_abi_error_s* error, tarva_abi_error_s** nested_error) {

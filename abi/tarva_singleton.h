@@ -108,7 +108,7 @@ private:
   void release_devices();
 
   template <typename record>
-  void get_root_property(const char* function, const record* handle, tarva_abi_property_s** out_property);
+  void get_root_property(const char* null_message, const record* handle, tarva_abi_property_s** out_property);
 
   void submit(const std::shared_ptr<logical_ir::logical_operation>& operation);
   // For operations whose end nobody can ask for: what went wrong goes to the log.
