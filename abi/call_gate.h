@@ -28,13 +28,13 @@ public:
     explicit permit(call_gate& gate) noexcept : calls_(gate.shard_of_this_thread()) {
       // Counted first, so that whoever closes the gate and then finds no call inside is right.
       calls_.fetch_add(1);
-      ++own_calls_;
+      ++own_calls;
       granted_ = !gate.closed_.load() && !process_has_failed();
     }
     permit(const permit&) = delete;
     permit& operator=(const permit&) = delete;
     ~permit() {
-      --own_calls_;
+      --own_calls;
       calls_.fetch_sub(1);
     }
 
@@ -46,7 +46,7 @@ public:
   };
 
 private:
-  static constexpr unsigned SHARD_BITS = 4;
+  static constexpr unsigned shard_bits = 4;
 
   // Threads count apart from each other, so that they do not fight over one cache line.
   struct alignas(64) shard {
@@ -57,9 +57,9 @@ private:
   std::uint64_t calls_inside() const noexcept;
 
   // The calls that this thread is inside of: one, if a call ends the process.
-  static thread_local constinit std::uint64_t own_calls_;
+  static thread_local constinit std::uint64_t own_calls;
 
-  std::array<shard, 1U << SHARD_BITS> shards_{};
+  std::array<shard, 1U << shard_bits> shards_{};
   std::atomic<bool> closed_{false};
 };
 

@@ -14,13 +14,13 @@ template <version V>
 using found_devices = std::vector<skerv::opencl::device<V>>;
 
 // By version, from 1.0 on.
-constexpr const char* NUMBER_LINES[] = {"Detected {} OpenCL 1.0 devices.", "Detected {} OpenCL 1.1 devices.",
+constexpr const char* number_lines[] = {"Detected {} OpenCL 1.0 devices.", "Detected {} OpenCL 1.1 devices.",
                                         "Detected {} OpenCL 1.2 devices.", "Detected {} OpenCL 2.0 devices.",
                                         "Detected {} OpenCL 2.1 devices.", "Detected {} OpenCL 2.2 devices."};
 
 template <version V>
 void log_number(const found_devices<V>& found) {
-  log_info(NUMBER_LINES[skerv::opencl::capability_of(V) - 1], found.size());
+  log_info(number_lines[skerv::opencl::capability_of(V) - 1], found.size());
 }
 
 template <version V>

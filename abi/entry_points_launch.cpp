@@ -13,7 +13,7 @@ namespace {
 
 template <typename pointee>
 pointee* pointer_in(std::uint64_t word) {
-  return reinterpret_cast<pointee*>(static_cast<std::uintptr_t>(word));
+  return reinterpret_cast<pointee*>(static_cast<std::uintptr_t>(word)); // NOLINT(performance-no-int-to-ptr)
 }
 
 std::shared_ptr<kernel_argument_base> make_argument(const abi_bridge& bridge,

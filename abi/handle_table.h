@@ -39,9 +39,12 @@ using record_ptr = std::unique_ptr<record, record_deleter>;
 // Memory that the caller will hold.
 template <typename record>
 record_ptr<record> allocate_records(std::size_t count = 1) {
+  // NOLINTBEGIN(bugprone-sizeof-expression): an array of pointers is asked for, too
+
   if (count > std::numeric_limits<std::size_t>::max() / sizeof(record))
     throw std::bad_alloc();
   auto* memory = static_cast<record*>(std::malloc(count * sizeof(record)));
+  // NOLINTEND(bugprone-sizeof-expression)
   if (!memory)
     throw std::bad_alloc();
   return record_ptr<record>(memory);

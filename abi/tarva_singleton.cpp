@@ -27,8 +27,8 @@ constinit call_gate the_gate;
 // How long the end of the process waits for calls of other threads: first for those that are about to return,
 // and when the devices have ended their work, for those that an OpenCL compiler holds, which does not survive
 // the end.
-constexpr std::chrono::milliseconds PATIENCE_WITH_SHORT_CALLS{100};
-constexpr std::chrono::milliseconds PATIENCE_WITH_LONG_CALLS{10000};
+constexpr std::chrono::milliseconds patience_with_short_calls{100};
+constexpr std::chrono::milliseconds patience_with_long_calls{10000};
 
 std::string compose_banner() {
   const std::string dashes = std::string(59, '-') + '\n';
@@ -78,9 +78,9 @@ public:
       library_->shut_down();
       return;
     }
-    the_gate.wait_for_other_threads(PATIENCE_WITH_SHORT_CALLS);
+    the_gate.wait_for_other_threads(patience_with_short_calls);
     library_->shut_down();
-    the_gate.wait_for_other_threads(PATIENCE_WITH_LONG_CALLS);
+    the_gate.wait_for_other_threads(patience_with_long_calls);
     // A call that is still inside, or that is itself ending the process, keeps the library.
     if (the_gate.is_idle())
       delete library_;

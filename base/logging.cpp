@@ -20,9 +20,9 @@ struct logger::target {
 
 namespace {
 
-constexpr const char* PATTERN = "[%Y-%m-%d %T] [thread %t] [%n] [%l] %v";
+constexpr const char* pattern = "[%Y-%m-%d %T] [thread %t] [%n] [%l] %v";
 
-constexpr std::array<std::string_view, 6> LEVEL_NAMES = {"trace", "debug", "info",
+constexpr std::array<std::string_view, 6> level_names = {"trace", "debug", "info",
                                                          "warn",  "error", "critical"};
 
 std::string_view read_environment(const char* variable, std::string_view fallback) {
@@ -32,8 +32,8 @@ std::string_view read_environment(const char* variable, std::string_view fallbac
 
 log_level read_level(const char* variable) {
   const std::string_view text = read_environment(variable, "off");
-  for (std::size_t level = 0; level < LEVEL_NAMES.size(); ++level) {
-    if (text == LEVEL_NAMES[level])
+  for (std::size_t level = 0; level < level_names.size(); ++level) {
+    if (text == level_names[level])
       return static_cast<log_level>(level);
   }
   return log_level::off;
@@ -104,7 +104,7 @@ void logger::open() noexcept {
   log_level level = log_level::off;
   try {
     if (description_.sets_pattern)
-      spdlog::set_pattern(PATTERN);
+      spdlog::set_pattern(pattern);
     level = read_level(description_.level_variable);
     auto opened = std::make_unique<target>(target{create_lines(description_)});
     opened->lines->set_level(static_cast<spdlog::level::level_enum>(level));

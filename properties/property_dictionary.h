@@ -29,7 +29,7 @@ public:
   std::size_t size() const { return entries_.size(); }
 
 private:
-  void add_entry(const std::string& field_name, entry new_entry);
+  void add_entry(const std::string& field_name, entry&& new_entry);
 
   std::unordered_map<std::string, entry> entries_;
 };

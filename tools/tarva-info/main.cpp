@@ -7,8 +7,8 @@
 namespace tarva_info {
 namespace {
 
-constexpr int STATUS_FAILURE = 1;
-constexpr int STATUS_USAGE = 2;
+constexpr int status_failure = 1;
+constexpr int status_usage = 2;
 
 std::vector<numbered_device> choose(const std::vector<device_handle>& devices,
                                     const std::optional<std::uint64_t>& wanted) {
@@ -101,7 +101,7 @@ bool run(const arguments& given) {
 int finish(int status) {
   if (!std::cout.flush()) {
     std::cerr << "tarva-info: cannot write the output\n";
-    return STATUS_FAILURE;
+    return status_failure;
   }
   return status;
 }
@@ -112,13 +112,13 @@ int finish(int status) {
 int main(int count, char** words) {
   using namespace tarva_info;
   try {
-    return finish(run(parse_arguments(count, words)) ? 0 : STATUS_FAILURE);
+    return finish(run(parse_arguments(count, words)) ? 0 : status_failure);
   } catch (const usage_failure& failure) {
     std::cerr << "tarva-info: " << printable(failure.what()) << "\nTry 'tarva-info --help'.\n";
-    return STATUS_USAGE;
+    return status_usage;
   } catch (const std::exception& failure) {
     finish(0);
     std::cerr << "tarva-info: " << printable(failure.what()) << '\n';
-    return STATUS_FAILURE;
+    return status_failure;
   }
 }

@@ -1,6 +1,7 @@
 #include "tools/tarva-info/property_tree.h"
 
 #include "tools/tarva-info/known_keys.h"
+#include "tools/tarva-info/text.h"
 
 #include <algorithm>
 #include <cctype>
@@ -84,18 +85,10 @@ struct plain_text {
   std::vector<std::string> operator()(std::monostate) const { return {}; }
   std::vector<std::string> operator()(const std::vector<std::string>& texts) const { return texts; }
   std::vector<std::string> operator()(const std::vector<bool>& flags) const {
-    std::vector<std::string> texts;
-    for (const bool flag : flags) {
-      texts.emplace_back(flag ? "true" : "false");
-    }
-    return texts;
+    return texts_of(flags, [](bool flag) { return flag ? "true" : "false"; });
   }
   std::vector<std::string> operator()(const std::vector<std::uint64_t>& numbers) const {
-    std::vector<std::string> texts;
-    for (const std::uint64_t number : numbers) {
-      texts.push_back(std::to_string(number));
-    }
-    return texts;
+    return texts_of(numbers, [](std::uint64_t number) { return std::to_string(number); });
   }
 };
 

@@ -111,7 +111,7 @@ std::string human_size(std::uint64_t bytes) {
 }
 
 std::string human_number(std::uint64_t number, unit counted) {
-  const std::string plain = std::to_string(number);
+  std::string plain = std::to_string(number);
   switch (counted) {
   case unit::bytes:
     return human_size(number) + (number < 1024 ? "" : " (" + plain + " bytes)");

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tarva_info {
 
@@ -26,6 +27,17 @@ std::string human_size(std::uint64_t bytes);
 
 // A number with its unit, and a large size also in bytes.
 std::string human_number(std::uint64_t number, unit counted);
+
+// The text of each value.
+template <typename T, typename function>
+std::vector<std::string> texts_of(const std::vector<T>& values, function text_of) {
+  std::vector<std::string> texts;
+  texts.reserve(values.size());
+  for (const auto& value : values) {
+    texts.emplace_back(text_of(value));
+  }
+  return texts;
+}
 
 // How the output looks: colours and the width of lines, both of a terminal only.
 struct style {

@@ -16,25 +16,13 @@ struct human_text {
 
   std::vector<std::string> operator()(std::monostate) const { return {}; }
   std::vector<std::string> operator()(const std::vector<std::string>& texts) const {
-    std::vector<std::string> result;
-    for (const std::string& text : texts) {
-      result.push_back(printable(text));
-    }
-    return result;
+    return texts_of(texts, printable);
   }
   std::vector<std::string> operator()(const std::vector<bool>& flags) const {
-    std::vector<std::string> result;
-    for (const bool flag : flags) {
-      result.emplace_back(flag ? "yes" : "no");
-    }
-    return result;
+    return texts_of(flags, [](bool flag) { return flag ? "yes" : "no"; });
   }
   std::vector<std::string> operator()(const std::vector<std::uint64_t>& numbers) const {
-    std::vector<std::string> result;
-    for (const std::uint64_t number : numbers) {
-      result.push_back(human_number(number, counted));
-    }
-    return result;
+    return texts_of(numbers, [this](std::uint64_t number) { return human_number(number, counted); });
   }
 };
 
