@@ -88,44 +88,26 @@ TEST(bridge, ends_futures_and_errors_once) {
   expect_failure(UNKNOWN_AT_END, [&] { bridge.release_error(error); });
 }
 
-TEST(bridge, describes_properties_and_keeps_their_owners) {
+TEST(bridge, keeps_the_owners_of_properties) {
   abi_bridge bridge;
   auto owner = std::make_shared<error_object>(5, "words");
   const std::weak_ptr<error_object> watch = owner;
   auto* with_value = bridge.make_property_handle(owner->get_property({"ROOT", "EXCEPTION_MESSAGE"}), owner);
   auto* without = bridge.make_property_handle(owner->get_property({"ROOT"}), owner);
-  EXPECT_THROW(bridge.make_property_handle(owner->get_property({"ROOT"}), nullptr), std::runtime_error);
   owner.reset();
-
-  EXPECT_EQ(TARVA_ABI_OBJECT_PROPERTY, with_value->kind);
-  EXPECT_STREQ("EXCEPTION_MESSAGE", with_value->name);
   EXPECT_STREQ("words", *static_cast<const char* const*>(with_value->data));
   EXPECT_EQ(0U, without->has_data);
   EXPECT_EQ(std::numeric_limits<std::uint64_t>::max(), without->data_type);
   EXPECT_EQ(watch.lock(), bridge.get_property_and_owner(without).owner);
-
   bridge.release_property(without);
   EXPECT_FALSE(watch.expired());
   bridge.release_property(with_value);
   EXPECT_TRUE(watch.expired());
 }
 
-TEST(bridge, makes_arrays_whose_handles_outlive_them) {
+// The second handle cannot be made, so the first is taken back.
+TEST(bridge, fills_an_array_or_leaves_it_empty) {
   abi_bridge bridge;
-  auto* devices = bridge.make_device_array({nullptr, nullptr});
-  ASSERT_EQ(2U, devices->count);
-  EXPECT_NE(devices->devices[0], devices->devices[1]);
-  for (std::uint64_t index = 0; index < devices->count; ++index)
-    EXPECT_TRUE(bridge.release(devices->devices[index]));
-  std::free(devices->devices);
-  std::free(devices);
-
-  auto* none = bridge.make_property_array({});
-  EXPECT_EQ(0U, none->count);
-  EXPECT_EQ(nullptr, none->properties);
-  std::free(none);
-
-  // The second handle cannot be made, so the first is taken back.
   auto owner = std::make_shared<error_object>(5, "words");
   auto* broken = bridge.make_property_array({{owner->get_property({"ROOT"}), owner}, {nullptr, owner}});
   ASSERT_EQ(2U, broken->count);
@@ -134,6 +116,10 @@ TEST(bridge, makes_arrays_whose_handles_outlive_them) {
   EXPECT_EQ(1, owner.use_count());
   std::free(broken->properties);
   std::free(broken);
+  auto* none = bridge.make_property_array({});
+  EXPECT_EQ(0U, none->count);
+  EXPECT_EQ(nullptr, none->properties);
+  std::free(none);
 }
 
 // An object whose end asks the bridge, as one that ran under the bridge's lock could not.
@@ -168,26 +154,6 @@ TEST(bridge, teardown_drops_objects_once_and_survives_a_held_lock) {
   EXPECT_EQ(TARVA_ABI_OBJECT_MEMORY, handle->kind);
   expect_failure(UNKNOWN_AT_LOOKUP, [&] { bridge.get_library_object(handle); });
   std::free(handle);
-}
-
-TEST(bridge, serves_many_threads_at_once) {
-  abi_bridge bridge;
-  auto memory = make_memory();
-  auto* shared = bridge.make_handle<tarva_abi_memory_s>(memory);
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < 4; ++thread)
-    threads.emplace_back([&] {
-      for (int round = 0; round < 5000; ++round) {
-        bridge.retain(shared);
-        auto* own = bridge.make_handle<tarva_abi_memory_s>(bridge.get_library_object(shared));
-        EXPECT_TRUE(bridge.release(own));
-        EXPECT_FALSE(bridge.release(shared));
-      }
-    });
-  for (auto& thread : threads)
-    thread.join();
-  EXPECT_TRUE(bridge.release(shared));
-  EXPECT_EQ(1, memory.use_count());
 }
 
 TEST(call_gate, lets_none_in_once_closed_and_waits_for_those_inside) {
