@@ -1,6 +1,6 @@
 // Plays random conversations with the exported functions on scripted devices. After each, nothing of it may
 // be left and no rule of OpenCL may have been broken.
-#include "fuzz/call_player.h"
+#include "fuzz/conversation.h"
 
 #include "tests/scripted/scripted_qv.h"
 
@@ -11,6 +11,7 @@
 
 namespace {
 
+using fuzz::conversation;
 using objects = std::map<std::string, std::int64_t>;
 
 // Writes to both ends of all memory that a kernel was given.
@@ -38,7 +39,7 @@ objects start() {
   for (const char* kernel : {"add", "sum", "scratch", "fixed", "copy_all"})
     scripted::set_kernel(kernel, touch);
   std::atexit([] {
-    std::fprintf(stderr, "%llu calls\n", static_cast<unsigned long long>(fuzz::call_player::calls_made()));
+    std::fprintf(stderr, "%llu calls\n", static_cast<unsigned long long>(fuzz::conversation::calls_made));
   });
   setenv("TARVA_LOG_TARGET", "console", 0);
   setenv("TARVA_LOG_LEVEL", "critical", 0);  // why it ended the process, if it did
@@ -46,11 +47,75 @@ objects start() {
   return scripted::live_objects();
 }
 
+template <auto Function, class Record>
+void retain(conversation& with) {
+  auto* const handle = with.pick<Record>();
+  with.handles.retain(handle);
+  with.tell(Function, handle);
+}
+
+template <auto Function, class Record>
+void release(conversation& with) {
+  auto* const handle = with.pick<Record>();
+  with.handles.release(handle);
+  with.tell(Function, handle);
+}
+
+template <class Record>
+void release_all(conversation& with, void (*function)(void*, Record*)) {
+  while (auto* const handle = with.handles.any_live<Record>()) {
+    with.handles.release(handle);
+    with.tell(function, handle);
+  }
+}
+
+const std::vector<fuzz::step> REFERENCE_STEPS = {
+    {retain<tarva_abi_retain_device, tarva_abi_device_s>},
+    {retain<tarva_abi_retain_program, tarva_abi_program_s>},
+    {retain<tarva_abi_retain_kernel, tarva_abi_kernel_s>},
+    {retain<tarva_abi_retain_memory, tarva_abi_memory_s>},
+    {release<tarva_abi_release_device, tarva_abi_device_s>},
+    {release<tarva_abi_release_program, tarva_abi_program_s>},
+    {release<tarva_abi_release_kernel, tarva_abi_kernel_s>},
+    {release<tarva_abi_release_memory, tarva_abi_memory_s>},
+    {release<tarva_abi_abandon_future, tarva_abi_future_s>},
+    {release<tarva_abi_free_error, tarva_abi_error_s>},
+    {release<tarva_abi_free_property, tarva_abi_property_s>},
+};
+
+// Every step, as often as it has choices.
+std::vector<void (*)(conversation&)> all_choices() {
+  std::vector<void (*)(conversation&)> choices;
+  for (const auto* steps :
+       {&fuzz::PROGRAM_STEPS, &fuzz::MEMORY_STEPS, &fuzz::PROPERTY_STEPS, &REFERENCE_STEPS})
+    for (const fuzz::step& one : *steps)
+      choices.insert(choices.end(), static_cast<std::size_t>(one.choices), one.run);
+  return choices;
+}
+
+void play(fuzz::input bytes) {
+  static const auto& choices = *new auto(all_choices());
+  // What all inputs build on: the first bytes choose a device, which gets a program, a kernel and memory.
+  conversation with(bytes.split(2));
+  for (const auto begin : {fuzz::get_devices, fuzz::load_program, fuzz::get_kernel, fuzz::allocate})
+    begin(with);
+  with.bytes = bytes;
+  while (!with.bytes.is_empty())
+    choices[with.bytes.below(choices.size())](with);
+  release_all(with, tarva_abi_release_kernel);
+  release_all(with, tarva_abi_release_program);
+  release_all(with, tarva_abi_release_memory);
+  release_all(with, tarva_abi_abandon_future);
+  release_all(with, tarva_abi_release_device);
+  release_all(with, tarva_abi_free_property);
+  release_all(with, tarva_abi_free_error);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const objects& before = *new objects(start());
-  fuzz::call_player(fuzz::input(data, size)).play();
+  play(fuzz::input(data, size));
   scripted::no_failure_left();
   scripted::forget_calls();
   // The last event of a request is released just after its owner has been woken.

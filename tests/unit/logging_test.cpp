@@ -1,5 +1,3 @@
-#include "abi/bridge.h"
-#include "abi/error_object.h"
 #include "base/logging.h"
 #include "base/notifier.h"
 #include "base/unique_identifier.h"
@@ -11,7 +9,7 @@
 #include <fstream>
 #include <limits>
 #include <optional>
-#include <sstream>
+#include <regex>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -83,26 +81,10 @@ void log_all_levels() {
   skerv::log_critical("from below");
 }
 
-std::string with_digits_masked(const std::string& text) {
-  std::string masked = text;
-  for (char& each : masked)
-    each = each >= '0' && each <= '9' ? '#' : each;
-  return masked;
-}
-
 // The lines without the date and the thread, which differ from run to run; unless these have another form.
 std::string plain(const std::string& text) {
-  const std::string date = "[####-##-## ##:##:##] [thread ";
-  std::istringstream lines(text);
-  std::string stripped;
-  for (std::string line; std::getline(lines, line); stripped += line + '\n') {
-    const std::size_t end = line.find("] ", date.size());
-    if (end == std::string::npos || with_digits_masked(line).substr(0, date.size()) != date)
-      continue;
-    if (with_digits_masked(line).find_first_not_of('#', date.size()) == end)
-      line.erase(0, end + 2);
-  }
-  return stripped;
+  static const std::regex beginning(R"(\[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\] \[thread \d+\] )");
+  return std::regex_replace(text, beginning, "");
 }
 
 TEST_F(logging_test, is_silent_and_leaves_no_file_without_environment) {
@@ -143,11 +125,9 @@ TEST_F(logging_test, configures_the_two_layers_apart) {
   EXPECT_FALSE(left.tarva);
 }
 
-TEST_F(logging_test, creates_the_file_even_if_the_level_lets_nothing_through) {
+TEST_F(logging_test, creates_its_file_if_it_can_whatever_its_level) {
   EXPECT_EQ("", play({{{"TARVA_LOG_TARGET", "file"}}, log_all_levels}).tarva.value_or("none"));
-}
-
-TEST_F(logging_test, stays_silent_if_its_file_cannot_be_opened) {
+  fs::remove(directory / "tarva.log");
   fs::create_directory(directory / "tarva.log");
   const traces left = play({{{"TARVA_LOG_LEVEL", "trace"}, {"TARVA_LOG_TARGET", "file"}}, log_all_levels});
   EXPECT_EQ(0, left.status);
@@ -177,41 +157,6 @@ TEST_F(logging_test, notifiers_that_were_never_closed_are_reported_once) {
   EXPECT_EQ(
       "[tarva] [warning] Destroying notifier that was never closed.  The notifier should have been closed.\n",
       plain(left.console));
-}
-
-std::string with_addresses_masked(std::string text) {
-  for (std::size_t at = text.find("0x"); at != std::string::npos; at = text.find("0x", at))
-    text.replace(at, text.find(' ', at) - at, "ADDRESS");
-  return text;
-}
-
-TEST_F(logging_test, the_bridge_reports_handles_that_were_never_given_up) {
-  const traces left =
-      play({{{"TARVA_LOG_LEVEL", "warn"}, {"TARVA_LOG_TARGET", "console"}}, [] {
-              using namespace tarva::library;
-              const auto error = std::make_shared<error_object>(1, "");
-              abi_bridge bridge;
-              auto* device = bridge.make_handle<tarva_abi_device_s>(nullptr);
-              bridge.retain(device);
-              bridge.release(bridge.make_handle<tarva_abi_memory_s>(nullptr));
-              void* const records[] = {bridge.make_handle<tarva_abi_error_s>(error),
-                                       bridge.make_handle<tarva_abi_future_s>(nullptr),
-                                       bridge.make_property_handle(error->get_property({"ROOT"}), error),
-                                       bridge.make_handle<tarva_abi_kernel_s>(nullptr),
-                                       bridge.make_handle<tarva_abi_program_s>(nullptr),
-                                       device};
-              bridge.teardown();
-              for (void* record : records)
-                std::free(record);
-            }});
-  const std::string expected =
-      "[tarva] [warning] User reference count of device ADDRESS is 2, but expected a count of 0.\n"
-      "[tarva] [warning] User reference count of program ADDRESS is 1, but expected a count of 0.\n"
-      "[tarva] [warning] User reference count of kernel ADDRESS is 1, but expected a count of 0.\n"
-      "[tarva] [warning] Property object ADDRESS was not destroyed.\n"
-      "[tarva] [warning] Future object ADDRESS was not destroyed.\n"
-      "[tarva] [warning] Error object ADDRESS was not destroyed.\n";
-  EXPECT_EQ(expected, with_addresses_masked(plain(left.console)));
 }
 
 TEST_F(logging_test, identifiers_count_up_until_the_pool_is_spent) {
