@@ -131,7 +131,7 @@
  * TARVA_ABI_UNKNOWN_FAILURE or does nothing. Calls of other threads that are inside the library at that
  * moment are waited for, up to about ten seconds; yet a process should not exit while another thread is
  * loading a program or launching a kernel for the first time, since many OpenCL compilers do not survive
- * that. A process that has forked after the start must not call the library in the child.
+ * that. A child that was forked after the start has no library: its calls end like those after the stop.
  *
  * LOG
  *

@@ -2,6 +2,7 @@
 #include "tests/scripted/scripted_test.h"
 
 #include <cstdlib>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace scripted {
@@ -310,9 +311,27 @@ void exit_while_others_work() {
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
 }
 
+void call_in_a_forked_child() {
+  use_two_devices();
+  static auto all = devices(); // given up by the child, too, when it exits
+  static const memory numbers = make(counted(4));
+  const pid_t child = fork();
+  std::int32_t value = 0;
+  const outcome ended = read_raw(numbers, 0, 1, &value);
+  if (child == 0) {
+    alarm(30);
+    check_at_exit(false); // what is open is the parent's
+    std::exit(ended.code == TARVA_ABI_UNKNOWN_FAILURE ? 0 : 2);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  std::exit(ended.code == TARVA_ABI_OK && WIFEXITED(status) ? WEXITSTATUS(status) : 3);
+}
+
 TEST(lifecycle, late_and_concurrent_calls_survive_the_stop) {
   EXPECT_EXIT(run(call_after_the_stop), ExitedWithCode(0), ::testing::Eq(""));
   EXPECT_EXIT(run(exit_while_others_work), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(call_in_a_forked_child), ExitedWithCode(0), ::testing::Eq(""));
 }
 
 } // namespace
