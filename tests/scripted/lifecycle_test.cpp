@@ -2,6 +2,7 @@
 #include "tests/scripted/scripted_test.h"
 
 #include <cstdlib>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -216,9 +217,33 @@ void start_with_unwritable_log() {
   used_on(devices()[0]);
 }
 
+void log_into_a_file_that_may_not_grow() {
+  use_two_devices();
+  log_to_console("info");
+  setenv("TARVA_LOG_TARGET", "file", 1);
+  std::string folder = ::testing::TempDir() + "tarva_XXXXXX";
+  const rlimit nothing{0, 0};
+  if (!mkdtemp(folder.data()) || chdir(folder.c_str()) != 0 || setrlimit(RLIMIT_FSIZE, &nothing) != 0)
+    std::exit(2);
+  used_on(devices()[0]);
+  if (unlink("tarva.log") != 0 || rmdir(folder.c_str()) != 0)
+    std::exit(3);
+}
+
+void log_into_a_pipe_without_a_reader() {
+  use_two_devices();
+  log_to_console("info");
+  int ends[2];
+  if (pipe(ends) != 0 || close(ends[0]) != 0 || dup2(ends[1], STDERR_FILENO) < 0)
+    std::exit(2);
+  used_on(devices()[0]);
+}
+
 TEST(lifecycle, a_start_bears_a_bare_machine_and_a_log_that_cannot_be_written) {
   EXPECT_EXIT(run(start_without_devices), ExitedWithCode(0), ::testing::Eq(""));
   EXPECT_EXIT(run(start_with_unwritable_log), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(log_into_a_file_that_may_not_grow), ExitedWithCode(0), "");
+  EXPECT_EXIT(run(log_into_a_pipe_without_a_reader), ExitedWithCode(0), "");
 }
 
 void fail_on_the_worker(op operation) {
