@@ -2,7 +2,9 @@
 #include "tests/scripted/scripted_test.h"
 
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
+#include <pthread.h>
 #include <unistd.h>
 
 namespace scripted {
@@ -90,8 +92,51 @@ TEST(boundary, a_start_has_its_banner_and_happens_once) {
   _exit(2);
 }
 
-TEST(boundary, any_thread_may_end_the_process) {
+// The handler of a signal ends the process in the middle of a launch of its thread, and what is given up then is refused.
+[[noreturn]] void exit_in_the_middle_of_a_launch() {
+  check_at_exit(false); // as above
+  static const auto all = devices();
+  static const memory numbers = make(counted(1));
+  static const pthread_t launching = pthread_self();
+  std::signal(SIGUSR1, [](int) { std::exit(7); });
+  set_kernel("flag", [](const kernel_run&) { pthread_kill(launching, SIGUSR1); });
+  launch(find_kernel(compile(all[0], SOURCE), "flag"), {argument(numbers)}, line(1));
+  std::this_thread::sleep_for(std::chrono::seconds(60));
+  _exit(2);
+}
+
+// A thread that is cancelled in the middle of a launch ends behind it, and the library goes on.
+[[noreturn]] void cancel_a_launch() {
+  static std::atomic<bool> inside = false, cancelled = false;
+  {
+    const auto all = devices();
+    const memory numbers = make(counted(1));
+    const auto flag = find_kernel(compile(all[0], SOURCE), "flag");
+    set_kernel("flag", [](const kernel_run& now) {
+      for (inside = true; !cancelled;)
+        std::this_thread::yield();
+      now.set(0, 0, std::int32_t{9});
+    });
+    std::thread launching([&] {
+      launch(flag, {argument(numbers)}, line(1));
+      pthread_testcancel();
+      _exit(2);
+    });
+    while (!inside)
+      std::this_thread::yield();
+    pthread_cancel(launching.native_handle());
+    cancelled = true;
+    launching.join();
+    if (read<std::int32_t>(numbers, 1)[0] != 9)
+      _exit(3);
+  }
+  std::exit(7);
+}
+
+TEST(boundary, survives_threads_that_end_the_process_or_are_ended) {
   EXPECT_EXIT(exit_beside_a_launch(), ::testing::ExitedWithCode(7), ::testing::Eq(""));
+  EXPECT_EXIT(exit_in_the_middle_of_a_launch(), ::testing::ExitedWithCode(7), ::testing::Eq(""));
+  EXPECT_EXIT(cancel_a_launch(), ::testing::ExitedWithCode(7), ::testing::Eq(""));
 }
 
 using live_handles = scripted_test;
