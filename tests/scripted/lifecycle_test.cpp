@@ -1,6 +1,7 @@
 // Start and stop of the library. Each case runs in a process of its own, with its own machine.
 #include "tests/scripted/scripted_test.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -323,17 +324,20 @@ void call_after_the_stop() {
 void exit_while_others_work() {
   use_two_devices();
   check_at_exit(false);
+  static std::atomic<int> at_work = 0;
   for (int i = 0; i < 3; ++i)
     std::thread([] {
       const auto all = devices();
       const auto add = find_kernel(compile(all[0], SOURCE), "add");
       const memory numbers = make(counted(64));
       const std::int32_t one = 1;
+      ++at_work;
       while (launch(add, {argument(numbers), argument(one)}, line(64)).code == TARVA_ABI_OK)
         ;
       std::this_thread::sleep_for(std::chrono::seconds(60)); // nothing more is to be had from the library
     }).detach();
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  while (at_work < 3)
+    std::this_thread::yield();
 }
 
 void call_in_a_forked_child() {
