@@ -342,19 +342,19 @@ void exit_while_others_work() {
 
 void call_in_a_forked_child() {
   use_two_devices();
-  static auto all = devices(); // given up by the child, too, when it exits
-  static const memory numbers = make(counted(4));
+  const auto all = devices();
+  memory numbers = make(counted(4));
   const pid_t child = fork();
-  std::int32_t value = 0;
-  const outcome ended = read_raw(numbers, 0, 1, &value);
   if (child == 0) {
     alarm(30);
-    check_at_exit(false); // what is open is the parent's
-    std::exit(ended.code == TARVA_ABI_UNKNOWN_FAILURE ? 0 : 2);
+    std::int32_t value = 0;
+    const outcome ended = read_raw(numbers, 0, 1, &value);
+    numbers.reset();
+    _exit(ended.code == TARVA_ABI_UNKNOWN_FAILURE ? 0 : 2);
   }
   int status = -1;
-  waitpid(child, &status, 0);
-  std::exit(ended.code == TARVA_ABI_OK && WIFEXITED(status) ? WEXITSTATUS(status) : 3);
+  if (waitpid(child, &status, 0) != child || status != 0 || read<std::int32_t>(numbers, 4) != counted(4))
+    std::exit(3);
 }
 
 TEST(lifecycle, late_and_concurrent_calls_survive_the_stop) {
