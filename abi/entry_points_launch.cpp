@@ -36,6 +36,7 @@ std::shared_ptr<kernel_argument_base> make_argument(const abi_bridge& bridge,
 
 kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
                                        std::uint64_t count) {
+  require_countable<tarva_abi_kernel_argument_s>(count, "kernel arguments");
   std::vector<std::shared_ptr<kernel_argument_base>> captured;
   captured.reserve(count);
   for (std::uint64_t index = 0; index < count; ++index)

@@ -1,5 +1,6 @@
 #include "abi/ir_arguments.h"
 
+#include "abi/argument_checks.h"
 #include "abi/bridge.h"
 #include "objects/ir_header.h"
 
@@ -12,6 +13,7 @@ namespace {
 std::vector<std::uint8_t> copy_data(const void* data, std::uint64_t size) {
   if (!data || size == 0)
     return {};
+  require_countable<std::uint8_t>(size, "bytes of data");
   const auto* bytes = static_cast<const std::uint8_t*>(data);
   return std::vector<std::uint8_t>(bytes, bytes + size);
 }
@@ -26,6 +28,7 @@ std::shared_ptr<ir_header> make_constant_array(const tarva_abi_ir_header_s& head
   if (!header.constants && header.count != 0)
     throw std::logic_error(
         "Attempting to read specialization constants, but the array of constants is NULL.");
+  require_countable<spirv_specialization_constant>(header.count, "specialization constants");
   std::vector<spirv_specialization_constant> constants;
   constants.reserve(header.count);
   for (std::uint64_t index = 0; index < header.count; ++index) {

@@ -14,6 +14,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <new>
+#include <pthread.h>
 #include <sstream>
 #include <string>
 #include <unistd.h>
@@ -42,12 +44,24 @@ std::string compose_banner() {
   return banner.str();
 }
 
-// Whatever the process does while it ends must be refused from here on: the library never came to be.
-[[noreturn]] void fail_to_start(const std::string& message) {
-  std::fprintf(stderr, "%s\n", message.c_str());
+// Whatever the process does while it ends must be refused from here on: the library never came to be. Takes no
+// memory, for want of which the start may have failed.
+[[noreturn]] void end_failed_start() noexcept {
   std::fflush(stderr);
   the_gate.close();
   std::exit(1);
+}
+
+[[noreturn]] void fail_to_start(const char* reason) noexcept {
+  log_critical("Failed to initialize the TARVA library: {}", reason);
+  std::fprintf(stderr, "Failed to initialize the TARVA library: %s\n", reason);
+  end_failed_start();
+}
+
+[[noreturn]] void fail_to_start() noexcept {
+  log_critical("Failed to initialize the TARVA library.");
+  std::fputs("Failed to initialize the TARVA library.\n", stderr);
+  end_failed_start();
 }
 
 // What the library uses at its end, or what a call may use until then, must be made before it, so that it
@@ -63,12 +77,17 @@ void prepare_what_outlives_the_library() {
 // Holds the library from its first call to the end of the process, or until it is unloaded.
 class library_holder {
 public:
-  library_holder() : process_(getpid()), library_(new tarva_singleton) {}
+  library_holder() : process_(getpid()) {
+    pthread_atfork(nullptr, nullptr, [] { the_gate.close(); });
+    library_ = new (std::nothrow) tarva_singleton;
+    if (!library_)
+      fail_to_start(std::bad_alloc().what());
+  }
   library_holder(const library_holder&) = delete;
   library_holder& operator=(const library_holder&) = delete;
 
-  // A forked child has neither the threads of the library nor a right to its locks, so it leaves all as it
-  // is.
+  // A forked child has neither the threads of the library nor a right to its locks, so its calls are refused
+  // and it leaves all as it is.
   ~library_holder() {
     if (getpid() != process_)
       return;
@@ -90,7 +109,7 @@ public:
 
 private:
   const pid_t process_;
-  tarva_singleton* const library_;
+  tarva_singleton* library_ = nullptr;
 };
 
 } // namespace
@@ -109,11 +128,9 @@ tarva_singleton::tarva_singleton() {
   try {
     start();
   } catch (const std::exception& exception) {
-    log_critical("Failed to initialize the TARVA library: {}", exception.what());
-    fail_to_start(std::string("Failed to initialize the TARVA library: ") + exception.what());
+    fail_to_start(exception.what());
   } catch (...) {
-    log_critical("Failed to initialize the TARVA library.");
-    fail_to_start("Failed to initialize the TARVA library.");
+    fail_to_start();
   }
 }
 

@@ -1,5 +1,7 @@
 #include "base/logging.h"
 
+#include "base/write_signals.h"
+
 #include <spdlog/sinks/basic_file_sink.h>
 #include <spdlog/sinks/null_sink.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
@@ -118,10 +120,13 @@ void logger::open() noexcept {
 
 void logger::close() noexcept {
   threshold_.store(static_cast<int>(log_level::off), std::memory_order_relaxed);
+  const withheld_write_signals withheld; // a file is written to when it is closed
   std::unique_ptr<target> closed;
   const std::lock_guard guard(lock_);
   closed.reset(target_);
   target_ = nullptr;
+  if (closed)
+    spdlog::drop(description_.name);
 }
 
 void logger::write(log_level level, std::string_view format, const log_argument* arguments,
@@ -130,6 +135,7 @@ void logger::write(log_level level, std::string_view format, const log_argument*
     bring_up();
     if (!is_enabled(level))
       return;
+    const withheld_write_signals withheld;
     std::shared_ptr<spdlog::logger> lines;
     {
       const std::lock_guard guard(lock_);

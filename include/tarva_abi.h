@@ -97,7 +97,8 @@
  * between threads. A handle must not be given up by one thread while another thread without a reference of
  * its own is still using it: nothing is followed that is gone, but the other call fails. A record or string
  * that the library has handed out never changes, so any number of threads may read it until one gives it up;
- * what is passed in must not change during the call.
+ * what is passed in must not change during the call. No function is a cancellation point, and none may be
+ * called by the handler of a signal: in the middle of another call it ends like one after the stop.
  *
  * Operations on memory (allocate, fill, copy, read, write, launch, free) run one at a time, in the order in
  * which the calls are accepted, and a call returns when its operation has ended.
@@ -131,7 +132,7 @@
  * TARVA_ABI_UNKNOWN_FAILURE or does nothing. Calls of other threads that are inside the library at that
  * moment are waited for, up to about ten seconds; yet a process should not exit while another thread is
  * loading a program or launching a kernel for the first time, since many OpenCL compilers do not survive
- * that. A process that has forked after the start must not call the library in the child.
+ * that. A child that was forked after the start has no library: its calls end like those after the stop.
  *
  * LOG
  *

@@ -52,8 +52,8 @@ struct scene {
                    const char* options, Arguments... rest) {
     return call<Function>(on, header, type, "x", std::uint64_t{1}, options, rest...);
   }
-  outcome launch_with(const tarva_abi_kernel_argument_s& argument) {
-    return call<tarva_abi_kernel_call>(kernel.get(), &argument, std::uint64_t{1}, &range);
+  outcome launch_with(const tarva_abi_kernel_argument_s& argument, std::uint64_t count = 1) {
+    return call<tarva_abi_kernel_call>(kernel.get(), &argument, count, &range);
   }
   // With one constant of this type and value.
   outcome load_with(std::uint64_t type, const void* constant_value) {
@@ -151,6 +151,9 @@ const row LAUNCHES[] = {
     {NO_VALUE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_VALUE, TARVA_ABI_TYPE_INT8, 0}))},
     {UNKNOWN, CALL(s.launch_with({TARVA_ABI_ARGUMENT_MEMORY, 0, 0}))},
     {NO_TYPE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_LOCAL_MEMORY, 69, 1}))},
+    {{TARVA_ABI_LOGIC_FAILURE, 3,
+      "The number of kernel arguments is 18446744073709551615, but no process can hold as many."},
+     CALL(s.launch_with({}, ~std::uint64_t{0}))},
 };
 
 const row MEMORY[] = {

@@ -2,7 +2,9 @@
 #include "tests/scripted/scripted_test.h"
 
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
+#include <pthread.h>
 #include <unistd.h>
 
 namespace scripted {
@@ -90,8 +92,51 @@ TEST(boundary, a_start_has_its_banner_and_happens_once) {
   _exit(2);
 }
 
-TEST(boundary, any_thread_may_end_the_process) {
+// The handler of a signal gives a handle up and ends the process, all in the middle of a launch of its thread.
+[[noreturn]] void exit_in_the_middle_of_a_launch() {
+  check_at_exit(false); // as above
+  static const auto& all = *new auto(devices());
+  static const auto& numbers = *new memory(make(counted(1)));
+  static const pthread_t launching = pthread_self();
+  std::signal(SIGUSR1, [](int) {
+    tarva_abi_release_memory(nullptr, numbers.get());
+    std::exit(7);
+  });
+  set_kernel("flag", [](const kernel_run&) { pthread_kill(launching, SIGUSR1); });
+  launch(find_kernel(compile(all[0], SOURCE), "flag"), {argument(numbers)}, line(1));
+  std::this_thread::sleep_for(std::chrono::seconds(60));
+  _exit(2);
+}
+
+// A thread that is cancelled in the middle of a launch comes to the end of it.
+[[noreturn]] void cancel_a_launch() {
+  static std::atomic<bool> inside = false, cancelled = false, ended = false;
+  {
+    const auto all = devices();
+    const memory numbers = make(counted(1));
+    set_kernel("flag", [](const kernel_run&) {
+      for (inside = true; !cancelled;)
+        std::this_thread::yield();
+    });
+    const auto flag = find_kernel(compile(all[0], SOURCE), "flag");
+    std::thread launching([&] {
+      launch(flag, {argument(numbers)}, line(1));
+      pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+      ended = true;
+    });
+    while (!inside)
+      std::this_thread::yield();
+    pthread_cancel(launching.native_handle());
+    cancelled = true;
+    launching.join();
+  }
+  std::exit(ended ? 7 : 2);
+}
+
+TEST(boundary, survives_threads_that_end_the_process_or_are_ended) {
   EXPECT_EXIT(exit_beside_a_launch(), ::testing::ExitedWithCode(7), ::testing::Eq(""));
+  EXPECT_EXIT(exit_in_the_middle_of_a_launch(), ::testing::ExitedWithCode(7), ::testing::Eq(""));
+  EXPECT_EXIT(cancel_a_launch(), ::testing::ExitedWithCode(7), ::testing::Eq(""));
 }
 
 using live_handles = scripted_test;

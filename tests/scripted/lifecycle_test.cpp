@@ -1,7 +1,10 @@
 // Start and stop of the library. Each case runs in a process of its own, with its own machine.
 #include "tests/scripted/scripted_test.h"
 
+#include <atomic>
 #include <cstdlib>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace scripted {
@@ -215,9 +218,33 @@ void start_with_unwritable_log() {
   used_on(devices()[0]);
 }
 
+void log_into_a_file_that_may_not_grow() {
+  use_two_devices();
+  log_to_console("info");
+  setenv("TARVA_LOG_TARGET", "file", 1);
+  std::string folder = ::testing::TempDir() + "tarva_XXXXXX";
+  const rlimit nothing{0, 0};
+  if (!mkdtemp(folder.data()) || chdir(folder.c_str()) != 0 || setrlimit(RLIMIT_FSIZE, &nothing) != 0)
+    std::exit(2);
+  used_on(devices()[0]);
+  if (unlink("tarva.log") != 0 || rmdir(folder.c_str()) != 0)
+    std::exit(3);
+}
+
+void log_into_a_pipe_without_a_reader() {
+  use_two_devices();
+  log_to_console("info");
+  int ends[2];
+  if (pipe(ends) != 0 || close(ends[0]) != 0 || dup2(ends[1], STDERR_FILENO) < 0)
+    std::exit(2);
+  used_on(devices()[0]);
+}
+
 TEST(lifecycle, a_start_bears_a_bare_machine_and_a_log_that_cannot_be_written) {
   EXPECT_EXIT(run(start_without_devices), ExitedWithCode(0), ::testing::Eq(""));
   EXPECT_EXIT(run(start_with_unwritable_log), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(log_into_a_file_that_may_not_grow), ExitedWithCode(0), "");
+  EXPECT_EXIT(run(log_into_a_pipe_without_a_reader), ExitedWithCode(0), "");
 }
 
 void fail_on_the_worker(op operation) {
@@ -297,22 +324,43 @@ void call_after_the_stop() {
 void exit_while_others_work() {
   use_two_devices();
   check_at_exit(false);
+  static std::atomic<int> at_work = 0;
   for (int i = 0; i < 3; ++i)
     std::thread([] {
       const auto all = devices();
       const auto add = find_kernel(compile(all[0], SOURCE), "add");
       const memory numbers = make(counted(64));
       const std::int32_t one = 1;
+      ++at_work;
       while (launch(add, {argument(numbers), argument(one)}, line(64)).code == TARVA_ABI_OK)
         ;
       std::this_thread::sleep_for(std::chrono::seconds(60)); // nothing more is to be had from the library
     }).detach();
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  while (at_work < 3)
+    std::this_thread::yield();
+}
+
+void call_in_a_forked_child() {
+  use_two_devices();
+  const auto all = devices();
+  memory numbers = make(counted(4));
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(30);
+    std::int32_t value = 0;
+    const outcome ended = read_raw(numbers, 0, 1, &value);
+    numbers.reset();
+    _exit(ended.code == TARVA_ABI_UNKNOWN_FAILURE ? 0 : 2);
+  }
+  int status = -1;
+  if (waitpid(child, &status, 0) != child || status != 0 || read<std::int32_t>(numbers, 4) != counted(4))
+    std::exit(3);
 }
 
 TEST(lifecycle, late_and_concurrent_calls_survive_the_stop) {
   EXPECT_EXIT(run(call_after_the_stop), ExitedWithCode(0), ::testing::Eq(""));
   EXPECT_EXIT(run(exit_while_others_work), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(call_in_a_forked_child), ExitedWithCode(0), ::testing::Eq(""));
 }
 
 } // namespace

@@ -27,6 +27,7 @@ usage_part() {
     status 2 $words
     holds "$words" "$output" --help
   done
+  status 2 --help=3; holds "an argument too many" "$output" "--help=3: this option takes no argument"
   status 0; holds list "$output" OpenCL
   status 0 --list
   status 1 9999; holds 9999 "$output" 9999

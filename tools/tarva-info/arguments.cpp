@@ -1,5 +1,6 @@
 #include "tools/tarva-info/arguments.h"
 
+#include <cctype>
 #include <charconv>
 #include <cstring>
 #include <getopt.h>
@@ -73,14 +74,23 @@ private:
     case ':':
       throw usage_failure(std::string(words[optind - 1]) + " needs an argument");
     default:
-      // One of several letters in a word is told by optopt, a long option only by its word.
-      throw usage_failure("unknown option " + (optopt > 0 && optopt < GET
-                                                   ? std::string{'-', static_cast<char>(optopt)}
-                                                   : std::string(words[optind - 1])));
+      throw usage_failure(describe_refused(words));
     }
   }
 
-  // Help is given whatever stands beside it.
+  // One of several letters in a word is told by optopt, and so is a known option with an argument too many; an
+  // unknown long option is not.
+  static std::string describe_refused(char** words) {
+    const std::string word = words[optind - 1];
+    if (optopt == 0) {
+      return "unknown option " + word;
+    }
+    const bool is_known = optopt >= GET || (std::isalpha(optopt) && std::strchr(short_options, optopt));
+    return is_known ? word + ": this option takes no argument"
+                    : "unknown option " + std::string{'-', static_cast<char>(optopt)};
+  }
+
+  // Help is given whatever other form is asked for.
   void take_form(output_form form, const char* name) {
     if (form_name_ != nullptr && form != output_form::help && parsed_.form != form) {
       if (parsed_.form == output_form::help) {
