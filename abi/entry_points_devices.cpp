@@ -19,6 +19,10 @@ void tarva_singleton::tarva_abi_get_devices(tarva_abi_device_array_s** out_devic
 
 void tarva_singleton::tarva_abi_get_builtin_program(tarva_abi_device_s* device,
                                                     tarva_abi_program_s** out_program) {
+  require(
+      out_program,
+      "tarva_abi_get_builtin_program: program argument is NULL, but expected a memory location to write the "
+      "result program.");
   *out_program =
       bridge_.make_handle<tarva_abi_program_s>(bridge_.get_library_object(device)->get_builtin_program());
 }

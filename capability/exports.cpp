@@ -14,8 +14,9 @@ bool has_ended = false;
 
 struct machine_end {
   ~machine_end() {
-    const std::lock_guard guard(machine_lock);
-    if (any_call_handle_open())
+    // Not waited for: in a forked child the thread that held the lock is gone.
+    const std::unique_lock guard(machine_lock, std::try_to_lock);
+    if (!guard || any_call_handle_open())
       return;
     delete the_machine;
     the_machine = nullptr;

@@ -65,9 +65,7 @@ struct ir_choice {
 
 void get_builtin_program(conversation& with) {
   auto* const of = with.pick<tarva_abi_device_s>();
-  tarva_abi_program_s* made = nullptr; // always a place for the result, which the library does not check
-  if (with.call<tarva_abi_get_builtin_program>(with.live_only(of), of, &made))
-    with.handles.add(made);
+  with.keep<tarva_abi_get_builtin_program>(with.live_only(of), of);
 }
 
 void check_support(conversation& with) {

@@ -579,10 +579,9 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_device_root_property(void* reser
  * The program of the kernels that are built into the device. Every device has one; it may hold no kernel.
  *
  * device       the device
- * out_program  receives the program: to be given to tarva_abi_release_program. Must be valid: unlike other
- *              out-arguments it is not tested, not even for NULL.
+ * out_program  receives the program: to be given to tarva_abi_release_program
  *
- * Errors: no others than the common ones.
+ * Errors: -3 if out_program is NULL.
  */
 TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_builtin_program(void* reserved, tarva_abi_device_s* device,
                                                                 tarva_abi_program_s** out_program,

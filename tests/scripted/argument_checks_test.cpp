@@ -96,6 +96,9 @@ const row DEVICES_AND_PROGRAMS[] = {
           "devices argument is NULL, but expected a memory location to return the device array.", nullptr),
     CHECK(tarva_abi_get_device_root_property, NO_ROOT, unknown, nullptr),
     ROW(UNKNOWN, tarva_abi_get_device_root_property, unknown, &s.out.property),
+    CHECK(tarva_abi_get_builtin_program,
+          "program argument is NULL, but expected a memory location to write the result program.", unknown,
+          nullptr),
     ROW(UNKNOWN, tarva_abi_get_builtin_program, unknown, &s.out.program),
     {invalid_argument("tarva_abi_check_device_ir_support : supported argument is NULL, but should "
                       "point to a valid memory location to return a result."),
