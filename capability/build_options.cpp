@@ -1,34 +1,15 @@
 #include "capability/build_options.h"
 
+#include "capability/utf8.h"
+
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace qv {
 namespace {
-
-bool is_utf8(std::string_view text) {
-  constexpr std::array<std::uint32_t, 4> smallest_of_length{0, 0x80, 0x800, 0x10000};
-  for (std::size_t i = 0; i < text.size();) {
-    const auto lead = static_cast<unsigned char>(text[i++]);
-    const std::size_t more = lead < 0x80 ? 0 : lead < 0xC0 ? 4 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-    if (more > text.size() - i || lead > 0xF4)
-      return false;
-    std::uint32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
-    for (const char each : text.substr(i, more)) {
-      if ((static_cast<unsigned char>(each) & 0xC0) != 0x80)
-        return false;
-      code = code << 6 | (static_cast<unsigned char>(each) & 0x3F);
-    }
-    i += more;
-    if (more == 4 || code < smallest_of_length[more] || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000))
-      return false;
-  }
-  return true;
-}
 
 // The words of `options`, which end at blanks outside of quotes, and at quotes themselves where these cut.
 // Nothing if a quote has no end.
@@ -80,14 +61,14 @@ bool ends_without_value(std::string_view options) {
 bool are_harmless_options(const implementation_faults& faults, std::string_view options) {
   if (faults.reads_past_last_option && ends_without_value(options))
     return false;
-  if (faults.panics_on_odd_options && !is_utf8(options))
+  if (faults.needs_utf8 && !is_utf8(options))
     return false;
   if (!faults.takes_words_for_files)
     return true;
-  const auto words = words_of(options, faults.panics_on_odd_options);
+  const auto words = words_of(options, faults.cuts_options_at_quotes);
   if (!words || !are_options_alone(*words))
     return false;
-  return !faults.panics_on_odd_options ||
+  return !faults.cuts_options_at_quotes ||
          std::all_of(words->begin(), words->end(), [](const std::string& word) { return word.size() > 1; });
 }
 

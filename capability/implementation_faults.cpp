@@ -18,7 +18,8 @@ implementation_faults faults_of_platform(std::string_view platform_name) {
   } else if (platform_name == "rusticl") {
     faults.aborts_on_foreign_binaries = true;
     faults.takes_words_for_files = true;
-    faults.panics_on_odd_options = true;
+    faults.cuts_options_at_quotes = true;
+    faults.needs_utf8 = true;
     faults.groups = group_limit::under_2_32_in_each_dimension;
   }
   return faults;

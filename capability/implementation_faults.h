@@ -30,8 +30,10 @@ struct implementation_faults {
   // Words among the build options that are no options are taken for files to compile, of which there may be
   // one.
   bool takes_words_for_files = false;
-  // Build options have to be UTF-8, and are cut into words at quotes, too, each of at least two bytes.
-  bool panics_on_odd_options = false;
+  // Build options are cut into words at quotes, too, and a word of one byte ends the process.
+  bool cuts_options_at_quotes = false;
+  // Text that is not UTF-8 ends the process.
+  bool needs_utf8 = false;
   group_limit groups = group_limit::none;
 };
 

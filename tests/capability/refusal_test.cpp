@@ -65,6 +65,13 @@ TEST(refusal, of_build_options_that_end_the_process) {
   }
 }
 
+TEST(refusal, of_names_that_are_no_utf8) {
+  for (const char* implementation : IMPLEMENTATIONS)
+    EXPECT_EQ(
+        status_of<qv::operation::create_kernel>(device_of(implementation), {nullptr, "\xFF", nullptr, 7}),
+        implementation == RUSTICL ? CL_INVALID_KERNEL_NAME : CL_SUCCESS);
+}
+
 TEST(refusal, of_more_groups_than_can_be_counted) {
   constexpr std::size_t K = 1024, G = K * K * K;
   struct row {
