@@ -16,7 +16,8 @@ struct recorded {
 };
 inline std::vector<recorded> calls;
 
-inline constexpr std::uint64_t made_object = 0xABCD;
+// What every create function gives out.
+inline char made_object = 0;
 
 template <typename T>
 std::uint64_t as_number(T value) {
@@ -37,7 +38,7 @@ struct recorder<Place, Result (*)(Parameters...)> {
     calls.push_back({name, {as_number(parameters)...}});
     if constexpr (std::is_pointer_v<Result>) {
       (succeed(parameters), ...);
-      return reinterpret_cast<Result>(made_object);
+      return reinterpret_cast<Result>(&made_object);
     } else {
       return CL_SUCCESS;
     }

@@ -30,7 +30,7 @@ struct wire_row {
 };
 
 // clang-format off
-const wire_row WIRE[] = {
+const wire_row wire_rows[] = {
     {"clBuildProgram", {1, 1, 1, 1, 1, 1}, {0_, 44_n, 8_, 16_, 24_, 32_}, 40},
     {"clCreateBuffer", {2, 2, 3, 3, 3, 3}, {8_, 0_, 16_, 24_}, 40, 32},
     {"clCreateCommandQueue", {3, 3, 4, 0, 0, 0}, {0_, 8_, 16_}, 24, 32},
@@ -84,20 +84,21 @@ T at(const record_bytes& record, int offset) {
 
 // What a pointer of a record may lead to: numbers none of which is zero, but the second, which makes a
 // property list of the first two.
-constexpr std::array<std::uint64_t, 16> NUMBERS{0x1093, 0, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+constexpr std::array<std::uint64_t, 16> any_numbers{0x1093, 0,  3,  4,  5,  6,  7,  8,
+                                                    9,      10, 11, 12, 13, 14, 15, 16};
 
 TEST(wire, brings_every_command_with_its_arguments_to_opencl) {
   qv::root_device device;
   device.cl = recording_functions();
   for (std::uint32_t capability = 1; capability <= 6; ++capability)
-    for (const wire_row& row : WIRE) {
+    for (const wire_row& row : wire_rows) {
       if (row.numbers[capability - 1] == 0)
         continue;
       SCOPED_TRACE(::testing::Message() << row.function << " under " << capability);
       record_bytes record;
       record.fill(0xEE); // whoever calls clears nothing
       std::vector<std::uint64_t> expected;
-      auto pointed_to = NUMBERS;
+      auto pointed_to = any_numbers;
       std::uint32_t small = 0;
       for (const field& one : row.arguments) {
         const std::uint64_t wide = as_number(&pointed_to[expected.size()]);
@@ -118,7 +119,7 @@ TEST(wire, brings_every_command_with_its_arguments_to_opencl) {
         EXPECT_EQ(at<std::int32_t>(record, row.status), CL_SUCCESS);
       }
       if (row.result >= 0) {
-        EXPECT_EQ(at<std::uint64_t>(record, row.result), made_object);
+        EXPECT_EQ(at<std::uint64_t>(record, row.result), as_number(&made_object));
       }
     }
 }
@@ -131,7 +132,7 @@ TEST(wire, has_no_other_command_but_that_for_the_device) {
   for (std::uint32_t capability = 1; capability <= 6; ++capability)
     for (std::uint64_t number = 0; number < 200; ++number) {
       bool known = false;
-      for (const wire_row& row : WIRE)
+      for (const wire_row& row : wire_rows)
         known = known || (number != 0 && row.numbers[capability - 1] == number);
       if (known)
         continue;

@@ -12,8 +12,8 @@ namespace {
 
 using namespace caller;
 
-constexpr int NO_DEVICE = 77;
-const std::string SOURCE =
+constexpr int no_device = 77;
+const std::string source =
     "kernel void add(global int* data, int amount) { data[get_global_id(0)] += amount; }";
 
 // Empty if the machine lacks the compilers.
@@ -51,7 +51,7 @@ protected:
               outcome());
     EXPECT_EQ(read<std::int32_t>(numbers, 16), std::vector<std::int32_t>(16, 5));
   }
-  static void expect_works(const caller::device& on) { expect_adds(compile(on, SOURCE)); }
+  static void expect_works(const caller::device& on) { expect_adds(compile(on, source)); }
   static void expect_loads(const caller::device& on, std::uint64_t type, const std::string& data,
                            const char* options = "") {
     build result;
@@ -186,30 +186,30 @@ TEST_F(program_kinds, built_in_kernels_work_or_are_refused_in_words) {
 TEST_F(program_kinds, odd_build_options_never_end_the_process) {
   on_each([](const caller::device& on, const std::string&) {
     for (const char* valid : {" ", "-w", "-DX=1 -cl-mad-enable", "-D XY=1", "-I /tmp", "-cl-std=CL1.2"})
-      expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, SOURCE, valid);
+      expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, source, valid);
     for (const char* wrong : {"-cl-std=CL9.9 -nonsense", "-D", "-D ", "-I -D -D", "-", "word", "-w word"}) {
       // Some devices ignore a name that is missing.
       build result;
-      const outcome ended = load(on, TARVA_ABI_IR_SOURCE_1_0, SOURCE, wrong, result);
+      const outcome ended = load(on, TARVA_ABI_IR_SOURCE_1_0, source, wrong, result);
       EXPECT_TRUE(ended.code == TARVA_ABI_OK || !ended.message.empty()) << wrong;
     }
     for (const char* odd : {"\"", "'", "-w \"", "-DX='a b'", "-DX=\"a b\"", "\\", "-D X", "-DX=\xFF", "\t",
                             "''", "@file", "-DX=\"\\\"1\\\"\"", "-s word", "-I"}) {
       build result;
-      const outcome ended = load(on, TARVA_ABI_IR_SOURCE_1_0, SOURCE, odd, result);
+      const outcome ended = load(on, TARVA_ABI_IR_SOURCE_1_0, source, odd, result);
       EXPECT_TRUE(ended.code == TARVA_ABI_OK || !ended.message.empty()) << odd;
       if (ended.code == TARVA_ABI_OK && result.success)
         expect_adds(result.made);
     }
-    expect_refused(on, TARVA_ABI_IR_SOURCE_1_0, SOURCE, "-nonsense-option=1");
+    expect_refused(on, TARVA_ABI_IR_SOURCE_1_0, source, "-nonsense-option=1");
   });
 }
 
 TEST_F(program_kinds, odd_texts_and_names_end_in_words) {
   on_each([](const caller::device& on, const std::string&) {
-    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, "\xEF\xBB\xBF" + SOURCE);
-    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, SOURCE + std::string("\0garbage", 8));
-    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, "//" + std::string(1 << 18, 'x') + "\r\n" + SOURCE + "//");
+    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, "\xEF\xBB\xBF" + source);
+    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, source + std::string("\0garbage", 8));
+    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, "//" + std::string(1 << 18, 'x') + "\r\n" + source + "//");
     for (const char* broken : {"/*", "#error no", "#include <missing.h>", "kernel void add(", "\xFF\xFE"})
       expect_refused(on, TARVA_ABI_IR_SOURCE_1_0, broken);
     for (const char* without_kernel : {"", "\n", "int f(int x) { return x; }"}) {
@@ -217,7 +217,7 @@ TEST_F(program_kinds, odd_texts_and_names_end_in_words) {
       const outcome ended = load(on, TARVA_ABI_IR_SOURCE_1_0, without_kernel, "", result);
       EXPECT_TRUE(ended.code == TARVA_ABI_OK || !ended.message.empty());
     }
-    const program made = compile(on, SOURCE);
+    const program made = compile(on, source);
     for (const std::string& name : {std::string(), std::string("ad"), std::string("add "),
                                     std::string("%s%n"), std::string("\xFF"), std::string(100000, 'a')}) {
       tarva_abi_kernel_s* found = nullptr;
@@ -234,7 +234,7 @@ int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
   if (devices().empty()) {
     std::printf("this environment offers no OpenCL device\n");
-    return std::getenv("TARVA_TEST_NEEDS_DEVICE") == nullptr ? NO_DEVICE : EXIT_FAILURE;
+    return std::getenv("TARVA_TEST_NEEDS_DEVICE") == nullptr ? no_device : EXIT_FAILURE;
   }
   return RUN_ALL_TESTS();
 }

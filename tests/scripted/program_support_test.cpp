@@ -9,15 +9,16 @@ using op = qv::operation;
 
 namespace {
 
-constexpr std::uint32_t TYPE = 0x1000, ADDRESS_BITS = 0x100D, EXTENSIONS = 0x1030, SPIR_VERSIONS = 0x40E0;
+constexpr std::uint32_t type_query = 0x1000, address_bits_query = 0x100D, extensions_query = 0x1030,
+                        spir_versions_query = 0x40E0;
 
 class program_support : public each_version {
 protected:
   void TearDown() override {
-    set(TYPE, value_answer(std::uint64_t{4}));
-    set(ADDRESS_BITS, value_answer(std::uint32_t{64}));
-    set(EXTENSIONS, text_answer("cl_khr_one"));
-    set(SPIR_VERSIONS, text_answer("1.2"));
+    set(type_query, value_answer(std::uint64_t{4}));
+    set(address_bits_query, value_answer(std::uint32_t{64}));
+    set(extensions_query, text_answer("cl_khr_one"));
+    set(spir_versions_query, text_answer("1.2"));
     each_version::TearDown();
   }
   void set(std::uint32_t parameter, const info_answer& answer) {
@@ -47,7 +48,7 @@ protected:
   outcome limit_of(const caller::kernel& of, std::vector<std::uint64_t>& limit) {
     tarva_abi_property_s* found = nullptr;
     const auto properties = root<tarva_abi_get_kernel_root_property>(of);
-    const outcome ended =
+    outcome ended =
         call<tarva_abi_get_child_property_by_name>(properties.get(), "MAX_GLOBAL_WORK_SIZE", &found);
     const property owned(found);
     if (found != nullptr)
@@ -83,14 +84,14 @@ TEST_P(program_support, depends_on_version_extensions_and_spir_versions) {
        {"19", "129", "1239", "12349", "1234589", "1234589"}},
   };
   for (const row& one : rows) {
-    set(EXTENSIONS, text_answer(one.extensions));
-    set(SPIR_VERSIONS, text_answer(one.spir_versions));
+    set(extensions_query, text_answer(one.extensions));
+    set(spir_versions_query, text_answer(one.spir_versions));
     EXPECT_EQ(supported(), one.types[version() - 1]) << one.extensions << ": " << one.spir_versions;
     // Without the extension there is no list of versions to read.
     const std::string extensions = one.extensions;
     const auto calls = only(take_calls(), op::get_device_info);
     const bool reads = std::any_of(calls.begin(), calls.end(), [](const call_record& each) {
-      return each.as<op::get_device_info>().param_name == SPIR_VERSIONS;
+      return each.as<op::get_device_info>().param_name == spir_versions_query;
     });
     const bool has_spir =
         extensions.ends_with("cl_khr_spir") || extensions.ends_with("SPIR ") || extensions == "cl_khr";
@@ -145,24 +146,24 @@ TEST_P(program_support, includes_built_in_kernels_from_1_2) {
 
 TEST_P(program_support, bounds_the_global_size_by_addresses_or_by_the_kernel) {
   const auto add = kernel(version(), "add");
-  constexpr std::uint64_t CPU = 2, CUSTOM = 16;
-  constexpr std::uint64_t SMALL = 0xFFFFFFFF, LARGE = ~std::uint64_t{0};
+  constexpr std::uint64_t cpu = 2, custom = 16;
+  constexpr std::uint64_t small = 0xFFFFFFFF, large = ~std::uint64_t{0};
   struct row {
     std::uint64_t type;
     std::uint32_t bits;
     sizes expected;
   };
-  const sizes of_custom = version() < 3 ? sizes{LARGE, LARGE, LARGE} : sizes{1024, 512, 256};
-  for (const row& one : {row{CPU, 64, {LARGE, LARGE, LARGE}}, row{CPU, 32, {SMALL, SMALL, SMALL}},
-                         row{CPU | CUSTOM, 32, {SMALL, SMALL, SMALL}}, row{CUSTOM, 64, of_custom}}) {
-    set(TYPE, value_answer(one.type));
-    set(ADDRESS_BITS, value_answer(one.bits));
+  const sizes of_custom = version() < 3 ? sizes{large, large, large} : sizes{1024, 512, 256};
+  for (const row& one : {row{cpu, 64, {large, large, large}}, row{cpu, 32, {small, small, small}},
+                         row{cpu | custom, 32, {small, small, small}}, row{custom, 64, of_custom}}) {
+    set(type_query, value_answer(one.type));
+    set(address_bits_query, value_answer(one.bits));
     sizes limit;
     EXPECT_EQ(limit_of(add, limit), outcome());
     EXPECT_EQ(limit, one.expected) << one.type << ", " << one.bits;
   }
-  set(TYPE, value_answer(CPU));
-  set(ADDRESS_BITS, value_answer(std::uint32_t{16}));
+  set(type_query, value_answer(cpu));
+  set(address_bits_query, value_answer(std::uint32_t{16}));
   sizes limit;
   EXPECT_EQ(
       limit_of(add, limit),
@@ -170,12 +171,12 @@ TEST_P(program_support, bounds_the_global_size_by_addresses_or_by_the_kernel) {
 }
 
 TEST_P(program_support, finds_limits_again_that_could_not_be_read) {
-  constexpr std::uint64_t GROUP = 256;
+  constexpr std::uint64_t group = 256;
   const program made = compile(device(version()), SOURCE);
   const memory numbers = make(counted(8));
   const std::int32_t amount = 0;
   const auto launch_too_large = [&](const caller::kernel& on) {
-    return launch(on, {argument(numbers), argument(amount)}, line(4 * GROUP, 2 * GROUP));
+    return launch(on, {argument(numbers), argument(amount)}, line(4 * group, 2 * group));
   };
   // The failure of the moment falls on the making of the kernel, which bears it; the next lasts until the launch.
   fail_call(op::get_kernel_work_group_info, 1, -5);
