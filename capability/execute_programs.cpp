@@ -35,18 +35,13 @@ bool refuse_harmful_binaries(const implementation_faults& faults, create_program
   return false;
 }
 
-// Compilers end the process over a module that is cut short.
-bool is_acceptable_il(const void* il, std::size_t length) {
-  return il != nullptr && length != 0 && is_whole_if_spirv(il, length);
-}
-
 // The loader's entry point, which is the same for all platforms.
 std::atomic<decltype(opencl_functions::create_program_with_il)> create_with_il{nullptr};
 
 // What is given out for clCreateProgramWithILKHR: that is called without this library.
 cl_program CL_API_CALL create_program_with_checked_il(cl_context context, const void* il, std::size_t length,
                                                       cl_int* status) {
-  if (is_acceptable_il(il, length))
+  if (is_whole_if_spirv(il, length))
     return create_with_il.load()(context, il, length, status);
   if (status != nullptr)
     *status = CL_INVALID_VALUE;
@@ -82,7 +77,8 @@ void create_program_with_builtin_kernels(const root_device& device,
 }
 
 void create_program_with_il(const root_device& device, create_program_with_il_record& record) {
-  if (!is_acceptable_il(record.il, record.length)) {
+  // Some compilers end the process over a module that is cut short.
+  if (!is_whole_if_spirv(record.il, record.length)) {
     refuse(record, CL_INVALID_VALUE);
     return;
   }

@@ -15,7 +15,8 @@ constexpr std::uint32_t function_end_opcode = 56;
 class word_reader {
 public:
   word_reader(const void* bytes, std::size_t length)
-      : bytes_(static_cast<const unsigned char*>(bytes)), count_(length / sizeof(std::uint32_t)),
+      : bytes_(static_cast<const unsigned char*>(bytes)),
+        count_(bytes == nullptr ? 0 : length / sizeof(std::uint32_t)),
         is_spirv_(count_ > 0 && (native(0) == magic || __builtin_bswap32(native(0)) == magic)) {}
 
   bool is_spirv() const { return is_spirv_; }

@@ -82,10 +82,10 @@ T at(const record_bytes& record, int offset) {
   return value;
 }
 
-// What a pointer of a record may lead to: numbers none of which is zero, but the second, which makes a
-// property list of the first two.
-constexpr std::array<std::uint64_t, 16> any_numbers{0x1093, 0,  3,  4,  5,  6,  7,  8,
-                                                    9,      10, 11, 12, 13, 14, 15, 16};
+// What a pointer of a record may lead to: numbers none of which is zero, but the last, which end a property
+// list.
+constexpr std::array<std::uint64_t, 18> any_numbers{1,  2,  3,  4,  5,  6,  7,  8, 9,
+                                                    10, 11, 12, 13, 14, 15, 16, 0, 0};
 
 TEST(wire, brings_every_command_with_its_arguments_to_opencl) {
   qv::root_device device;

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -183,6 +184,30 @@ TEST_F(program_kinds, built_in_kernels_work_or_are_refused_in_words) {
   });
 }
 
+TEST_F(program_kinds, kernels_enqueue_kernels_on_the_default_queue) {
+  on_each([](const caller::device& on, const std::string& version) {
+    if (version < "2.0")
+      return;
+    const auto opencl = child(root<tarva_abi_get_device_root_property>(on), "OPENCL");
+    const auto queues =
+        child(child(opencl, "CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES"), "CL_DEVICE_MAX_ON_DEVICE_QUEUES");
+    if (*static_cast<const std::uint32_t*>(queues->data) == 0)
+      return; // a device that is used as 2.x without being one
+    build result;
+    ASSERT_EQ(load(on, TARVA_ABI_IR_SOURCE_2_0,
+                   "kernel void parent(global int* out) {"
+                   "  enqueue_kernel(get_default_queue(), CLK_ENQUEUE_FLAGS_NO_WAIT, ndrange_1D(4),"
+                   "                 ^{ out[get_global_id(0)] = 7; });"
+                   "}",
+                   "-cl-std=CL2.0", result),
+              outcome());
+    ASSERT_TRUE(result.success) << result.log;
+    const memory out = make(std::vector<std::int32_t>(5, 1));
+    EXPECT_EQ(launch(find_kernel(result.made, "parent"), {argument(out)}, line(1)), outcome());
+    EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{7, 7, 7, 7, 1}));
+  });
+}
+
 TEST_F(program_kinds, odd_build_options_never_end_the_process) {
   on_each([](const caller::device& on, const std::string&) {
     for (const char* valid : {" ", "-w", "-DX=1 -cl-mad-enable", "-D XY=1", "-I /tmp", "-cl-std=CL1.2"})
@@ -226,6 +251,12 @@ TEST_F(program_kinds, odd_texts_and_names_end_in_words) {
       const kernel owned(found);
     }
   });
+}
+
+TEST_F(program_kinds, are_reached_without_the_loader_in_the_global_scope) {
+  if (std::getenv("LD_PRELOAD") != nullptr)
+    GTEST_SKIP() << "it has been brought there";
+  EXPECT_EQ(dlsym(RTLD_DEFAULT, "clGetPlatformIDs"), nullptr);
 }
 
 } // namespace
