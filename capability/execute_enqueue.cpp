@@ -32,6 +32,39 @@ cl_uint count_zeros(const std::size_t* sizes, cl_uint dimensions) {
   return static_cast<cl_uint>(std::count(sizes, sizes + dimensions, std::size_t{0}));
 }
 
+// The most work-items that one group of the kernel may have, or 1.
+std::uint64_t largest_group(const root_device& device, const enqueue_nd_range_kernel_record& record) {
+  std::size_t size = 0;
+  const cl_int status =
+      call_or_refuse(device.cl.get_kernel_work_group_info, static_cast<cl_kernel>(record.kernel), device.id,
+                     cl_kernel_work_group_info{CL_KERNEL_WORK_GROUP_SIZE}, sizeof size,
+                     static_cast<void*>(&size), static_cast<std::size_t*>(nullptr));
+  return status == CL_SUCCESS ? std::max<std::size_t>(size, 1) : 1;
+}
+
+// True if the implementation would end the process, or count too few groups and leave work undone. Without a
+// local size the device chooses, and what is certain is that no group is larger than the largest.
+bool has_too_many_groups(const root_device& device, const enqueue_nd_range_kernel_record& record,
+                         const std::size_t* local_size) {
+  constexpr std::uint64_t limit = std::uint64_t{1} << 32;
+  if (device.faults.groups == group_limit::none)
+    return false;
+  std::uint64_t all = 1;
+  std::uint64_t most = 0;
+  for (cl_uint i = 0; i < record.work_dim; ++i) {
+    const std::uint64_t items = record.global_work_size[i];
+    const std::uint64_t size = local_size == nullptr ? 1 : local_size[i];
+    const std::uint64_t groups = items / size + (items % size != 0 ? 1 : 0);
+    most = std::max(most, groups);
+    if (__builtin_mul_overflow(all, groups, &all))
+      all = ~std::uint64_t{0};
+  }
+  const std::uint64_t counted = device.faults.groups == group_limit::under_2_32_in_all ? all : most;
+  if (counted < limit || local_size != nullptr)
+    return counted >= limit;
+  return counted / largest_group(device, record) >= limit;
+}
+
 } // namespace
 
 void enqueue_read_buffer(const root_device& device, enqueue_transfer_buffer_record& record) {
@@ -76,6 +109,10 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
       record.status = CL_INVALID_WORK_GROUP_SIZE;
       return;
     }
+  }
+  if (has_too_many_groups(device, record, local_size)) {
+    record.status = CL_INVALID_GLOBAL_WORK_SIZE;
+    return;
   }
   record.status = call_or_refuse(device.cl.enqueue_nd_range_kernel, queue_of(record),
                                  static_cast<cl_kernel>(record.kernel), dimensions, record.global_work_offset,

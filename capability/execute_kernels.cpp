@@ -1,4 +1,5 @@
 #include "capability/executor.h"
+#include "capability/utf8.h"
 
 namespace qv {
 namespace {
@@ -27,6 +28,11 @@ void create_kernel(const root_device& device, create_kernel_record& record) {
   if (record.kernel_name == nullptr) {
     record.result = nullptr;
     record.status = CL_INVALID_VALUE;
+    return;
+  }
+  if (device.faults.needs_utf8 && !is_utf8(record.kernel_name)) {
+    record.result = nullptr;
+    record.status = CL_INVALID_KERNEL_NAME;
     return;
   }
   create_or_refuse(record, device.cl.create_kernel, static_cast<cl_program>(record.program),

@@ -1,7 +1,11 @@
+#include "capability/build_options.h"
 #include "capability/device_binary.h"
 #include "capability/executor.h"
+#include "capability/spirv_module.h"
 
 #include <algorithm>
+#include <atomic>
+#include <cstring>
 #include <mutex>
 
 namespace qv {
@@ -29,6 +33,19 @@ bool refuse_harmful_binaries(const implementation_faults& faults, create_program
     return refuse(record, CL_INVALID_BINARY);
   }
   return false;
+}
+
+// The loader's entry point, which is the same for all platforms.
+std::atomic<decltype(opencl_functions::create_program_with_il)> create_with_il{nullptr};
+
+// What is given out for clCreateProgramWithILKHR: that is called without this library.
+cl_program CL_API_CALL create_program_with_checked_il(cl_context context, const void* il, std::size_t length,
+                                                      cl_int* status) {
+  if (is_whole_if_spirv(il, length))
+    return create_with_il.load()(context, il, length, status);
+  if (status != nullptr)
+    *status = CL_INVALID_VALUE;
+  return nullptr;
 }
 
 } // namespace
@@ -60,6 +77,11 @@ void create_program_with_builtin_kernels(const root_device& device,
 }
 
 void create_program_with_il(const root_device& device, create_program_with_il_record& record) {
+  // Some compilers end the process over a module that is cut short.
+  if (!is_whole_if_spirv(record.il, record.length)) {
+    refuse(record, CL_INVALID_VALUE);
+    return;
+  }
   create_or_refuse(record, device.cl.create_program_with_il, static_cast<cl_context>(record.context),
                    record.il, record.length);
 }
@@ -71,7 +93,26 @@ void set_program_specialization_constant(const root_device& device,
                      record.spec_id, record.spec_size, record.spec_value);
 }
 
+void get_extension_function_address(const root_device& device,
+                                    get_extension_function_address_for_platform_record& record) {
+  const auto function = device.cl.get_extension_function_address;
+  record.result = nullptr;
+  if (function == nullptr || record.platform == nullptr || record.func_name == nullptr)
+    return;
+  record.result = function(static_cast<cl_platform_id>(record.platform), record.func_name);
+  // A platform of 2.1 or later has the same as an entry point of its own.
+  if (record.result != nullptr && device.cl.create_program_with_il != nullptr &&
+      std::strcmp(record.func_name, "clCreateProgramWithILKHR") == 0) {
+    create_with_il = device.cl.create_program_with_il;
+    record.result = reinterpret_cast<void*>(&create_program_with_checked_il);
+  }
+}
+
 void build_program(const root_device& device, build_program_record& record) {
+  if (record.options != nullptr && !are_harmless_options(device.faults, record.options)) {
+    record.status = CL_INVALID_BUILD_OPTIONS;
+    return;
+  }
   static std::mutex one_at_a_time;
   std::unique_lock guard(one_at_a_time, std::defer_lock);
   if (device.faults.builds_are_not_thread_safe)

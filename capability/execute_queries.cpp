@@ -56,14 +56,6 @@ void get_kernel_info(const root_device& device, get_object_info_record& record) 
                      record.param_value_size, record.param_value, record.param_value_size_ret);
 }
 
-void get_extension_function_address(const root_device& device,
-                                    get_extension_function_address_for_platform_record& record) {
-  const auto function = device.cl.get_extension_function_address;
-  record.result = nullptr;
-  if (function != nullptr && record.platform != nullptr && record.func_name != nullptr)
-    record.result = function(static_cast<cl_platform_id>(record.platform), record.func_name);
-}
-
 void device_of_handle(const root_device& device, device_of_handle_record& record) {
   record.result = device.id;
 }

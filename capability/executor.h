@@ -53,6 +53,8 @@ void create_program_with_builtin_kernels(const root_device& device,
 void create_program_with_il(const root_device& device, create_program_with_il_record& record);
 void set_program_specialization_constant(const root_device& device,
                                          set_program_specialization_constant_record& record);
+void get_extension_function_address(const root_device& device,
+                                    get_extension_function_address_for_platform_record& record);
 void build_program(const root_device& device, build_program_record& record);
 
 // Kernels.
@@ -64,8 +66,6 @@ void set_kernel_arg(const root_device& device, set_kernel_arg_record& record);
 void get_device_info(const root_device& device, get_device_info_record& record);
 void get_context_info(const root_device& device, get_context_info_record& record);
 void get_kernel_info(const root_device& device, get_object_info_record& record);
-void get_extension_function_address(const root_device& device,
-                                    get_extension_function_address_for_platform_record& record);
 void device_of_handle(const root_device& device, device_of_handle_record& record);
 void retain_device(const root_device& device, object_record& record);
 void release_device(const root_device& device, object_record& record);

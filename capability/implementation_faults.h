@@ -6,6 +6,9 @@
 
 namespace qv {
 
+// How many work-groups a launch may have before an implementation's counting fails.
+enum class group_limit { none, under_2_32_in_each_dimension, under_2_32_in_all };
+
 struct implementation_faults {
   // It keeps thread-local state that is gone once the thread's own destructors have run, and is used
   // nevertheless.
@@ -22,6 +25,16 @@ struct implementation_faults {
   bool builds_are_not_thread_safe = false;
   // A binary that is not its own ends the process.
   bool aborts_on_foreign_binaries = false;
+  // A build option that lacks its value is looked for beyond the end of the options.
+  bool reads_past_last_option = false;
+  // Words among the build options that are no options are taken for files to compile, of which there may be
+  // one.
+  bool takes_words_for_files = false;
+  // Build options are cut into words at quotes, too, and a word of one byte ends the process.
+  bool cuts_options_at_quotes = false;
+  // Text that is not UTF-8 ends the process.
+  bool needs_utf8 = false;
+  group_limit groups = group_limit::none;
 };
 
 // By the name of the platform; an unknown platform has no known faults.

@@ -13,8 +13,8 @@ class library_program;
 
 using size_triple = std::array<std::uint64_t, 3>;
 
-// What a launch must respect, read once when the kernel is made. A limit that the device would not tell is
-// absent, and is then left to the device.
+// What a launch must respect, read once when the kernel is made, or later if that failed. A limit that the
+// device cannot tell is absent, and is then left to the device.
 struct launch_limits {
   bool has_global_offset = true; // false: the offset must be (0,0,0)
   bool zero_global_size_is_allowed = false;

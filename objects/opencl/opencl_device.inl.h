@@ -34,11 +34,6 @@ inline void on_context_error(const char* message, const void*, std::size_t, void
   }
 }
 
-template <version V>
-std::string version_words() {
-  return std::string("OpenCL ") + version_traits<V>::text + " device ";
-}
-
 } // namespace detail
 
 template <version V>
@@ -66,8 +61,8 @@ std::string opencl_version_device<V>::get_name() const {
 template <version V>
 void opencl_version_device<V>::initialize() {
   const std::string name = get_name();
-  const std::string words = detail::version_words<V>();
-  log_info("Begin initialization of " + words + "{} named: {}", static_cast<const void*>(this), name);
+  log_info("Begin initialization of OpenCL {} device {} named: {}", version_traits<V>::text,
+           static_cast<const void*>(this), name);
   context_ = std::make_unique<skerv::opencl::context<V>>(
       std::vector<std::uint64_t>{}, std::vector<access_device>{*device_}, &detail::on_context_error,
       static_cast<library_device*>(this));
@@ -76,12 +71,12 @@ void opencl_version_device<V>::initialize() {
   little_endian_ = device_->template get<skerv::opencl::device_parameter::endian_little>();
   this->set_dispatcher(make_work_dispatcher<V>(*context_, *device_));
   this->get_dispatcher().start();
-  log_info("Completed initialization of " + words + "named: {}", name);
+  log_info("Completed initialization of OpenCL {} device named: {}", version_traits<V>::text, name);
 }
 
 template <version V>
 void opencl_version_device<V>::release() {
-  log_info("Destroying " + detail::version_words<V>() + "{}", static_cast<const void*>(this));
+  log_info("Destroying OpenCL {} device {}", version_traits<V>::text, static_cast<const void*>(this));
   this->get_dispatcher().shutdown();
 }
 
@@ -115,7 +110,7 @@ void opencl_version_device<V>::make_default_device_queue() {
 
 template <version V>
 std::string opencl_version_device<V>::get_friendly_short_description() {
-  return detail::version_words<V>() + "named: " + get_name();
+  return std::string("OpenCL ") + version_traits<V>::text + " device named: " + get_name();
 }
 
 template <version V>

@@ -5,6 +5,8 @@
 #include "objects/opencl/opencl_version.h"
 
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,7 +31,7 @@ public:
   size_triple get_compile_work_group_size() override;
   std::uint32_t get_max_compute_units() override;
   size_triple get_max_global_size() override;
-  const launch_limits& get_launch_limits() const override { return limits_; }
+  const launch_limits& get_launch_limits() const override;
 
   // A fresh OpenCL kernel of the same program and name.
   skerv::opencl::kernel<V> clone_kernel() const { return kernel_.clone(); }
@@ -41,7 +43,8 @@ private:
 
   skerv::opencl::kernel<V> kernel_;
   skerv::opencl::device<V> device_;
-  launch_limits limits_;
+  mutable std::mutex limits_lock_;
+  mutable std::optional<launch_limits> limits_; // never changes once it is there
 };
 
 using opencl_1_0_kernel = opencl_version_kernel<version::v1_0>;

@@ -21,12 +21,15 @@ const skerv::opencl::device<V>& access_device_of(const std::shared_ptr<library_p
   return dynamic_cast<const opencl_version_device<V>&>(*program->get_device()).get_access_device();
 }
 
-// What the device tells; a query that it refuses tells nothing.
+// What the device tells. A query that it does not know, or answers wrongly, tells nothing; any other failure
+// is one of the moment.
 template <class Read>
 auto ask(Read read) -> std::optional<decltype(read())> {
   try {
     return read();
-  } catch (const skerv::common::error&) {
+  } catch (const skerv::common::bad_implementation&) {
+    return std::nullopt;
+  } catch (const skerv::common::logic_error&) {
     return std::nullopt;
   }
 }
@@ -45,8 +48,13 @@ auto limit(Read read) -> std::optional<decltype(read())> {
 template <version V>
 opencl_version_kernel<V>::opencl_version_kernel(std::shared_ptr<library_program> program,
                                                 skerv::opencl::kernel<V> kernel)
-    : opencl_kernel(program), kernel_(std::move(kernel)), device_(detail::access_device_of<V>(program)),
-      limits_(read_limits()) {}
+    : opencl_kernel(program), kernel_(std::move(kernel)), device_(detail::access_device_of<V>(program)) {
+  try {
+    get_launch_limits();
+  } catch (...) {
+    // The first launch asks again, and is the one to fail.
+  }
+}
 
 template <version V>
 opencl_version_kernel<V>::~opencl_version_kernel() = default;
@@ -59,6 +67,14 @@ std::shared_ptr<property_base> opencl_version_kernel<V>::get_property(const prop
 template <version V>
 std::vector<std::string> opencl_version_kernel<V>::get_child_names(const property_path& path) {
   return kernel_child_names<V>(path);
+}
+
+template <version V>
+const launch_limits& opencl_version_kernel<V>::get_launch_limits() const {
+  const std::lock_guard guard(limits_lock_);
+  if (!limits_)
+    limits_ = read_limits();
+  return *limits_;
 }
 
 template <version V>

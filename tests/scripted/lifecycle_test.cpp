@@ -188,6 +188,13 @@ void start_with_failing_device() {
   devices();
 }
 
+void start_without_default_queue() {
+  use_two_devices();
+  check_at_exit(false);
+  fail_call(op::create_command_queue_with_properties, 1, -35);
+  devices();
+}
+
 TEST(lifecycle, a_start_that_fails_ends_the_process_in_words) {
   EXPECT_EXIT(
       run(start_with_wrong_version), ExitedWithCode(1),
@@ -196,6 +203,9 @@ TEST(lifecycle, a_start_that_fails_ends_the_process_in_words) {
   EXPECT_EXIT(
       run(start_with_failing_device), ExitedWithCode(1),
       ::testing::Eq("Failed to initialize the TARVA library: Failed to allocate memory on the host.\n"));
+  EXPECT_EXIT(run(start_without_default_queue), ExitedWithCode(1),
+              ::testing::Eq("Failed to initialize the TARVA library: Queue properties are not supported by "
+                            "the device.\n"));
 }
 
 void start_without_devices() {

@@ -9,6 +9,8 @@ std::vector<device_options> standard_devices() {
     for (const char* name : {"first", "second", "big-endian"}) {
       device_options options{name, {version}};
       options.little_endian = std::string(name) != "big-endian";
+      if (version >= 3 && std::string(name) == "second")
+        options.info[0x103F] = text_answer(";copy_all;;sort_all"); // BUILT_IN_KERNELS
       devices.push_back(options);
     }
   return devices;

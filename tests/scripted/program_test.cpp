@@ -14,18 +14,6 @@ protected:
     const caller::kernel owned(found);
     return ended;
   }
-  std::vector<int> supported(tarva_abi_ir_header_s* header = nullptr) {
-    std::vector<int> types;
-    for (int type = 1; type <= 9; ++type) {
-      std::uint64_t answer = 7;
-      must(call<tarva_abi_check_device_ir_support>(device(version()).get(), header, std::uint64_t(type),
-                                                   nullptr, std::uint64_t{0}, "", &answer));
-      EXPECT_LE(answer, 1u);
-      if (answer == 1)
-        types.push_back(type);
-    }
-    return types;
-  }
   // For the rest of this process; the standard answer is put back by the destructor.
   struct extensions {
     std::size_t index;
@@ -34,26 +22,6 @@ protected:
   };
 };
 INSTANTIATE_TEST_SUITE_P(scripted, programs, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
-
-TEST_P(programs, devices_take_the_representations_of_their_version) {
-  const std::vector<std::vector<int>> plain{
-      {1, 9}, {1, 2, 9}, {1, 2, 3, 9}, {1, 2, 3, 4, 9}, {1, 2, 3, 4, 5, 8, 9}, {1, 2, 3, 4, 5, 8, 9}};
-  EXPECT_EQ(supported(), plain[version() - 1]);
-  for (const call_record& one : only(take_calls(), op::get_device_info))
-    EXPECT_NE(one.as<op::get_device_info>().param_name, 0x40E0u) << "SPIR versions read without cl_khr_spir";
-
-  const extensions more(device_index(version(), role::first), "cl_khr_spir cl_khr_il_program");
-  auto all = plain[version() - 1];
-  if (version() >= 3)
-    all.insert(std::find(all.begin(), all.end(), version() <= 4 ? 9 : 8), 6); // the list says "1.2" alone
-  if (version() == 3 || version() == 4)
-    all.insert(all.end() - 1, 8);
-  EXPECT_EQ(supported(), all);
-
-  build unused;
-  EXPECT_EQ(load(device(version()), version() < 3 ? 3 : 7, "BC", "", unused),
-            logic_failure("IR is not supported by the device."));
-}
 
 TEST_P(programs, text_needs_no_zero_at_its_end_and_options_pass) {
   const std::string text = "kernel void one() {}";
@@ -148,14 +116,6 @@ TEST_P(programs, specialisation_constants_are_for_2_2) {
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header),
             logic_failure(
                 "SPIR-V specialization constant id 4294967296 is not representable in 32-bits for OpenCL."));
-}
-
-TEST_P(programs, the_builtin_program_is_there_and_empty) {
-  tarva_abi_program_s* handle = nullptr;
-  ASSERT_EQ(call<tarva_abi_get_builtin_program>(device(version()).get(), &handle), outcome());
-  const program builtin(handle);
-  EXPECT_EQ(try_kernel(builtin, "add"),
-            logic_failure("Cannot extract a kernel from an empty program.  Kernel name: add"));
 }
 
 TEST_P(programs, failing_commands_reach_the_caller_as_errors) {

@@ -229,6 +229,8 @@ std::int32_t get_kernel_info(session& now, qv::get_object_info_record& record) {
   }
 }
 
+constexpr std::uint64_t CUSTOM = 16;
+
 std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record& record) {
   const auto found = now.world.find<kernel>(record.object);
   if (!found || record.device != &now.owner)
@@ -242,8 +244,9 @@ std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record
     return answer_query(value_answer(std::uint64_t{0}), record);
   case 0x11B3: // PREFERRED_WORK_GROUP_SIZE_MULTIPLE
     return answer_query(value_answer(std::uint64_t{32}), record);
-  case 0x11B5: // GLOBAL_WORK_SIZE: of built-in kernels
-    return found->parent->from == program::origin::builtin
+  case 0x11B5: // GLOBAL_WORK_SIZE: of built-in kernels, and of custom devices
+    return found->parent->from == program::origin::builtin ||
+                   device_info(now.owner, now.log.capability, 0x1000)->data == value_answer(CUSTOM).data
                ? answer_query(value_answer(std::array<std::uint64_t, 3>{1024, 512, 256}), record)
                : INVALID_VALUE;
   default:

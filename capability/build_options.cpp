@@ -1,0 +1,75 @@
+#include "capability/build_options.h"
+
+#include "capability/utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qv {
+namespace {
+
+// The words of `options`, which end at blanks outside of quotes, and at quotes themselves where these cut.
+// Nothing if a quote has no end.
+std::optional<std::vector<std::string>> words_of(std::string_view options, bool quotes_cut) {
+  std::vector<std::string> words(1);
+  bool quoted = false;
+  for (const char each : options) {
+    if (each == '"')
+      quoted = !quoted;
+    if (each == '"' ? quotes_cut : each == ' ' && !quoted)
+      words.emplace_back();
+    else if (each != '"')
+      words.back() += each;
+  }
+  if (quoted)
+    return std::nullopt;
+  words.erase(std::remove(words.begin(), words.end(), std::string()), words.end());
+  return words;
+}
+
+// Whether the value of an option is the next word. OpenCL has three such options, the compilers some more.
+bool takes_next_word(const std::string& option) {
+  constexpr std::array<std::string_view, 11> options{"-D",       "-I",       "-x",      "-U",
+                                                     "-o",       "-include", "-imacros", "-isystem",
+                                                     "-iquote", "-idirafter", "-mllvm"};
+  return std::find(options.begin(), options.end(), option) != options.end();
+}
+
+bool are_options_alone(const std::vector<std::string>& words) {
+  bool is_value = false;
+  for (const std::string& word : words) {
+    if (!is_value && (word.size() < 2 || word[0] != '-'))
+      return false;
+    is_value = !is_value && takes_next_word(word);
+  }
+  return true;
+}
+
+bool ends_without_value(std::string_view options) {
+  const std::size_t end = options.find_last_not_of(' ');
+  if (end == std::string_view::npos)
+    return false;
+  const std::string_view last = options.substr(0, end + 1).substr(options.rfind(' ', end) + 1);
+  return last == "-D" || last == "-I";
+}
+
+} // namespace
+
+bool are_harmless_options(const implementation_faults& faults, std::string_view options) {
+  if (faults.reads_past_last_option && ends_without_value(options))
+    return false;
+  if (faults.needs_utf8 && !is_utf8(options))
+    return false;
+  if (!faults.takes_words_for_files)
+    return true;
+  const auto words = words_of(options, faults.cuts_options_at_quotes);
+  if (!words || !are_options_alone(*words))
+    return false;
+  return !faults.cuts_options_at_quotes ||
+         std::all_of(words->begin(), words->end(), [](const std::string& word) { return word.size() > 1; });
+}
+
+} // namespace qv

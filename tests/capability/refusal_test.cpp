@@ -1,0 +1,162 @@
+// What would end the process in one implementation or another, and is refused before it gets there; and that
+// what is valid passes everywhere.
+#include "capability/call_handle.h"
+#include "tests/capability/recording_opencl.h"
+
+#include <gtest/gtest.h>
+
+namespace capability_test {
+namespace {
+
+constexpr const char* pocl = "Portable Computing Language";
+constexpr const char* oclgrind = "Oclgrind";
+constexpr const char* rusticl = "rusticl";
+constexpr const char* implementations[] = {pocl, oclgrind, rusticl, "another"};
+
+qv::root_device device_of(const char* implementation) {
+  qv::root_device device;
+  device.cl = recording_functions();
+  device.faults = qv::faults_of_platform(implementation);
+  return device;
+}
+
+template <qv::operation Op>
+cl_int status_of(const qv::root_device& device, qv::record<Op> record) {
+  calls.clear();
+  EXPECT_EQ(qv::call_command({&device, &qv::commands_of_capability(6)}, qv::command_number(Op, 6), &record),
+            QV_OK);
+  EXPECT_EQ(calls.empty(), record.status != CL_SUCCESS) << "refused, or passed on";
+  return record.status;
+}
+
+cl_int build(const char* implementation, const char* options) {
+  qv::build_program_record record{};
+  record.options = options;
+  return status_of<qv::operation::build_program>(device_of(implementation), record);
+}
+
+TEST(refusal, of_build_options_that_end_the_process) {
+  for (const char* implementation : implementations)
+    for (const char* valid :
+         {"", "  ", "-w", "-DSIZE=4 -cl-mad-enable", "-D SIZE", "-D SIZE=4 -I /tmp", "-I \"/tmp/a b\" -w",
+          "-D \"TEXT=a b\"", "-x spir -spir-std=1.2", "-I /tmp/\xC3\xA9\xE2\x82\xAC", "-cl-std=CL1.2 -Werror",
+          "-D-", "-U SIZE", "-include file"})
+      EXPECT_EQ(build(implementation, valid), CL_SUCCESS) << implementation << " " << valid;
+  EXPECT_EQ(build(pocl, nullptr), CL_SUCCESS);
+
+  struct row {
+    const char* options;
+    bool by_pocl, by_oclgrind, by_rusticl;
+  };
+  for (const auto& [options, by_pocl, by_oclgrind, by_rusticl] :
+       {row{"-D", true, false, false}, row{"-w -I", true, false, false}, row{" -D  ", true, false, false},
+        row{"-DD", false, false, false}, row{"\"", false, true, true}, row{"-DX=\"", false, true, true},
+        row{"'", false, true, true}, row{"file.cl", false, true, true}, row{"-w word", false, true, true},
+        row{"-", false, true, true}, row{"-s word", false, true, true}, row{"-D A word", false, true, true},
+        row{"-DX='a b'", false, true, true}, row{"-D A", false, false, true},
+        row{"-DX=\"1\"", false, false, true}, row{"-DX=\xFF", false, false, true},
+        row{"-DX=\xC0\x80", false, false, true}, row{"-DX=\xED\xA0\x80", false, false, true},
+        row{"-DX=\xE2\x82", false, false, true}}) {
+    const auto expected = [](bool refused) { return refused ? CL_INVALID_BUILD_OPTIONS : CL_SUCCESS; };
+    EXPECT_EQ(build(pocl, options), expected(by_pocl)) << options;
+    EXPECT_EQ(build(oclgrind, options), expected(by_oclgrind)) << options;
+    EXPECT_EQ(build(rusticl, options), expected(by_rusticl)) << options;
+    EXPECT_EQ(build("another", options), CL_SUCCESS) << options;
+  }
+}
+
+TEST(refusal, of_names_that_are_no_utf8) {
+  for (const char* implementation : implementations)
+    EXPECT_EQ(
+        status_of<qv::operation::create_kernel>(device_of(implementation), {nullptr, "\xFF", nullptr, 7}),
+        implementation == rusticl ? CL_INVALID_KERNEL_NAME : CL_SUCCESS);
+}
+
+TEST(refusal, of_more_groups_than_can_be_counted) {
+  constexpr std::size_t giga = 1024 * 1024 * 1024;
+  struct row {
+    cl_uint dimensions;
+    std::array<std::size_t, 3> global, local; // local 0: the device chooses, at most 64
+    bool by_pocl, by_rusticl;
+  };
+  for (const row& launch :
+       {row{1, {4 * giga - 1, 0, 0}, {1, 0, 0}, false, false},
+        row{1, {4 * giga, 0, 0}, {1, 0, 0}, true, true}, row{1, {8 * giga, 0, 0}, {2, 0, 0}, true, true},
+        row{1, {8 * giga - 1, 0, 0}, {2, 0, 0}, true, true},
+        row{1, {8 * giga - 2, 0, 0}, {2, 0, 0}, false, false}, row{2, {giga, 4, 0}, {1, 1, 0}, true, false},
+        row{3, {giga, giga, giga}, {1, 1, 1}, true, false},
+        row{2, {4 * giga, 4 * giga, 9}, {1, 1, 0}, true, true},
+        row{1, {4 * giga * 64 - 1, 0, 0}, {0, 0, 0}, false, false},
+        row{1, {4 * giga * 64, 0, 0}, {0, 0, 0}, true, true},
+        row{2, {0, ~std::size_t{0}, 0}, {1, 1, 0}, false, true}}) {
+    qv::enqueue_nd_range_kernel_record record{};
+    record.work_dim = launch.dimensions;
+    record.global_work_size = launch.global.data();
+    record.local_work_size = launch.local.data();
+    for (const char* implementation : implementations) {
+      qv::root_device device = device_of(implementation);
+      device.cl.get_kernel_work_group_info = [](cl_kernel, cl_device_id, cl_kernel_work_group_info,
+                                                std::size_t, void* value, std::size_t*) -> cl_int {
+        *static_cast<std::size_t*>(value) = 64;
+        return CL_SUCCESS;
+      };
+      const bool refused =
+          (implementation == pocl && launch.by_pocl) || (implementation == rusticl && launch.by_rusticl);
+      EXPECT_EQ(status_of<qv::operation::enqueue_nd_range_kernel>(device, record),
+                refused ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS)
+          << implementation << " " << launch.global[0] << " in groups of " << launch.local[0];
+    }
+  }
+}
+
+// The words of a module with one function; `big` turns the bytes of each round.
+std::string module(bool big) {
+  std::string bytes;
+  for (std::uint32_t word : {0x07230203u, 0x00010000u, 0u, 9u, 0u, 2u << 16 | 17u, 6u, 5u << 16 | 54u, 1u, 2u,
+                             0u, 3u, 2u << 16 | 248u, 4u, 1u << 16 | 253u, 1u << 16 | 56u}) {
+    word = big ? __builtin_bswap32(word) : word;
+    bytes.append(reinterpret_cast<const char*>(&word), sizeof word);
+  }
+  return bytes;
+}
+
+TEST(refusal, of_modules_that_are_cut_short) {
+  const qv::root_device device = device_of("another");
+  const auto create = [&](const std::string& il) {
+    return status_of<qv::operation::create_program_with_il>(device,
+                                                            {nullptr, il.data(), il.size(), nullptr, 7});
+  };
+  // By the address that stands for the extension, too, with which this library is called last.
+  qv::get_extension_function_address_for_platform_record asked{&calls, "clCreateProgramWithILKHR", nullptr};
+  qv::call_command({&device, &qv::commands_of_capability(3)}, 48, &asked);
+  using create_function = void* (*)(void* context, const void* il, std::size_t length, cl_int* status);
+  const auto extension = reinterpret_cast<create_function>(asked.result);
+  const auto create_by_extension = [&](const std::string& il) {
+    cl_int status = 7;
+    const bool made = extension(nullptr, il.data(), il.size(), &status) != nullptr;
+    EXPECT_EQ(made, status == CL_SUCCESS);
+    return status;
+  };
+  for (const bool big : {false, true}) {
+    const std::string whole = module(big);
+    EXPECT_EQ(create(whole), CL_SUCCESS);
+    EXPECT_EQ(create_by_extension(whole), CL_SUCCESS);
+    for (std::size_t length = 4; length < whole.size(); ++length) {
+      // Behind the header, the one instruction before the function may be missing or the last.
+      const bool is_whole = length == 20 || length == 28;
+      EXPECT_EQ(create(whole.substr(0, length)), is_whole ? CL_SUCCESS : CL_INVALID_VALUE) << length;
+      EXPECT_EQ(create_by_extension(whole.substr(0, length)), is_whole ? CL_SUCCESS : CL_INVALID_VALUE);
+    }
+    EXPECT_EQ(create(whole + whole), CL_INVALID_VALUE);
+    EXPECT_EQ(create(whole + std::string(4, '\0')), CL_INVALID_VALUE) << "an instruction of no words";
+    EXPECT_EQ(create(whole + whole.substr(whole.size() - 4)), CL_INVALID_VALUE) << "a second end";
+  }
+  EXPECT_EQ(create("another language"), CL_SUCCESS) << "not judged";
+
+  asked.func_name = "clAnother";
+  qv::call_command({&device, &qv::commands_of_capability(3)}, 48, &asked);
+  EXPECT_EQ(as_number(asked.result), as_number(&made_object));
+}
+
+} // namespace
+} // namespace capability_test

@@ -1,0 +1,150 @@
+// Every command under every capability: from its literal number, and its arguments at literal offsets, to the
+// OpenCL function with the arguments in the order of that function's prototype.
+#include "capability/call_handle.h"
+#include "tests/capability/recording_opencl.h"
+
+#include <array>
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace capability_test {
+namespace {
+
+struct field {
+  int offset;
+  bool narrow; // 4 bytes instead of 8
+};
+constexpr field operator""_(unsigned long long offset) {
+  return {static_cast<int>(offset), false};
+}
+constexpr field operator""_n(unsigned long long offset) {
+  return {static_cast<int>(offset), true};
+}
+
+struct wire_row {
+  const char* function;
+  std::array<std::uint64_t, 6> numbers; // 0: not under that capability
+  std::vector<field> arguments;         // a pointer for the status may follow them
+  int status;
+  int result = -1;
+};
+
+// clang-format off
+const wire_row wire_rows[] = {
+    {"clBuildProgram", {1, 1, 1, 1, 1, 1}, {0_, 44_n, 8_, 16_, 24_, 32_}, 40},
+    {"clCreateBuffer", {2, 2, 3, 3, 3, 3}, {8_, 0_, 16_, 24_}, 40, 32},
+    {"clCreateCommandQueue", {3, 3, 4, 0, 0, 0}, {0_, 8_, 16_}, 24, 32},
+    {"clCreateCommandQueueWithProperties", {0, 0, 0, 4, 4, 4}, {8_, 0_, 16_}, 32, 24},
+    {"clCreateContext", {4, 4, 5, 5, 5, 5}, {0_, 8_n, 16_, 24_, 32_}, 48, 40},
+    {"clCreateKernelsInProgram", {8, 8, 0, 0, 0, 0}, {0_, 28_n, 8_, 16_}, 24},
+    {"clCreateKernel", {9, 9, 9, 9, 9, 9}, {0_, 8_}, 24, 16},
+    {"clCreateProgramWithBinary", {10, 10, 10, 11, 11, 11}, {0_, 52_n, 8_, 16_, 24_, 32_}, 48, 40},
+    {"clCreateProgramWithBuiltInKernels", {0, 0, 11, 12, 12, 12}, {0_, 36_n, 8_, 16_}, 32, 24},
+    {"clCreateProgramWithSource", {11, 11, 12, 13, 13, 13}, {0_, 36_n, 8_, 16_}, 32, 24},
+    {"clCreateProgramWithIL", {0, 0, 0, 0, 95, 95}, {0_, 8_, 16_}, 32, 24},
+    {"clEnqueueCopyBuffer", {14, 16, 18, 19, 19, 19}, {0_, 8_, 16_, 24_, 32_, 40_, 68_n, 48_, 56_}, 64},
+    {"clEnqueueFillBuffer", {0, 0, 23, 24, 24, 24}, {0_, 8_, 16_, 24_, 32_, 40_, 68_n, 48_, 56_}, 64},
+    {"clEnqueueNDRangeKernel", {22, 25, 30, 31, 31, 31}, {0_, 8_, 60_n, 16_, 24_, 32_, 64_n, 40_, 48_}, 56},
+    {"clEnqueueReadBuffer", {23, 26, 31, 32, 32, 32}, {0_, 8_, 60_n, 16_, 24_, 32_, 64_n, 40_, 48_}, 56},
+    {"clEnqueueWriteBuffer", {28, 32, 36, 41, 41, 41}, {0_, 8_, 60_n, 16_, 24_, 32_, 64_n, 40_, 48_}, 56},
+    {"clFinish", {30, 35, 39, 44, 44, 44}, {0_}, 8},
+    {"clGetContextInfo", {34, 39, 43, 48, 48, 48}, {0_, 8_n, 16_, 24_, 32_}, 40},
+    {"clGetDeviceInfo", {36, 41, 45, 50, 50, 50}, {0_, 24_n, 32_, 8_, 16_}, 40},
+    {"clGetEventInfo", {37, 42, 46, 51, 51, 51}, {0_, 36_n, 8_, 16_, 24_}, 32},
+    {"clGetEventProfilingInfo", {38, 43, 47, 52, 52, 52}, {0_, 36_n, 8_, 16_, 24_}, 32},
+    {"clGetExtensionFunctionAddressForPlatform", {0, 0, 48, 53, 0, 0}, {0_, 8_}, -1, 16},
+    {"clGetKernelInfo", {41, 46, 51, 56, 56, 56}, {0_, 36_n, 8_, 16_, 24_}, 32},
+    {"clGetKernelWorkGroupInfo", {42, 47, 52, 57, 57, 57}, {8_, 0_, 44_n, 16_, 24_, 32_}, 40},
+    {"clGetProgramBuildInfo", {45, 50, 55, 61, 61, 61}, {8_, 0_, 44_n, 16_, 24_, 32_}, 40},
+    {"clGetProgramInfo", {46, 51, 56, 62, 62, 62}, {0_, 36_n, 8_, 16_, 24_}, 32},
+    {"clReleaseCommandQueue", {49, 54, 60, 66, 66, 66}, {0_}, 8},
+    {"clReleaseContext", {50, 55, 61, 67, 67, 67}, {0_}, 8},
+    {"clReleaseDevice", {0, 0, 62, 68, 68, 68}, {0_}, 8},
+    {"clReleaseEvent", {51, 56, 63, 69, 69, 69}, {0_}, 8},
+    {"clReleaseKernel", {52, 57, 64, 70, 70, 70}, {0_}, 8},
+    {"clReleaseMemObject", {53, 58, 65, 71, 71, 71}, {0_}, 8},
+    {"clReleaseProgram", {54, 59, 66, 72, 72, 72}, {0_}, 8},
+    {"clRetainContext", {57, 62, 69, 75, 75, 75}, {0_}, 8},
+    {"clRetainDevice", {0, 0, 70, 76, 76, 76}, {0_}, 8},
+    {"clRetainEvent", {58, 63, 71, 77, 77, 77}, {0_}, 8},
+    {"clRetainProgram", {61, 66, 74, 80, 80, 80}, {0_}, 8},
+    {"clSetKernelArg", {63, 69, 77, 83, 83, 83}, {0_, 28_n, 8_, 16_}, 24},
+    {"clSetProgramSpecializationConstant", {0, 0, 0, 0, 0, 99}, {0_, 8_n, 16_, 24_}, 32},
+};
+// clang-format on
+
+using record_bytes = std::array<unsigned char, 80>;
+
+template <typename T>
+T at(const record_bytes& record, int offset) {
+  T value;
+  std::memcpy(&value, record.data() + offset, sizeof(T));
+  return value;
+}
+
+// What a pointer of a record may lead to: numbers none of which is zero, but the last, which end a property
+// list.
+constexpr std::array<std::uint64_t, 18> any_numbers{1,  2,  3,  4,  5,  6,  7,  8, 9,
+                                                    10, 11, 12, 13, 14, 15, 16, 0, 0};
+
+TEST(wire, brings_every_command_with_its_arguments_to_opencl) {
+  qv::root_device device;
+  device.cl = recording_functions();
+  for (std::uint32_t capability = 1; capability <= 6; ++capability)
+    for (const wire_row& row : wire_rows) {
+      if (row.numbers[capability - 1] == 0)
+        continue;
+      SCOPED_TRACE(::testing::Message() << row.function << " under " << capability);
+      record_bytes record;
+      record.fill(0xEE); // whoever calls clears nothing
+      std::vector<std::uint64_t> expected;
+      auto pointed_to = any_numbers;
+      std::uint32_t small = 0;
+      for (const field& one : row.arguments) {
+        const std::uint64_t wide = as_number(&pointed_to[expected.size()]);
+        const std::uint32_t narrow = one.narrow ? ++small : 0;
+        std::memcpy(record.data() + one.offset, one.narrow ? static_cast<const void*>(&narrow) : &wide,
+                    one.narrow ? sizeof narrow : sizeof wide);
+        expected.push_back(one.narrow ? narrow : wide);
+      }
+      calls.clear();
+      ASSERT_EQ(qv::call_command({&device, &qv::commands_of_capability(capability)},
+                                 row.numbers[capability - 1], record.data()),
+                QV_OK);
+      ASSERT_EQ(calls.size(), 1u);
+      EXPECT_EQ(calls[0].name, row.function);
+      calls[0].arguments.resize(expected.size());
+      EXPECT_EQ(calls[0].arguments, expected);
+      if (row.status >= 0) {
+        EXPECT_EQ(at<std::int32_t>(record, row.status), CL_SUCCESS);
+      }
+      if (row.result >= 0) {
+        EXPECT_EQ(at<std::uint64_t>(record, row.result), as_number(&made_object));
+      }
+    }
+}
+
+TEST(wire, has_no_other_command_but_that_for_the_device) {
+  const std::array<std::uint64_t, 6> device_of_handle{32, 37, 41, 46, 46, 46};
+  qv::root_device device;
+  device.cl = recording_functions();
+  device.id = reinterpret_cast<cl_device_id>(0x1D);
+  for (std::uint32_t capability = 1; capability <= 6; ++capability)
+    for (std::uint64_t number = 0; number < 200; ++number) {
+      bool known = false;
+      for (const wire_row& row : wire_rows)
+        known = known || (number != 0 && row.numbers[capability - 1] == number);
+      if (known)
+        continue;
+      record_bytes record;
+      record.fill(0);
+      const bool is_device = number == device_of_handle[capability - 1];
+      EXPECT_EQ(qv::call_command({&device, &qv::commands_of_capability(capability)}, number, record.data()),
+                is_device ? QV_OK : QV_INVALID_COMMAND_ID)
+          << number << " under " << capability;
+      EXPECT_EQ(at<std::uint64_t>(record, 0), is_device ? 0x1Du : 0u);
+    }
+}
+
+} // namespace
+} // namespace capability_test

@@ -1,0 +1,3 @@
+kernel void add(global int* data, int amount) {
+  data[get_global_id(0)] += amount;
+}
