@@ -1,5 +1,5 @@
 // Many threads that read, write, fill, copy, launch, wait, abandon and free at random, each on objects of its own
-// with kernels that all share. Two seconds, or as many as TARVA_TEST_SECONDS says.
+// and one that all share, with kernels that all share. Two seconds, or as many as TARVA_TEST_SECONDS says.
 #pragma once
 
 #include "tests/device/caller.h"
@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <deque>
 #include <fstream>
+#include <functional>
 #include <mutex>
 #include <random>
 #include <thread>
@@ -29,7 +30,9 @@ inline std::uint64_t resident_bytes() {
 
 class thread_mix {
 public:
-  explicit thread_mix(const std::vector<kernel>& kernels) : kernels_(kernels) {}
+  // `tidy` is called now and then.
+  thread_mix(const std::vector<kernel>& kernels, const std::function<void()>& tidy)
+      : kernels_(kernels), tidy_(tidy) {}
 
   // What went wrong first, or nothing.
   std::string run(unsigned threads, std::chrono::seconds duration) {
@@ -43,6 +46,7 @@ public:
       one.join();
     for (reading& left : readings_)
       check(left);
+    expect(read<std::int32_t>(shared_, 4) == numbers(4, shared_sum_), "wrong content of what all share");
     const auto growth = static_cast<std::int64_t>(resident_bytes() - before);
     std::printf("%llu operations, %lld KiB of growth after the first third\n",
                 static_cast<unsigned long long>(operations_), static_cast<long long>(growth / 1024));
@@ -80,7 +84,8 @@ private:
 
   void step(std::mt19937& random, std::vector<owned>& mine, numbers& abandoned) {
     const auto below = [&](std::size_t size) { return static_cast<std::size_t>(random() % size); };
-    ++operations_;
+    if (++operations_ % 1000 == 0)
+      tidy_();
     if (mine.size() < 2) {
       mine.push_back({nullptr, numbers(1 + below(64), static_cast<std::int32_t>(below(1000)))});
       mine.back().object = make(mine.back().content);
@@ -90,7 +95,7 @@ private:
     const std::size_t size = one.content.size(), start = below(size), count = 1 + below(size - start);
     const auto from = one.content.begin() + static_cast<std::ptrdiff_t>(start);
     const auto amount = static_cast<std::int32_t>(below(100));
-    switch (below(9)) {
+    switch (below(10)) {
     case 0:
       return static_cast<void>(mine.erase(mine.begin() + (&one - mine.data())));
     case 1: {
@@ -133,6 +138,9 @@ private:
       return expect(read<std::int32_t>(one.object, count, start) ==
                         numbers(from, from + static_cast<std::ptrdiff_t>(count)),
                     "wrong content");
+    case 8:
+      shared_sum_ += amount;
+      return must(launch(kernels_[below(kernels_.size())], {argument(shared_), argument(amount)}, line(4)));
     default:
       for (std::int32_t& value : one.content)
         value += amount;
@@ -156,6 +164,9 @@ private:
   }
 
   const std::vector<kernel>& kernels_;
+  const std::function<void()>& tidy_;
+  const memory shared_ = make(numbers(4));
+  std::atomic<std::int32_t> shared_sum_ = 0;
   std::atomic<std::uint64_t> operations_ = 0;
   std::atomic<bool> failed_ = false;
   std::mutex lock_;
@@ -163,9 +174,10 @@ private:
   std::string failure_;
 };
 
-inline std::string mix_threads(const std::vector<kernel>& kernels) {
+inline std::string mix_threads(
+    const std::vector<kernel>& kernels, const std::function<void()>& tidy = [] {}) {
   const char* const seconds = std::getenv("TARVA_TEST_SECONDS");
-  return thread_mix(kernels).run(32, std::chrono::seconds(seconds ? std::atoi(seconds) : 2));
+  return thread_mix(kernels, tidy).run(32, std::chrono::seconds(seconds ? std::atoi(seconds) : 2));
 }
 
 } // namespace caller
