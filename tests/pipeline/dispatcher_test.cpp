@@ -90,6 +90,10 @@ protected:
     command_pointer last;
     std::istringstream stream(words);
     for (std::string word; stream >> word;) {
+      if (word == "cycle") {
+        graph.insert_edge(last, graph.nodes().front());
+        continue;
+      }
       const command_pointer made = make(step, word);
       graph.insert_node(made);
       if (last)
@@ -251,6 +255,18 @@ TEST_F(dispatcher, takes_what_it_has_room_for_even_when_memory_has_run_out) {
   memory_has_run_out = false;
   start();
   worker().wait_until_idle();
+}
+
+TEST_F(dispatcher, ends_the_process_on_a_graph_that_cannot_be_sorted) {
+  const auto sleep_until_the_end = [this] {
+    const auto request = submit("h1 h2 cycle");
+    start();
+    request->wait_until_complete();
+  };
+  EXPECT_EXIT(
+      sleep_until_the_end(), testing::ExitedWithCode(1),
+      "\\[critical\\] \\[device dispatcher\\] worker thread encountered an exception.  Aborting program. "
+      "Exception: Attempting to perform a topological sort on a graph that is not a DAG");
 }
 
 TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {

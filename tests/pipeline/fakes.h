@@ -21,11 +21,11 @@ public:
   std::vector<std::string> get_child_names(const property_path&) override { return {}; }
   void initialize() override {}
   void release() override {}
-  bool is_ir_supported(const std::shared_ptr<ir_header>&, std::uint64_t, const std::vector<std::uint8_t>&,
+  bool is_ir_supported(const std::shared_ptr<const ir_header>&, std::uint64_t, const std::vector<std::uint8_t>&,
                        const std::string&) override {
     return false;
   }
-  build_result load_ir(const std::shared_ptr<ir_header>&, std::uint64_t, const std::vector<std::uint8_t>&,
+  build_result load_ir(const std::shared_ptr<const ir_header>&, std::uint64_t, const std::vector<std::uint8_t>&,
                        const std::string&, const std::string&) override {
     return {false, nullptr, {}};
   }
