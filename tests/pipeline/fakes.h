@@ -21,12 +21,12 @@ public:
   std::vector<std::string> get_child_names(const property_path&) override { return {}; }
   void initialize() override {}
   void release() override {}
-  bool is_ir_supported(const std::shared_ptr<const ir_header>&, std::uint64_t, const std::vector<std::uint8_t>&,
-                       const std::string&) override {
+  bool is_ir_supported(const std::shared_ptr<const ir_header>&, std::uint64_t,
+                       const std::vector<std::uint8_t>&, const std::string&) override {
     return false;
   }
-  build_result load_ir(const std::shared_ptr<const ir_header>&, std::uint64_t, const std::vector<std::uint8_t>&,
-                       const std::string&, const std::string&) override {
+  build_result load_ir(const std::shared_ptr<const ir_header>&, std::uint64_t,
+                       const std::vector<std::uint8_t>&, const std::string&, const std::string&) override {
     return {false, nullptr, {}};
   }
   std::shared_ptr<library_program> get_builtin_program() override { return {}; }

@@ -83,6 +83,10 @@ std::vector<std::string> case_c(char from, char to, const char* first_blocks) {
           "host_memory: {memory_object_id=" + staging + "} " + to};
 }
 
+std::vector<std::string> operator+(std::vector<std::string> steps, const std::vector<std::string>& more) {
+  steps.insert(steps.end(), more.begin(), more.end());
+  return steps;
+}
 std::vector<std::string> operator+(std::vector<std::string> steps, const std::string& last) {
   steps.push_back(last);
   return steps;
@@ -154,6 +158,12 @@ const lowered_row ROWS[] = {
      "0>1 1>2 2>3 4>5 5>6 6>7 6>8 ", "K"},
     {"launch_from_another_device_twice", "P", TWICE, case_c('P', 'K', "213") + KERNEL,
      "0>1 1>2 2>3 4>5 5>6 6>7 6>8 ", "K"},
+    {"launch_from_everywhere", "hPK", launch,
+     std::vector<std::string>{"allocate_device_memory: {memory_id=1, type=int32_t, count=6} K",
+                              copy_step("copy_host_to_device", "21", "0", "0", "6", 'K'),
+                              "host_memory: {memory_object_id=2} K"} +
+         case_c('P', 'K', "435") + KERNEL,
+     "0>1 1>2 2>11 3>4 4>5 5>6 7>8 8>9 9>10 9>11 ", "KKK"},
     {"launch_from_a_big_endian_device", "B", launch, case_c('B', 'K', "213") + KERNEL,
      "0>1 1>2 2>3 4>5 5>6 6>7 6>8 ", "k"},
 };
