@@ -6,11 +6,11 @@
 #include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
-  constexpr int NO_DEVICE = 77;
+  constexpr int no_device = 77;
   ::testing::InitGoogleTest(&argc, argv);
   if (caller::devices().empty()) {
     std::printf("this environment offers no OpenCL device\n");
-    return std::getenv("TARVA_TEST_NEEDS_DEVICE") == nullptr ? NO_DEVICE : EXIT_FAILURE;
+    return std::getenv("TARVA_TEST_NEEDS_DEVICE") == nullptr ? no_device : EXIT_FAILURE;
   }
   return RUN_ALL_TESTS();
 }

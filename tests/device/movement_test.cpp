@@ -9,7 +9,7 @@ namespace {
 using namespace caller;
 using content = std::vector<unsigned char>;
 
-const char* const SOURCE = R"(
+const char* const source = R"(
   kernel void bump(global uchar* data) { data[0]++; }
   kernel void bump_three(global uchar* a, global uchar* b, global uchar* c) { a[0]++; b[0]++; c[0]++; }
 )";
@@ -31,7 +31,7 @@ protected:
   std::vector<program> programs = [this] {
     std::vector<program> made;
     for (const caller::device& one : all)
-      made.push_back(compile(one, SOURCE));
+      made.push_back(compile(one, source));
     return made;
   }();
 };
@@ -42,7 +42,7 @@ struct element {
 };
 
 TEST_F(movement, content_survives_the_way_from_each_device_to_each_other) {
-  constexpr std::size_t COUNT = 37;
+  constexpr std::size_t count = 37;
   for (const auto& [type, bytes] : {element{TARVA_ABI_TYPE_UINT8, 1}, element{TARVA_ABI_TYPE_INT16V3, 8},
                                     element{TARVA_ABI_TYPE_INT64V16, 128}})
     for (std::size_t from = 0; from < all.size(); ++from)
@@ -50,10 +50,10 @@ TEST_F(movement, content_survives_the_way_from_each_device_to_each_other) {
         SCOPED_TRACE(describe(all[from]) + " to " + describe(all[to]) + ", element of " +
                      std::to_string(bytes));
         const auto here = find(from, "bump"), there = find(to, "bump");
-        const memory moved = allocate(type, COUNT), target = allocate(type, COUNT);
-        auto first = counted(COUNT * bytes, 1), second = counted(COUNT * bytes, 101);
-        must(write_raw(moved, 0, COUNT, first.data()));
-        must(write_raw(target, 0, COUNT, second.data()));
+        const memory moved = allocate(type, count), target = allocate(type, count);
+        auto first = counted(count * bytes, 1), second = counted(count * bytes, 101);
+        must(write_raw(moved, 0, count, first.data()));
+        must(write_raw(target, 0, count, second.data()));
         must(launch(here, {argument(moved)}, line(1)));
         must(launch(there, {argument(target)}, line(1)));
         // A copy leaves both objects where they are, a launch does not.
@@ -63,10 +63,10 @@ TEST_F(movement, content_survives_the_way_from_each_device_to_each_other) {
         second[0] = static_cast<unsigned char>(second[0] + 1);
         std::copy_n(first.begin() + static_cast<std::ptrdiff_t>(bytes), 30 * bytes,
                     second.begin() + static_cast<std::ptrdiff_t>(5 * bytes));
-        content result(COUNT * bytes);
-        must(read_raw(moved, 0, COUNT, result.data()));
+        content result(count * bytes);
+        must(read_raw(moved, 0, count, result.data()));
         EXPECT_EQ(result, first);
-        must(read_raw(target, 0, COUNT, result.data()));
+        must(read_raw(target, 0, count, result.data()));
         EXPECT_EQ(result, second);
       }
 }

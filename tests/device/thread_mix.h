@@ -19,7 +19,7 @@
 
 namespace caller {
 
-inline const char* const MIX_SOURCE =
+inline const char* const mix_source =
     "kernel void add(global int* data, int amount) { data[get_global_id(0)] += amount; }";
 
 inline std::uint64_t resident_bytes() {

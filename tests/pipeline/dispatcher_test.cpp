@@ -38,33 +38,33 @@ thread_local bool memory_has_run_out = false;
 namespace oryn::tarva::library {
 namespace {
 
-constexpr auto V = version::v1_2;
+constexpr auto tested_version = version::v1_2;
 using op = qv::operation;
 using command_pointer = std::shared_ptr<device_ir::device_command>;
 using command_graph = dag<command_pointer>;
 
 // An OpenCL command that is known by its number in the record.
-class numbered_command final : public device_ir::opencl::opencl_device_command<V> {
+class numbered_command final : public device_ir::opencl::opencl_device_command<tested_version> {
 public:
   numbered_command(std::shared_ptr<physical_ir::physical_operation> step,
-                   const skerv::opencl::buffer<V>& buffer, std::uint8_t number)
+                   const skerv::opencl::buffer<tested_version>& buffer, std::uint8_t number)
       : opencl_device_command(std::move(step)), buffer_(buffer), number_(number) {}
   std::string to_string() const override { return "numbered_command"; }
-  skerv::opencl::event<V> enqueue(device_ir::opencl::dispatch_queue<V>& queue, std::uint32_t wait_count,
-                                  void* const* wait_list) override {
-    return submit(queue, skerv::opencl::fill_buffer_bytes<V>(buffer_, {number_}, 0, 1), wait_count,
-                  wait_list);
+  skerv::opencl::event<tested_version> enqueue(device_ir::opencl::dispatch_queue<tested_version>& queue,
+                                               std::uint32_t wait_count, void* const* wait_list) override {
+    return submit(queue, skerv::opencl::fill_buffer_bytes<tested_version>(buffer_, {number_}, 0, 1),
+                  wait_count, wait_list);
   }
 
 private:
-  const skerv::opencl::buffer<V>& buffer_;
+  const skerv::opencl::buffer<tested_version>& buffer_;
   const std::uint8_t number_;
 };
 
 // A dispatcher that has not been started: what it is given before stands there when it wakes.
 class dispatcher : public testing::Test {
 protected:
-  dispatcher() { owner->set_dispatcher(make_work_dispatcher<V>(context, device)); }
+  dispatcher() { owner->set_dispatcher(make_work_dispatcher<tested_version>(context, device)); }
   ~dispatcher() override {
     if (is_started_ && !is_shut_down_)
       worker().shutdown();
@@ -128,9 +128,9 @@ protected:
     return result;
   }
 
-  skerv::opencl::device<V> device = skerv::opencl::find_devices<V>().front();
-  skerv::opencl::context<V> context{{}, {device}, nullptr, nullptr};
-  skerv::opencl::buffer<V> buffer = context.create_buffer(1, 16, nullptr);
+  skerv::opencl::device<tested_version> device = skerv::opencl::find_devices<tested_version>().front();
+  skerv::opencl::context<tested_version> context{{}, {device}, nullptr, nullptr};
+  skerv::opencl::buffer<tested_version> buffer = context.create_buffer(1, 16, nullptr);
   std::shared_ptr<fake_device> owner = std::make_shared<fake_device>();
 
 private:
@@ -146,7 +146,7 @@ private:
           step, [](const auto&) { throw std::runtime_error("a step that throws"); });
     case 'g': {
       const auto gone = std::make_shared<fake_device>();
-      gone->set_dispatcher(make_work_dispatcher<V>(context, device));
+      gone->set_dispatcher(make_work_dispatcher<tested_version>(context, device));
       gone->get_dispatcher().shutdown();
       return std::make_shared<device_ir::synchronization_release>(step, owner, gone, number);
     }
@@ -194,7 +194,7 @@ TEST_P(order, is_that_of_runs_and_sweeps) {
     EXPECT_TRUE(request->is_complete() && !request->get_error());
 }
 
-const order_row ROWS[] = {
+const order_row order_rows[] = {
     {"one_run_has_one_finish", {"k1 k2 h3"}, "k1 k2 ffse se h3 "},
     {"a_run_ends_at_a_step_on_the_host", {"k1 h2 k3"}, "k1 ffse h2 k3 ffse "},
     {"a_run_ends_where_the_queue_changes", {"k1 p2 k3"}, "k1 ffse k2 ffstte k3 ffse "},
@@ -207,7 +207,7 @@ const order_row ROWS[] = {
     {"a_signal_for_another_wakes_nobody", {"a1 h1"}, "", {2}, {1}, "h1 "},
     {"a_release_is_heard_in_the_next_sweep", {"a1 h1 h2", "h3 r1 k4"}, "h3 k4 ffse h1 h2 "},
 };
-INSTANTIATE_TEST_SUITE_P(each, order, testing::ValuesIn(ROWS),
+INSTANTIATE_TEST_SUITE_P(each, order, testing::ValuesIn(order_rows),
                          [](const auto& info) { return std::string(info.param.name); });
 
 struct failing_row {
@@ -232,17 +232,17 @@ TEST_P(failing_list, ends_with_the_first_error_and_runs_no_further_command) {
   EXPECT_TRUE(scripted::no_failure_left());
 }
 
-constexpr const char* NO_RESOURCES = "Failed to allocate resources on the device.";
-const failing_row FAILING[] = {
-    {"event_of_a_run", "k1 k2 h3 k4", "k1 k2 ffse se h3 ", NO_RESOURCES,
+constexpr const char* no_resources = "Failed to allocate resources on the device.";
+const failing_row failing_rows[] = {
+    {"event_of_a_run", "k1 k2 h3 k4", "k1 k2 ffse se h3 ", no_resources,
      [] { scripted::fail_event(op::enqueue_fill_buffer, 1, -5); }},
-    {"event_that_cannot_be_read", "k1 k2", "k1 k2 ffe se ", NO_RESOURCES,
+    {"event_that_cannot_be_read", "k1 k2", "k1 k2 ffe se ", no_resources,
      [] { scripted::fail_call(op::get_event_info, 1, -5); }},
     {"step_on_the_host", "h1 x2 h3 k4 h5", "h1 h3 h5 ", "a step that throws"},
     {"release_to_a_device_that_is_gone", "h1 g1 h2 k3", "h1 h2 ",
      "Cannot submit work to a dispatcher that has been shutdown."},
 };
-INSTANTIATE_TEST_SUITE_P(each, failing_list, testing::ValuesIn(FAILING),
+INSTANTIATE_TEST_SUITE_P(each, failing_list, testing::ValuesIn(failing_rows),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(dispatcher, takes_what_it_has_room_for_even_when_memory_has_run_out) {

@@ -13,8 +13,8 @@
 namespace oryn::tarva::library {
 namespace {
 
-constexpr std::uint64_t COUNT = 6;
-std::int32_t users_block[COUNT];
+constexpr std::uint64_t object_size = 6;
+std::int32_t users_block[object_size];
 
 // Objects stand where the letters say: h on the host, b there in big-endian order, otherwise on that device.
 struct lowered_row {
@@ -43,23 +43,26 @@ launch(const std::vector<std::shared_ptr<library_memory>>& objects,
 using objects = std::vector<std::shared_ptr<library_memory>>;
 using device = std::shared_ptr<library_device>;
 
-constexpr auto READ = [](const objects& on, const device&) -> std::shared_ptr<logical_ir::logical_operation> {
+constexpr auto read = [](const objects& on, const device&) -> std::shared_ptr<logical_ir::logical_operation> {
   return logical_ir::copy_tarva_to_user::create(on[0], 2, 3, users_block);
 };
-constexpr auto WRITE = [](const objects& on,
+constexpr auto write = [](const objects& on,
                           const device&) -> std::shared_ptr<logical_ir::logical_operation> {
   return logical_ir::copy_user_to_tarva::create(on[0], 2, 3, users_block);
 };
-constexpr auto FILL = [](const objects& on, const device&) -> std::shared_ptr<logical_ir::logical_operation> {
+constexpr auto fill = [](const objects& on, const device&) -> std::shared_ptr<logical_ir::logical_operation> {
   return logical_ir::fill::create(on[0], users_block, 2, 3);
 };
-constexpr auto FREE = [](const objects& on, const device&) -> std::shared_ptr<logical_ir::logical_operation> {
+constexpr auto free_object = [](const objects& on,
+                                const device&) -> std::shared_ptr<logical_ir::logical_operation> {
   return logical_ir::free_memory::create(on[0]);
 };
-constexpr auto COPY = [](const objects& on, const device&) -> std::shared_ptr<logical_ir::logical_operation> {
+constexpr auto copy = [](const objects& on, const device&) -> std::shared_ptr<logical_ir::logical_operation> {
   return logical_ir::copy_tarva_to_tarva::create(on[0], on[1], 1, 2, 3);
 };
-constexpr auto TWICE = [](const objects& on, const device& target) { return launch({on[0], on[0]}, target); };
+constexpr auto launch_twice = [](const objects& on, const device& target) {
+  return launch({on[0], on[0]}, target);
+};
 
 std::string copy_step(const char* name, const char* blocks, const char* from, const char* to,
                       const char* count, char where) {
@@ -67,7 +70,7 @@ std::string copy_step(const char* name, const char* blocks, const char* from, co
          ", src_start_position=" + from + ", dest_start_position=" + to + ", count=" + count + "} " + where;
 }
 
-const std::string KERNEL = "kernel: { <omitted> } K";
+const std::string kernel_step = "kernel: { <omitted> } K";
 
 std::vector<std::string> case_c(char from, char to, const char* first_blocks) {
   const std::string old(1, first_blocks[0]), staging(1, first_blocks[1]), made(1, first_blocks[2]);
@@ -92,32 +95,32 @@ std::vector<std::string> operator+(std::vector<std::string> steps, const std::st
   return steps;
 }
 
-const lowered_row ROWS[] = {
-    {"read_host", "h", READ, {copy_step("copy_host_to_host", "12", "2", "0", "3", 'H')}, "", "h"},
-    {"read_device", "P", READ, {copy_step("copy_device_to_host", "12", "2", "0", "3", 'P')}, "", "P"},
-    {"write_host", "h", WRITE, {copy_step("copy_host_to_host", "12", "0", "2", "3", 'H')}, "", "h"},
-    {"write_device", "P", WRITE, {copy_step("copy_host_to_device", "12", "0", "2", "3", 'P')}, "", "P"},
+const lowered_row rows[] = {
+    {"read_host", "h", read, {copy_step("copy_host_to_host", "12", "2", "0", "3", 'H')}, "", "h"},
+    {"read_device", "P", read, {copy_step("copy_device_to_host", "12", "2", "0", "3", 'P')}, "", "P"},
+    {"write_host", "h", write, {copy_step("copy_host_to_host", "12", "0", "2", "3", 'H')}, "", "h"},
+    {"write_device", "P", write, {copy_step("copy_host_to_device", "12", "0", "2", "3", 'P')}, "", "P"},
     {"fill_host",
      "h",
-     FILL,
+     fill,
      {"fill_on_host: {memory_object_id=1, value=<omitted>, start_position=2, count=3} H"},
      "",
      "h"},
     {"fill_device",
      "P",
-     FILL,
+     fill,
      {"fill_on_device: {memory_object_id=1, value=<omitted>, start_position=2, count=3} P"},
      "",
      "P"},
-    {"free_host", "h", FREE, {"host_memory: {memory_object_id=1} H"}, "", "-"},
-    {"free_device", "P", FREE, {"free_device_memory: {memory_object_id=1} P"}, "", "-"},
-    {"copy_host_host", "hh", COPY, {copy_step("copy_host_to_host", "12", "1", "2", "3", 'H')}, "", "hh"},
-    {"copy_host_device", "hP", COPY, {copy_step("copy_host_to_device", "12", "1", "2", "3", 'P')}, "", "hP"},
-    {"copy_device_host", "Ph", COPY, {copy_step("copy_device_to_host", "12", "1", "2", "3", 'P')}, "", "Ph"},
-    {"copy_same_device", "PP", COPY, {copy_step("copy_same_device", "12", "1", "2", "3", 'P')}, "", "PP"},
+    {"free_host", "h", free_object, {"host_memory: {memory_object_id=1} H"}, "", "-"},
+    {"free_device", "P", free_object, {"free_device_memory: {memory_object_id=1} P"}, "", "-"},
+    {"copy_host_host", "hh", copy, {copy_step("copy_host_to_host", "12", "1", "2", "3", 'H')}, "", "hh"},
+    {"copy_host_device", "hP", copy, {copy_step("copy_host_to_device", "12", "1", "2", "3", 'P')}, "", "hP"},
+    {"copy_device_host", "Ph", copy, {copy_step("copy_device_to_host", "12", "1", "2", "3", 'P')}, "", "Ph"},
+    {"copy_same_device", "PP", copy, {copy_step("copy_same_device", "12", "1", "2", "3", 'P')}, "", "PP"},
     {"copy_between_devices",
      "PK",
-     COPY,
+     copy,
      {"allocate_host_memory: {memory_id=1, type=int32_t, count=3} P",
       copy_step("copy_device_to_host", "21", "1", "0", "3", 'P'),
       "synchronize_device_to_device_release: {, release_device=P, acquire_device=K, sync_id=1} P",
@@ -125,13 +128,13 @@ const lowered_row ROWS[] = {
       copy_step("copy_host_to_device", "13", "0", "2", "3", 'K'), "host_memory: {memory_object_id=1} K"},
      "0>1 1>2 3>4 4>5 ",
      "PK"},
-    {"launch_without_memory", "", launch, {KERNEL}, "", ""},
+    {"launch_without_memory", "", launch, {kernel_step}, "", ""},
     {"launch_from_host",
      "h",
      launch,
      {"allocate_device_memory: {memory_id=1, type=int32_t, count=6} K",
       copy_step("copy_host_to_device", "21", "0", "0", "6", 'K'), "host_memory: {memory_object_id=2} K",
-      KERNEL},
+      kernel_step},
      "0>1 1>2 2>3 ",
      "K"},
     {"launch_with_change_of_byte_order",
@@ -152,19 +155,19 @@ const lowered_row ROWS[] = {
      "0>1 1>2 2>3 ",
      "B",
      'B'},
-    {"launch_on_the_spot", "K", launch, {KERNEL}, "", "K"},
-    {"launch_with_one_object_twice", "K", TWICE, {KERNEL}, "", "K"},
-    {"launch_from_another_device", "P", launch, case_c('P', 'K', "213") + KERNEL,
+    {"launch_on_the_spot", "K", launch, {kernel_step}, "", "K"},
+    {"launch_with_one_object_twice", "K", launch_twice, {kernel_step}, "", "K"},
+    {"launch_from_another_device", "P", launch, case_c('P', 'K', "213") + kernel_step,
      "0>1 1>2 2>3 4>5 5>6 6>7 6>8 ", "K"},
-    {"launch_from_another_device_twice", "P", TWICE, case_c('P', 'K', "213") + KERNEL,
+    {"launch_from_another_device_twice", "P", launch_twice, case_c('P', 'K', "213") + kernel_step,
      "0>1 1>2 2>3 4>5 5>6 6>7 6>8 ", "K"},
     {"launch_from_everywhere", "hPK", launch,
      std::vector<std::string>{"allocate_device_memory: {memory_id=1, type=int32_t, count=6} K",
                               copy_step("copy_host_to_device", "21", "0", "0", "6", 'K'),
                               "host_memory: {memory_object_id=2} K"} +
-         case_c('P', 'K', "435") + KERNEL,
+         case_c('P', 'K', "435") + kernel_step,
      "0>1 1>2 2>11 3>4 4>5 5>6 7>8 8>9 9>10 9>11 ", "KKK"},
-    {"launch_from_a_big_endian_device", "B", launch, case_c('B', 'K', "213") + KERNEL,
+    {"launch_from_a_big_endian_device", "B", launch, case_c('B', 'K', "213") + kernel_step,
      "0>1 1>2 2>3 4>5 5>6 6>7 6>8 ", "k"},
 };
 
@@ -235,7 +238,7 @@ TEST_P(lowering_of, request) {
   const lowered_row& row = GetParam();
   objects made;
   for (const char* where = row.places; *where != 0; ++where) {
-    made.push_back(std::make_shared<library_memory>(data_type::int32_, COUNT, ""));
+    made.push_back(std::make_shared<library_memory>(data_type::int32_, object_size, ""));
     place(made.back(), *where);
   }
   const auto request = row.request(made, devices_.at(row.target));
@@ -259,13 +262,13 @@ TEST_P(lowering_of, request) {
   EXPECT_EQ(after, row.places_after);
 }
 
-INSTANTIATE_TEST_SUITE_P(each, lowering_of, testing::ValuesIn(ROWS),
+INSTANTIATE_TEST_SUITE_P(each, lowering_of, testing::ValuesIn(rows),
                          [](const auto& info) { return std::string(info.param.name); });
 
 using allocation = lowering_of;
 
 TEST_F(allocation, is_entered_once_and_its_absence_is_told) {
-  const auto object = std::make_shared<library_memory>(data_type::uint8v16_, COUNT, "");
+  const auto object = std::make_shared<library_memory>(data_type::uint8v16_, object_size, "");
   const auto request = logical_ir::allocate_memory::create(object);
   lowering first(request, devices_.at('H'), table, last_sync_id),
       second(request, devices_.at('H'), table, last_sync_id);
@@ -277,7 +280,7 @@ TEST_F(allocation, is_entered_once_and_its_absence_is_told) {
   EXPECT_EQ(message_of([&] { second.visit(*request); }),
             "Last memory state already exists in the tracking table, but it should not.");
   first.withdraw_allocation();
-  for (const decltype(lowered_row::request) one : {+READ, +WRITE, +FILL, +FREE})
+  for (const decltype(lowered_row::request) one : {+read, +write, +fill, +free_object})
     EXPECT_EQ(message_of([&] { one({object}, {})->accept(second); }),
               "Could not find the last memory state in the tracking table.");
 }

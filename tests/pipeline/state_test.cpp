@@ -89,7 +89,7 @@ TEST_P(logical_states, follow) {
   expect_first_error(request->get_error());
 }
 
-constexpr transition_row LOGICAL[] = {
+constexpr transition_row logical_rows[] = {
     {"f1sp", "", true},
     {"2sp", ""},
     {"2spp", "", true},
@@ -113,7 +113,7 @@ constexpr transition_row LOGICAL[] = {
     {"e", "Attempting to set a logical operation to an error state, but it was never submitted."},
     {"1spe", "Attempting to set a logical operation to be complete, but it was already complete.", true},
 };
-INSTANTIATE_TEST_SUITE_P(each, logical_states, testing::ValuesIn(LOGICAL));
+INSTANTIATE_TEST_SUITE_P(each, logical_states, testing::ValuesIn(logical_rows));
 
 TEST_P(physical_states, follow) {
   const listener above;
@@ -143,7 +143,7 @@ TEST_P(physical_states, follow) {
   expect_first_error(above.request->get_error());
 }
 
-constexpr transition_row PHYSICAL[] = {
+constexpr transition_row physical_rows[] = {
     {"f1sp", "", true, "p"},
     {"3spp", ""},
     {"3sppp", "", true, "p"},
@@ -166,7 +166,7 @@ constexpr transition_row PHYSICAL[] = {
     {"1spe", "Attempting to set a physical operation to be complete, but it was already complete.", true,
      "p"},
 };
-INSTANTIATE_TEST_SUITE_P(each, physical_states, testing::ValuesIn(PHYSICAL));
+INSTANTIATE_TEST_SUITE_P(each, physical_states, testing::ValuesIn(physical_rows));
 
 TEST_P(command_states, follow) {
   const listener above;
@@ -196,7 +196,7 @@ TEST_P(command_states, follow) {
   expect_first_error(above.request->get_error());
 }
 
-constexpr transition_row COMMAND[] = {
+constexpr transition_row command_rows[] = {
     {"fsp", "", true, "p"},
     {"see", "", true, "e"},
     {"sf", "Attempting to enable profiling on a device command that has already been submitted."},
@@ -206,7 +206,7 @@ constexpr transition_row COMMAND[] = {
     {"e", "Attempting to set a device command to an error state, but it was never submitted."},
     {"spe", "Attempting to set a device command to be complete, but it was already complete.", true, "p"},
 };
-INSTANTIATE_TEST_SUITE_P(each, command_states, testing::ValuesIn(COMMAND));
+INSTANTIATE_TEST_SUITE_P(each, command_states, testing::ValuesIn(command_rows));
 
 // The lines of one level, then that of its pipe.
 std::string left_undone(const std::string& what) {
