@@ -39,9 +39,36 @@ struct failure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Performs all but the last letter, and returns what the last one throws.
-template <class Perform>
-std::string play(const std::string& script, Perform perform) {
+void end_or_count(logical_ir::logical_operation& request, char letter) {
+  if (letter == 'p')
+    request.physical_operation_complete();
+  else
+    request.set_physical_operation_count(static_cast<std::uint64_t>(letter - '0'));
+}
+void end_or_count(physical_ir::physical_operation& step, char letter) {
+  if (letter == 'p')
+    step.device_command_complete();
+  else
+    step.set_device_command_count(static_cast<std::uint64_t>(letter - '0'));
+}
+void end_or_count(device_ir::device_command& command, char) {
+  command.set_complete();
+}
+
+// Performs the letters in turn, and returns what the last one throws.
+template <class Machine>
+std::string play(Machine& machine, const std::string& script) {
+  int errors = 0;
+  const auto perform = [&](char letter) {
+    if (letter == 'f')
+      machine.enable_profiling();
+    else if (letter == 's')
+      machine.set_submitted();
+    else if (letter == 'e')
+      machine.set_error(std::make_exception_ptr(failure("failure " + std::to_string(++errors))));
+    else
+      end_or_count(machine, letter);
+  };
   for (std::size_t i = 0; i + 1 < script.size(); ++i)
     perform(script[i]);
   return message_of([&] { perform(script.back()); });
@@ -51,9 +78,6 @@ class states : public testing::TestWithParam<transition_row> {
 protected:
   void SetUp() override { testing::internal::CaptureStderr(); }
   void TearDown() override { testing::internal::GetCapturedStderr(); }
-  static std::exception_ptr next_error(int number) {
-    return std::make_exception_ptr(failure("failure " + std::to_string(number)));
-  }
   static void expect_first_error(const std::exception_ptr& error) {
     if (error) {
       EXPECT_EQ(message_of([&] { std::rethrow_exception(error); }), "failure 1");
@@ -67,23 +91,7 @@ class command_states : public states {};
 
 TEST_P(logical_states, follow) {
   const auto request = listener().request;
-  int errors = 0;
-  EXPECT_EQ(play(GetParam().script,
-                 [&](char letter) {
-                   switch (letter) {
-                   case 'f':
-                     return request->enable_profiling();
-                   case 's':
-                     return request->set_submitted();
-                   case 'p':
-                     return request->physical_operation_complete();
-                   case 'e':
-                     return request->set_error(next_error(++errors));
-                   default:
-                     return request->set_physical_operation_count(static_cast<std::uint64_t>(letter - '0'));
-                   }
-                 }),
-            GetParam().message);
+  EXPECT_EQ(play(*request, GetParam().script), GetParam().message);
   EXPECT_EQ(request->is_complete(), GetParam().is_complete);
   EXPECT_EQ(request->get_notification_pipe().is_closed(), GetParam().is_complete);
   expect_first_error(request->get_error());
@@ -121,23 +129,7 @@ TEST_P(physical_states, follow) {
   above.request->set_submitted();
   const auto step =
       physical_ir::free_host_memory::create(above.request, nullptr, std::make_shared<host_memory>());
-  int errors = 0;
-  EXPECT_EQ(play(GetParam().script,
-                 [&](char letter) {
-                   switch (letter) {
-                   case 'f':
-                     return step->enable_profiling();
-                   case 's':
-                     return step->set_submitted();
-                   case 'p':
-                     return step->device_command_complete();
-                   case 'e':
-                     return step->set_error(next_error(++errors));
-                   default:
-                     return step->set_device_command_count(static_cast<std::uint64_t>(letter - '0'));
-                   }
-                 }),
-            GetParam().message);
+  EXPECT_EQ(play(*step, GetParam().script), GetParam().message);
   EXPECT_EQ(step->has_succeeded(), std::string(GetParam().told) == "p");
   EXPECT_EQ(above.heard(), GetParam().told);
   expect_first_error(above.request->get_error());
@@ -177,21 +169,7 @@ TEST_P(command_states, follow) {
   step->set_device_command_count(1);
   step->set_submitted();
   const auto command = device_ir::host_function_call::create(step, {});
-  int errors = 0;
-  EXPECT_EQ(play(GetParam().script,
-                 [&](char letter) {
-                   switch (letter) {
-                   case 'f':
-                     return command->enable_profiling();
-                   case 's':
-                     return command->set_submitted();
-                   case 'p':
-                     return command->set_complete();
-                   default:
-                     return command->set_error(next_error(++errors));
-                   }
-                 }),
-            GetParam().message);
+  EXPECT_EQ(play(*command, GetParam().script), GetParam().message);
   EXPECT_EQ(above.heard(), GetParam().told);
   expect_first_error(above.request->get_error());
 }
