@@ -65,7 +65,7 @@ private:
 class dispatcher : public testing::Test {
 protected:
   dispatcher() { owner->set_dispatcher(make_work_dispatcher<tested_version>(context, device)); }
-  ~dispatcher() override {
+  void TearDown() override {
     if (is_started_ && !is_shut_down_)
       worker().shutdown();
   }

@@ -37,7 +37,7 @@ protected:
       block->set_allocation(data_type::int32_, 8);
     testing::internal::CaptureStderr(); // nothing is ever run
   }
-  ~generation() override {
+  void TearDown() override {
     request.reset();
     testing::internal::GetCapturedStderr();
   }
@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(each, generation,
 class dispatching : public testing::Test {
 protected:
   dispatching() { device->initialize(); }
-  ~dispatching() override { device->release(); }
+  void TearDown() override { device->release(); }
 
   template <class Step, class... Arguments>
   step_pointer add(Arguments&&... arguments) {

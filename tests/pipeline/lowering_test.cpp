@@ -33,6 +33,7 @@ std::shared_ptr<logical_ir::logical_operation>
 launch(const std::vector<std::shared_ptr<library_memory>>& objects,
        const std::shared_ptr<library_device>& target) {
   std::vector<std::shared_ptr<kernel_argument_base>> arguments;
+  arguments.reserve(objects.size());
   for (const auto& object : objects)
     arguments.push_back(std::make_shared<kernel_argument_typed_library_memory_array>(object));
   return logical_ir::kernel::create(std::make_shared<fake_kernel>(target),
@@ -178,7 +179,10 @@ protected:
     for (const char letter : {'H', 'P', 'K', 'B'})
       devices_[letter] = std::make_shared<fake_device>(letter != 'B');
   }
-  ~lowering_of() override { testing::internal::GetCapturedStderr(); }
+  void TearDown() override {
+    table = {};
+    testing::internal::GetCapturedStderr();
+  }
   void SetUp() override { testing::internal::CaptureStderr(); } // nothing of the graph is ever run
 
   void place(const std::shared_ptr<library_memory>& object, char where) {
