@@ -24,7 +24,7 @@ std::string copy_options(const char* options) {
   return options;
 }
 
-std::shared_ptr<ir_header> make_constant_array(const tarva_abi_ir_header_s& header) {
+std::shared_ptr<const ir_header> make_constant_array(const tarva_abi_ir_header_s& header) {
   if (!header.constants && header.count != 0)
     throw std::logic_error(
         "Attempting to read specialization constants, but the array of constants is NULL.");
@@ -40,7 +40,7 @@ std::shared_ptr<ir_header> make_constant_array(const tarva_abi_ir_header_s& head
 
 } // namespace
 
-std::shared_ptr<ir_header> make_ir_header(const tarva_abi_ir_header_s* header) {
+std::shared_ptr<const ir_header> make_ir_header(const tarva_abi_ir_header_s* header) {
   if (!header || header->kind == TARVA_ABI_IR_HEADER_EMPTY)
     return std::make_shared<empty_ir_header>();
   if (header->kind == TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS)

@@ -11,7 +11,7 @@ namespace oryn::tarva::library {
 
 class ir_header;
 
-std::shared_ptr<ir_header> make_ir_header(const tarva_abi_ir_header_s* header);
+std::shared_ptr<const ir_header> make_ir_header(const tarva_abi_ir_header_s* header);
 
 // The caller's description of a program, checked and copied in the order of the members.
 struct ir_arguments {
@@ -21,7 +21,7 @@ struct ir_arguments {
   std::vector<std::uint8_t> data;
   std::string options;
   std::uint64_t type;
-  std::shared_ptr<ir_header> header;
+  std::shared_ptr<const ir_header> header;
 };
 
 } // namespace oryn::tarva::library

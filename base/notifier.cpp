@@ -5,7 +5,6 @@
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
-#include <unordered_set>
 
 namespace oryn::tarva::library {
 
@@ -15,21 +14,13 @@ struct notifier_internals {
   std::condition_variable condition;
   std::mutex lock;
   bool closed = false;
-  std::unordered_set<std::shared_ptr<std::condition_variable>> wait_any_notifiers;
 
   notifier_internals() = default;
   notifier_internals(const notifier_internals&) = delete;
   notifier_internals& operator=(const notifier_internals&) = delete;
   ~notifier_internals() {
-    if (!wait_any_notifiers.empty())
-      log_warning("Destroying notifier internals, but wait_any_notifiers set is non-empty.");
     if (!closed)
       log_warning("Destroying notifier that was never closed.  The notifier should have been closed.");
-  }
-
-  void wake_wait_any() {
-    for (const auto& waiter : wait_any_notifiers)
-      waiter->notify_all();
   }
 };
 
@@ -61,7 +52,6 @@ void notifier::notify() const {
     if (internals->closed)
       throw std::logic_error(
           "Attempting to call notify on a notifier that has its notification pipe closed.");
-    internals->wake_wait_any();
   }
   internals->condition.notify_all();
 }
@@ -72,7 +62,6 @@ void notifier::close() const {
     const std::lock_guard registry_guard(registry_lock);
     const std::lock_guard guard(internals->lock);
     internals->closed = true;
-    internals->wake_wait_any();
   }
   internals->condition.notify_all();
 }

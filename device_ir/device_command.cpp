@@ -28,7 +28,7 @@ constexpr completion_texts texts = {
 } // namespace
 
 device_command::device_command(std::shared_ptr<physical_ir::physical_operation> operation)
-    : state_(texts), operation_(std::move(operation)) {}
+    : operation_(std::move(operation)), state_(texts) {}
 
 device_command::~device_command() = default;
 

@@ -40,8 +40,8 @@ public:
 private:
   void report_end();
 
-  completion_state state_;
   const std::shared_ptr<physical_ir::physical_operation> operation_;
+  completion_state state_; // reports what was left undone before the level above does
 };
 
 } // namespace oryn::tarva::library::device_ir

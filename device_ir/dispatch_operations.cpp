@@ -1,6 +1,7 @@
 #include "device_ir/dispatch_operations.h"
 
 #include "device_ir/opencl/generate_device_command_sequence.h"
+#include "objects/device_work_dispatcher.h"
 #include "objects/opencl/opencl_device.h"
 
 #include <stdexcept>
@@ -92,12 +93,17 @@ void dispatch_operations(const physical_graph& graph) {
   const std::vector<physical_graph> pieces = device_subgraphs(graph);
   for (const auto& piece : pieces)
     check_piece(piece);
-  // All commands are made before any is handed over: a piece that waits for another device must not run if
-  // the other device's piece cannot be made.
+  // All commands are made, and all room for them, before any is handed over: a piece that waits for another device
+  // must not run if the other device's piece cannot be handed over, too.
   std::vector<command_graph> commands;
   commands.reserve(pieces.size());
   for (const auto& piece : pieces)
     commands.push_back(generate_commands(piece));
+  std::size_t command_count = 0;
+  for (const auto& each : commands)
+    command_count += each.nodes().size();
+  for (const auto& piece : pieces)
+    piece.nodes().front()->get_device()->get_dispatcher().make_room(pieces.size(), command_count);
   for (std::size_t i = 0; i < pieces.size(); ++i)
     submit_piece(pieces[i], std::move(commands[i]));
 }

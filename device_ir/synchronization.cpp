@@ -3,8 +3,7 @@
 namespace oryn::tarva::library::device_ir {
 
 std::string synchronization_command::to_string() const {
-  return std::string(name_) +
-         ": {release_device=" + std::to_string(release_device_->get_unique_identifier()) +
+  return head_ + std::string("release_device=") + std::to_string(release_device_->get_unique_identifier()) +
          ", acquire_device=" + std::to_string(acquire_device_->get_unique_identifier()) +
          ", sync_id=" + std::to_string(sync_id_) + "}";
 }

@@ -15,13 +15,13 @@ public:
   std::string to_string() const override;
 
 protected:
-  synchronization_command(const char* name, std::shared_ptr<physical_ir::physical_operation> operation,
+  synchronization_command(const char* head, std::shared_ptr<physical_ir::physical_operation> operation,
                           device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
-      : device_command(std::move(operation)), name_(name), release_device_(std::move(release_device)),
+      : device_command(std::move(operation)), head_(head), release_device_(std::move(release_device)),
         acquire_device_(std::move(acquire_device)), sync_id_(sync_id) {}
 
 private:
-  const char* name_;
+  const char* head_; // the text form up to the fields
   device_pointer release_device_;
   device_pointer acquire_device_;
   std::uint64_t sync_id_;
@@ -32,7 +32,7 @@ class synchronization_acquire final : public synchronization_command {
 public:
   synchronization_acquire(std::shared_ptr<physical_ir::physical_operation> operation,
                           device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
-      : synchronization_command("synchronization_acquire", std::move(operation), std::move(release_device),
+      : synchronization_command("synchronization_acquire: {", std::move(operation), std::move(release_device),
                                 std::move(acquire_device), sync_id) {}
 };
 
@@ -40,7 +40,7 @@ class synchronization_release final : public synchronization_command {
 public:
   synchronization_release(std::shared_ptr<physical_ir::physical_operation> operation,
                           device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
-      : synchronization_command("synchronization_release", std::move(operation), std::move(release_device),
+      : synchronization_command("synchronization_release: {", std::move(operation), std::move(release_device),
                                 std::move(acquire_device), sync_id) {}
 
   // Signals the acquiring dispatcher without waiting for it. A failure ends this command and does not leave.

@@ -15,14 +15,17 @@ struct nd_range {
   std::array<std::uint64_t, 3> local_size{};
 };
 
+inline std::string join(const std::array<std::uint64_t, 3>& triple) {
+  return std::to_string(triple[0]) + ", " + std::to_string(triple[1]) + ", " + std::to_string(triple[2]);
+}
+
 inline std::string to_string(const std::array<std::uint64_t, 3>& triple) {
-  return "(" + std::to_string(triple[0]) + ", " + std::to_string(triple[1]) + ", " +
-         std::to_string(triple[2]) + ")";
+  return "(" + join(triple) + ")";
 }
 
 inline std::string to_string(const nd_range& range) {
-  return "work_dim=" + std::to_string(range.work_dim) + ", global_offset=" + to_string(range.global_offset) +
-         ", global_size=" + to_string(range.global_size) + ", local_size=" + to_string(range.local_size);
+  return "work_dim=" + std::to_string(range.work_dim) + ", global_offset=(" + join(range.global_offset) +
+         "), global_size=(" + join(range.global_size) + "), local_size=(" + join(range.local_size) + ")";
 }
 
 } // namespace oryn::tarva::library

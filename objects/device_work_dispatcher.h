@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -20,6 +21,9 @@ public:
   device_work_dispatcher(const device_work_dispatcher&) = delete;
   device_work_dispatcher& operator=(const device_work_dispatcher&) = delete;
 
+  // Obtains the room for so many more graphs and for the signals that so many commands wait for, so that handing
+  // over and signalling cannot run out of memory half-way through a request.
+  virtual void make_room(std::size_t graphs, std::size_t commands) = 0;
   // Hands a graph to the worker. Refused after shutdown. Any thread.
   virtual void submit_work(dag<std::shared_ptr<device_ir::device_command>>&& graph) = 0;
   // Tells the worker that the releasing side of a hand-over between two devices has come. Any thread.

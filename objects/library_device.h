@@ -36,10 +36,10 @@ public:
   virtual void release() = 0;
 
   // True if the device can take this IR; does not build. `data` and `options` are not looked at.
-  virtual bool is_ir_supported(const std::shared_ptr<ir_header>& header, std::uint64_t ir_type,
+  virtual bool is_ir_supported(const std::shared_ptr<const ir_header>& header, std::uint64_t ir_type,
                                const std::vector<std::uint8_t>& data, const std::string& options) = 0;
   // Makes and builds a program. A failed build is no exception: see build_result.
-  virtual build_result load_ir(const std::shared_ptr<ir_header>& header, std::uint64_t ir_type,
+  virtual build_result load_ir(const std::shared_ptr<const ir_header>& header, std::uint64_t ir_type,
                                const std::vector<std::uint8_t>& data, const std::string& options,
                                const std::string& user_label) = 0;
   virtual std::shared_ptr<library_program> get_builtin_program() = 0;

@@ -8,7 +8,9 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -36,6 +38,7 @@ public:
                                 const skerv::opencl::device<V>& device);
   ~opencl_device_work_dispatcher() override;
 
+  void make_room(std::size_t graphs, std::size_t commands) override;
   void submit_work(dag<std::shared_ptr<device_command>>&& graph) override;
   void signal_acquire(const std::shared_ptr<library_device>& release_device,
                       const std::shared_ptr<library_device>& acquire_device, std::uint64_t sync_id) override;
@@ -47,6 +50,7 @@ private:
   using command_graph = dag<std::shared_ptr<device_command>>;
   using acquire_key =
       std::tuple<std::shared_ptr<library_device>, std::shared_ptr<library_device>, std::uint64_t>;
+  static acquire_key key_of(const synchronization_acquire& acquire);
   using event = skerv::opencl::event<V>;
 
   // A command with its class, found once: one of the four pointers is set.
@@ -79,9 +83,9 @@ private:
   void pass(work_list& list);
   void run_opencl_commands(work_list& list);
   std::optional<event> enqueue(const work_item& item, dispatch_queue<V>& queue);
-  void finish(const device_command& first);
-  void end_command(device_command& command, const event& event);
-  bool take_acquire(work_list& list);
+  std::exception_ptr finish(const device_command& first);
+  void end_command(device_command& command, std::optional<event>& ended);
+  void take_acquire(work_list& list);
   void abandon_remaining_work() noexcept;
 
   std::mutex lock_; // guards the two pending containers and `is_busy_` only

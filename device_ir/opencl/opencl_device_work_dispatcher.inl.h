@@ -59,6 +59,13 @@ void opencl_device_work_dispatcher<V>::take_in(Container& pending, Item&& item) 
 }
 
 template <version V>
+void opencl_device_work_dispatcher<V>::make_room(std::size_t graphs, std::size_t commands) {
+  const std::lock_guard guard(lock_);
+  pending_graphs_.reserve(pending_graphs_.size() + graphs);
+  pending_acquires_.reserve(pending_acquires_.size() + commands);
+}
+
+template <version V>
 void opencl_device_work_dispatcher<V>::submit_work(command_graph&& graph) {
   take_in(pending_graphs_, std::move(graph));
 }
@@ -150,9 +157,13 @@ bool opencl_device_work_dispatcher<V>::can_advance(const work_list& list) const 
   const work_item& head = list.head();
   if (head.acquire == nullptr)
     return head.opencl != nullptr || head.release != nullptr || head.host != nullptr;
-  return acquire_set_.count(acquire_key(head.acquire->get_release_device(),
-                                        head.acquire->get_acquire_device(), head.acquire->get_sync_id())) !=
-         0;
+  return acquire_set_.count(key_of(*head.acquire)) != 0;
+}
+
+template <version V>
+typename opencl_device_work_dispatcher<V>::acquire_key
+opencl_device_work_dispatcher<V>::key_of(const synchronization_acquire& acquire) {
+  return {acquire.get_release_device(), acquire.get_acquire_device(), acquire.get_sync_id()};
 }
 
 template <version V>
@@ -228,11 +239,12 @@ void opencl_device_work_dispatcher<V>::run_opencl_commands(work_list& list) {
     run_events_.push_back(enqueue(list.items[end], profiling ? profiling_queue_ : queue_));
     any_enqueued = any_enqueued || run_events_.back().has_value();
   }
-  if (any_enqueued)
-    finish(*list.head().command);
+  const std::exception_ptr unfinished = any_enqueued ? finish(*list.head().command) : nullptr;
   for (std::size_t i = 0; list.next < end; ++i, ++list.next)
-    if (run_events_[i])
-      end_command(*list.head().command, *run_events_[i]);
+    if (run_events_[i] && unfinished)
+      list.head().command->abandon(unfinished);
+    else if (run_events_[i])
+      end_command(*list.head().command, run_events_[i]);
   run_events_.clear();
 }
 
@@ -256,42 +268,48 @@ std::optional<skerv::opencl::event<V>> opencl_device_work_dispatcher<V>::enqueue
   }
 }
 
+// A failure after the request has failed elsewhere is returned: then nobody knows how the commands of the run ended.
 template <version V>
-void opencl_device_work_dispatcher<V>::finish(const device_command& first) {
-  try {
-    profiling_queue_.finish();
-    queue_.finish();
-  } catch (...) {
-    if (!first.get_request_error())
-      throw;
+std::exception_ptr opencl_device_work_dispatcher<V>::finish(const device_command& first) {
+  std::exception_ptr failure;
+  for (dispatch_queue<V>* queue : {&profiling_queue_, &queue_}) {
+    try {
+      queue->finish();
+    } catch (...) {
+      if (!first.get_request_error())
+        throw;
+      failure = std::current_exception();
+    }
   }
+  return failure;
 }
 
+// The event goes before the report: whoever is woken by it finds no OpenCL event of the command left.
 template <version V>
-void opencl_device_work_dispatcher<V>::end_command(device_command& command, const event& event) {
+void opencl_device_work_dispatcher<V>::end_command(device_command& command, std::optional<event>& ended) {
   try {
-    event.check_execution_status();
+    ended->check_execution_status();
   } catch (...) {
+    ended.reset();
     command.set_error(std::current_exception());
     return;
   }
   if (command.is_profiling_enabled())
-    command.set_elapsed_time(event.get_profiling_end() - event.get_profiling_start());
+    command.set_elapsed_time(ended->get_profiling_end() - ended->get_profiling_start());
+  ended.reset();
   command.set_complete();
 }
 
 template <version V>
-bool opencl_device_work_dispatcher<V>::take_acquire(work_list& list) {
+void opencl_device_work_dispatcher<V>::take_acquire(work_list& list) {
   synchronization_acquire& acquire = *list.head().acquire;
-  const auto found = acquire_set_.find(
-      acquire_key(acquire.get_release_device(), acquire.get_acquire_device(), acquire.get_sync_id()));
+  const auto found = acquire_set_.find(key_of(acquire));
   if (found == acquire_set_.end())
-    return false;
+    return;
   acquire.set_submitted();
   acquire.set_complete();
   acquire_set_.erase(found);
   ++list.next;
-  return true;
 }
 
 } // namespace oryn::tarva::library::device_ir::opencl

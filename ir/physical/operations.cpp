@@ -10,16 +10,14 @@ std::string identifier(const std::shared_ptr<Memory>& memory) {
 }
 
 template <class Memory>
-std::string allocation_text(const std::string& name, const std::shared_ptr<Memory>& memory) {
-  if (!memory->is_set_up())
-    return name + ": { <not set> }";
-  return name + ": {memory_id=" + identifier(memory) + ", type=" + data_type_name(memory->get_type()) +
+std::string shape_text(const std::shared_ptr<Memory>& memory) {
+  return "memory_id=" + identifier(memory) + ", type=" + data_type_name(memory->get_type()) +
          ", count=" + std::to_string(memory->get_size()) + "}";
 }
 
 template <class Fill>
-std::string fill_text(const std::string& name, const Fill& fill) {
-  return name + ": {memory_object_id=" + identifier(fill.get_memory()) +
+std::string range_text(const Fill& fill) {
+  return "memory_object_id=" + identifier(fill.get_memory()) +
          ", value=<omitted>"
          ", start_position=" +
          std::to_string(fill.get_start_position()) + ", count=" + std::to_string(fill.get_count()) + "}";
@@ -35,7 +33,9 @@ allocate_device_memory::allocate_device_memory(logical_pointer operation,
 }
 
 std::string allocate_device_memory::to_string() const {
-  return allocation_text("allocate_device_memory", get_memory());
+  if (!get_memory()->is_set_up())
+    return "allocate_device_memory: { <not set> }";
+  return "allocate_device_memory: {" + shape_text(get_memory());
 }
 
 allocate_host_memory::allocate_host_memory(logical_pointer operation, device_pointer device,
@@ -46,7 +46,9 @@ allocate_host_memory::allocate_host_memory(logical_pointer operation, device_poi
 }
 
 std::string allocate_host_memory::to_string() const {
-  return allocation_text("allocate_host_memory", get_memory());
+  if (!get_memory()->is_set_up())
+    return "allocate_host_memory: { <not set> }";
+  return "allocate_host_memory: {" + shape_text(get_memory());
 }
 
 std::string free_device_memory::to_string() const {
@@ -66,11 +68,11 @@ std::string convert_endianness_host::to_string() const {
 }
 
 std::string fill_on_device::to_string() const {
-  return fill_text("fill_on_device", *this);
+  return "fill_on_device: {" + range_text(*this);
 }
 
 std::string fill_on_host::to_string() const {
-  return fill_text("fill_on_host", *this);
+  return "fill_on_host: {" + range_text(*this);
 }
 
 std::string kernel::to_string() const {
@@ -78,7 +80,7 @@ std::string kernel::to_string() const {
 }
 
 std::string synchronization_operation::to_string() const {
-  return std::string(name_) + ": {, release_device=" + identifier(release_device_) +
+  return head_ + std::string(", release_device=") + identifier(release_device_) +
          ", acquire_device=" + identifier(acquire_device_) + ", sync_id=" + std::to_string(sync_id_) + "}";
 }
 

@@ -115,7 +115,7 @@ public:
   std::uint64_t get_dest_start_position() const { return dest_start_position_; }
   std::uint64_t get_count() const { return count_; }
   std::string to_string() const override {
-    return std::string(name_) + ": {src_object_id=" + std::to_string(src_memory_->get_unique_identifier()) +
+    return head_ + std::string("src_object_id=") + std::to_string(src_memory_->get_unique_identifier()) +
            ", dest_object_id=" + std::to_string(dest_memory_->get_unique_identifier()) +
            ", src_start_position=" + std::to_string(src_start_position_) +
            ", dest_start_position=" + std::to_string(dest_start_position_) +
@@ -123,15 +123,15 @@ public:
   }
 
 protected:
-  copy_operation(const char* name, logical_pointer operation, device_pointer device,
+  copy_operation(const char* head, logical_pointer operation, device_pointer device,
                  std::shared_ptr<Source> source, std::shared_ptr<Destination> destination,
                  std::uint64_t source_start, std::uint64_t destination_start, std::uint64_t count)
-      : physical_operation(std::move(operation), std::move(device)), name_(name),
+      : physical_operation(std::move(operation), std::move(device)), head_(head),
         src_memory_(std::move(source)), dest_memory_(std::move(destination)),
         src_start_position_(source_start), dest_start_position_(destination_start), count_(count) {}
 
 private:
-  const char* name_;
+  const char* head_; // the text form up to the fields
   std::shared_ptr<Source> src_memory_;
   std::shared_ptr<Destination> dest_memory_;
   std::uint64_t src_start_position_;
@@ -145,7 +145,7 @@ public:
   copy_device_to_host(logical_pointer operation, const std::shared_ptr<device_memory>& source,
                       std::shared_ptr<host_memory> destination, std::uint64_t source_start,
                       std::uint64_t destination_start, std::uint64_t count)
-      : concrete_operation("copy_device_to_host", std::move(operation), source->get_device(), source,
+      : concrete_operation("copy_device_to_host: {", std::move(operation), source->get_device(), source,
                            std::move(destination), source_start, destination_start, count) {}
 };
 
@@ -155,7 +155,7 @@ public:
   copy_host_to_device(logical_pointer operation, std::shared_ptr<host_memory> source,
                       const std::shared_ptr<device_memory>& destination, std::uint64_t source_start,
                       std::uint64_t destination_start, std::uint64_t count)
-      : concrete_operation("copy_host_to_device", std::move(operation), destination->get_device(),
+      : concrete_operation("copy_host_to_device: {", std::move(operation), destination->get_device(),
                            std::move(source), destination, source_start, destination_start, count) {}
 };
 
@@ -165,7 +165,7 @@ public:
   copy_same_device(logical_pointer operation, const std::shared_ptr<device_memory>& source,
                    std::shared_ptr<device_memory> destination, std::uint64_t source_start,
                    std::uint64_t destination_start, std::uint64_t count)
-      : concrete_operation("copy_same_device", std::move(operation), source->get_device(), source,
+      : concrete_operation("copy_same_device: {", std::move(operation), source->get_device(), source,
                            std::move(destination), source_start, destination_start, count) {}
 };
 
@@ -175,7 +175,7 @@ public:
   copy_host_to_host(logical_pointer operation, device_pointer device, std::shared_ptr<host_memory> source,
                     std::shared_ptr<host_memory> destination, std::uint64_t source_start,
                     std::uint64_t destination_start, std::uint64_t count)
-      : concrete_operation("copy_host_to_host", std::move(operation), std::move(device), std::move(source),
+      : concrete_operation("copy_host_to_host: {", std::move(operation), std::move(device), std::move(source),
                            std::move(destination), source_start, destination_start, count) {}
 };
 
@@ -245,15 +245,15 @@ public:
   std::string to_string() const override;
 
 protected:
-  synchronization_operation(const char* name, logical_pointer operation, const device_pointer& device,
+  synchronization_operation(const char* head, logical_pointer operation, const device_pointer& device,
                             device_pointer release_device, device_pointer acquire_device,
                             std::uint64_t sync_id)
-      : physical_operation(std::move(operation), device), name_(name),
+      : physical_operation(std::move(operation), device), head_(head),
         release_device_(std::move(release_device)), acquire_device_(std::move(acquire_device)),
         sync_id_(sync_id) {}
 
 private:
-  const char* name_;
+  const char* head_; // the text form up to the fields
   device_pointer release_device_;
   device_pointer acquire_device_;
   std::uint64_t sync_id_;
@@ -264,7 +264,7 @@ class synchronize_device_to_device_acquire final
 public:
   synchronize_device_to_device_acquire(logical_pointer operation, const device_pointer& release_device,
                                        const device_pointer& acquire_device, std::uint64_t sync_id)
-      : concrete_operation("synchronize_device_to_device_acquire", std::move(operation), acquire_device,
+      : concrete_operation("synchronize_device_to_device_acquire: {", std::move(operation), acquire_device,
                            release_device, acquire_device, sync_id) {}
 };
 
@@ -273,7 +273,7 @@ class synchronize_device_to_device_release final
 public:
   synchronize_device_to_device_release(logical_pointer operation, const device_pointer& release_device,
                                        const device_pointer& acquire_device, std::uint64_t sync_id)
-      : concrete_operation("synchronize_device_to_device_release", std::move(operation), release_device,
+      : concrete_operation("synchronize_device_to_device_release: {", std::move(operation), release_device,
                            release_device, acquire_device, sync_id) {}
 };
 

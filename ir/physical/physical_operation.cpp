@@ -35,7 +35,7 @@ constexpr completion_texts texts = {
 
 physical_operation::physical_operation(std::shared_ptr<logical_ir::logical_operation> logical_operation,
                                        std::shared_ptr<library_device> device)
-    : state_(texts), logical_operation_(std::move(logical_operation)), device_(std::move(device)) {}
+    : logical_operation_(std::move(logical_operation)), device_(std::move(device)), state_(texts) {}
 
 physical_operation::~physical_operation() = default;
 

@@ -44,9 +44,9 @@ protected:
                      std::shared_ptr<library_device> device);
 
 private:
-  completion_state state_;
   const std::shared_ptr<logical_ir::logical_operation> logical_operation_;
   const std::shared_ptr<library_device> device_;
+  completion_state state_; // reports what was left undone before the level above does
 };
 
 } // namespace oryn::tarva::library::physical_ir

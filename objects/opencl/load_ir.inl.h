@@ -62,8 +62,9 @@ bool opencl_version_device<V>::has_spir_version(const char* wanted) const {
 }
 
 template <version V>
-bool opencl_version_device<V>::is_ir_supported(const std::shared_ptr<ir_header>& header, std::uint64_t type,
-                                               const std::vector<std::uint8_t>&, const std::string&) {
+bool opencl_version_device<V>::is_ir_supported(const std::shared_ptr<const ir_header>& header,
+                                               std::uint64_t type, const std::vector<std::uint8_t>&,
+                                               const std::string&) {
   detail::check_ir_header<V>(header.get(), type);
   for (const auto& row : detail::unconditional_ir)
     if (row.type == type && V >= row.first)
@@ -116,8 +117,8 @@ void opencl_version_device<V>::set_specialization_constants(skerv::opencl::progr
 }
 
 template <version V>
-build_result opencl_version_device<V>::load_ir(const std::shared_ptr<ir_header>& header, std::uint64_t type,
-                                               const std::vector<std::uint8_t>& data,
+build_result opencl_version_device<V>::load_ir(const std::shared_ptr<const ir_header>& header,
+                                               std::uint64_t type, const std::vector<std::uint8_t>& data,
                                                const std::string& options, const std::string& user_label) {
   constexpr std::int32_t build_success = 0;
   if (!is_ir_supported(header, type, data, options))

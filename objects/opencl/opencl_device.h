@@ -32,9 +32,9 @@ public:
   void initialize() override;
   void release() override;
 
-  bool is_ir_supported(const std::shared_ptr<ir_header>& header, std::uint64_t ir_type,
+  bool is_ir_supported(const std::shared_ptr<const ir_header>& header, std::uint64_t ir_type,
                        const std::vector<std::uint8_t>& data, const std::string& options) override;
-  build_result load_ir(const std::shared_ptr<ir_header>& header, std::uint64_t ir_type,
+  build_result load_ir(const std::shared_ptr<const ir_header>& header, std::uint64_t ir_type,
                        const std::vector<std::uint8_t>& data, const std::string& options,
                        const std::string& user_label) override;
   std::shared_ptr<library_program> get_builtin_program() override { return builtin_program_; }

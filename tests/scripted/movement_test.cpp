@@ -1,5 +1,6 @@
 // Where the content of memory objects goes, under each version: to the device once, between devices, in the
 // byte order of the device, and back to the caller.
+#include "tests/device/thread_mix.h"
 #include "tests/scripted/scripted_test.h"
 
 namespace scripted {
@@ -165,24 +166,11 @@ TEST_F(machine_wide, an_object_is_used_on_every_little_endian_device_in_turn) {
   EXPECT_EQ(read<std::int32_t>(numbers, 4), counted(4, 1201));
 }
 
-TEST_F(machine_wide, threads_share_devices_and_objects) {
-  constexpr int THREADS = 4, ROUNDS = 25;
-  const memory shared = make(counted(2, 0));
-  std::vector<std::thread> threads;
-  for (int i = 0; i < THREADS; ++i)
-    threads.emplace_back([&, i] {
-      const auto version = static_cast<std::uint32_t>(i + 2);
-      const std::int32_t amount = 1;
-      const auto add = kernel(version, "add");
-      const memory own = make(counted(16, i));
-      for (int round = 0; round < ROUNDS; ++round)
-        for (const memory* one : {&own, &shared})
-          must(launch(add, {argument(*one), argument(amount)}, line(2)));
-      EXPECT_EQ(read<std::int32_t>(own, 3), (std::vector<std::int32_t>{i + ROUNDS, i + 1 + ROUNDS, i + 2}));
-    });
-  for (std::thread& one : threads)
-    one.join();
-  EXPECT_EQ(read<std::int32_t>(shared, 2), counted(2, THREADS * ROUNDS));
+TEST_F(machine_wide, threads_mix_everything_on_two_devices) {
+  std::vector<caller::kernel> kernels;
+  kernels.push_back(kernel(2, "add"));
+  kernels.push_back(kernel(6, "add", role::second));
+  EXPECT_EQ(mix_threads(kernels, [] { forget_calls(); }), "");
 }
 
 } // namespace scripted

@@ -133,7 +133,8 @@ SCRIPTED_API void set_memory_limit(std::size_t device, std::uint64_t limit);
 SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const info_answer& answer);
 
 // The `nth` coming call (1: the next) of the operation fails: with an OpenCL status, with a transport code,
-// or, for a command that is enqueued, without effect and with that execution status of its event.
+// or, for a command that is enqueued, without effect and with that execution status of its event. A release that
+// fails has taken effect all the same.
 SCRIPTED_API void fail_call(qv::operation operation, int nth, std::int32_t status);
 SCRIPTED_API void fail_transport(qv::operation operation, int nth, std::int32_t code);
 SCRIPTED_API void fail_event(qv::operation operation, int nth, std::int32_t status);

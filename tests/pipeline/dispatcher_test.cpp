@@ -1,0 +1,301 @@
+// The order in which a worker runs what it is given, seen in the record of the capability library.
+#include "access/opencl/discovery.h"
+#include "access/opencl/fill_buffer_bytes.h"
+#include "device_ir/host_function_call.h"
+#include "device_ir/opencl/opencl_device_command.h"
+#include "device_ir/synchronization.h"
+#include "ir/logical/operations.h"
+#include "ir/physical/operations.h"
+#include "memory/library_memory.h"
+#include "objects/opencl/opencl_device.h"
+#include "tests/pipeline/fakes.h"
+#include "tests/scripted/scripted_qv.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+#include <new>
+#include <sstream>
+
+namespace {
+thread_local bool memory_has_run_out = false;
+}
+
+// Inlined, the pair of operators looks to g++ like malloc and free used on each other.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  if (void* const memory = memory_has_run_out ? nullptr : std::malloc(size != 0 ? size : 1))
+    return memory;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace oryn::tarva::library {
+namespace {
+
+constexpr auto tested_version = version::v1_2;
+using op = qv::operation;
+using command_pointer = std::shared_ptr<device_ir::device_command>;
+using command_graph = dag<command_pointer>;
+
+// An OpenCL command that is known by its number in the record.
+class numbered_command final : public device_ir::opencl::opencl_device_command<tested_version> {
+public:
+  numbered_command(std::shared_ptr<physical_ir::physical_operation> step,
+                   const skerv::opencl::buffer<tested_version>& buffer, std::uint8_t number)
+      : opencl_device_command(std::move(step)), buffer_(buffer), number_(number) {}
+  std::string to_string() const override { return "numbered_command"; }
+  skerv::opencl::event<tested_version> enqueue(device_ir::opencl::dispatch_queue<tested_version>& queue,
+                                               std::uint32_t wait_count, void* const* wait_list) override {
+    return submit(queue, skerv::opencl::fill_buffer_bytes<tested_version>(buffer_, {number_}, 0, 1),
+                  wait_count, wait_list);
+  }
+
+private:
+  const skerv::opencl::buffer<tested_version>& buffer_;
+  const std::uint8_t number_;
+};
+
+// A dispatcher that has not been started: what it is given before stands there when it wakes.
+class dispatcher : public testing::Test {
+protected:
+  dispatcher() { owner->set_dispatcher(make_work_dispatcher<tested_version>(context, device)); }
+  void TearDown() override {
+    if (is_started_ && !is_shut_down_)
+      worker().shutdown();
+  }
+
+  device_work_dispatcher& worker() { return owner->get_dispatcher(); }
+  void start() {
+    is_started_ = true;
+    worker().start();
+  }
+  void shut_down() {
+    is_shut_down_ = true;
+    worker().shutdown();
+  }
+
+  // One list, given in words: k an OpenCL command, p the same with profiling, h a step on the host, x one that
+  // throws, r a release, g one to a device that has ended its work, and a an acquire, each with its number.
+  std::shared_ptr<logical_ir::logical_operation> submit(const std::string& words) {
+    const auto request =
+        logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
+    const auto step = physical_ir::free_host_memory::create(request, owner, std::make_shared<host_memory>());
+    command_graph graph;
+    command_pointer last;
+    std::istringstream stream(words);
+    for (std::string word; stream >> word;) {
+      if (word == "cycle") {
+        graph.insert_edge(last, graph.nodes().front());
+        continue;
+      }
+      const command_pointer made = make(step, word);
+      graph.insert_node(made);
+      if (last)
+        graph.insert_edge(last, made);
+      last = made;
+    }
+    request->set_physical_operation_count(1);
+    request->set_submitted();
+    step->set_device_command_count(graph.nodes().size());
+    step->set_submitted();
+    request->add_device_commands(graph.nodes().size());
+    worker().submit_work(std::move(graph));
+    return request;
+  }
+  void signal(std::uint64_t id) { worker().signal_acquire(owner, owner, id); }
+
+  // As in the lists; f is a clFinish, s a look at an event's status, t at its times, e the release of an event.
+  std::string record() {
+    worker().wait_until_idle();
+    std::string result;
+    for (const scripted::call_record& call : scripted::take_calls()) {
+      const std::map<op, std::string> words = {
+          {op::enqueue_fill_buffer, "k" + std::to_string(call.data.empty() ? 0 : call.data[0]) + " "},
+          {op::create_buffer, "h" + std::to_string(call.as<op::create_buffer>().size) + " "},
+          {op::finish, "f"},
+          {op::release_event, "e "},
+          {op::get_event_info, call.as<op::get_event_info>().param_value == nullptr ? "" : "s"},
+          {op::get_event_profiling_info, call.as<op::get_event_info>().param_value == nullptr ? "" : "t"}};
+      if (const auto word = words.find(call.operation); word != words.end())
+        result += word->second;
+    }
+    return result;
+  }
+
+  skerv::opencl::device<tested_version> device = skerv::opencl::find_devices<tested_version>().front();
+  skerv::opencl::context<tested_version> context{{}, {device}, nullptr, nullptr};
+  skerv::opencl::buffer<tested_version> buffer = context.create_buffer(1, 16, nullptr);
+  std::shared_ptr<fake_device> owner = std::make_shared<fake_device>();
+
+private:
+  command_pointer make(const std::shared_ptr<physical_ir::physical_operation>& step,
+                       const std::string& word) {
+    const auto number = static_cast<std::uint8_t>(word[1] - '0');
+    switch (word[0]) {
+    case 'h':
+      return device_ir::host_function_call::create(
+          step, [this, number](const auto&) { context.create_buffer(1, number, nullptr); });
+    case 'x':
+      return device_ir::host_function_call::create(
+          step, [](const auto&) { throw std::runtime_error("a step that throws"); });
+    case 'g': {
+      const auto gone = std::make_shared<fake_device>();
+      gone->set_dispatcher(make_work_dispatcher<tested_version>(context, device));
+      gone->get_dispatcher().shutdown();
+      return std::make_shared<device_ir::synchronization_release>(step, owner, gone, number);
+    }
+    case 'r':
+      return std::make_shared<device_ir::synchronization_release>(step, owner, owner, number);
+    case 'a':
+      return std::make_shared<device_ir::synchronization_acquire>(step, owner, owner, number);
+    default:
+      break;
+    }
+    const auto made = std::make_shared<numbered_command>(step, buffer, number);
+    if (word[0] == 'p')
+      made->enable_profiling();
+    return made;
+  }
+
+  bool is_started_ = false, is_shut_down_ = false;
+};
+
+struct order_row {
+  const char* name;
+  std::vector<std::string> lists; // all there before the worker wakes
+  std::string expected;
+  std::vector<std::uint64_t> signals = {}; // there before, too
+  std::vector<std::uint64_t> later = {};   // when nothing is left to be done
+  std::string expected_later = {};
+};
+
+class order : public dispatcher, public testing::WithParamInterface<order_row> {};
+
+TEST_P(order, is_that_of_runs_and_sweeps) {
+  const order_row& row = GetParam();
+  scripted::forget_calls();
+  std::vector<std::shared_ptr<logical_ir::logical_operation>> requests;
+  for (const std::string& words : row.lists)
+    requests.push_back(submit(words));
+  for (const std::uint64_t id : row.signals)
+    signal(id);
+  start();
+  EXPECT_EQ(record(), row.expected);
+  for (const std::uint64_t id : row.later)
+    signal(id);
+  EXPECT_EQ(record(), row.expected_later);
+  for (const auto& request : requests)
+    EXPECT_TRUE(request->is_complete() && !request->get_error());
+}
+
+const order_row order_rows[] = {
+    {"one_run_has_one_finish", {"k1 k2 h3"}, "k1 k2 ffse se h3 "},
+    {"a_run_ends_at_a_step_on_the_host", {"k1 h2 k3"}, "k1 ffse h2 k3 ffse "},
+    {"a_run_ends_where_the_queue_changes", {"k1 p2 k3"}, "k1 ffse k2 ffstte k3 ffse "},
+    {"newest_first_and_run_by_run", {"h1 k2 h3", "h4 k5 h6"}, "h4 h1 k5 ffse h6 k2 ffse h3 "},
+    {"lists_of_different_kinds_advance_in_turn", {"k1 h2 k3", "h4 h5"}, "h4 h5 k1 ffse h2 k3 ffse "},
+    {"a_signal_long_before", {"h1 a1 h2"}, "h1 h2 ", {1}},
+    {"a_signal_long_after", {"h1 a1 h2", "h3 k4"}, "h3 h1 k4 ffse ", {}, {1}, "h2 "},
+    {"equal_signals_count_once", {"a1 h1"}, "h1 ", {1, 1}},
+    {"two_acquires_in_a_row", {"a2 a1 h1", "h2"}, "h2 h1 ", {1, 2}},
+    {"a_signal_for_another_wakes_nobody", {"a1 h1"}, "", {2}, {1}, "h1 "},
+    {"a_release_is_heard_in_the_next_sweep", {"a1 h1 h2", "h3 r1 k4"}, "h3 k4 ffse h1 h2 "},
+};
+INSTANTIATE_TEST_SUITE_P(each, order, testing::ValuesIn(order_rows),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+struct failing_row {
+  const char* name;
+  const char* list;
+  const char* expected;
+  const char* message;
+  void (*plan)() = [] {};
+};
+
+class failing_list : public dispatcher, public testing::WithParamInterface<failing_row> {};
+
+TEST_P(failing_list, ends_with_the_first_error_and_runs_no_further_command) {
+  scripted::forget_calls();
+  GetParam().plan();
+  const auto request = submit(GetParam().list);
+  start();
+  request->wait_until_complete();
+  request->wait_until_commands_ended();
+  EXPECT_EQ(record(), GetParam().expected);
+  EXPECT_EQ(message_of([&] { std::rethrow_exception(request->get_error()); }), GetParam().message);
+  EXPECT_TRUE(scripted::no_failure_left());
+}
+
+constexpr const char* no_resources = "Failed to allocate resources on the device.";
+const failing_row failing_rows[] = {
+    {"event_of_a_run", "k1 k2 h3 k4", "k1 k2 ffse se h3 ", no_resources,
+     [] { scripted::fail_event(op::enqueue_fill_buffer, 1, -5); }},
+    {"event_that_cannot_be_read", "k1 k2", "k1 k2 ffe se ", no_resources,
+     [] { scripted::fail_call(op::get_event_info, 1, -5); }},
+    {"step_on_the_host", "h1 x2 h3 k4 h5", "h1 h3 h5 ", "a step that throws"},
+    {"release_to_a_device_that_is_gone", "h1 g1 h2 k3", "h1 h2 ",
+     "Cannot submit work to a dispatcher that has been shutdown."},
+};
+INSTANTIATE_TEST_SUITE_P(each, failing_list, testing::ValuesIn(failing_rows),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(dispatcher, takes_what_it_has_room_for_even_when_memory_has_run_out) {
+  worker().make_room(1, 2);
+  command_graph nothing;
+  bool is_taken = true;
+  memory_has_run_out = true;
+  try {
+    worker().submit_work(std::move(nothing));
+    signal(1);
+    signal(2);
+  } catch (const std::bad_alloc&) {
+    is_taken = false;
+  }
+  memory_has_run_out = false;
+  EXPECT_TRUE(is_taken);
+  start();
+  worker().wait_until_idle();
+}
+
+TEST_F(dispatcher, ends_the_process_on_a_graph_that_cannot_be_sorted) {
+  const auto sleep_until_the_end = [this] {
+    const auto request = submit("h1 h2 cycle");
+    start();
+    request->wait_until_complete();
+  };
+  EXPECT_EXIT(
+      sleep_until_the_end(), testing::ExitedWithCode(1),
+      "\\[critical\\] \\[device dispatcher\\] worker thread encountered an exception.  Aborting program. "
+      "Exception: Attempting to perform a topological sort on a graph that is not a DAG");
+}
+
+TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
+  start();
+  const auto blocked = submit("h1 a1 k2"), releasing = submit("h1");
+  record();
+  testing::internal::CaptureStderr();
+  shut_down();
+  const std::string output = testing::internal::GetCapturedStderr();
+  EXPECT_NE(output.find("] [tarva] [warning] About to shutdown work dispatcher thread, but work remains.\n"),
+            std::string::npos);
+  EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
+  blocked->wait_until_commands_ended();
+  EXPECT_EQ(message_of([&] { std::rethrow_exception(blocked->get_error()); }),
+            "The work dispatcher was shut down before the command could be run.");
+  EXPECT_EQ(releasing->get_error(), nullptr);
+
+  const std::string refused = "Cannot submit work to a dispatcher that has been shutdown.";
+  EXPECT_EQ(message_of([&] { worker().submit_work({}); }), refused);
+  EXPECT_EQ(message_of([&] { signal(1); }), refused);
+  EXPECT_EQ(message_of([&] { worker().shutdown(); }),
+            "Attempting to shutdown a work dispatcher that was already shutdown.");
+}
+
+} // namespace
+} // namespace oryn::tarva::library

@@ -1,0 +1,172 @@
+// The commands that a step becomes under each version, and the pieces in which a graph reaches its devices.
+#include "access/opencl/discovery.h"
+#include "device_ir/dispatch_operations.h"
+#include "device_ir/opencl/generate_device_command_sequence.h"
+#include "ir/logical/operations.h"
+#include "ir/physical/operations.h"
+#include "memory/library_memory.h"
+#include "objects/opencl/opencl_device.h"
+#include "tests/pipeline/fakes.h"
+#include "tests/scripted/scripted_qv.h"
+
+#include <gtest/gtest.h>
+
+namespace oryn::tarva::library {
+namespace {
+
+using step_pointer = std::shared_ptr<physical_ir::physical_operation>;
+using generator = std::vector<std::shared_ptr<device_ir::device_command>> (*)(const step_pointer&);
+
+struct version_row {
+  const char* name;
+  generator generate;
+  bool has_fill;
+};
+
+template <version V>
+constexpr version_row row_of() {
+  return {version_traits<V>::name, &device_ir::opencl::generate_device_command_sequence<V>,
+          version_traits<V>::has_fill_buffer};
+}
+
+class generation : public testing::TestWithParam<version_row> {
+protected:
+  generation() {
+    host->set_allocation(data_type::int32_, 8);
+    for (const auto& block : {on_device, beside})
+      block->set_allocation(data_type::int32_, 8);
+    testing::internal::CaptureStderr(); // nothing is ever run
+  }
+  void TearDown() override {
+    request.reset();
+    testing::internal::GetCapturedStderr();
+  }
+  std::string texts(const step_pointer& step) const {
+    std::string result;
+    for (const auto& command : GetParam().generate(step))
+      result += command->to_string() + "\n";
+    return result;
+  }
+  std::string opencl(const std::string& text) const {
+    return std::string("opencl_") + GetParam().name + "::" + text + "\n";
+  }
+  template <class Source, class Destination>
+  std::string copy(const char* name, const Source& from, const Destination& to) const {
+    return opencl(std::string(name) + ": {src_object_id=" + std::to_string(from->get_unique_identifier()) +
+                  ", dest_object_id=" + std::to_string(to->get_unique_identifier()) +
+                  ", src_start_pos=1, dest_start_pos=2, count=3}");
+  }
+
+  const std::shared_ptr<fake_device> device = std::make_shared<fake_device>();
+  std::shared_ptr<logical_ir::logical_operation> request =
+      logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::int32_, 8, ""));
+  const std::shared_ptr<host_memory> host = std::make_shared<host_memory>();
+  const std::shared_ptr<device_memory> on_device = std::make_shared<device_memory>(device),
+                                       beside = std::make_shared<device_memory>(device);
+};
+
+TEST_P(generation, gives_each_step_its_commands) {
+  using namespace physical_ir;
+  const std::string host_step = "host_function_call: { }\n";
+  const std::vector<std::uint8_t> value(4);
+  const auto lines_of = [&](const std::string& commands) {
+    return std::count(commands.begin(), commands.end(), '\n');
+  };
+  EXPECT_EQ(texts(free_host_memory::create(request, device, host)), host_step);
+  EXPECT_EQ(texts(free_device_memory::create(request, on_device)), host_step);
+  EXPECT_EQ(texts(fill_on_host::create(request, device, host, value, 0, 1)), host_step);
+  EXPECT_EQ(texts(convert_endianness_host::create(request, device, host)), host_step);
+  EXPECT_EQ(texts(copy_host_to_host::create(request, device, host, host, 1, 2, 3)), host_step);
+  EXPECT_EQ(texts(copy_host_to_device::create(request, host, on_device, 1, 2, 3)),
+            copy("copy_host_to_device", host, on_device));
+  EXPECT_EQ(texts(copy_device_to_host::create(request, on_device, host, 1, 2, 3)),
+            copy("copy_device_to_host", on_device, host));
+  EXPECT_EQ(texts(copy_same_device::create(request, on_device, beside, 1, 2, 3)),
+            copy("copy_same_device", on_device, beside));
+  EXPECT_EQ(
+      texts(kernel::create(request, device, std::make_shared<fake_kernel>(device), kernel_argument_capture(),
+                           nd_range{1, {0, 0, 0}, {8, 1, 1}, {4, 1, 1}})),
+      opencl(
+          "nd_range_kernel: {work_dim=1, global_offset=(0, 0, 0), global_size=(8, 1, 1), local_size=(4, 1, "
+          "1)}"));
+  const std::string filled = texts(fill_on_device::create(request, on_device, value, 2, 3));
+  if (GetParam().has_fill)
+    EXPECT_EQ(filled, opencl("fill_on_device: {mem_object_id=" +
+                             std::to_string(on_device->get_unique_identifier()) + ", start_pos=2, count=3}"));
+  else
+    EXPECT_EQ(lines_of(filled), 3) << filled;
+  EXPECT_EQ(lines_of(texts(convert_endianness_device::create(request, on_device))), 5);
+  EXPECT_EQ(message_of([&] { texts(nullptr); }), "Unknown physical IR node type.");
+}
+
+INSTANTIATE_TEST_SUITE_P(each, generation,
+                         testing::Values(row_of<version::v1_0>(), row_of<version::v1_1>(),
+                                         row_of<version::v1_2>(), row_of<version::v2_0>(),
+                                         row_of<version::v2_1>(), row_of<version::v2_2>()),
+                         [](const auto& info) { return std::string("opencl_") + info.param.name; });
+
+class dispatching : public testing::Test {
+protected:
+  dispatching() { device->initialize(); }
+  void TearDown() override { device->release(); }
+
+  template <class Step, class... Arguments>
+  step_pointer add(Arguments&&... arguments) {
+    const auto step = Step::create(request, std::forward<Arguments>(arguments)...);
+    graph.insert_node(step);
+    if (graph.nodes().size() > 1)
+      graph.insert_edge(graph.nodes()[graph.nodes().size() - 2], step);
+    return step;
+  }
+  void submit() {
+    request->set_physical_operation_count(graph.nodes().size());
+    request->set_submitted();
+    dispatch_operations(graph);
+  }
+
+  const std::shared_ptr<opencl_1_2_device> device =
+      std::make_shared<opencl_1_2_device>(skerv::opencl::find_devices<version::v1_2>().front());
+  std::shared_ptr<logical_ir::logical_operation> request =
+      logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::int16v2_, 2, ""));
+  physical_graph graph;
+};
+
+TEST_F(dispatching, changes_the_byte_order_of_a_block_on_a_device) {
+  using namespace physical_ir;
+  std::array<std::uint8_t, 8> bytes{1, 2, 3, 4, 5, 6, 7, 8};
+  const auto block = std::make_shared<device_memory>(device);
+  const auto users = std::make_shared<host_memory>();
+  users->set_user_allocation(bytes.data(), data_type::int16v2_, 2);
+  add<allocate_device_memory>(block, data_type::int16v2_, 2);
+  add<copy_host_to_device>(users, block, 0, 0, 2);
+  add<convert_endianness_device>(block);
+  add<copy_device_to_host>(block, users, 0, 0, 2);
+  add<free_device_memory>(block);
+  submit();
+  request->wait_until_complete();
+  EXPECT_EQ(request->get_error(), nullptr);
+  EXPECT_EQ(bytes, (std::array<std::uint8_t, 8>{2, 1, 4, 3, 6, 5, 8, 7}));
+}
+
+TEST_F(dispatching, starts_no_piece_of_a_graph_that_cannot_all_be_handed_over) {
+  using namespace physical_ir;
+  testing::internal::CaptureStderr();
+  const auto unknown = std::make_shared<fake_device>();
+  const auto block = std::make_shared<device_memory>(device);
+  scripted::forget_calls();
+  const auto first = add<allocate_device_memory>(block, data_type::int16v2_, 2);
+  const auto stranger = free_host_memory::create(request, unknown, std::make_shared<host_memory>());
+  graph.insert_node(stranger);
+  EXPECT_EQ(message_of([&] { submit(); }), "Unsupported device type found.");
+  graph.insert_edge(first, stranger);
+  EXPECT_EQ(message_of([&] { dispatch_operations(graph); }),
+            "DAG node does not exist, but it was expected to exist.");
+  device->get_dispatcher().wait_until_idle();
+  EXPECT_TRUE(scripted::take_calls().empty());
+  graph = {};
+  request.reset();
+  testing::internal::GetCapturedStderr();
+}
+
+} // namespace
+} // namespace oryn::tarva::library
