@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <exception>
 #include <mutex>
+#include <optional>
 
 namespace oryn::tarva::library {
 
@@ -40,7 +41,8 @@ public:
   completion_state(const completion_state&) = delete;
   completion_state& operator=(const completion_state&) = delete;
 
-  notifier get_pipe() const { return pipe_; }
+  // Made for the first who asks, since few are ever waited for.
+  notifier get_pipe() const;
   bool is_complete() const;
   // Complete without an error.
   bool has_succeeded() const;
@@ -64,8 +66,8 @@ private:
   static constexpr std::uint64_t never_set = ~std::uint64_t{0};
 
   const completion_texts& texts_;
-  notifier pipe_;
   mutable std::mutex lock_;
+  mutable std::optional<notifier> pipe_;
   std::uint64_t elapsed_time_ = 0;
   std::uint64_t outstanding_parts_ = never_set;
   bool submitted_ = false;

@@ -3,6 +3,7 @@
 #include "device_ir/opencl/generate_device_command_sequence.h"
 #include "objects/opencl/opencl_device.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -59,15 +60,22 @@ void submit_piece(const physical_graph& piece, command_graph&& commands) {
   }
 }
 
+bool is_on_one_device(const physical_graph& graph) {
+  return std::all_of(graph.nodes().begin(), graph.nodes().end(), [&graph](const auto& node) {
+    return node->get_device() == graph.nodes().front()->get_device();
+  });
+}
+
 void check_piece(const physical_graph& piece) {
-  for (const auto& node : piece.nodes())
-    if (node->get_device() != piece.nodes().front()->get_device())
-      throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
+  if (!is_on_one_device(piece))
+    throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
 }
 
 } // namespace
 
 std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
+  if (is_on_one_device(graph))
+    return graph.disjoint_subgraphs();
   // Few devices, in the order in which the graph names them.
   std::vector<std::pair<std::shared_ptr<library_device>, std::vector<physical_pointer>>> by_device;
   for (const auto& node : graph.nodes()) {
@@ -78,9 +86,6 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
       group = by_device.insert(group, {node->get_device(), {}});
     group->second.push_back(node);
   }
-  if (by_device.size() == 1)
-    return graph.disjoint_subgraphs();
-
   std::vector<physical_graph> pieces;
   for (const auto& group : by_device)
     for (auto& piece : physical_graph(graph, group.second).disjoint_subgraphs())
