@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <typeinfo>
 #include <utility>
 
 namespace oryn::tarva::library {
@@ -17,11 +18,12 @@ using command_graph = dag<command_pointer>;
 using command_sequence = std::vector<command_pointer>;
 using sequence_generator = command_sequence (*)(const physical_pointer&);
 
+// The classes of devices are final, so a comparison of types is enough.
 template <version... Vs>
-sequence_generator find_generator(const library_device* device) {
+sequence_generator find_generator(const library_device& device) {
   sequence_generator found = nullptr;
   // The first version that fits ends the search.
-  static_cast<void>(((dynamic_cast<const opencl_version_device<Vs>*>(device) != nullptr
+  static_cast<void>(((typeid(device) == typeid(opencl_version_device<Vs>)
                           ? (found = &device_ir::opencl::generate_device_command_sequence<Vs>, true)
                           : false) ||
                      ...));
@@ -29,8 +31,10 @@ sequence_generator find_generator(const library_device* device) {
 }
 
 sequence_generator generator_for(const library_device* device) {
-  const sequence_generator found = find_generator<version::v1_0, version::v1_1, version::v1_2, version::v2_0,
-                                                  version::v2_1, version::v2_2>(device);
+  const sequence_generator found = device == nullptr
+                                       ? nullptr
+                                       : find_generator<version::v1_0, version::v1_1, version::v1_2,
+                                                        version::v2_0, version::v2_1, version::v2_2>(*device);
   if (found == nullptr)
     throw std::logic_error("Unsupported device type found.");
   return found;
