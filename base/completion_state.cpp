@@ -41,19 +41,13 @@ notifier completion_state::get_pipe() const {
   return pipe;
 }
 
-bool completion_state::is_complete() const {
-  const std::lock_guard guard(lock_);
-  return complete_;
-}
-
 bool completion_state::has_succeeded() const {
   const std::lock_guard guard(lock_);
-  return complete_ && !error_;
+  return complete_ && !failed_;
 }
 
 std::exception_ptr completion_state::get_error() const {
-  const std::lock_guard guard(lock_);
-  return error_;
+  return failed_ ? error_ : nullptr;
 }
 
 void completion_state::enable_profiling() {
@@ -61,11 +55,6 @@ void completion_state::enable_profiling() {
   if (submitted_)
     throw std::logic_error(texts_.profiling_after_submission);
   profiling_enabled_ = true;
-}
-
-bool completion_state::is_profiling_enabled() const {
-  const std::lock_guard guard(lock_);
-  return profiling_enabled_;
 }
 
 void completion_state::add_elapsed_time(std::uint64_t nanoseconds) {
@@ -100,7 +89,7 @@ completion_state::part_outcome completion_state::part_complete() {
       throw std::logic_error(texts_.part_at_zero);
     if (outstanding_parts_ == never_set)
       throw std::logic_error(texts_.part_without_count);
-    failed = error_ != nullptr;
+    failed = failed_;
     if (--outstanding_parts_ != 0)
       return part_outcome::pending;
     complete_ = true;
@@ -131,14 +120,15 @@ bool completion_state::set_error(const std::exception_ptr& error) {
   {
     const std::lock_guard guard(lock_);
     // First of all, so that a second failure of the same request can never throw.
-    if (error_)
+    if (failed_)
       return false;
     if (!submitted_)
       throw std::logic_error(texts_.error_before_submission);
     if (complete_)
       throw std::logic_error(texts_.already_complete);
-    complete_ = true;
     error_ = error;
+    failed_ = error != nullptr;
+    complete_ = true;
     pipe = pipe_;
   }
   close(pipe);

@@ -51,9 +51,12 @@ bool matches(const std::vector<kernel_argument>& arguments,
 
 } // namespace
 
-kernel_argument_pod_value::kernel_argument_pod_value(const void* pointer, data_type type)
-    : type_(type), size_(check_element(pointer, type)) {
-  std::memcpy(raw_data_.data(), pointer, size_);
+kernel_argument_pod_value::kernel_argument_pod_value(const void* pointer, data_type type) : type_(type) {
+  const std::uint64_t size = check_element(pointer, type);
+  if (size <= small_.size())
+    std::memcpy(small_.data(), pointer, size);
+  else
+    large_ = std::make_shared<const std::vector<std::uint8_t>>(copy_element_bytes(pointer, type));
 }
 
 const kernel_argument& kernel_argument_capture::get_argument(std::uint64_t index) const {

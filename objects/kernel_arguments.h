@@ -28,12 +28,15 @@ public:
   kernel_argument_pod_value(const void* pointer, data_type type);
 
   data_type get_type() const { return type_; }
-  std::span<const std::uint8_t> get_raw_data() const { return {raw_data_.data(), size_}; }
+  std::span<const std::uint8_t> get_raw_data() const {
+    return {large_ ? large_->data() : small_.data(), element_size(type_)};
+  }
 
 private:
   data_type type_;
-  std::uint64_t size_;
-  std::array<std::uint8_t, largest_element_size> raw_data_{}; // the first `size_` count
+  // Most values are small and need no storage of their own; copies share a large one.
+  std::array<std::uint8_t, 16> small_{};
+  std::shared_ptr<const std::vector<std::uint8_t>> large_;
 };
 
 // Room in the device's local memory, without data.

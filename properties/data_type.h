@@ -173,13 +173,6 @@ inline constexpr std::array<data_type_row, last_data_type> data_type_table = {{
     {"double16", component_kind::floating_point, 8, 16},
 }};
 
-inline constexpr std::uint64_t largest_element_size = [] {
-  std::uint64_t largest = 0;
-  for (const data_type_row& row : data_type_table)
-    largest = row.element_bytes() > largest ? row.element_bytes() : largest;
-  return largest;
-}();
-
 // Null for a value that is no data type.
 constexpr const data_type_row* find_data_type(data_type type) noexcept {
   const auto value = static_cast<std::uint64_t>(type);
