@@ -36,8 +36,10 @@ def machine():
     """What kind of machine this is, without its name."""
     facts = dict(re.findall(r"^([\w ]+?)\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.MULTILINE))
     kind = "virtual machine" if "hypervisor" in facts.get("flags", "") else "machine"
-    return (f"{len(os.sched_getaffinity(0))}-core x86-64 {kind}, {facts.get('model name', 'unknown processor')} "
-            f"(family {facts.get('cpu family')}, model {facts.get('model')})")
+    families = {"23": "Zen or Zen 2", "25": "Zen 3 or Zen 4", "26": "Zen 5"}
+    is_amd = facts.get("vendor_id") == "AuthenticAMD"
+    processor = families.get(facts.get("cpu family")) if is_amd else None
+    return f"{len(os.sched_getaffinity(0))}-core x86-64 {kind}, {processor or facts.get('model name', 'unknown processor')}"
 
 
 def run(program, device, processors, wanted, cache):

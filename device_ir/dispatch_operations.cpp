@@ -4,6 +4,7 @@
 #include "objects/opencl/opencl_device.h"
 
 #include <algorithm>
+#include <span>
 #include <stdexcept>
 #include <typeinfo>
 #include <utility>
@@ -97,8 +98,9 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
   return pieces;
 }
 
-void dispatch_operations(const physical_graph& graph) {
-  const std::vector<physical_graph> pieces = device_subgraphs(graph);
+namespace {
+
+void dispatch_pieces(std::span<const physical_graph> pieces) {
   for (const auto& piece : pieces)
     check_piece(piece);
   // All commands are made before any is handed over: a piece that waits for another device must not run if
@@ -109,6 +111,16 @@ void dispatch_operations(const physical_graph& graph) {
     commands.push_back(generate_commands(piece));
   for (std::size_t i = 0; i < pieces.size(); ++i)
     submit_piece(pieces[i], std::move(commands[i]));
+}
+
+} // namespace
+
+void dispatch_operations(const physical_graph& graph) {
+  // Most requests are one step: that graph is its own only piece.
+  if (graph.nodes().size() == 1)
+    dispatch_pieces({&graph, 1});
+  else
+    dispatch_pieces(device_subgraphs(graph));
 }
 
 } // namespace oryn::tarva::library
