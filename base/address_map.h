@@ -2,6 +2,7 @@
 
 #include "base/large_block.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -68,10 +69,11 @@ private:
   static constexpr std::size_t absent = ~std::size_t{0};
   static constexpr std::size_t least_slots = 16; // a power of two, as every number of slots is
 
-  // Where the search for a key begins. The multiplication spreads addresses, whose lowest bits are alike.
+  // Where the search for a key begins. Addresses come in even distances; multiplied by the golden ratio, their uppermost
+  // bits lie about as far from each other as they can.
   std::size_t home_of(const void* key) const {
     const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key));
-    return (address * 0x9E3779B97F4A7C15U >> 32) & (slots_.size() - 1);
+    return address * 0x9E3779B97F4A7C15U >> (std::countl_zero(slots_.size()) + 1);
   }
   std::size_t after(std::size_t index) const { return (index + 1) & (slots_.size() - 1); }
 

@@ -15,6 +15,7 @@ namespace benchmarks {
 namespace {
 
 constexpr std::uint64_t CALLS = 2000;
+constexpr int ROUNDS = 200;
 
 void compare_retains(benchmark::State& state, std::size_t threads) {
   const caller::memory memory = caller::allocate(TARVA_ABI_TYPE_UINT32, 1);
@@ -55,7 +56,7 @@ void measure_look_ups(benchmark::State& state, std::size_t threads, std::size_t 
     handles.push_back(bridge.make_handle<tarva_abi_memory_s>(object));
   std::vector<tarva_abi_memory_s*> picked;
   std::minstd_rand random; // NOLINT(cert-msc51-cpp): the same picks in each run
-  for (std::uint64_t i = 0; i < CALLS * 16; ++i)
+  for (std::uint64_t i = 0; i < CALLS * ROUNDS; ++i)
     picked.push_back(handles[random() % count]);
 
   thread_team team(threads);
@@ -63,7 +64,7 @@ void measure_look_ups(benchmark::State& state, std::size_t threads, std::size_t 
   compare(state,
           std::vector<subject>{{"tarva",
                                 [&] {
-                                  const std::uint64_t first = round++ % 16 * CALLS;
+                                  const std::uint64_t first = round++ % ROUNDS * CALLS;
                                   team.do_together([&](std::size_t) {
                                     for (std::uint64_t i = 0; i < CALLS; ++i)
                                       benchmark::DoNotOptimize(bridge.get_library_object(picked[first + i]));
@@ -78,10 +79,10 @@ void measure_look_ups(benchmark::State& state, std::size_t threads, std::size_t 
 
 void add_handles() {
   for (const std::size_t threads : {1, 2, 8}) {
-    add("retain_or_release/threads:" + std::to_string(threads), 200,
+    add("retain_or_release/threads:" + std::to_string(threads), ROUNDS,
         [threads](benchmark::State& state) { compare_retains(state, threads); });
     for (const std::size_t count : {1, 1000, 1000000})
-      add("look_up/handles:" + std::to_string(count) + "/threads:" + std::to_string(threads), 200,
+      add("look_up/handles:" + std::to_string(count) + "/threads:" + std::to_string(threads), ROUNDS,
           [threads, count](benchmark::State& state) { measure_look_ups(state, threads, count); });
   }
 }

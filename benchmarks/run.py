@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Runs all benchmarks and writes what they tell: results.json, a table of ratios (table.md) and a plot of size against
-ratio (sizes.svg).
+"""Runs all benchmarks and writes what they tell: results.json, all ratios (table.md), the main ones (summary.md) and a
+plot of size against ratio (sizes.svg).
 
     benchmarks/run.py [BUILD_FOLDER [OUTPUT_FOLDER]] [--only REGULAR_EXPRESSION]
 
@@ -81,6 +81,30 @@ def table(results):
     return "\n".join(lines) + "\n"
 
 
+SUMMARY = ("launch/arguments:0", "launch/arguments:8", "launch/arguments:64", "write/bytes:4", "write/bytes:1048576",
+           "write/bytes:268435456", "read/bytes:4", "read/bytes:268435456", "copy/bytes:4", "copy/bytes:268435456",
+           "fill/bytes:4", "fill/bytes:268435456", "first_use/bytes:4", "first_use/bytes:268435456",
+           "allocate_and_release/bytes:4096")
+DEVICES = ("basic", "pthread")
+
+
+def summary(results):
+    """One table of the main measures, both devices side by side, pinned to one processor."""
+    others = ("raw", "floor", "compute", "bindings")
+    names = ("raw", "raw + floor", "Boost.Compute", "C++ bindings")
+    lines = ["| measure | " + " | ".join(f"{device}: time | " + " | ".join(names) for device in DEVICES) + " |",
+             "|---|" + "---:|" * (len(DEVICES) * (1 + len(others)))]
+    for name in SUMMARY:
+        cells = []
+        for device in DEVICES:
+            found = [one for one in results if (one["name"], one["place"]) == (name, f"{device}, pinned")]
+            cells.append(time_text(found[0]["ns_tarva"]) if found else "")
+            cells += [f"{found[0][f'ratio_{other}']:.2f}" if found and f"ratio_{other}" in found[0] else ""
+                      for other in others]
+        lines.append(f"| {name} | " + " | ".join(cells) + " |")
+    return "\n".join(lines) + "\n"
+
+
 def plot(results):
     """Size, on a logarithmic axis, against the ratio to raw OpenCL on a worker thread: one curve a measure."""
     width, height, left, top, right, bottom = 760, 420, 60, 30, 190, 50
@@ -143,6 +167,7 @@ def main():
         results = [one for one in results if re.search(wanted.only, one["name"])]
     (output / "results.json").write_text(json.dumps({"machine": machine(), "results": results}, indent=1) + "\n")
     (output / "table.md").write_text(f"Measured on a {machine()}.\n\n" + table(results))
+    (output / "summary.md").write_text(summary(results))
     (output / "sizes.svg").write_text(plot(results))
     print(f"Written to {output}.")
 
