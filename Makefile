@@ -7,7 +7,7 @@ BUILD = build$(if $(filter-out release,$(PRESET)),-$(PRESET))
 # Used for a new build folder only; an existing one keeps the generator that it was made with.
 export CMAKE_GENERATOR ?= Ninja
 
-.PHONY: run test build install-packages configure asan tsan clang tidy format format-check clean
+.PHONY: run test build install-packages configure asan tsan clang tidy format format-check benchmarks clean
 
 run: TARGETS = --target main_job
 run: build
@@ -39,6 +39,12 @@ tidy:
 format format-check:
 	scripts/install-packages --checks
 	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
+
+benchmarks:
+	scripts/install-packages --benchmarks
+	cmake --preset release -DTARVA_BUILD_BENCHMARKS=ON
+	cmake --build --preset release --parallel $(JOBS) --target tarva_benchmarks
+	benchmarks/run.py build
 
 clean:
 	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz

@@ -16,19 +16,17 @@ pointee* pointer_in(std::uint64_t word) {
   return reinterpret_cast<pointee*>(static_cast<std::uintptr_t>(word)); // NOLINT(performance-no-int-to-ptr)
 }
 
-std::shared_ptr<kernel_argument_base> make_argument(const abi_bridge& bridge,
-                                                    const tarva_abi_kernel_argument_s& argument) {
+kernel_argument make_argument(const abi_bridge& bridge, const tarva_abi_kernel_argument_s& argument) {
   switch (argument.kind) {
   case TARVA_ABI_ARGUMENT_NULL:
-    return std::make_shared<kernel_argument_nullptr>();
+    return kernel_argument_nullptr();
   case TARVA_ABI_ARGUMENT_VALUE:
-    return std::make_shared<kernel_argument_pod_value>(pointer_in<const void>(argument.second),
-                                                       to_data_type(argument.first));
+    return kernel_argument_pod_value(pointer_in<const void>(argument.second), to_data_type(argument.first));
   case TARVA_ABI_ARGUMENT_MEMORY:
-    return std::make_shared<kernel_argument_typed_library_memory_array>(
+    return kernel_argument_typed_library_memory_array(
         bridge.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
   case TARVA_ABI_ARGUMENT_LOCAL_MEMORY:
-    return std::make_shared<kernel_argument_local_memory>(to_data_type(argument.first), argument.second);
+    return kernel_argument_local_memory(to_data_type(argument.first), argument.second);
   default:
     throw std::runtime_error("Unsupported argument type.");
   }
@@ -37,7 +35,7 @@ std::shared_ptr<kernel_argument_base> make_argument(const abi_bridge& bridge,
 kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
                                        std::uint64_t count) {
   require_countable<tarva_abi_kernel_argument_s>(count, "kernel arguments");
-  std::vector<std::shared_ptr<kernel_argument_base>> captured;
+  std::vector<kernel_argument> captured;
   captured.reserve(count);
   for (std::uint64_t index = 0; index < count; ++index)
     captured.push_back(make_argument(bridge, arguments[index]));

@@ -1,14 +1,15 @@
 #pragma once
 
 #include "abi/handle_traits.h"
+#include "base/address_map.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <stdexcept>
-#include <unordered_map>
 #include <utility>
 
 namespace oryn::tarva::library {
@@ -59,27 +60,27 @@ class handle_table {
 public:
   using record_type = record;
   using entry = handle_entry<record>;
-  using node = typename std::unordered_map<const void*, entry>::node_type;
+  using node = std::optional<entry>;
 
-  bool contains(const void* handle) const { return entries_.contains(handle); }
+  bool contains(const void* handle) const { return entries_.find(handle) != nullptr; }
 
   const entry& look_up(const record* handle) const {
-    const auto found = entries_.find(handle);
-    if (found == entries_.end())
+    const entry* found = entries_.find(handle);
+    if (found == nullptr)
       throw std::runtime_error("Lookup of internal type map failed.");
-    return found->second;
+    return *found;
   }
 
   // Takes the content of `new_entry`. An address can be there already only if the caller has freed the record
   // behind the library's back; `new_entry` then holds what was there, to be dropped after the unlock.
   void insert(const record* handle, entry& new_entry) {
-    if constexpr (counted_handle<record>) {
-      if (!entries_.try_emplace(handle, std::move(new_entry)).second)
-        throw std::runtime_error(
-            "ABI type has a non-zero reference count, so it cannot be initialized again.");
-    } else {
-      std::swap(entries_[handle], new_entry);
-    }
+    const auto [found, is_new] = entries_.try_emplace(handle, std::move(new_entry));
+    if (is_new)
+      return;
+    if constexpr (counted_handle<record>)
+      throw std::runtime_error("ABI type has a non-zero reference count, so it cannot be initialized again.");
+    else
+      std::swap(*found, new_entry);
   }
 
   void retain(const record* handle) requires counted_handle<record> {
@@ -110,8 +111,7 @@ public:
 
   template <typename visitor>
   void for_each(visitor&& visit) const {
-    for (const auto& [handle, found] : entries_)
-      visit(handle, found);
+    entries_.for_each(std::forward<visitor>(visit));
   }
 
   void set_count(const record* handle, std::uint64_t count) requires counted_handle<record> {
@@ -120,13 +120,13 @@ public:
 
 private:
   entry& counted(const record* handle) {
-    const auto found = entries_.find(handle);
-    if (found == entries_.end())
+    entry* found = entries_.find(handle);
+    if (found == nullptr)
       throw std::runtime_error("ABI type argument is not found.");
-    return found->second;
+    return *found;
   }
 
-  std::unordered_map<const void*, entry> entries_;
+  address_map<entry> entries_;
 };
 
 } // namespace oryn::tarva::library

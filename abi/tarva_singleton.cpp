@@ -142,7 +142,7 @@ void tarva_singleton::start() {
   devices_ = detect_devices();
   initialize_devices();
   log_info("Creating the TARVA scheduler.");
-  scheduler_ = std::make_shared<ultra_naive_scheduler>([this] { return devices_; });
+  scheduler_ = std::make_shared<ultra_naive_scheduler>([this]() -> const auto& { return devices_; });
   log_info("Initialization of TARVA complete.");
 }
 

@@ -6,30 +6,48 @@
 
 namespace oryn::tarva::library {
 
+namespace {
+
+// Wakes whoever waits for the end. One who asks for the pipe only afterwards closes it himself.
+void close(const std::optional<notifier>& pipe) {
+  if (pipe)
+    pipe->close();
+}
+
+} // namespace
+
 completion_state::~completion_state() {
   try {
-    if (!complete_)
+    if (!complete_) {
       log_warning("{}", texts_.destroyed_incomplete);
-    if (!pipe_.is_closed())
+      get_pipe(); // that it is open is told by it, too, when it goes
+    }
+    if (pipe_ && !pipe_->is_closed())
       log_warning("{}", texts_.destroyed_open);
   } catch (...) {
     log_warning("{}", texts_.destroyed_with_exception);
   }
 }
 
-bool completion_state::is_complete() const {
-  const std::lock_guard guard(lock_);
-  return complete_;
+notifier completion_state::get_pipe() const {
+  std::unique_lock guard(lock_);
+  if (!pipe_)
+    pipe_.emplace();
+  const notifier pipe = *pipe_;
+  const bool has_ended = complete_;
+  guard.unlock();
+  if (has_ended)
+    pipe.close(); // nobody did, if it is new
+  return pipe;
 }
 
 bool completion_state::has_succeeded() const {
   const std::lock_guard guard(lock_);
-  return complete_ && !error_;
+  return complete_ && !failed_;
 }
 
 std::exception_ptr completion_state::get_error() const {
-  const std::lock_guard guard(lock_);
-  return error_;
+  return failed_ ? error_ : nullptr;
 }
 
 void completion_state::enable_profiling() {
@@ -37,11 +55,6 @@ void completion_state::enable_profiling() {
   if (submitted_)
     throw std::logic_error(texts_.profiling_after_submission);
   profiling_enabled_ = true;
-}
-
-bool completion_state::is_profiling_enabled() const {
-  const std::lock_guard guard(lock_);
-  return profiling_enabled_;
 }
 
 void completion_state::add_elapsed_time(std::uint64_t nanoseconds) {
@@ -67,6 +80,7 @@ void completion_state::set_submitted() {
 
 completion_state::part_outcome completion_state::part_complete() {
   bool failed = false;
+  std::optional<notifier> pipe;
   {
     const std::lock_guard guard(lock_);
     if (!submitted_)
@@ -75,18 +89,20 @@ completion_state::part_outcome completion_state::part_complete() {
       throw std::logic_error(texts_.part_at_zero);
     if (outstanding_parts_ == never_set)
       throw std::logic_error(texts_.part_without_count);
-    failed = error_ != nullptr;
+    failed = failed_;
     if (--outstanding_parts_ != 0)
       return part_outcome::pending;
     complete_ = true;
+    pipe = pipe_;
   }
   if (failed)
     return part_outcome::last_after_error;
-  pipe_.close();
+  close(pipe);
   return part_outcome::last;
 }
 
 void completion_state::set_complete() {
+  std::optional<notifier> pipe;
   {
     const std::lock_guard guard(lock_);
     if (!submitted_)
@@ -94,24 +110,28 @@ void completion_state::set_complete() {
     if (complete_)
       throw std::logic_error(texts_.already_complete);
     complete_ = true;
+    pipe = pipe_;
   }
-  pipe_.close();
+  close(pipe);
 }
 
 bool completion_state::set_error(const std::exception_ptr& error) {
+  std::optional<notifier> pipe;
   {
     const std::lock_guard guard(lock_);
     // First of all, so that a second failure of the same request can never throw.
-    if (error_)
+    if (failed_)
       return false;
     if (!submitted_)
       throw std::logic_error(texts_.error_before_submission);
     if (complete_)
       throw std::logic_error(texts_.already_complete);
-    complete_ = true;
     error_ = error;
+    failed_ = error != nullptr;
+    complete_ = true;
+    pipe = pipe_;
   }
-  pipe_.close();
+  close(pipe);
   return true;
 }
 

@@ -2,9 +2,11 @@
 
 #include "base/notifier.h"
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <mutex>
+#include <optional>
 
 namespace oryn::tarva::library {
 
@@ -40,14 +42,15 @@ public:
   completion_state(const completion_state&) = delete;
   completion_state& operator=(const completion_state&) = delete;
 
-  notifier get_pipe() const { return pipe_; }
-  bool is_complete() const;
+  // Made for the first who asks, since few are ever waited for.
+  notifier get_pipe() const;
+  bool is_complete() const { return complete_; }
   // Complete without an error.
   bool has_succeeded() const;
   std::exception_ptr get_error() const;
 
   void enable_profiling();
-  bool is_profiling_enabled() const;
+  bool is_profiling_enabled() const { return profiling_enabled_; }
   void add_elapsed_time(std::uint64_t nanoseconds);
 
   // The number of parts that will report; once, before submission.
@@ -64,14 +67,16 @@ private:
   static constexpr std::uint64_t never_set = ~std::uint64_t{0};
 
   const completion_texts& texts_;
-  notifier pipe_;
   mutable std::mutex lock_;
+  mutable std::optional<notifier> pipe_;
   std::uint64_t elapsed_time_ = 0;
   std::uint64_t outstanding_parts_ = never_set;
   bool submitted_ = false;
-  bool complete_ = false;
-  bool profiling_enabled_ = false;
-  std::exception_ptr error_;
+  // Written with the lock held; read without it, as each is asked for many times in the life of one operation.
+  std::atomic<bool> complete_ = false;
+  std::atomic<bool> failed_ = false;
+  std::atomic<bool> profiling_enabled_ = false;
+  std::exception_ptr error_; // never changes once `failed_` is set
 };
 
 } // namespace oryn::tarva::library

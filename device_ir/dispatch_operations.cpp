@@ -4,7 +4,10 @@
 #include "objects/device_work_dispatcher.h"
 #include "objects/opencl/opencl_device.h"
 
+#include <algorithm>
+#include <span>
 #include <stdexcept>
+#include <typeinfo>
 #include <utility>
 
 namespace oryn::tarva::library {
@@ -17,11 +20,12 @@ using command_graph = dag<command_pointer>;
 using command_sequence = std::vector<command_pointer>;
 using sequence_generator = command_sequence (*)(const physical_pointer&);
 
+// The classes of devices are final, so a comparison of types is enough.
 template <version... Vs>
-sequence_generator find_generator(const library_device* device) {
+sequence_generator find_generator(const library_device& device) {
   sequence_generator found = nullptr;
   // The first version that fits ends the search.
-  static_cast<void>(((dynamic_cast<const opencl_version_device<Vs>*>(device) != nullptr
+  static_cast<void>(((typeid(device) == typeid(opencl_version_device<Vs>)
                           ? (found = &device_ir::opencl::generate_device_command_sequence<Vs>, true)
                           : false) ||
                      ...));
@@ -29,8 +33,10 @@ sequence_generator find_generator(const library_device* device) {
 }
 
 sequence_generator generator_for(const library_device* device) {
-  const sequence_generator found = find_generator<version::v1_0, version::v1_1, version::v1_2, version::v2_0,
-                                                  version::v2_1, version::v2_2>(device);
+  const sequence_generator found = device == nullptr
+                                       ? nullptr
+                                       : find_generator<version::v1_0, version::v1_1, version::v1_2,
+                                                        version::v2_0, version::v2_1, version::v2_2>(*device);
   if (found == nullptr)
     throw std::logic_error("Unsupported device type found.");
   return found;
@@ -60,15 +66,22 @@ void submit_piece(const physical_graph& piece, command_graph&& commands) {
   }
 }
 
+bool is_on_one_device(const physical_graph& graph) {
+  return std::all_of(graph.nodes().begin(), graph.nodes().end(), [&graph](const auto& node) {
+    return node->get_device() == graph.nodes().front()->get_device();
+  });
+}
+
 void check_piece(const physical_graph& piece) {
-  for (const auto& node : piece.nodes())
-    if (node->get_device() != piece.nodes().front()->get_device())
-      throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
+  if (!is_on_one_device(piece))
+    throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
 }
 
 } // namespace
 
 std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
+  if (is_on_one_device(graph))
+    return graph.disjoint_subgraphs();
   // Few devices, in the order in which the graph names them.
   std::vector<std::pair<std::shared_ptr<library_device>, std::vector<physical_pointer>>> by_device;
   for (const auto& node : graph.nodes()) {
@@ -79,9 +92,6 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
       group = by_device.insert(group, {node->get_device(), {}});
     group->second.push_back(node);
   }
-  if (by_device.size() == 1)
-    return graph.disjoint_subgraphs();
-
   std::vector<physical_graph> pieces;
   for (const auto& group : by_device)
     for (auto& piece : physical_graph(graph, group.second).disjoint_subgraphs())
@@ -89,8 +99,9 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
   return pieces;
 }
 
-void dispatch_operations(const physical_graph& graph) {
-  const std::vector<physical_graph> pieces = device_subgraphs(graph);
+namespace {
+
+void dispatch_pieces(std::span<const physical_graph> pieces) {
   for (const auto& piece : pieces)
     check_piece(piece);
   // All commands are made, and all room for them, before any is handed over: a piece that waits for another device
@@ -106,6 +117,16 @@ void dispatch_operations(const physical_graph& graph) {
     piece.nodes().front()->get_device()->get_dispatcher().make_room(pieces.size(), command_count);
   for (std::size_t i = 0; i < pieces.size(); ++i)
     submit_piece(pieces[i], std::move(commands[i]));
+}
+
+} // namespace
+
+void dispatch_operations(const physical_graph& graph) {
+  // Most requests are one step: that graph is its own only piece.
+  if (graph.nodes().size() == 1)
+    dispatch_pieces({&graph, 1});
+  else
+    dispatch_pieces(device_subgraphs(graph));
 }
 
 } // namespace oryn::tarva::library

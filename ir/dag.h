@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <list>
+#include <span>
 #include <stdexcept>
 #include <type_traits>
 #include <unordered_map>
@@ -14,7 +16,8 @@ namespace oryn::tarva::library {
 // A directed graph over shared pointers; a node is identified by its pointer's value. It only grows.
 //
 // Nodes keep the order of their insertion and edges that of theirs, so that every walk is repeatable. Inside,
-// a node is its index; the map from pointer to index is built only when a graph outgrows a short search.
+// a node is its index. Most graphs are one node, so the rest is built only when it is needed: the edges with the
+// first of them, and the map from pointer to index when a graph outgrows a short search.
 template <class T>
 class dag {
 public:
@@ -31,7 +34,7 @@ public:
     for (const T& node : subset)
       insert_node(node);
     for (const T& node : subset)
-      for (const std::size_t successor : source.successors_[source.index_of(node)])
+      for (const std::size_t successor : source.successor_indices(source.index_of(node)))
         insert_edge(node, source.nodes_[successor]);
   }
 
@@ -60,15 +63,16 @@ public:
   }
 
   const std::vector<T>& nodes() const { return nodes_; }
-  const std::vector<std::size_t>& successor_indices(std::size_t index) const { return successors_[index]; }
+  std::span<const std::size_t> successor_indices(std::size_t index) const {
+    return indices_of(index, &edges::successors);
+  }
+  bool has_edges() const { return !edges_.empty(); }
 
   // A node that is already present is left alone.
   void insert_node(const T& node) {
     if (find(node) != absent)
       return;
     nodes_.push_back(node);
-    successors_.emplace_back();
-    predecessors_.emplace_back();
     if (nodes_.size() > short_search)
       enter_in_index();
   }
@@ -77,11 +81,13 @@ public:
   void insert_edge(const T& from, const T& to) {
     const std::size_t tail = index_of(from);
     const std::size_t head = index_of(to);
-    for (const std::size_t successor : successors_[tail])
+    for (const std::size_t successor : successor_indices(tail))
       if (successor == head)
         throw std::logic_error("Attempting to insert an edge into the DAG that already exists.");
-    successors_[tail].push_back(head);
-    predecessors_[head].push_back(tail);
+    if (edges_.size() < nodes_.size())
+      edges_.resize(nodes_.size());
+    edges_[tail].successors.push_back(head);
+    edges_[head].predecessors.push_back(tail);
   }
 
   void check_node_exists(const T& node) const { index_of(node); }
@@ -99,7 +105,7 @@ public:
         const std::size_t node = stack.back();
         if (colours[node] == colour::white) {
           colours[node] = colour::grey;
-          for (const std::size_t successor : successors_[node]) {
+          for (const std::size_t successor : successor_indices(node)) {
             if (colours[successor] == colour::grey) {
               has_cycle = true;
               return;
@@ -120,19 +126,25 @@ public:
   }
 
   // The nodes in an order in which every edge points forward.
-  std::list<T> topological_sort() const {
-    std::list<T> order;
+  std::vector<T> topological_sort() const {
+    if (!has_edges())
+      return {nodes_.rbegin(), nodes_.rend()};
+    std::vector<T> order;
+    order.reserve(nodes_.size());
     bool has_cycle = false;
-    depth_first_search(has_cycle, [&order](const T& node) { order.push_front(node); });
+    depth_first_search(has_cycle, [&order](const T& node) { order.push_back(node); });
     if (has_cycle)
       throw std::logic_error(
           "Attempting to perform a topological sort on a graph that is not a DAG, because it "
           "contains cycles.");
+    std::reverse(order.begin(), order.end());
     return order;
   }
 
   // The connected components, edges taken without direction, in the order of their first nodes.
   std::vector<dag> disjoint_subgraphs() const {
+    if (nodes_.size() == 1)
+      return std::vector<dag>(1, *this);
     constexpr std::size_t no_colour = 0;
     std::vector<std::size_t> colours(nodes_.size(), no_colour);
     std::vector<std::vector<T>> members;
@@ -152,12 +164,13 @@ public:
           throw std::logic_error("Impossible situation discovered in graph coloring algorithm.");
         colours[node] = current;
         members.back().push_back(nodes_[node]);
-        stack.insert(stack.end(), successors_[node].begin(), successors_[node].end());
-        stack.insert(stack.end(), predecessors_[node].begin(), predecessors_[node].end());
+        for (const auto side : {&edges::successors, &edges::predecessors})
+          for (const std::size_t neighbour : indices_of(node, side))
+            stack.push_back(neighbour);
       }
     }
     if (members.size() == 1)
-      return {*this};
+      return std::vector<dag>(1, *this);
     std::vector<dag> result;
     result.reserve(members.size());
     for (const auto& component : members)
@@ -168,6 +181,18 @@ public:
 private:
   static constexpr std::size_t absent = ~std::size_t{0};
   static constexpr std::size_t short_search = 16;
+
+  // Of one node.
+  struct edges {
+    std::vector<std::size_t> successors;
+    std::vector<std::size_t> predecessors;
+  };
+
+  std::span<const std::size_t> indices_of(std::size_t node, std::vector<std::size_t> edges::*side) const {
+    if (node >= edges_.size())
+      return {};
+    return edges_[node].*side;
+  }
 
   std::size_t find(const T& node) const {
     if (nodes_.size() <= short_search) {
@@ -194,8 +219,7 @@ private:
   }
 
   std::vector<T> nodes_;
-  std::vector<std::vector<std::size_t>> successors_;
-  std::vector<std::vector<std::size_t>> predecessors_;
+  std::vector<edges> edges_;
   std::unordered_map<const void*, std::size_t> index_;
 };
 

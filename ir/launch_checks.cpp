@@ -8,9 +8,11 @@ namespace oryn::tarva::library {
 
 namespace {
 
-void refuse_if(bool fault, const std::string& message) {
+// The text is made only when it is needed: a launch passes all of these checks.
+template <class Message>
+void refuse_if(bool fault, Message message) {
   if (fault)
-    throw std::logic_error(message);
+    throw std::logic_error(message());
 }
 
 // The first `work_dim` entries count.
@@ -40,62 +42,69 @@ bool is_compile_size(const nd_range& range, const size_triple& fixed) {
 void check_global_size(const nd_range& range, const launch_limits& limits) {
   const auto& size = range.global_size;
   refuse_if(!limits.zero_global_size_is_allowed && any_dimension(range, [&](auto d) { return size[d] == 0; }),
-            "Global size " + to_string(size) + " must not be 0 in any dimension.");
+            [&] { return "Global size " + to_string(size) + " must not be 0 in any dimension."; });
   const std::uint64_t largest = limits.address_bits == 32 ? UINT32_MAX : UINT64_MAX;
   refuse_if(
       any_dimension(range,
                     [&](auto d) { return size[d] > largest || range.global_offset[d] > largest - size[d]; }),
-      "Global offset " + to_string(range.global_offset) + " and global size " + to_string(size) +
-          " would overflow the global ids of the device.");
+      [&] {
+        return "Global offset " + to_string(range.global_offset) + " and global size " + to_string(size) +
+               " would overflow the global ids of the device.";
+      });
 }
 
 void check_local_size(const nd_range& range, const launch_limits& limits) {
   const auto& size = range.local_size;
   refuse_if(any_dimension(range, [&](auto d) { return size[d] == 0; }),
-            "Local size " + to_string(size) + " must be 0 in all dimensions or in none.");
+            [&] { return "Local size " + to_string(size) + " must be 0 in all dimensions or in none."; });
   const auto& largest = limits.work_item_sizes;
-  refuse_if(largest && any_dimension(range, [&](auto d) { return size[d] > (*largest)[d]; }),
-            "Local size " + to_string(size) + " would exceed the maximum of " +
-                to_string(largest.value_or(size_triple{})) + " work-items of the device.");
+  refuse_if(largest && any_dimension(range, [&](auto d) { return size[d] > (*largest)[d]; }), [&] {
+    return "Local size " + to_string(size) + " would exceed the maximum of " +
+           to_string(largest.value_or(size_triple{})) + " work-items of the device.";
+  });
   const std::uint64_t items = work_items_of_group(range);
-  refuse_if(limits.work_group_size && items > *limits.work_group_size,
-            "Local size " + to_string(size) + " has more work-items than the " +
-                std::to_string(limits.work_group_size.value_or(0)) +
-                " that a work-group of the kernel can have.");
+  refuse_if(limits.work_group_size && items > *limits.work_group_size, [&] {
+    return "Local size " + to_string(size) + " has more work-items than the " +
+           std::to_string(limits.work_group_size.value_or(0)) + " that a work-group of the kernel can have.";
+  });
   refuse_if(limits.local_size_must_divide &&
                 any_dimension(range, [&](auto d) { return range.global_size[d] % size[d] != 0; }),
-            "Local size " + to_string(size) + " must divide the global size " + to_string(range.global_size) +
-                " in every dimension.");
+            [&] {
+              return "Local size " + to_string(size) + " must divide the global size " +
+                     to_string(range.global_size) + " in every dimension.";
+            });
 }
 
 } // namespace
 
 void check_work_dimension(const nd_range& range, bool has_global_offset) {
   refuse_if(!has_global_offset && range.global_offset != size_triple{},
-            "OpenCL 1.0 supports an offset of (0,0,0) only.");
-  refuse_if(range.work_dim < 1 || range.work_dim > 3, "Work dimension must be 1, 2, or 3.");
+            [&] { return "OpenCL 1.0 supports an offset of (0,0,0) only."; });
+  refuse_if(range.work_dim < 1 || range.work_dim > 3, [&] { return "Work dimension must be 1, 2, or 3."; });
 }
 
 void check_argument_count(std::uint64_t count, const launch_limits& limits) {
-  refuse_if(limits.argument_count && count != *limits.argument_count,
-            "Kernel must have " + std::to_string(limits.argument_count.value_or(0)) + " arguments, but " +
-                std::to_string(count) + " were provided.");
+  refuse_if(limits.argument_count && count != *limits.argument_count, [&] {
+    return "Kernel must have " + std::to_string(limits.argument_count.value_or(0)) + " arguments, but " +
+           std::to_string(count) + " were provided.";
+  });
 }
 
 void check_local_memory(std::uint64_t bytes, const launch_limits& limits) {
-  refuse_if(limits.local_memory_bytes && bytes > *limits.local_memory_bytes,
-            "Local memory arguments of " + std::to_string(bytes) + " bytes would overflow the " +
-                std::to_string(limits.local_memory_bytes.value_or(0)) +
-                " bytes of local memory of the device.");
+  refuse_if(limits.local_memory_bytes && bytes > *limits.local_memory_bytes, [&] {
+    return "Local memory arguments of " + std::to_string(bytes) + " bytes would overflow the " +
+           std::to_string(limits.local_memory_bytes.value_or(0)) + " bytes of local memory of the device.";
+  });
 }
 
 void check_sizes(const nd_range& range, const launch_limits& limits) {
   check_global_size(range, limits);
   const bool device_chooses = !any_dimension(range, [&](auto d) { return range.local_size[d] != 0; });
   const size_triple fixed = limits.compile_work_group_size.value_or(size_triple{});
-  refuse_if(fixed != size_triple{} && !is_compile_size(range, fixed),
-            "Local size " + to_string(range.local_size) + " must be the size " + to_string(fixed) +
-                " that was fixed when the kernel was compiled.");
+  refuse_if(fixed != size_triple{} && !is_compile_size(range, fixed), [&] {
+    return "Local size " + to_string(range.local_size) + " must be the size " + to_string(fixed) +
+           " that was fixed when the kernel was compiled.";
+  });
   if (!device_chooses)
     check_local_size(range, limits);
 }

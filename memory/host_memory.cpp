@@ -107,24 +107,24 @@ void host_memory::allocate() {
   require(set_up_, "Attempting to allocate memory on a host memory object that has not been set up.");
   require(library_allocated_,
           "Attempting to allocate memory on a host memory object that contains a user allocation.");
-  owned_storage_.reset(new std::uint8_t[size_in_bytes(type_, size_)]);
+  owned_storage_ = host_storage(size_in_bytes(type_, size_));
 }
 
 void host_memory::free() {
   require(set_up_, "Attempting to free memory from a host memory object that has not been set up.");
   require(library_allocated_,
           "Attempting to free memory from a host memory object that constains a user allocation.");
-  require(owned_storage_ != nullptr,
+  require(has_storage(),
           "Attempting to free memory from a host memory object that does not have any memory allocated.  Is "
           "this a double-free?");
-  owned_storage_.reset();
+  owned_storage_ = {};
 }
 
 void* host_memory::get_write_pointer(std::uint64_t index) {
   require(set_up_, write_texts.not_set_up);
   require(index <= size_, write_texts.out_of_bounds);
   require(writable_, "Attempting to get a write pointer from a host memory object that is read-only.");
-  require(!library_allocated_ || owned_storage_, write_texts.no_memory);
+  require(!library_allocated_ || has_storage(), write_texts.no_memory);
   require(library_allocated_ || user_pointer_ != nullptr, write_texts.null);
   auto* base = library_allocated_ ? owned_storage_.get() : static_cast<std::uint8_t*>(user_pointer_);
   return base + element_size(type_) * index;
@@ -133,7 +133,7 @@ void* host_memory::get_write_pointer(std::uint64_t index) {
 const void* host_memory::get_read_pointer(std::uint64_t index) const {
   require(set_up_, read_texts.not_set_up);
   require(index <= size_, read_texts.out_of_bounds);
-  require(!library_allocated_ || owned_storage_, read_texts.no_memory);
+  require(!library_allocated_ || has_storage(), read_texts.no_memory);
   require(library_allocated_ || user_pointer_ != nullptr, read_texts.null);
   const auto* base =
       library_allocated_ ? owned_storage_.get() : static_cast<const std::uint8_t*>(user_pointer_);

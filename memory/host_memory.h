@@ -1,5 +1,6 @@
 #pragma once
 
+#include "memory/host_storage.h"
 #include "properties/data_type.h"
 
 #include <cstdint>
@@ -23,7 +24,7 @@ public:
   data_type get_type() const;
   std::uint64_t get_size() const;
   // True while the block has storage of its own.
-  bool has_storage() const { return owned_storage_ != nullptr; }
+  bool has_storage() const { return static_cast<bool>(owned_storage_); }
 
   // Each of the three describes the block once; none obtains storage.
   void set_allocation(data_type type, std::uint64_t size);
@@ -56,7 +57,7 @@ private:
   bool set_up_ = false;
   bool writable_ = false;
   void* user_pointer_ = nullptr;
-  std::unique_ptr<std::uint8_t[]> owned_storage_;
+  host_storage owned_storage_;
 };
 
 } // namespace oryn::tarva::library

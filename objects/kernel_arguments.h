@@ -2,10 +2,13 @@
 
 #include "properties/data_type.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <unordered_map>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace oryn::tarva::library {
@@ -13,39 +16,33 @@ namespace oryn::tarva::library {
 class device_memory;
 class library_memory;
 
-// One argument of a kernel launch. Immutable.
-class kernel_argument_base {
-public:
-  virtual ~kernel_argument_base() = default;
-  virtual std::shared_ptr<kernel_argument_base> clone() const = 0;
-};
+// The five kinds of argument of a kernel launch. None ever changes.
 
 // A null buffer.
-class kernel_argument_nullptr final : public kernel_argument_base {
-public:
-  std::shared_ptr<kernel_argument_base> clone() const override;
-};
+class kernel_argument_nullptr {};
 
 // A value passed by copy, its bytes in host byte order.
-class kernel_argument_pod_value final : public kernel_argument_base {
+class kernel_argument_pod_value {
 public:
   // Copies one element of `type` from `pointer`.
   kernel_argument_pod_value(const void* pointer, data_type type);
-  std::shared_ptr<kernel_argument_base> clone() const override;
 
   data_type get_type() const { return type_; }
-  std::vector<std::uint8_t> get_raw_data() const { return raw_data_; }
+  std::span<const std::uint8_t> get_raw_data() const {
+    return {large_ ? large_->data() : small_.data(), element_size(type_)};
+  }
 
 private:
   data_type type_;
-  std::vector<std::uint8_t> raw_data_;
+  // Most values are small and need no storage of their own; copies share a large one.
+  std::array<std::uint8_t, 16> small_{};
+  std::shared_ptr<const std::vector<std::uint8_t>> large_;
 };
 
 // Room in the device's local memory, without data.
-class kernel_argument_local_memory final : public kernel_argument_base {
+class kernel_argument_local_memory {
 public:
   kernel_argument_local_memory(data_type type, std::uint64_t count) : type_(type), count_(count) {}
-  std::shared_ptr<kernel_argument_base> clone() const override;
 
   data_type get_type() const { return type_; }
   std::uint64_t get_num_elements() const { return count_; }
@@ -56,11 +53,10 @@ private:
 };
 
 // A memory object as the user named it.
-class kernel_argument_typed_library_memory_array final : public kernel_argument_base {
+class kernel_argument_typed_library_memory_array {
 public:
   explicit kernel_argument_typed_library_memory_array(std::shared_ptr<library_memory> memory)
       : memory_(std::move(memory)) {}
-  std::shared_ptr<kernel_argument_base> clone() const override;
 
   const std::shared_ptr<library_memory>& get_memory() const { return memory_; }
 
@@ -69,11 +65,10 @@ private:
 };
 
 // The device block that stands in for a memory object in one launch.
-class kernel_argument_typed_device_memory_array final : public kernel_argument_base {
+class kernel_argument_typed_device_memory_array {
 public:
   explicit kernel_argument_typed_device_memory_array(std::shared_ptr<device_memory> memory)
       : memory_(std::move(memory)) {}
-  std::shared_ptr<kernel_argument_base> clone() const override;
 
   const std::shared_ptr<device_memory>& get_memory() const { return memory_; }
 
@@ -81,24 +76,24 @@ private:
   std::shared_ptr<device_memory> memory_;
 };
 
-// The arguments of one launch in the order of the kernel's parameters. Copies are deep; memory objects stay
-// shared.
+using kernel_argument =
+    std::variant<kernel_argument_nullptr, kernel_argument_pod_value, kernel_argument_local_memory,
+                 kernel_argument_typed_library_memory_array, kernel_argument_typed_device_memory_array>;
+
+// The arguments of one launch in the order of the kernel's parameters. Each level of the pipeline has a copy of its
+// own; copies share the list until one of them replaces its memory objects.
 class kernel_argument_capture {
 public:
   using replacement_table =
       std::unordered_map<std::shared_ptr<library_memory>, std::shared_ptr<device_memory>>;
 
-  kernel_argument_capture() = default;
-  explicit kernel_argument_capture(std::vector<std::shared_ptr<kernel_argument_base>> arguments)
-      : arguments_(std::move(arguments)) {}
-  kernel_argument_capture(const kernel_argument_capture& other);
-  kernel_argument_capture(kernel_argument_capture&& other) noexcept = default;
-  kernel_argument_capture& operator=(const kernel_argument_capture&) = delete;
-  kernel_argument_capture& operator=(kernel_argument_capture&&) noexcept = default;
-  ~kernel_argument_capture() = default;
+  kernel_argument_capture() : kernel_argument_capture(std::vector<kernel_argument>()) {}
+  explicit kernel_argument_capture(std::vector<kernel_argument> arguments)
+      : arguments_(std::make_shared<const std::vector<kernel_argument>>(std::move(arguments))) {}
 
-  std::uint64_t get_argument_count() const { return arguments_.size(); }
-  const std::shared_ptr<kernel_argument_base>& get_argument(std::uint64_t index) const;
+  std::uint64_t get_argument_count() const { return arguments_->size(); }
+  const kernel_argument& get_argument(std::uint64_t index) const;
+  const std::vector<kernel_argument>& get_arguments() const { return *arguments_; }
   // In argument order, with repeats.
   std::vector<std::shared_ptr<library_memory>> get_library_memory_arguments() const;
   bool has_library_memory_arguments() const;
@@ -109,7 +104,7 @@ public:
   void replace_library_memory(const replacement_table& replacements);
 
 private:
-  std::vector<std::shared_ptr<kernel_argument_base>> arguments_;
+  std::shared_ptr<const std::vector<kernel_argument>> arguments_;
 };
 
 } // namespace oryn::tarva::library

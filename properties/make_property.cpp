@@ -41,10 +41,10 @@ property_values<unsigned char> to_property_values(std::vector<unsigned char> val
   return {std::move(values)};
 }
 
-std::shared_ptr<property_base> make_described_property(property_interface* owner, const property_path& path,
-                                                       const std::string& friendly_name,
-                                                       const std::string& description) {
-  return std::make_shared<property_base>(owner, path, get_field_name(path), friendly_name, description);
+std::shared_ptr<property_base> make_property_with_texts(property_interface* owner, const property_path& path,
+                                                        std::shared_ptr<const property_texts> texts) {
+  get_field_name(path);
+  return std::make_shared<property_base>(owner, path, std::move(texts));
 }
 
 } // namespace oryn::tarva::library

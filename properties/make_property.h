@@ -31,31 +31,36 @@ property_values<std::string> to_property_values(const char*) = delete; // it wou
 property_values<std::string> to_property_values(std::vector<std::string> values);
 property_values<unsigned char> to_property_values(std::vector<unsigned char> values);
 
-// Properties whose texts the caller gives.
-std::shared_ptr<property_base> make_described_property(property_interface* owner, const property_path& path,
-                                                       const std::string& friendly_name,
-                                                       const std::string& description);
+std::shared_ptr<property_base> make_property_with_texts(property_interface* owner, const property_path& path,
+                                                        std::shared_ptr<const property_texts> texts);
 
 template <typename T>
-std::shared_ptr<property_base> make_described_property(property_interface* owner, const property_path& path,
-                                                       const std::string& friendly_name,
-                                                       const std::string& description, T value) {
-  const std::string& field_name = get_field_name(path);
+std::shared_ptr<property_base> make_property_with_texts(property_interface* owner, const property_path& path,
+                                                        std::shared_ptr<const property_texts> texts,
+                                                        T value) {
+  get_field_name(path);
   auto converted = to_property_values(std::move(value));
   const auto make = [&]<typename P>(property_values<P>& made) {
-    return std::make_shared<property<P>>(owner, path, field_name, friendly_name, description,
-                                         std::move(made.values));
+    return std::make_shared<property<P>>(owner, path, std::move(texts), std::move(made.values));
   };
   return make(converted);
 }
 
-// Properties whose texts stand in the dictionary of their family; `value` is nothing, or one value that
-// `to_property_values` takes.
+// Properties whose texts the caller gives; `value` is nothing, or one value that `to_property_values` takes.
+template <typename... T>
+std::shared_ptr<property_base> make_described_property(property_interface* owner, const property_path& path,
+                                                       const std::string& friendly_name,
+                                                       const std::string& description, T... value) {
+  auto texts = std::make_shared<const property_texts>(property_texts{friendly_name, description});
+  return make_property_with_texts(owner, path, std::move(texts), std::move(value)...);
+}
+
+// Properties whose texts stand in the dictionary of their family.
 template <typename... T>
 std::shared_ptr<property_base> make_property(const property_dictionary& dictionary, property_interface* owner,
                                              const property_path& path, T... value) {
-  const property_dictionary::entry& texts = dictionary.get_entry(get_field_name(path));
-  return make_described_property(owner, path, texts.friendly_name, texts.description, std::move(value)...);
+  return make_property_with_texts(owner, path, dictionary.get_texts(get_field_name(path)),
+                                  std::move(value)...);
 }
 
 } // namespace oryn::tarva::library

@@ -40,11 +40,9 @@ class property : public property_base {
 public:
   using values_type = std::vector<typename property_traits<T>::value>;
 
-  property(property_interface* owner, property_path path, std::string name, std::string friendly_name,
-           std::string description, values_type values)
-      : property_base(owner, std::move(path), std::move(name), std::move(friendly_name),
-                      std::move(description)),
-        values_(std::move(values)) {}
+  property(property_interface* owner, property_path path, std::shared_ptr<const property_texts> texts,
+           values_type values)
+      : property_base(owner, std::move(path), std::move(texts)), values_(std::move(values)) {}
 
   bool has_data() const override { return true; }
   data_type get_data_type() const override { return property_traits<T>::type; }
@@ -61,8 +59,8 @@ class property<std::string> : public property_base {
 public:
   using values_type = std::vector<std::string>;
 
-  property(property_interface* owner, property_path path, std::string name, std::string friendly_name,
-           std::string description, values_type values);
+  property(property_interface* owner, property_path path, std::shared_ptr<const property_texts> texts,
+           values_type values);
 
   bool has_data() const override { return true; }
   data_type get_data_type() const override { return data_type::string_; }

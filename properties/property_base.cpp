@@ -7,10 +7,14 @@
 
 namespace oryn::tarva::library {
 
-property_base::property_base(property_interface* owner, property_path path, std::string name,
-                             std::string friendly_name, std::string description)
-    : owner_(owner), path_(std::move(path)), name_(std::move(name)), friendly_name_(std::move(friendly_name)),
-      description_(std::move(description)) {}
+property_base::property_base(property_interface* owner, property_path path,
+                             std::shared_ptr<const property_texts> texts)
+    : owner_(owner), path_(std::move(path)), texts_(std::move(texts)) {}
+
+const std::string& property_base::no_text() {
+  static const std::string none;
+  return none;
+}
 
 bool property_base::has_data() const {
   return false;

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "properties/data_type.h"
+#include "properties/property_base.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -12,8 +14,7 @@ namespace oryn::tarva::library {
 class property_dictionary {
 public:
   struct entry {
-    std::string friendly_name;
-    std::string description;
+    property_texts texts;
     std::optional<data_type> type;
   };
 
@@ -23,13 +24,14 @@ public:
 
   const std::string& get_friendly_name(const std::string& field_name) const;
   const std::string& get_description(const std::string& field_name) const;
-  // Both texts at the cost of one look-up.
-  const entry& get_entry(const std::string& field_name) const;
+  // Both texts. They stay the dictionary's, which outlives whoever asks.
+  std::shared_ptr<const property_texts> get_texts(const std::string& field_name) const;
 
   std::size_t size() const { return entries_.size(); }
 
 private:
   void add_entry(const std::string& field_name, entry&& new_entry);
+  const entry& get_entry(const std::string& field_name) const;
 
   std::unordered_map<std::string, entry> entries_;
 };

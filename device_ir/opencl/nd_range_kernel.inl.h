@@ -23,12 +23,35 @@ skerv::opencl::kernel<V> clone(library_kernel& kernel) {
 template <version V>
 void set_value(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kernel_argument_pod_value& value,
                library_device& device) {
-  std::vector<std::uint8_t> bytes = value.get_raw_data();
-  if (bytes.empty())
+  const auto raw = value.get_raw_data();
+  if (raw.empty())
     throw std::logic_error("Expected raw data to be non-empty.");
-  if (!device.is_little_endian())
-    swap_endianness(bytes.data(), value.get_type(), 0, 1);
+  if (device.is_little_endian()) {
+    kernel.set_value_argument(index, raw.size(), raw.data());
+    return;
+  }
+  std::vector<std::uint8_t> bytes(raw.begin(), raw.end());
+  swap_endianness(bytes.data(), value.get_type(), 0, 1);
   kernel.set_value_argument(index, bytes.size(), bytes.data());
+}
+
+template <version V>
+void set_argument(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kernel_argument& argument,
+                  library_device& device) {
+  if (const auto* value = std::get_if<kernel_argument_pod_value>(&argument))
+    set_value<V>(kernel, index, *value, device);
+  else if (std::holds_alternative<kernel_argument_nullptr>(argument))
+    kernel.set_null_argument(index);
+  else if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument))
+    kernel.set_local_argument(index, element_size(local->get_type()) * local->get_num_elements());
+  else if (std::holds_alternative<kernel_argument_typed_library_memory_array>(argument))
+    throw std::logic_error(
+        "Unexpected type of library memory in the kernel argument capture.  This should not "
+        "be possible.");
+  else if (const auto* memory = std::get_if<kernel_argument_typed_device_memory_array>(&argument))
+    kernel.set_memory_argument(index, buffer_of<V>(*memory->get_memory()));
+  else
+    throw std::logic_error("Unexpected kernel argument type.");
 }
 
 } // namespace detail
@@ -46,23 +69,9 @@ skerv::opencl::event<V> nd_range_kernel<V>::enqueue(dispatch_queue<V>& queue, st
   if (arguments_.has_library_memory_arguments())
     throw std::logic_error(
         "Expected the library memory arguments to be empty in the kernel argument capture.");
-  for (std::uint32_t index = 0; index < arguments_.get_argument_count(); ++index) {
-    const kernel_argument_base* argument = arguments_.get_argument(index).get();
-    if (const auto* value = dynamic_cast<const kernel_argument_pod_value*>(argument))
-      detail::set_value<V>(kernel, index, *value, this->get_device());
-    else if (dynamic_cast<const kernel_argument_nullptr*>(argument) != nullptr)
-      kernel.set_null_argument(index);
-    else if (const auto* local = dynamic_cast<const kernel_argument_local_memory*>(argument))
-      kernel.set_local_argument(index, element_size(local->get_type()) * local->get_num_elements());
-    else if (dynamic_cast<const kernel_argument_typed_library_memory_array*>(argument) != nullptr)
-      throw std::logic_error(
-          "Unexpected type of library memory in the kernel argument capture.  This should not "
-          "be possible.");
-    else if (const auto* memory = dynamic_cast<const kernel_argument_typed_device_memory_array*>(argument))
-      kernel.set_memory_argument(index, buffer_of<V>(*memory->get_memory()));
-    else
-      throw std::logic_error("Unexpected kernel argument type.");
-  }
+  std::uint32_t index = 0;
+  for (const kernel_argument& argument : arguments_.get_arguments())
+    detail::set_argument<V>(kernel, index++, argument, this->get_device());
   const auto work_dim = static_cast<std::uint32_t>(range_.work_dim);
   if constexpr (version_traits<V>::has_global_offset)
     return this->submit(queue,

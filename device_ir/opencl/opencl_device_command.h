@@ -8,6 +8,8 @@
 #include "memory/opencl_buffer_allocation.h"
 #include "objects/opencl/opencl_version.h"
 
+#include <typeinfo>
+
 namespace oryn::tarva::library::device_ir::opencl {
 
 // The queue class that a version's dispatcher enqueues on.
@@ -41,11 +43,15 @@ protected:
   }
 };
 
-// The OpenCL buffer behind a block. A block of another version's device is refused by the cast.
+// The OpenCL buffer behind a block. A block of another version's device is refused. The class of the allocation is
+// final, so a comparison of types is enough.
 template <version V>
 const skerv::opencl::buffer<V>& buffer_of(const device_memory& memory) {
   using allocation = opencl_buffer_allocation<skerv::opencl::buffer<V>>;
-  return dynamic_cast<const allocation&>(memory.get_allocation()).get_buffer();
+  const device_memory_allocation& found = memory.get_allocation();
+  if (typeid(found) != typeid(allocation))
+    throw std::bad_cast();
+  return static_cast<const allocation&>(found).get_buffer();
 }
 
 template <version V>

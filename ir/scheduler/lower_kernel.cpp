@@ -36,15 +36,15 @@ void lowering::check_launch(const logical_ir::kernel& operation) {
   check_argument_count(arguments.get_argument_count(), limits);
   std::uint64_t local_bytes = 0;
   for (std::uint64_t index = 0; index < arguments.get_argument_count(); ++index) {
-    const kernel_argument_base* argument = arguments.get_argument(index).get();
-    if (const auto* global = dynamic_cast<const kernel_argument_typed_library_memory_array*>(argument)) {
+    const kernel_argument& argument = arguments.get_argument(index);
+    if (const auto* global = std::get_if<kernel_argument_typed_library_memory_array>(&argument)) {
       const memory_state& state = table_.find(global->get_memory());
       if (global->get_memory()->get_num_elements() == 0)
         refuse_empty_argument("Memory", index);
       if (state.is_on_host())
         static_cast<void>(
             state.get_host_block()->get_read_pointer(0)); // an allocation that failed left no storage
-    } else if (const auto* local = dynamic_cast<const kernel_argument_local_memory*>(argument)) {
+    } else if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument)) {
       if (local->get_num_elements() == 0)
         refuse_empty_argument("Local memory", index);
       add_bytes_of(*local, local_bytes);
@@ -59,7 +59,11 @@ void lowering::visit(const logical_ir::kernel& operation) {
   const std::shared_ptr<library_device> device = operation.get_kernel_object()->get_program()->get_device();
   kernel_argument_capture::replacement_table replacement_blocks;
   std::vector<physical_pointer> predecessors_of_kernel;
-  for (const auto& memory : operation.memory_objects()) {
+  for (const kernel_argument& argument : operation.get_arguments().get_arguments()) {
+    const auto* global = std::get_if<kernel_argument_typed_library_memory_array>(&argument);
+    if (global == nullptr || replacement_blocks.contains(global->get_memory()))
+      continue;
+    const std::shared_ptr<library_memory>& memory = global->get_memory();
     memory_state& state = table_.find(memory);
     if (const physical_pointer last_step = move_to(device, memory, state))
       predecessors_of_kernel.push_back(last_step);

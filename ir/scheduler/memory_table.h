@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/address_map.h"
 #include "ir/scheduler/memory_state.h"
 
 #include <memory>
-#include <unordered_map>
 
 namespace oryn::tarva::library {
 
@@ -12,13 +12,18 @@ class library_memory;
 // The last state of every live memory object.
 class memory_table {
 public:
-  // Both refuse an object that is there already, or is not.
+  // Both refuse an object that is there already, or is not. What they return holds until the next change.
   memory_state& add(const std::shared_ptr<library_memory>& memory);
   memory_state& find(const std::shared_ptr<library_memory>& memory);
-  void remove(const std::shared_ptr<library_memory>& memory) { states_.erase(memory); }
+  void remove(const std::shared_ptr<library_memory>& memory) { states_.extract(memory.get()); }
 
 private:
-  std::unordered_map<std::shared_ptr<library_memory>, memory_state> states_;
+  struct entry {
+    std::shared_ptr<library_memory> memory; // lives for as long as it has a state
+    memory_state state;
+  };
+
+  address_map<entry> states_;
 };
 
 } // namespace oryn::tarva::library

@@ -24,7 +24,7 @@ void end_without_work(logical_ir::logical_operation& operation, const std::excep
 
 void ultra_naive_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
   const std::lock_guard guard(lock_);
-  const device_list devices = devices_();
+  const device_list& devices = devices_();
   if (devices.empty())
     throw std::logic_error("The scheduler expected at least one device to exist.");
   lowering lowered(operation, devices.front(), memory_states_, last_sync_id_);

@@ -22,7 +22,7 @@ public:
   using device_list = std::vector<std::shared_ptr<library_device>>;
 
   // Knows no device; the list is read at every submit.
-  explicit ultra_naive_scheduler(std::function<device_list()> devices) : devices_(std::move(devices)) {}
+  explicit ultra_naive_scheduler(std::function<const device_list&()> devices) : devices_(std::move(devices)) {}
 
   // Returns when every command of the operation has ended.
   void submit(const std::shared_ptr<logical_ir::logical_operation>& operation) override;
@@ -33,7 +33,7 @@ private:
   static void run(logical_ir::logical_operation& operation, const lowering& lowered);
 
   std::mutex lock_; // held for the whole of submit
-  std::function<device_list()> devices_;
+  std::function<const device_list&()> devices_;
   memory_table memory_states_;
   std::uint64_t last_sync_id_ = 0;
 };

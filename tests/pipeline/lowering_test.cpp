@@ -32,10 +32,10 @@ struct lowered_row {
 std::shared_ptr<logical_ir::logical_operation>
 launch(const std::vector<std::shared_ptr<library_memory>>& objects,
        const std::shared_ptr<library_device>& target) {
-  std::vector<std::shared_ptr<kernel_argument_base>> arguments;
+  std::vector<kernel_argument> arguments;
   arguments.reserve(objects.size());
   for (const auto& object : objects)
-    arguments.push_back(std::make_shared<kernel_argument_typed_library_memory_array>(object));
+    arguments.emplace_back(kernel_argument_typed_library_memory_array(object));
   return logical_ir::kernel::create(std::make_shared<fake_kernel>(target),
                                     kernel_argument_capture(std::move(arguments)),
                                     nd_range{1, {}, {1, 1, 1}, {}});

@@ -1,0 +1,69 @@
+// A launch with an object that has been written but never been on a device: it is moved there, into fresh storage, and
+// its storage on the host is given up.
+#include "benchmarks/comparison.h"
+#include "benchmarks/kernels.h"
+#include "benchmarks/measures.h"
+#include "benchmarks/raw_device.h"
+#include "benchmarks/sizes.h"
+#include "benchmarks/tarva_device.h"
+#include "benchmarks/worker.h"
+
+namespace benchmarks {
+
+namespace {
+
+void compare_first_uses(benchmark::State& state, std::uint64_t bytes) {
+  const std::uint64_t count = bytes / sizeof(std::uint32_t);
+  const std::vector<std::uint32_t> content(count, 3);
+  const caller::kernel kernel =
+      caller::find_kernel(caller::compile(tarva_devices().front(), kernel_source(1)), kernel_name(1).c_str());
+  caller::memory memory;
+
+  const raw_device& device = first_raw_device();
+  cl_program raw_program = device.build(kernel_source(1));
+  cl_int status = CL_SUCCESS;
+  cl_kernel raw_kernel = opencl().create_kernel(raw_program, kernel_name(1).c_str(), &status);
+  check(status, "Making a kernel");
+  std::unique_ptr<std::vector<std::uint32_t>> raw_content;
+  cl_mem buffer = nullptr;
+
+  const std::function<void()> raw = [&] {
+    buffer = device.create_buffer(bytes);
+    device.write(buffer, raw_content->data(), bytes);
+    raw_content.reset();
+    device.launch(raw_kernel, {{sizeof(buffer), &buffer}});
+  };
+  const auto prepare_raw = [&] { raw_content = std::make_unique<std::vector<std::uint32_t>>(content); };
+  const auto clean_raw = [&] { check(opencl().release_mem_object(buffer), "Releasing a buffer"); };
+  // What nobody can do without: the write into a fresh buffer alone.
+  const std::function<void()> raw_write = [&] {
+    buffer = device.create_buffer(bytes);
+    device.write(buffer, content.data(), bytes);
+  };
+
+  worker thread;
+  compare(state, std::vector<subject>{
+                     {"tarva", [&] { launch(kernel, {caller::argument(memory)}); },
+                      [&] {
+                        memory = caller::allocate(TARVA_ABI_TYPE_UINT32, count);
+                        write(memory, content.data(), count);
+                      },
+                      [&] { memory.reset(); }},
+                     {"raw", raw, prepare_raw, clean_raw},
+                     {"floor", [&] { thread.do_and_wait(raw); }, prepare_raw, clean_raw},
+                     {"fresh_write", raw_write, {}, clean_raw},
+                 });
+  state.counters["bytes"] = static_cast<double>(bytes);
+  check(opencl().release_kernel(raw_kernel), "Releasing a kernel");
+  check(opencl().release_program(raw_program), "Releasing a program");
+}
+
+} // namespace
+
+void add_first_uses() {
+  for (const auto& [bytes, rounds] : SIZES)
+    add("first_use/bytes:" + std::to_string(bytes), rounds,
+        [bytes = bytes](benchmark::State& state) { compare_first_uses(state, bytes); });
+}
+
+} // namespace benchmarks

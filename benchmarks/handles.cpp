@@ -1,0 +1,90 @@
+// Handles: what each call does before its own work, by one thread and by several. Times are of all calls together, per
+// call: with as many processors as threads, and no dispute, they would fall as threads are added.
+#include "abi/bridge.h"
+#include "benchmarks/comparison.h"
+#include "benchmarks/measures.h"
+#include "benchmarks/raw_device.h"
+#include "benchmarks/tarva_device.h"
+#include "benchmarks/thread_team.h"
+#include "memory/library_memory.h"
+
+#include <random>
+
+namespace benchmarks {
+
+namespace {
+
+constexpr std::uint64_t CALLS = 2000;
+constexpr int ROUNDS = 200;
+
+void compare_retains(benchmark::State& state, std::size_t threads) {
+  const caller::memory memory = caller::allocate(TARVA_ABI_TYPE_UINT32, 1);
+  cl_program program = first_raw_device().build("kernel void nothing() {}\n");
+  thread_team team(threads);
+  compare(state,
+          std::vector<subject>{
+              {"tarva",
+               [&] {
+                 team.do_together([&](std::size_t) {
+                   for (std::uint64_t i = 0; i < CALLS / 2; ++i) {
+                     tarva_abi_retain_memory(nullptr, memory.get());
+                     tarva_abi_release_memory(nullptr, memory.get());
+                   }
+                 });
+               }},
+              {"raw",
+               [&] {
+                 team.do_together([&](std::size_t) {
+                   for (std::uint64_t i = 0; i < CALLS / 2; ++i) {
+                     opencl().retain_program(program);
+                     opencl().release_program(program);
+                   }
+                 });
+               }},
+          },
+          CALLS * threads);
+  check(opencl().release_program(program), "Releasing a program");
+}
+
+// From a handle to its object, among `count` handles that are picked at random.
+void measure_look_ups(benchmark::State& state, std::size_t threads, std::size_t count) {
+  using namespace oryn::tarva::library;
+  abi_bridge bridge;
+  std::vector<tarva_abi_memory_s*> handles;
+  const auto object = std::make_shared<library_memory>(data_type::uint32_, 1, "");
+  for (std::size_t i = 0; i < count; ++i)
+    handles.push_back(bridge.make_handle<tarva_abi_memory_s>(object));
+  std::vector<tarva_abi_memory_s*> picked;
+  std::minstd_rand random; // NOLINT(cert-msc51-cpp): the same picks in each run
+  for (std::uint64_t i = 0; i < CALLS * ROUNDS; ++i)
+    picked.push_back(handles[random() % count]);
+
+  thread_team team(threads);
+  std::uint64_t round = 0;
+  compare(state,
+          std::vector<subject>{{"tarva",
+                                [&] {
+                                  const std::uint64_t first = round++ % ROUNDS * CALLS;
+                                  team.do_together([&](std::size_t) {
+                                    for (std::uint64_t i = 0; i < CALLS; ++i)
+                                      benchmark::DoNotOptimize(bridge.get_library_object(picked[first + i]));
+                                  });
+                                }}},
+          CALLS * threads);
+  for (tarva_abi_memory_s* handle : handles)
+    bridge.release(handle);
+}
+
+} // namespace
+
+void add_handles() {
+  for (const std::size_t threads : {1, 2, 8}) {
+    add("retain_or_release/threads:" + std::to_string(threads), ROUNDS,
+        [threads](benchmark::State& state) { compare_retains(state, threads); });
+    for (const std::size_t count : {1, 1000, 1000000})
+      add("look_up/handles:" + std::to_string(count) + "/threads:" + std::to_string(threads), ROUNDS,
+          [threads, count](benchmark::State& state) { measure_look_ups(state, threads, count); });
+  }
+}
+
+} // namespace benchmarks

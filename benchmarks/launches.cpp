@@ -1,0 +1,64 @@
+// Launches of kernels that do nothing.
+#include "benchmarks/comparison.h"
+#include "benchmarks/kernels.h"
+#include "benchmarks/measures.h"
+#include "benchmarks/peer.h"
+#include "benchmarks/raw_device.h"
+#include "benchmarks/tarva_device.h"
+#include "benchmarks/worker.h"
+
+namespace benchmarks {
+
+namespace {
+
+void compare_launches(benchmark::State& state, int argument_count) {
+  const std::string source = kernel_source(argument_count);
+  const std::string name = kernel_name(argument_count);
+  const cl_int number = 7;
+
+  const caller::kernel kernel =
+      caller::find_kernel(caller::compile(tarva_devices().front(), source), name.c_str());
+  const caller::memory memory = caller::allocate(TARVA_ABI_TYPE_INT32, 1);
+  caller::arguments arguments;
+  for (int i = 0; i < argument_count; ++i)
+    arguments.push_back(i % 2 == 0 ? caller::argument(memory) : caller::argument(number));
+
+  const raw_device& device = first_raw_device();
+  cl_program raw_program = device.build(source);
+  cl_int status = CL_SUCCESS;
+  cl_kernel raw_kernel = opencl().create_kernel(raw_program, name.c_str(), &status);
+  check(status, "Making a kernel");
+  cl_mem buffer = device.create_buffer(sizeof(number));
+  std::vector<raw_device::argument> raw_arguments;
+  for (int i = 0; i < argument_count; ++i)
+    raw_arguments.push_back(i % 2 == 0 ? raw_device::argument{sizeof(buffer), &buffer}
+                                       : raw_device::argument{sizeof(number), &number});
+
+  worker thread;
+  const std::function<void()> raw_launch = [&] { device.launch(raw_kernel, raw_arguments); };
+  std::vector<subject> subjects{
+      {"tarva", [&] { launch(kernel, arguments); }},
+      {"raw", raw_launch},
+      {"floor", [&] { thread.do_and_wait(raw_launch); }},
+  };
+  const auto peers = make_peers(device.get_context(), device.get_device());
+  for (const named_peer& each : peers) {
+    each.implementation->prepare_launch(source, name, argument_count);
+    subjects.push_back({each.name, [&each] { each.implementation->launch(); }});
+  }
+  compare(state, subjects);
+
+  check(opencl().release_mem_object(buffer), "Releasing a buffer");
+  check(opencl().release_kernel(raw_kernel), "Releasing a kernel");
+  check(opencl().release_program(raw_program), "Releasing a program");
+}
+
+} // namespace
+
+void add_launches() {
+  for (const int arguments : {0, 1, 8, 64})
+    add("launch/arguments:" + std::to_string(arguments), 2000,
+        [arguments](benchmark::State& state) { compare_launches(state, arguments); });
+}
+
+} // namespace benchmarks
