@@ -2,7 +2,9 @@
 # Makes the packages of a build folder, installs them below a folder of their own, uses what they hold, and takes them
 # away again.   package_test.sh <build folder> [--lint]
 set -eu
-command -v dpkg-deb >/dev/null 2>&1 || { echo "skipped: no Debian system"; exit 77; }
+for tool in dpkg-deb dpkg-shlibdeps file; do
+  command -v $tool >/dev/null 2>&1 || { echo "skipped: there is no $tool; see scripts/install-packages --release"; exit 77; }
+done
 build=$(realpath "$1")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
