@@ -12,9 +12,12 @@
 #include <utility>
 #include <vector>
 
+// What is thin stays thin, and what throws stays out of the way.
 #if defined(__GNUC__)
+#define TARVA_THIN __attribute__((always_inline)) inline
 #define TARVA_COLD __attribute__((cold, noinline))
 #else
+#define TARVA_THIN inline
 #define TARVA_COLD
 #endif
 
@@ -165,7 +168,7 @@ inline std::vector<failure> read_chain(tarva_abi_error_s* object) {
 
 /// Calls a function of the interface with its arguments between `reserved` and `out_error`.
 template <auto Function, class... Arguments>
-inline void call(Arguments... arguments) {
+TARVA_THIN void call(Arguments... arguments) {
   tarva_abi_error_s* object = nullptr;
   const tarva_abi_result code = Function(nullptr, arguments..., &object);
   if (code != TARVA_ABI_OK)

@@ -11,7 +11,7 @@ namespace tarva {
 namespace detail {
 
 /// Waits for an operation and throws what it failed with.
-inline void finish(tarva_abi_future_s* future) {
+TARVA_THIN void finish(tarva_abi_future_s* future) {
   long code = TARVA_ABI_OK;
   tarva_abi_error_s* object = nullptr;
   call<tarva_abi_wait_future>(future, &code, &object);

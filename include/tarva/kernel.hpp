@@ -119,8 +119,8 @@ private:
 };
 
 template <std::size_t Count>
-void launch(tarva_abi_kernel_s* kernel, const range& over,
-            const std::array<tarva_abi_kernel_argument_s, Count>& arguments) {
+TARVA_THIN void launch(tarva_abi_kernel_s* kernel, const range& over,
+                       const std::array<tarva_abi_kernel_argument_s, Count>& arguments) {
   call<tarva_abi_kernel_call>(kernel, arguments.data(), std::uint64_t{Count}, &over.record());
 }
 

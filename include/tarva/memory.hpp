@@ -46,9 +46,9 @@ public:
   }
 
   /// Write as many elements as the range has, and wait.
-  void write(view<const T> from) const { detail::finish(start_write(from)); }
+  TARVA_THIN void write(view<const T> from) const { detail::finish(start_write(from)); }
   /// Read as many elements as the range has, and wait.
-  void read(view<T> to) const { detail::finish(start_read(to)); }
+  TARVA_THIN void read(view<T> to) const { detail::finish(start_read(to)); }
   std::vector<T> read() const {
     std::vector<T> result(count_);
     read(result);
@@ -70,7 +70,7 @@ public:
   }
 
 private:
-  void check(std::uint64_t count) const {
+  TARVA_THIN void check(std::uint64_t count) const {
     if (count != count_)
       differ();
   }
@@ -79,17 +79,17 @@ private:
   }
   /// Containers without elements may have no storage, but the library wants to be given some.
   template <class Storage>
-  Storage* some(Storage* storage) const noexcept {
+  TARVA_THIN Storage* some(Storage* storage) const noexcept {
     return storage != nullptr || count_ != 0 ? storage : reinterpret_cast<Storage*>(const_cast<slice*>(this));
   }
-  tarva_abi_future_s* start_write(view<const T> from) const {
+  TARVA_THIN tarva_abi_future_s* start_write(view<const T> from) const {
     check(from.size());
     tarva_abi_future_s* started = nullptr;
     detail::call<tarva_abi_async_write_memory>(record_, start_, count_,
                                                static_cast<const void*>(some(from.data())), &started);
     return started;
   }
-  tarva_abi_future_s* start_read(view<T> to) const {
+  TARVA_THIN tarva_abi_future_s* start_read(view<T> to) const {
     check(to.size());
     tarva_abi_future_s* started = nullptr;
     detail::call<tarva_abi_async_read_memory>(record_, start_, count_, static_cast<void*>(some(to.data())),
@@ -131,15 +131,15 @@ public:
   property properties() const { return detail::root<tarva_abi_get_memory_root_property>(get()); }
 
   /// All of it, or a range of it, for the functions of tarva::slice.
-  slice<T> all() const noexcept { return {get(), 0, count_}; }
+  TARVA_THIN slice<T> all() const noexcept { return {get(), 0, count_}; }
   slice<T> part(std::uint64_t start, std::uint64_t count) const { return all().part(start, count); }
 
   /// What follows is for all of it; see tarva::slice.
-  void fill(const T& value) const { all().fill(value); }
+  TARVA_THIN void fill(const T& value) const { all().fill(value); }
   void copy_to(const memory& to) const { all().copy_to(to.all()); }
   void copy_to(const slice<T>& to) const { all().copy_to(to); }
-  void write(view<const T> from) const { all().write(from); }
-  void read(view<T> to) const { all().read(to); }
+  TARVA_THIN void write(view<const T> from) const { all().write(from); }
+  TARVA_THIN void read(view<T> to) const { all().read(to); }
   std::vector<T> read() const { return all().read(); }
   [[nodiscard]] future<> async_write(view<const T> from) const { return all().async_write(from); }
   [[nodiscard]] future<> async_read(view<T> to) const { return all().async_read(to); }

@@ -116,7 +116,7 @@ TEST_F(cost, a_launch_adds_nothing) {
 
 // Each of the two transfers compares the numbers of elements.
 TEST_F(cost, a_transfer_adds_the_check_of_its_size) {
-  compare([] { transfer_in_c(raw_memory); }, [] { transfer_in_cpp(memory); }, 8);
+  compare([] { transfer_in_c(raw_memory); }, [] { transfer_in_cpp(memory); }, 10);
 }
 
 TEST_F(cost, a_fill_adds_nothing) {

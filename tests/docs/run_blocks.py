@@ -5,7 +5,8 @@
 
 Blocks run in order, in a folder in which the source tree seems to lie. What a block may be:
 
-    ```c file=NAME, ```cpp file=NAME   is written to that file, for the commands that follow
+    ```c file=NAME, ```cpp file=NAME   is written to that file, for the commands that follow; an example of that name
+                                       has to be the same
     ```c, ```cpp                       is compiled and run: with main as it is, else as the body of one
     ```sh                              is run, and has to end with status 0
     ```console                         each line that begins with "$ " is run; what it prints has to be what follows,
@@ -64,7 +65,11 @@ def run_console(body, folder):
 def run_block(info, body, folder):
     language, _, rest = info.partition(" ")
     if rest.startswith("file="):
-        (folder / rest[len("file="):]).write_text(body)
+        name = rest[len("file="):]
+        (folder / name).write_text(body)
+        example = folder / "examples" / name
+        if example.exists() and example.read_text() != body:
+            raise AssertionError(f"examples/{name} reads otherwise")
     elif language in ("c", "cpp"):
         run_program(language, body, folder)
     elif language == "sh":
