@@ -67,7 +67,7 @@ class future {
 public:
   future(future<void> operation, Value storage) noexcept
       : storage_(std::move(storage)), operation_(std::move(operation)) {}
-  future(future&&) = default;
+  future(future&&) noexcept = default;
   future& operator=(future&& other) noexcept {
     operation_ = std::move(other.operation_); // waits for the one before, which works on the storage before
     storage_ = std::move(other.storage_);

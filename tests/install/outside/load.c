@@ -13,9 +13,9 @@ int main(int argc, char** argv) {
     fprintf(stderr, "%s\n", dlerror());
     return 1;
   }
-  get_devices_function get_devices;
-  release_function release_device;
-  free_function free_array;
+  get_devices_function get_devices = NULL;
+  release_function release_device = NULL;
+  free_function free_array = NULL;
   *(void**)&get_devices = dlsym(library, "tarva_abi_get_devices");
   *(void**)&release_device = dlsym(library, "tarva_abi_release_device");
   *(void**)&free_array = dlsym(library, "tarva_abi_free_device_array");
