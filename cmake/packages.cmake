@@ -1,4 +1,9 @@
 # What `cpack` makes: one Debian package for each component. The preset `package` sets the folders as Debian has them.
+find_program(DPKG_DEB dpkg-deb)
+if(NOT DPKG_DEB)
+  return()
+endif()
+
 set(TARVA_PACKAGE_CONTACT "TARVA developers <developers@tarva.invalid>" CACHE STRING
     "Who is named as the maintainer of the packages")
 

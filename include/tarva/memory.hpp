@@ -63,6 +63,9 @@ public:
     future<> started(start_write(from));
     return {std::move(started), std::move(from)};
   }
+  /// Other storage that is about to vanish is not written from.
+  template <class Temporary>
+  future<> async_write(const Temporary&&) const = delete;
   [[nodiscard]] future<std::vector<T>> async_read() const {
     std::vector<T> to(count_);
     future<> started(start_read(to));
@@ -146,6 +149,8 @@ public:
   [[nodiscard]] future<std::vector<T>> async_write(std::vector<T>&& from) const {
     return all().async_write(std::move(from));
   }
+  template <class Temporary>
+  future<> async_write(const Temporary&&) const = delete;
   [[nodiscard]] future<std::vector<T>> async_read() const { return all().async_read(); }
 
 private:

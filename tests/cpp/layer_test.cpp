@@ -14,6 +14,12 @@ template <class... Arguments>
 constexpr bool add_takes =
     std::is_invocable_v<tarva::function<tarva::memory<int>, int>, tarva::range, Arguments...>;
 
+template <class From, class = void>
+constexpr bool can_write_later = false;
+template <class From>
+constexpr bool can_write_later<
+    From, std::void_t<decltype(std::declval<tarva::memory<int>>().async_write(std::declval<From>()))>> = true;
+
 // Misuse that does not compile.
 struct own {
   int a, b;
@@ -24,6 +30,8 @@ static_assert(!add_takes<tarva::memory<int>, float> && !add_takes<tarva::memory<
 static_assert(!add_takes<tarva::memory<int>> && !add_takes<tarva::memory<int>, int, int>);
 static_assert(!std::is_constructible_v<tarva::view<int>, const ints&>);
 static_assert(!std::is_constructible_v<tarva::view<int>, ints&&>);
+static_assert(can_write_later<ints&> && can_write_later<ints> && can_write_later<tarva::view<const int>>);
+static_assert(!can_write_later<std::array<int, 2>> && !can_write_later<std::vector<float>&>);
 static_assert(!std::is_copy_constructible_v<tarva::future<>>);
 static_assert(!tarva::is_element<bool> && !tarva::is_element<own> && !tarva::is_element<int*>);
 
