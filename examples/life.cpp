@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr int WIDTH = 64, HEIGHT = 32;
+constexpr int width = 64, height = 32;
 
-const char* const SOURCE = R"(
+const char* const source = R"(
   kernel void next(global const uchar* now, global uchar* then) {
     const int x = get_global_id(0), y = get_global_id(1);
     const int width = get_global_size(0), height = get_global_size(1);
@@ -25,11 +25,11 @@ const char* const SOURCE = R"(
 
 // Two rows of cells to a line of text.
 void show(const std::vector<std::uint8_t>& cells, int generation) {
-  static const char* const BLOCKS[] = {" ", "\u2580", "\u2584", "\u2588"}; // none, upper, lower, both
+  static const char* const blocks[] = {" ", "\u2580", "\u2584", "\u2588"}; // none, upper, lower, both
   std::string screen = "\033[H";
-  for (int y = 0; y < HEIGHT; y += 2) {
-    for (int x = 0; x < WIDTH; ++x)
-      screen += BLOCKS[cells[y * WIDTH + x] + 2 * cells[(y + 1) * WIDTH + x]];
+  for (int y = 0; y < height; y += 2) {
+    for (int x = 0; x < width; ++x)
+      screen += blocks[cells[y * width + x] + 2 * cells[(y + 1) * width + x]];
     screen += '\n';
   }
   std::cout << screen << "generation " << generation << '\n' << std::flush;
@@ -40,19 +40,19 @@ void show(const std::vector<std::uint8_t>& cells, int generation) {
 
 int main(int argc, char** argv) try {
   // A glider: after each four generations it has moved on by one cell to the right and one down.
-  const int generations = argc > 1 ? std::atoi(argv[1]) : 4 * WIDTH;
-  std::vector<std::uint8_t> glider(WIDTH * HEIGHT);
-  for (const int cell : {1, WIDTH + 2, 2 * WIDTH, 2 * WIDTH + 1, 2 * WIDTH + 2})
+  const int generations = argc > 1 ? std::atoi(argv[1]) : 4 * width;
+  std::vector<std::uint8_t> glider(width * height);
+  for (const int cell : {1, width + 2, 2 * width, 2 * width + 1, 2 * width + 2})
     glider[cell] = 1;
 
   using cells = tarva::memory<std::uint8_t>;
-  const auto next = tarva::first_device().build(SOURCE).kernel<cells, cells>("next");
+  const auto next = tarva::first_device().build(source).kernel<cells, cells>("next");
   const bool to_terminal = isatty(STDOUT_FILENO) != 0;
   cells now(glider), then(now.size());
   if (to_terminal)
     std::cout << "\033[2J";
   for (int generation = 1; generation <= generations; ++generation) {
-    next(tarva::range::items(WIDTH, HEIGHT), now, then);
+    next(tarva::range::items(width, height), now, then);
     std::swap(now, then);
     if (to_terminal)
       show(now.read(), generation);
@@ -60,9 +60,9 @@ int main(int argc, char** argv) try {
 
   const int moved = generations / 4;
   std::vector<std::uint8_t> expected(glider.size());
-  for (int y = 0; y < HEIGHT; ++y)
-    for (int x = 0; x < WIDTH; ++x)
-      expected[(y + moved) % HEIGHT * WIDTH + (x + moved) % WIDTH] = glider[y * WIDTH + x];
+  for (int y = 0; y < height; ++y)
+    for (int x = 0; x < width; ++x)
+      expected[(y + moved) % height * width + (x + moved) % width] = glider[y * width + x];
   const bool right = generations % 4 != 0 || now.read() == expected;
   std::cout << "The glider has moved by " << moved << " cells"
             << (right ? ".\n" : ", or so it should have.\n");

@@ -9,11 +9,11 @@
 
 namespace {
 
-constexpr std::uint64_t BODIES = 1024;
-constexpr int SIZE = 256, STEPS_IN_A_FRAME = 5;
-constexpr float STEP = 0.004F;
+constexpr std::uint64_t body_count = 1024;
+constexpr int picture_size = 256, steps_in_a_frame = 5;
+constexpr float time_step = 0.004F;
 
-const char* const SOURCE = R"(
+const char* const source = R"(
   kernel void accelerate(global const float4* bodies, global float4* speeds, float step) {
     const float4 self = bodies[get_global_id(0)];
     float4 pull = (float4)(0.0f);
@@ -31,26 +31,27 @@ const char* const SOURCE = R"(
 
 // A disc that turns. The fourth component of a body is its mass.
 void make_disc(std::vector<tarva::float4>& bodies, std::vector<tarva::float4>& speeds) {
-  for (std::uint64_t i = 0; i < BODIES; ++i) {
-    const float angle = 2.39996F * static_cast<float>(i), part = static_cast<float>(i + 1) / BODIES;
+  for (std::uint64_t i = 0; i < body_count; ++i) {
+    const float angle = 2.39996F * static_cast<float>(i), part = static_cast<float>(i + 1) / body_count;
     const float radius = std::sqrt(part), speed = std::sqrt(part / (radius + 0.1F));
     const float x = std::cos(angle), y = std::sin(angle), z = 0.02F * std::sin(7.0F * angle);
-    bodies.push_back({radius * x, radius * y, z, 1.0F / BODIES});
+    bodies.push_back({radius * x, radius * y, z, 1.0F / body_count});
     speeds.push_back({-speed * y, speed * x, 0.0F, 0.0F});
   }
 }
 
 void write_frame(const std::string& folder, int number, const std::vector<tarva::float4>& bodies) {
-  std::string pixels(SIZE * SIZE, '\0');
+  std::string pixels(picture_size * picture_size, '\0');
   for (const tarva::float4& body : bodies) {
-    const float x = (body[0] / 1.5F + 1.0F) * SIZE / 2, y = (body[1] / 1.5F + 1.0F) * SIZE / 2;
-    if (x >= 0 && x < SIZE && y >= 0 && y < SIZE)
-      pixels[static_cast<std::size_t>(y) * SIZE + static_cast<std::size_t>(x)] = '\xff';
+    const float x = (body[0] / 1.5F + 1.0F) * picture_size / 2,
+                y = (body[1] / 1.5F + 1.0F) * picture_size / 2;
+    if (x >= 0 && x < picture_size && y >= 0 && y < picture_size)
+      pixels[static_cast<std::size_t>(y) * picture_size + static_cast<std::size_t>(x)] = '\xff';
   }
   char name[32];
   std::snprintf(name, sizeof name, "/frame%04d.pgm", number);
   std::ofstream file(folder + name, std::ios::binary);
-  file << "P5 " << SIZE << ' ' << SIZE << " 255\n" << pixels;
+  file << "P5 " << picture_size << ' ' << picture_size << " 255\n" << pixels;
   if (!file.flush())
     throw std::runtime_error("Cannot write " + folder + name + ".");
 }
@@ -69,7 +70,7 @@ double drift(const std::vector<tarva::float4>& speeds) {
     y += speed[1];
     z += speed[2];
   }
-  return std::sqrt(x * x + y * y + z * z) / BODIES;
+  return std::sqrt(x * x + y * y + z * z) / body_count;
 }
 
 } // namespace
@@ -84,15 +85,15 @@ int main(int argc, char** argv) try {
   make_disc(start, speed);
 
   using vectors = tarva::memory<tarva::float4>;
-  const tarva::program program = tarva::first_device().build(SOURCE);
+  const tarva::program program = tarva::first_device().build(source);
   const auto accelerate = program.kernel<vectors, vectors, float>("accelerate");
   const auto move = program.kernel<vectors, vectors, float>("move");
   const vectors bodies(start, "bodies"), speeds(speed, "speeds");
-  const auto all = tarva::range::items(BODIES);
+  const auto all = tarva::range::items(body_count);
   for (int frame = 1; frame <= frames; ++frame) {
-    for (int step = 0; step < STEPS_IN_A_FRAME; ++step) {
-      accelerate(all, bodies, speeds, STEP);
-      move(all, bodies, speeds, STEP);
+    for (int step = 0; step < steps_in_a_frame; ++step) {
+      accelerate(all, bodies, speeds, time_step);
+      move(all, bodies, speeds, time_step);
     }
     write_frame(argv[1], frame, bodies.read());
     show_progress(frame, frames);

@@ -6,9 +6,9 @@
 
 namespace {
 
-constexpr std::uint64_t GROUP = 64; // a power of two that every device can run
+constexpr std::uint64_t group = 64; // a power of two that every device can run
 
-const char* const SOURCE = R"(
+const char* const source = R"(
   kernel void add_up(global const uint* from, uint count, global uint* to, local uint* part) {
     const uint global_id = get_global_id(0), id = get_local_id(0);
     part[id] = global_id < count ? from[global_id] : 0;
@@ -26,18 +26,18 @@ const char* const SOURCE = R"(
 
 int main() try {
   using numbers = tarva::memory<std::uint32_t>;
-  const auto program = tarva::first_device().build(SOURCE);
+  const auto program = tarva::first_device().build(source);
   const auto add_up = program.kernel<numbers, std::uint32_t, numbers, tarva::local<std::uint32_t>>("add_up");
 
   std::vector<std::uint32_t> input(1'000'003);
   std::iota(input.begin(), input.end(), 7U);
   const std::uint32_t expected = std::accumulate(input.begin(), input.end(), 0U);
 
-  numbers from(input), to((input.size() + GROUP - 1) / GROUP);
+  numbers from(input), to((input.size() + group - 1) / group);
   std::uint64_t count = input.size();
   while (count > 1) {
-    const std::uint64_t groups = (count + GROUP - 1) / GROUP;
-    add_up(tarva::range::groups_of(groups, GROUP), from, count, to, tarva::local<std::uint32_t>(GROUP));
+    const std::uint64_t groups = (count + group - 1) / group;
+    add_up(tarva::range::groups_of(groups, group), from, count, to, tarva::local<std::uint32_t>(group));
     count = groups;
     std::swap(from, to);
   }

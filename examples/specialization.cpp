@@ -6,7 +6,7 @@
 namespace {
 
 // kernel void multiply(global uint* data) { data[id] = id * factor; }, where factor is constant 7, and 2 if not chosen.
-constexpr std::uint32_t MODULE[] = {
+constexpr std::uint32_t code[] = {
     0x07230203, 0x10100, 0,  18,         0,                 // SPIR-V 1.1, ids below 18
     0x00020011, 4,                                          // OpCapability Addresses
     0x00020011, 6,                                          // OpCapability Kernel
@@ -59,7 +59,7 @@ int main() try {
     std::cout << "No device of this machine takes SPIR-V with constants.\n";
     return 77;
   }
-  const auto bytes = tarva::as_bytes(MODULE);
+  const auto bytes = tarva::as_bytes(code);
   const tarva::build_result built = device->try_load(tarva::ir::spir_v, bytes, "", "multiply", constants);
   if (!built.success) {
     std::cerr << "The module does not build: " << built.log << '\n';

@@ -5,7 +5,7 @@
 
 int main() try {
   const std::vector<tarva::device> devices = tarva::devices();
-  const tarva::device first = devices.at(0), second = devices.size() > 1 ? devices[1] : first;
+  const tarva::device &first = devices.at(0), &second = devices.size() > 1 ? devices[1] : first;
 
   using numbers = tarva::memory<int>;
   const char* source = "kernel void scale(global int* data, int factor, int summand) {"

@@ -19,8 +19,14 @@ public:
       Retain(nullptr, record_);
   }
   handle(handle&& other) noexcept : record_(std::exchange(other.record_, nullptr)) {}
-  handle& operator=(handle other) noexcept {
-    std::swap(record_, other.record_);
+  handle& operator=(const handle& other) noexcept {
+    if (this != &other)
+      *this = handle(other);
+    return *this;
+  }
+  handle& operator=(handle&& other) noexcept {
+    handle taken(std::move(other));
+    std::swap(record_, taken.record_);
     return *this;
   }
   ~handle() {
