@@ -123,19 +123,4 @@ TEST_F(cost, a_fill_adds_nothing) {
   compare([] { fill_in_c(raw_memory, 2.0F); }, [] { fill_in_cpp(memory, 2.0F); }, 0);
 }
 
-TEST(failures, tell_the_whole_chain) {
-  const tarva::memory<float> memory(1);
-  stub_fail_next_read();
-  try {
-    (void)memory.read();
-    ADD_FAILURE();
-  } catch (const tarva::runtime_failure& caught) {
-    EXPECT_STREQ(caught.what(), "the outer one: the inner one");
-    ASSERT_EQ(caught.chain().size(), 2U);
-    EXPECT_EQ(caught.kind(), tarva::failure_kind::other);
-    EXPECT_EQ(caught.chain()[1].kind, tarva::failure_kind::out_of_range);
-  }
-  EXPECT_EQ(stub_freed_errors(), 2);
-}
-
 } // namespace

@@ -18,12 +18,16 @@ static const uint64_t type_values[] = {7, 4};
 static const char* const message_values[] = {"the outer one", "the inner one"};
 static int next_read_fails;
 static int freed_errors;
+static int ended_futures;
 
 void stub_fail_next_read(void) {
   next_read_fails = 1;
 }
 int stub_freed_errors(void) {
   return freed_errors;
+}
+int stub_ended_futures(void) {
+  return ended_futures;
 }
 
 tarva_abi_result tarva_abi_memory_allocate_typed(void* reserved, const char* label, tarva_abi_data_type type,
@@ -77,11 +81,13 @@ tarva_abi_result tarva_abi_async_write_memory(void* reserved, tarva_abi_memory_s
 tarva_abi_result tarva_abi_wait_future(void* reserved, tarva_abi_future_s* future, long* code,
                                        tarva_abi_error_s** error, tarva_abi_error_s** out_error) {
   (void)reserved, (void)future, (void)error, (void)out_error;
+  ++ended_futures;
   *code = TARVA_ABI_OK;
   return TARVA_ABI_OK;
 }
 void tarva_abi_abandon_future(void* reserved, tarva_abi_future_s* future) {
   (void)reserved, (void)future;
+  ++ended_futures;
 }
 
 tarva_abi_result tarva_abi_get_error_root_property(void* reserved, tarva_abi_error_s* error,

@@ -10,6 +10,7 @@ extern "C" {
 
 void stub_fail_next_read(void);
 int stub_freed_errors(void);
+int stub_ended_futures(void);
 
 #ifdef __cplusplus
 }
