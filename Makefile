@@ -7,7 +7,7 @@ BUILD = build$(if $(filter-out release,$(PRESET)),-$(PRESET))
 # Used for a new build folder only; an existing one keeps the generator that it was made with.
 export CMAKE_GENERATOR ?= Ninja
 
-.PHONY: run test build install-packages configure asan tsan clang tidy format format-check package clean
+.PHONY: run test build install-packages configure asan tsan clang tidy format format-check clean
 
 run: TARGETS = --target main_job
 run: build
@@ -36,14 +36,15 @@ tidy:
 	scripts/install-packages --checks
 	$(MAKE) build PRESET=tidy
 
-format format-check:
-	scripts/install-packages --checks
-	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
-
+.PHONY: package
 package:
 	scripts/install-packages --release
 	$(MAKE) build PRESET=package
 	tests/install/package_test.sh build-package --lint
+
+format format-check:
+	scripts/install-packages --checks
+	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
 
 clean:
 	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz build-package
