@@ -36,6 +36,12 @@ tidy:
 	scripts/install-packages --checks
 	$(MAKE) build PRESET=tidy
 
+.PHONY: package
+package:
+	scripts/install-packages --release
+	$(MAKE) build PRESET=package
+	tests/install/package_test.sh build-package --lint
+
 format format-check:
 	scripts/install-packages --checks
 	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
@@ -47,4 +53,4 @@ benchmarks:
 	benchmarks/run.py build
 
 clean:
-	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz
+	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz build-package

@@ -7,3 +7,6 @@ add_custom_target(format COMMAND ${format_script} ${TARVA_CLANG_FORMAT} -i
                   WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} VERBATIM)
 add_custom_target(format-check COMMAND ${format_script} ${TARVA_CLANG_FORMAT} --dry-run --Werror
                   WORKING_DIRECTORY ${PROJECT_SOURCE_DIR} VERBATIM)
+
+# The reference of the headers, as HTML.
+add_custom_target(reference COMMAND ${PROJECT_SOURCE_DIR}/docs/make_reference ${PROJECT_BINARY_DIR}/reference VERBATIM)

@@ -1,0 +1,94 @@
+# What `cpack` makes: one Debian package for each component. The preset `package` sets the folders as Debian has them.
+find_program(DPKG_DEB dpkg-deb)
+if(NOT DPKG_DEB)
+  return()
+endif()
+
+set(TARVA_PACKAGE_CONTACT "TARVA developers <developers@tarva.invalid>" CACHE STRING
+    "Who is named as the maintainer of the packages")
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME tarva)
+set(CPACK_PACKAGE_VENDOR "TARVA developers")
+set(CPACK_PACKAGE_CONTACT ${TARVA_PACKAGE_CONTACT})
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+
+set(CPACK_COMPONENTS_ALL runtime development)
+if(TARVA_BUILD_TOOLS)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
+set(same_version "(= ${PROJECT_VERSION})")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME liboryn-tarva0)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+# The loader is opened when the library starts, so nothing links it.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "ocl-icd-libopencl1 | libopencl1")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "pocl-opencl-icd | opencl-icd")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "interface to all OpenCL devices of a machine
+One plain C interface to the OpenCL devices of a machine, of the versions
+1.0 to 2.2. Memory objects belong to no device: the library moves them to
+where they are used.
+
+This package holds the shared libraries.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liboryn-tarva-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "liboryn-tarva0 ${same_version}")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "interface to all OpenCL devices of a machine - development files
+One plain C interface to the OpenCL devices of a machine, of the versions
+1.0 to 2.2.
+
+This package holds the headers for C and C++, and what pkg-config and CMake
+need to find the library.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tarva-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "liboryn-tarva0 ${same_version}")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "show the OpenCL devices of a machine
+The program tarva-info prints the OpenCL devices of a machine, and all that
+is to be known of them, for people and for scripts.")
+
+# Debian's own files of each package, which `cmake --install` leaves out. The date of the version is that in CHANGELOG.md.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
+file(STRINGS CHANGELOG.md newest REGEX "^## " LIMIT_COUNT 1)
+if(NOT newest MATCHES "^## ${PROJECT_VERSION}, (.+)$")
+  message(FATAL_ERROR "CHANGELOG.md does not begin with version ${PROJECT_VERSION}.")
+endif()
+execute_process(COMMAND date --utc --rfc-email --date=${CMAKE_MATCH_1} OUTPUT_VARIABLE date
+                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+foreach(component IN ITEMS runtime development tools)
+  string(TOUPPER ${component} upper)
+  set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+  set(folder ${PROJECT_BINARY_DIR}/install/debian/${package})
+  configure_file(cmake/templates/debian-changelog.in ${folder}/changelog @ONLY)
+  execute_process(COMMAND gzip -9nf ${folder}/changelog COMMAND_ERROR_IS_FATAL ANY)
+  configure_file(cmake/templates/debian-copyright.in ${folder}/copyright @ONLY)
+  install(FILES ${folder}/changelog.gz ${folder}/copyright DESTINATION share/doc/${package}
+          COMPONENT ${component} EXCLUDE_FROM_ALL)
+endforeach()
+# The runtime package holds two libraries, of which the second is of no use without the first. That its scripts call
+# ldconfig, although there is a trigger, is CPack's doing.
+set(control ${PROJECT_BINARY_DIR}/install/debian/control)
+file(WRITE ${control}/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${control}/triggers)
+file(WRITE ${control}/liboryn-tarva0
+     "liboryn-tarva0: package-name-doesnt-match-sonames\nliboryn-tarva0: maintscript-calls-ldconfig\n")
+install(FILES ${control}/liboryn-tarva0 DESTINATION share/lintian/overrides COMPONENT runtime EXCLUDE_FROM_ALL)
+
+include(CPack)

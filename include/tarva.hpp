@@ -1,0 +1,30 @@
+/// @file
+/// TARVA for C++17: a thin layer over tarva_abi.h, in headers alone.
+///
+/// Every handle has an owner that gives it up, failures are exceptions with the library's messages, memory objects
+/// know the type of their elements, and kernels are called like functions:
+///
+///     const tarva::device device = tarva::first_device();
+///     const auto scale = device.build(source).kernel<float, tarva::memory<float>>("scale");
+///     const tarva::memory<float> data(std::vector<float>(1000, 1.0F));
+///     scale(tarva::range::items(1000), 2, data);
+///     const std::vector<float> result = data.read();
+///
+/// All that tarva_abi.h says about order, threads and moves holds here, too. Nothing is added to the calls: a
+/// launch or a transfer costs what the same calls cost in C.
+#ifndef TARVA_HPP
+#define TARVA_HPP
+
+#include <tarva/device.hpp>
+#include <tarva/error.hpp>
+#include <tarva/future.hpp>
+#include <tarva/handle.hpp>
+#include <tarva/kernel.hpp>
+#include <tarva/memory.hpp>
+#include <tarva/program.hpp>
+#include <tarva/property.hpp>
+#include <tarva/range.hpp>
+#include <tarva/types.hpp>
+#include <tarva/view.hpp>
+
+#endif

@@ -1,0 +1,170 @@
+/// @file
+/// Kernels, which are called like functions.
+#ifndef TARVA_KERNEL_HPP
+#define TARVA_KERNEL_HPP
+
+#include <tarva/handle.hpp>
+#include <tarva/memory.hpp>
+#include <tarva/property.hpp>
+#include <tarva/range.hpp>
+#include <tarva/types.hpp>
+
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+namespace tarva {
+
+/// An argument: memory local to each work-group, for so many elements.
+template <class T>
+class local {
+  static_assert(is_element<T>, "OpenCL has no such type");
+
+public:
+  explicit constexpr local(std::uint64_t count) noexcept : count_(count) {}
+  constexpr std::uint64_t size() const noexcept { return count_; }
+
+private:
+  std::uint64_t count_;
+};
+
+namespace detail {
+
+/// The records of arguments. That of a value points to it.
+template <class T>
+tarva_abi_kernel_argument_s argument(const T& value) noexcept {
+  static_assert(is_element<T>,
+                "a kernel takes tarva::memory, tarva::local, nullptr, and values of OpenCL types");
+  return {TARVA_ABI_ARGUMENT_VALUE, element<T>::type, reinterpret_cast<std::uintptr_t>(&value)};
+}
+template <class T>
+tarva_abi_kernel_argument_s argument(const memory<T>& object) noexcept {
+  return {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uintptr_t>(object.get()), 0};
+}
+template <class T>
+tarva_abi_kernel_argument_s argument(const local<T>& size) noexcept {
+  return {TARVA_ABI_ARGUMENT_LOCAL_MEMORY, element<T>::type, size.size()};
+}
+inline tarva_abi_kernel_argument_s argument(std::nullptr_t) noexcept {
+  return {TARVA_ABI_ARGUMENT_NULL, 0, 0};
+}
+
+/// Whether every value of From is one of To.
+template <class To, class From>
+inline constexpr bool always_fits = std::is_floating_point_v<To> ||
+                                    (std::is_signed_v<To> == std::is_signed_v<From>
+                                         ? sizeof(To) >= sizeof(From)
+                                         : std::is_signed_v<To> && sizeof(To) > sizeof(From));
+
+template <class To, class From>
+constexpr bool fits(From value) noexcept {
+  if constexpr (always_fits<To, From>)
+    return true;
+  else if constexpr (std::is_signed_v<From>)
+    return value >= 0 ? static_cast<std::make_unsigned_t<From>>(value) <=
+                            static_cast<std::make_unsigned_t<To>>(std::numeric_limits<To>::max())
+                      : std::is_signed_v<To> && value >= static_cast<From>(std::numeric_limits<To>::min());
+  else
+    return value <= static_cast<std::make_unsigned_t<To>>(std::numeric_limits<To>::max());
+}
+
+/// A parameter of a typed kernel: what it can be made from is what the kernel takes there.
+template <class T>
+class parameter {
+  static_assert(is_element<T>, "a kernel takes tarva::memory, tarva::local, and values of OpenCL types");
+  /// Numbers are converted, but no fraction is dropped.
+  template <class From>
+  using if_number = std::enable_if_t<std::is_arithmetic_v<T> && std::is_arithmetic_v<From> &&
+                                     !std::is_same_v<From, T> && !std::is_same_v<From, bool> &&
+                                     (std::is_floating_point_v<T> || std::is_integral_v<From>)>;
+
+public:
+  template <class Same, std::enable_if_t<std::is_same_v<Same, T>, int> = 0>
+  parameter(const Same& value) noexcept : value_(value) {}
+  /// Throws std::out_of_range if the number is not one of T.
+  template <class From, class = if_number<From>>
+  parameter(From value) : value_(static_cast<T>(value)) {
+    if (!fits<T>(value))
+      throw std::out_of_range("A kernel's parameter cannot hold the argument " + std::to_string(value) + ".");
+  }
+  tarva_abi_kernel_argument_s record() const noexcept { return argument(value_); }
+
+private:
+  T value_;
+};
+
+template <class T>
+class parameter<memory<T>> {
+public:
+  parameter(const memory<T>& object) noexcept : record_(argument(object)) {}
+  parameter(std::nullptr_t) noexcept : record_(argument(nullptr)) {}
+  tarva_abi_kernel_argument_s record() const noexcept { return record_; }
+
+private:
+  tarva_abi_kernel_argument_s record_;
+};
+
+template <class T>
+class parameter<local<T>> {
+public:
+  parameter(local<T> size) noexcept : size_(size) {}
+  tarva_abi_kernel_argument_s record() const noexcept { return argument(size_); }
+
+private:
+  local<T> size_;
+};
+
+template <std::size_t Count>
+TARVA_THIN void launch(tarva_abi_kernel_s* kernel, const range& over,
+                       const std::array<tarva_abi_kernel_argument_s, Count>& arguments) {
+  call<tarva_abi_kernel_call>(kernel, arguments.data(), std::uint64_t{Count}, &over.record());
+}
+
+} // namespace detail
+
+/// A kernel whose arguments are taken as they are: a value has to be of exactly the parameter's type, since the
+/// library cannot know it, and a device that is given another size ends the process. tarva::function is safer.
+class kernel : public handle<tarva_abi_kernel_s, tarva_abi_retain_kernel, tarva_abi_release_kernel> {
+public:
+  using handle::handle;
+
+  /// Launches it, and returns when the launch has ended.
+  template <class... Arguments>
+  void operator()(const range& over, const Arguments&... arguments) const {
+    detail::launch<sizeof...(Arguments)>(get(), over, {detail::argument(arguments)...});
+  }
+
+  property properties() const { return detail::root<tarva_abi_get_kernel_root_property>(get()); }
+};
+
+/// A kernel with its parameters: an element type for each value, memory<T> for each buffer, local<T> for each
+/// block of local memory. Arguments are checked when the program is compiled, and numbers are converted.
+template <class... Parameters>
+class function {
+public:
+  /// Throws std::invalid_argument if the kernel has another number of parameters.
+  explicit function(kernel of) : kernel_(std::move(of)) {
+    const auto count = kernel_.properties()["OPENCL"]["CL_KERNEL_NUM_ARGS"].get<std::uint64_t>();
+    if (count != sizeof...(Parameters))
+      throw std::invalid_argument("The kernel has " + std::to_string(count) + " parameters, not " +
+                                  std::to_string(sizeof...(Parameters)) + ".");
+  }
+
+  /// Launches it, and returns when the launch has ended.
+  void operator()(const range& over, const detail::parameter<Parameters>&... arguments) const {
+    detail::launch<sizeof...(Parameters)>(kernel_.get(), over, {arguments.record()...});
+  }
+
+  const kernel& untyped() const noexcept { return kernel_; }
+
+private:
+  kernel kernel_;
+};
+
+} // namespace tarva
+
+#endif

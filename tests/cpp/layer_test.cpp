@@ -1,0 +1,292 @@
+// The C++ layer over the library and the scripted machine. The fixture sees to it that whatever a test does, no
+// OpenCL object is left behind.
+#include "tests/scripted/scripted_test.h"
+
+#include <climits>
+#include <cmath>
+#include <tarva.hpp>
+
+namespace scripted {
+
+using op = qv::operation;
+using ints = std::vector<int>;
+template <class... Arguments>
+constexpr bool add_takes =
+    std::is_invocable_v<tarva::function<tarva::memory<int>, int>, tarva::range, Arguments...>;
+
+template <class From, class = void>
+constexpr bool can_write_later = false;
+template <class From>
+constexpr bool can_write_later<
+    From, std::void_t<decltype(std::declval<tarva::memory<int>>().async_write(std::declval<From>()))>> = true;
+
+// Misuse that does not compile.
+struct own {
+  int a, b;
+};
+static_assert(add_takes<tarva::memory<int>, int> && add_takes<std::nullptr_t, long>);
+static_assert(!add_takes<tarva::memory<float>, int> && !add_takes<int*, int> && !add_takes<ints, int>);
+static_assert(!add_takes<tarva::memory<int>, float> && !add_takes<tarva::memory<int>, bool>);
+static_assert(!add_takes<tarva::memory<int>> && !add_takes<tarva::memory<int>, int, int>);
+static_assert(!std::is_constructible_v<tarva::view<int>, const ints&>);
+static_assert(!std::is_constructible_v<tarva::view<int>, ints&&>);
+static_assert(can_write_later<ints&> && can_write_later<ints> && can_write_later<tarva::view<const int>>);
+static_assert(!can_write_later<std::array<int, 2>> && !can_write_later<std::vector<float>&>);
+static_assert(!std::is_copy_constructible_v<tarva::future<>>);
+static_assert(!tarva::is_element<bool> && !tarva::is_element<own> && !tarva::is_element<int*>);
+
+class cpp_layer : public scripted_test {
+protected:
+  static tarva::device on(std::uint32_t version) {
+    return tarva::devices().at(device_index(version, role::first));
+  }
+  static auto adder() { return on(3).build(SOURCE).kernel<tarva::memory<int>, int>("add"); }
+
+  // The message of what `action` throws, which has to be an Exception.
+  template <class Exception, class Action>
+  static std::string thrown(Action action) {
+    try {
+      action();
+    } catch (const Exception& caught) {
+      return caught.what();
+    } catch (const std::exception& other) {
+      ADD_FAILURE() << "another exception: " << other.what();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+  }
+};
+
+TEST_F(cpp_layer, content_goes_the_whole_road) {
+  const tarva::memory data(counted(6), "numbers");
+  const auto add = adder();
+  add(tarva::range::items(4).from(1), data, 10U);
+  EXPECT_EQ(data.read(), (ints{1, 12, 13, 14, 15, 6}));
+
+  data.part(1, 4).part(1, 2).fill(-7);
+  const tarva::memory<int> other(3);
+  data.part(1, 3).copy_to(other.all());
+  EXPECT_EQ(other.read(), (ints{12, -7, -7}));
+  data.part(4, 2).write(ints{8, 9});
+  EXPECT_EQ(data.async_read().get(), (ints{1, 12, -7, -7, 8, 9}));
+  EXPECT_EQ(other.async_write(ints{3, 2, 1}).get(), (ints{3, 2, 1}));
+  int array[3] = {};
+  other.async_read(array).get();
+  EXPECT_EQ(array[0] * 100 + array[1] * 10 + array[2], 321);
+
+  // What a kernel is given: bytes of local memory, a vector, and a null buffer.
+  const tarva::memory<short> seen(6);
+  on(2).build(SOURCE).kernel("observe")(tarva::range::items(1), seen, tarva::local<float>(5),
+                                        tarva::short4{1, 2, 3, 4}, nullptr);
+  EXPECT_EQ(seen.read(), (std::vector<short>{20, 1, 2, 3, 4, 1}));
+}
+
+TEST_F(cpp_layer, nothing_is_still_something) {
+  const tarva::memory<float> none(std::vector<float>{});
+  none.write(std::vector<float>{});
+  EXPECT_TRUE(none.read().empty());
+  EXPECT_TRUE(none.async_read().get().empty());
+}
+
+TEST_F(cpp_layer, owners_balance) {
+  tarva::memory<int> first(counted(2)), second(first), third(counted(3));
+  EXPECT_EQ(first.get(), second.get());
+  third = second;
+  second = std::move(third);
+  tarva::memory<int>& same = second;
+  second = same;
+  EXPECT_EQ(second.read(), counted(2));
+
+  // A memory object outlives the owners that are gone, and a handle can leave the layer and come back.
+  EXPECT_EQ(tarva::memory<int>::adopt(second.release()).read(), counted(2));
+  tarva_abi_memory_s* shared = first.get();
+  tarva_abi_retain_memory(nullptr, shared);
+  EXPECT_EQ(thrown<std::invalid_argument>([&] { (void)tarva::memory<float>::adopt(shared); }),
+            "The memory object has elements of another type.");
+  EXPECT_EQ(first.read(), counted(2));
+  EXPECT_EQ(thrown<tarva::runtime_failure>([&] { (void)second.read(); }),
+            "Lookup of internal type map failed.");
+
+  { const auto dropped = first.async_read(); }
+  tarva::future<ints> replaced = first.async_read();
+  replaced = first.async_write({5, 6});
+  EXPECT_EQ(replaced.get(), (ints{5, 6}));
+  EXPECT_FALSE(replaced.valid());
+  const ints storage = counted(2);
+  tarva::future<> left = first.async_write(storage);
+  left.abandon();
+}
+
+TEST_F(cpp_layer, failures_are_exceptions) {
+  const tarva::memory data(counted(4));
+  const auto beyond = [&](auto action) {
+    const tarva::slice<int> all(data.get(), 1, 4);
+    EXPECT_NE(thrown<tarva::logic_failure>([&] { action(all); }), "");
+  };
+  beyond([](auto all) { all.fill(1); });
+  beyond([](auto all) { (void)all.read(); });
+  beyond([](auto all) { all.async_write(ints(4)).get(); });
+  EXPECT_EQ(thrown<std::length_error>([&] { data.write(counted(5)); }),
+            "The two sides of a transfer have different numbers of elements.");
+  thrown<std::out_of_range>([&] { (void)data.part(3, 2); });
+  thrown<std::out_of_range>([&] { (void)data.part(1, 2).part(1, ~std::uint64_t{0}); });
+
+  // The work of a read fails on the device.
+  const auto add = adder();
+  add(tarva::range::items(4), data, 0);
+  for (const bool by_future : {false, true}) {
+    fail_event(op::enqueue_read_buffer, 1, -5);
+    try {
+      by_future ? data.async_read().get() : data.read();
+      ADD_FAILURE();
+    } catch (const tarva::error& caught) {
+      EXPECT_EQ(caught.code(), TARVA_ABI_RUNTIME_FAILURE);
+      EXPECT_EQ(caught.kind(), tarva::failure_kind::other);
+      ASSERT_EQ(caught.chain().size(), 1U);
+      EXPECT_EQ(caught.chain()[0].message, caught.what());
+    }
+  }
+  { // The destructor waits and lets the failure go.
+    fail_event(op::enqueue_read_buffer, 1, -5);
+    const auto dropped = data.async_read();
+  }
+  EXPECT_EQ(data.read(), counted(4));
+
+  EXPECT_EQ(thrown<std::invalid_argument>([&] { (void)on(1).build(SOURCE).kernel<int>("add"); }),
+            "The kernel has 2 parameters, not 1.");
+  EXPECT_EQ(thrown<tarva::logic_failure>([&] { add(tarva::range::items(0), data, 0); }).empty(), false);
+}
+
+TEST_F(cpp_layer, programs_build_or_tell_why_not) {
+  try {
+    (void)on(1).build("#error");
+    ADD_FAILURE();
+  } catch (const tarva::build_failure& caught) {
+    EXPECT_EQ(caught.log(), "error: the text says #error");
+    EXPECT_EQ(caught.what(), "The program does not build: " + caught.log());
+  }
+  EXPECT_FALSE(on(4).supports(tarva::ir::spir_v));
+  EXPECT_TRUE(on(6).supports(tarva::ir::spir_v, {{1, 2}}));
+
+  static std::map<std::uint32_t, bytes> constants;
+  set_kernel("flag", [](const kernel_run& now) { constants = now.constants; });
+  const std::string module = "SPV:" + SOURCE;
+  const auto made = on(6).load(tarva::ir::spir_v, tarva::as_bytes(module), "", "module",
+                               {{1, 2}, {7, 0.5}, {9, tarva::uchar2{4, 5}}});
+  made.kernel("flag")(tarva::range::items(1), tarva::memory<int>(1));
+  set_kernel("flag", [](const kernel_run& now) { now.set(0, 0, std::int32_t{1}); });
+  EXPECT_EQ(constants, (std::map<std::uint32_t, bytes>{
+                           {1, {2, 0, 0, 0}}, {7, {0, 0, 0, 0, 0, 0, 0xe0, 0x3f}}, {9, {4, 5}}}));
+}
+
+TEST_F(cpp_layer, numbers_are_converted_or_refused) {
+  const tarva::memory data(ints{0});
+  const auto add = adder();
+  const auto last = tarva::range::items(1);
+  add(last, data, static_cast<unsigned long>(INT_MAX));
+  add(last, data, LONG_MIN / (LONG_MIN / INT_MIN)); // INT_MIN as a long
+  EXPECT_EQ(data.read(), ints{-1});
+  EXPECT_EQ(thrown<std::out_of_range>([&] { add(last, data, 1UL << 31); }),
+            "A kernel's parameter cannot hold the argument 2147483648.");
+  thrown<std::out_of_range>([&] { add(last, data, static_cast<long>(INT_MIN) - 1); });
+  thrown<std::out_of_range>([&] { add(last, data, ~0ULL); });
+  EXPECT_EQ(data.read(), ints{-1});
+
+  using tarva::detail::fits;
+  static_assert(fits<unsigned char>(255) && !fits<unsigned char>(256) && !fits<unsigned char>(-1));
+  static_assert(fits<signed char>(-128) && !fits<signed char>(-129) && !fits<signed char>(128U));
+  static_assert(fits<unsigned long>(LONG_MAX) && !fits<unsigned long>(-1L) && fits<long>(0xffffffffU));
+}
+
+TEST_F(cpp_layer, properties_are_a_tree_to_walk) {
+  const tarva::property root = on(3).properties();
+  std::vector<std::string> names;
+  for (const tarva::property& child : root)
+    names.emplace_back(child.name());
+  EXPECT_EQ(names, (std::vector<std::string>{"FRIENDLY_SHORT_DESCRIPTION", "FRIENDLY_SUMMARY", "NAME",
+                                             "OBJECT_ID", "OPENCL"}));
+  EXPECT_EQ(root["NAME"].get<std::string>(), "first");
+  EXPECT_EQ(root["NAME"].begin() != root["NAME"].end(), false);
+  const tarva::property opencl = root["OPENCL"];
+  EXPECT_FALSE(opencl.has_value());
+  EXPECT_TRUE(opencl["CL_DEVICE_AVAILABLE"].get<bool>());
+  EXPECT_EQ(opencl["CL_DEVICE_MAX_WORK_ITEM_SIZES"].get_all<std::uint64_t>().size(), 3U);
+  EXPECT_NE(opencl["CL_DEVICE_AVAILABLE"].value_text(), opencl["CL_DEVICE_MAX_COMPUTE_UNITS"].value_text());
+  EXPECT_NE(root.to_text(), root.to_xml());
+
+  EXPECT_FALSE(root.find("NO_SUCH"));
+  EXPECT_EQ(thrown<std::out_of_range>([&] { (void)root["NO_SUCH"]; }),
+            "There is no property NO_SUCH below ROOT.");
+  thrown<std::logic_error>([&] { (void)root["NAME"].get<int>(); });
+  EXPECT_EQ(thrown<std::logic_error>([&] { (void)root["NAME"].get<std::string>(1); }),
+            "The property NAME has no value of that type or place.");
+  thrown<std::logic_error>([&] { (void)root["OPENCL"].get<bool>(); });
+  thrown<std::out_of_range>(
+      [&] { (void)tarva::memory<int>(256).properties()["NUM_ELEMENTS"].get<std::uint8_t>(); });
+}
+
+TEST(cpp_ranges, are_the_records_of_the_interface) {
+  using tarva::range;
+  const std::pair<range, tarva_abi_launch_range_s> rows[] = {
+      {range::items(5), {TARVA_ABI_LAUNCH_EXPLICIT, {1, 0, 0, 0, 5}}},
+      {range::items(5, 6, 7).in_groups_of(1, 2, 7).from(3, 4, 5),
+       {TARVA_ABI_LAUNCH_EXPLICIT, {3, 3, 4, 5, 5, 6, 7, 1, 2, 7}}},
+      {range::at_least(5, 6), {TARVA_ABI_LAUNCH_GLOBAL_SIZE, {2, 5, 6}}},
+      {range::groups(5), {TARVA_ABI_LAUNCH_GROUPS, {5}}},
+      {range::groups_of(5, 8, 4), {TARVA_ABI_LAUNCH_GROUPS_SIZED, {2, 5, 8, 4}}},
+      {range::groups_per_unit(5), {TARVA_ABI_LAUNCH_GROUPS_PER_UNIT, {5}}},
+      {range::group_per_unit_of(8, 4, 2), {TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED, {3, 0, 8, 4, 2}}},
+  };
+  for (const auto& [made, expected] : rows)
+    EXPECT_EQ(std::memcmp(&made.record(), &expected, sizeof expected), 0) << "type " << expected.type;
+}
+
+template <class T, std::size_t Size, std::uint64_t Type>
+constexpr bool is_type = sizeof(T) == Size&& tarva::element<T>::type == Type;
+
+TEST(cpp_types, are_those_of_the_library) {
+  static_assert(is_type<char, 1, TARVA_ABI_TYPE_STRING> &&
+                is_type<tarva::boolean, 4, TARVA_ABI_TYPE_BOOLEAN>);
+  static_assert(is_type<std::byte, 1, TARVA_ABI_TYPE_UINT8> && is_type<signed char, 1, TARVA_ABI_TYPE_INT8>);
+  static_assert(is_type<unsigned short, 2, TARVA_ABI_TYPE_UINT16> && is_type<short, 2, TARVA_ABI_TYPE_INT16>);
+  static_assert(is_type<unsigned, 4, TARVA_ABI_TYPE_UINT32> && is_type<int, 4, TARVA_ABI_TYPE_INT32>);
+  static_assert(is_type<unsigned long long, 8, TARVA_ABI_TYPE_UINT64> &&
+                is_type<long, 8, TARVA_ABI_TYPE_INT64>);
+  static_assert(is_type<tarva::half, 2, TARVA_ABI_TYPE_HALF> && is_type<double, 8, TARVA_ABI_TYPE_DOUBLE>);
+  static_assert(is_type<tarva::uchar2, 2, TARVA_ABI_TYPE_UINT8V2> &&
+                is_type<tarva::char16, 16, TARVA_ABI_TYPE_INT8V16>);
+  static_assert(is_type<tarva::ushort3, 8, TARVA_ABI_TYPE_UINT16V3> &&
+                is_type<tarva::short8, 16, TARVA_ABI_TYPE_INT16V8>);
+  static_assert(is_type<tarva::uint4, 16, TARVA_ABI_TYPE_UINT32V4> &&
+                is_type<tarva::int3, 16, TARVA_ABI_TYPE_INT32V3>);
+  static_assert(is_type<tarva::ulong8, 64, TARVA_ABI_TYPE_UINT64V8> &&
+                is_type<tarva::long2, 16, TARVA_ABI_TYPE_INT64V2>);
+  static_assert(is_type<tarva::half3, 8, TARVA_ABI_TYPE_HALF3> &&
+                is_type<tarva::float16, 64, TARVA_ABI_TYPE_FLOAT16>);
+  static_assert(is_type<tarva::double3, 32, TARVA_ABI_TYPE_DOUBLE3> &&
+                is_type<tarva::double16, 128, TARVA_ABI_TYPE_DOUBLE16>);
+  EXPECT_TRUE((tarva::float3{1, 2, 3, 4} == tarva::float3{1, 2, 3, 5})) << "the fourth is no component";
+  EXPECT_TRUE((tarva::float4{1, 2, 3, 4} != tarva::float4{1, 2, 3, 5}));
+}
+
+TEST(cpp_types, halves_survive_and_round_to_even) {
+  for (std::uint32_t bits = 0; bits < 0x10000; ++bits) {
+    tarva::half from{};
+    from.bits = static_cast<std::uint16_t>(bits);
+    const auto value = static_cast<float>(from);
+    if (std::isnan(value))
+      EXPECT_TRUE((bits & 0x7c00) == 0x7c00 && (bits & 0x3ff) != 0 &&
+                  std::isnan(static_cast<float>(tarva::half(value))));
+    else
+      ASSERT_EQ(tarva::half(value).bits, bits);
+  }
+  const std::pair<float, std::uint16_t> rows[] = {
+      {1.0F, 0x3c00},         {-2.0F, 0xc000},      {65519.0F, 0x7bff},      {65520.0F, 0x7c00},
+      {0x1.002p0F, 0x3c00},   {0x1.006p0F, 0x3c02}, {0x1.002002p0F, 0x3c01}, {0x1p-25F, 0x0000},
+      {0x1.8p-25F, 0x0001},   {0x1.8p-24F, 0x0002}, {-0x1p-24F, 0x8001},     {0x1p-14F, 0x0400},
+      {0x1.ffep-15F, 0x0400}, {1e-40F, 0x0000},     {HUGE_VALF, 0x7c00},     {-1e30F, 0xfc00}};
+  for (const auto& [value, bits] : rows)
+    EXPECT_EQ(tarva::half(value).bits, bits) << value;
+}
+
+} // namespace scripted

@@ -1,0 +1,51 @@
+#!/bin/sh
+# Builds and runs what lies in outside/, and two examples, against an installed tree, by one of the roads to it.
+#   outside_test.sh <prefix> <road> <examples>
+# CC and CXX name the compilers.
+set -eu
+prefix=$1 examples=$3
+outside=$(dirname "$0")/outside
+folder=$(find "$prefix" -name liboryn-tarva.so.0 -exec dirname {} \;)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+strict="-Wall -Wextra -Wpedantic -Werror"
+
+need() { command -v "$1" >/dev/null 2>&1 || { echo "skipped: there is no $1"; exit 77; }; }
+
+run() { LD_LIBRARY_PATH="$folder${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}" "$@"; }
+
+build_and_run() { # compiler flags, linker flags
+  $CC -std=c99 $strict "$examples/saxpy.c" $1 $2 -o "$work/saxpy"
+  $CXX -std=c++17 $strict "$examples/saxpy.cpp" $1 $2 -o "$work/saxpy_cpp"
+  run "$work/saxpy"
+  run "$work/saxpy_cpp"
+}
+
+case $2 in
+  pkg_config)
+    need pkg-config
+    export PKG_CONFIG_PATH="$folder/pkgconfig"
+    build_and_run "$(pkg-config --cflags tarva)" "$(pkg-config --libs tarva)"
+    ;;
+  cmake)
+    cmake -S "$outside" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DEXAMPLES="$examples" -DCMAKE_C_FLAGS="$strict" \
+          -DCMAKE_CXX_FLAGS="$strict"
+    cmake --build "$work/build"
+    "$work/build/saxpy"
+    "$work/build/saxpy_cpp"
+    ;;
+  plain) build_and_run "-I$prefix/include" "-L$folder -loryn-tarva" ;;
+  dlopen)
+    $CC -std=c99 $strict -Wno-pedantic "-I$prefix/include" "$outside/load.c" -ldl -o "$work/load"
+    run "$work/load" liboryn-tarva.so.0
+    ;;
+  ctypes)
+    need python3
+    run python3 "$outside/through_ctypes.py" liboryn-tarva.so.0
+    ;;
+  tool)
+    # It finds the library from where it lies itself, as do programs that CMake has built.
+    "$prefix/bin/tarva-info" --version
+    "$prefix/bin/tarva-info"
+    ;;
+esac

@@ -1,0 +1,40 @@
+#!/bin/sh
+# Makes the packages of a build folder, installs them below a folder of their own, uses what they hold, and takes them
+# away again.   package_test.sh <build folder> [--lint]
+set -eu
+for tool in dpkg-deb dpkg-shlibdeps file; do
+  command -v $tool >/dev/null 2>&1 || { echo "skipped: there is no $tool; see scripts/install-packages --release"; exit 77; }
+done
+build=$(realpath "$1")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+(cd "$build" && cpack -B "$work/packages" >"$work/log" 2>&1) || { cat "$work/log"; exit 1; }
+packages=$(ls "$work"/packages/*.deb)
+[ "$(printf '%s\n' "$packages" | wc -l)" = 3 ] || { echo "not three packages: $packages"; exit 1; }
+
+if [ "${2:-}" = --lint ]; then
+  lintian --fail-on error,warning $packages
+  mkdir -p "$build/packages"
+  cp $packages "$build/packages/"
+fi
+
+# A dpkg of its own, without the packages that are needed, in a folder that is otherwise empty.
+root=$work/root
+mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/log"
+touch "$root/var/lib/dpkg/status"
+mkdir "$work/bin"
+ln -s /bin/true "$work/bin/ldconfig" # so that the machine's own cache is left alone
+in_root() {
+  PATH=$work/bin:$PATH:/usr/sbin:/sbin dpkg --log=/dev/null --force-not-root --force-depends --force-script-chrootless --force-bad-path \
+       --root="$root" "$@" >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+}
+in_root --install $packages
+library=$(find "$root/usr/lib" -name liboryn-tarva.so.0)
+LD_LIBRARY_PATH=$(dirname "$library") "$root/usr/bin/tarva-info" --version
+for file in include/tarva.hpp share/man/man1/tarva-info.1.gz share/doc/liboryn-tarva0/copyright; do
+  [ -s "$root/usr/$file" ] || { echo "$file is not there"; exit 1; }
+done
+in_root --purge liboryn-tarva-dev tarva-tools liboryn-tarva0
+left=$(find "$root" -path "$root/var/lib/dpkg" -prune -o -not -type d -print)
+[ -z "$left" ] || { echo "left behind: $left"; exit 1; }
