@@ -41,7 +41,7 @@ void compare_allocations(benchmark::State& state, std::uint64_t bytes) {
 } // namespace
 
 void add_allocations() {
-  for (const auto& [bytes, rounds] : SIZES)
+  for (const auto& [bytes, rounds] : sizes)
     add("allocate_and_release/bytes:" + std::to_string(bytes), 2000,
         [bytes = bytes](benchmark::State& state) { compare_allocations(state, bytes); });
 }

@@ -52,6 +52,7 @@ void compare(benchmark::State& state, const std::vector<measured_subject>& subje
     if (index == 0)
       continue;
     std::vector<double> ratios;
+    ratios.reserve(times[0].size());
     for (std::size_t i = 0; i < times[0].size(); ++i)
       ratios.push_back(times[0][i] / times[index][i]);
     state.counters["ratio_" + subjects[index].name] = median(std::move(ratios));
@@ -60,6 +61,7 @@ void compare(benchmark::State& state, const std::vector<measured_subject>& subje
 
 void compare(benchmark::State& state, const std::vector<subject>& subjects, std::uint64_t operations) {
   std::vector<measured_subject> measured;
+  measured.reserve(subjects.size());
   for (const subject& each : subjects)
     measured.push_back({each.name, [&each, operations] {
                           if (each.prepare)

@@ -31,7 +31,7 @@ void compare_first_uses(benchmark::State& state, std::uint64_t bytes) {
     buffer = device.create_buffer(bytes);
     device.write(buffer, raw_content->data(), bytes);
     raw_content.reset();
-    device.launch(raw_kernel, {{sizeof(buffer), &buffer}});
+    device.launch(raw_kernel, {{sizeof(cl_mem), &buffer}});
   };
   const auto prepare_raw = [&] { raw_content = std::make_unique<std::vector<std::uint32_t>>(content); };
   const auto clean_raw = [&] { check(opencl().release_mem_object(buffer), "Releasing a buffer"); };
@@ -61,7 +61,7 @@ void compare_first_uses(benchmark::State& state, std::uint64_t bytes) {
 } // namespace
 
 void add_first_uses() {
-  for (const auto& [bytes, rounds] : SIZES)
+  for (const auto& [bytes, rounds] : sizes)
     add("first_use/bytes:" + std::to_string(bytes), rounds,
         [bytes = bytes](benchmark::State& state) { compare_first_uses(state, bytes); });
 }

@@ -14,8 +14,8 @@ namespace benchmarks {
 
 namespace {
 
-constexpr std::uint64_t CALLS = 2000;
-constexpr int ROUNDS = 200;
+constexpr std::uint64_t calls = 2000;
+constexpr int rounds = 200;
 
 void compare_retains(benchmark::State& state, std::size_t threads) {
   const caller::memory memory = caller::allocate(TARVA_ABI_TYPE_UINT32, 1);
@@ -26,7 +26,7 @@ void compare_retains(benchmark::State& state, std::size_t threads) {
               {"tarva",
                [&] {
                  team.do_together([&](std::size_t) {
-                   for (std::uint64_t i = 0; i < CALLS / 2; ++i) {
+                   for (std::uint64_t i = 0; i < calls / 2; ++i) {
                      tarva_abi_retain_memory(nullptr, memory.get());
                      tarva_abi_release_memory(nullptr, memory.get());
                    }
@@ -35,14 +35,14 @@ void compare_retains(benchmark::State& state, std::size_t threads) {
               {"raw",
                [&] {
                  team.do_together([&](std::size_t) {
-                   for (std::uint64_t i = 0; i < CALLS / 2; ++i) {
+                   for (std::uint64_t i = 0; i < calls / 2; ++i) {
                      opencl().retain_program(program);
                      opencl().release_program(program);
                    }
                  });
                }},
           },
-          CALLS * threads);
+          calls * threads);
   check(opencl().release_program(program), "Releasing a program");
 }
 
@@ -56,7 +56,7 @@ void measure_look_ups(benchmark::State& state, std::size_t threads, std::size_t 
     handles.push_back(bridge.make_handle<tarva_abi_memory_s>(object));
   std::vector<tarva_abi_memory_s*> picked;
   std::minstd_rand random; // NOLINT(cert-msc51-cpp): the same picks in each run
-  for (std::uint64_t i = 0; i < CALLS * ROUNDS; ++i)
+  for (std::uint64_t i = 0; i < calls * rounds; ++i)
     picked.push_back(handles[random() % count]);
 
   thread_team team(threads);
@@ -64,13 +64,13 @@ void measure_look_ups(benchmark::State& state, std::size_t threads, std::size_t 
   compare(state,
           std::vector<subject>{{"tarva",
                                 [&] {
-                                  const std::uint64_t first = round++ % ROUNDS * CALLS;
+                                  const std::uint64_t first = round++ % rounds * calls;
                                   team.do_together([&](std::size_t) {
-                                    for (std::uint64_t i = 0; i < CALLS; ++i)
+                                    for (std::uint64_t i = 0; i < calls; ++i)
                                       benchmark::DoNotOptimize(bridge.get_library_object(picked[first + i]));
                                   });
                                 }}},
-          CALLS * threads);
+          calls * threads);
   for (tarva_abi_memory_s* handle : handles)
     bridge.release(handle);
 }
@@ -79,10 +79,10 @@ void measure_look_ups(benchmark::State& state, std::size_t threads, std::size_t 
 
 void add_handles() {
   for (const std::size_t threads : {1, 2, 8}) {
-    add("retain_or_release/threads:" + std::to_string(threads), ROUNDS,
+    add("retain_or_release/threads:" + std::to_string(threads), rounds,
         [threads](benchmark::State& state) { compare_retains(state, threads); });
     for (const std::size_t count : {1, 1000, 1000000})
-      add("look_up/handles:" + std::to_string(count) + "/threads:" + std::to_string(threads), ROUNDS,
+      add("look_up/handles:" + std::to_string(count) + "/threads:" + std::to_string(threads), rounds,
           [threads, count](benchmark::State& state) { measure_look_ups(state, threads, count); });
   }
 }

@@ -30,8 +30,9 @@ void compare_launches(benchmark::State& state, int argument_count) {
   check(status, "Making a kernel");
   cl_mem buffer = device.create_buffer(sizeof(number));
   std::vector<raw_device::argument> raw_arguments;
+  raw_arguments.reserve(static_cast<std::size_t>(argument_count));
   for (int i = 0; i < argument_count; ++i)
-    raw_arguments.push_back(i % 2 == 0 ? raw_device::argument{sizeof(buffer), &buffer}
+    raw_arguments.push_back(i % 2 == 0 ? raw_device::argument{sizeof(cl_mem), &buffer}
                                        : raw_device::argument{sizeof(number), &number});
 
   worker thread;

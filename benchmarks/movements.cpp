@@ -73,7 +73,7 @@ private:
     buffer_ = there.device.create_buffer(bytes_);
     there.device.write(buffer_, staging_.get(), bytes_);
     staging_.reset();
-    there.device.launch(there.kernel, {{sizeof(buffer_), &buffer_}});
+    there.device.launch(there.kernel, {{sizeof(cl_mem), &buffer_}});
   }
 
   std::uint64_t bytes_;
@@ -111,7 +111,7 @@ void compare_movements(benchmark::State& state, std::uint64_t bytes) {
 } // namespace
 
 void add_movements() {
-  for (const auto& [bytes, rounds] : SIZES)
+  for (const auto& [bytes, rounds] : sizes)
     add("move/bytes:" + std::to_string(bytes), rounds,
         [bytes = bytes](benchmark::State& state) { compare_movements(state, bytes); });
 }

@@ -10,6 +10,6 @@ struct measured_size {
   int rounds;
 };
 
-inline constexpr measured_size SIZES[] = {{4, 2000}, {4096, 2000}, {1 << 20, 500}, {256 << 20, 12}};
+inline constexpr measured_size sizes[] = {{4, 2000}, {4096, 2000}, {1 << 20, 500}, {256 << 20, 12}};
 
 } // namespace benchmarks

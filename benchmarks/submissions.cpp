@@ -14,7 +14,7 @@ namespace benchmarks {
 
 namespace {
 
-constexpr std::uint64_t LAUNCHES = 20;
+constexpr std::uint64_t launches = 20;
 
 void compare_submissions(benchmark::State& state, std::size_t threads) {
   const std::string source = kernel_source(0);
@@ -32,7 +32,7 @@ void compare_submissions(benchmark::State& state, std::size_t threads) {
   thread_team team(threads);
   const auto by_all = [&team](const std::function<void()>& work) {
     team.do_together([&](std::size_t) {
-      for (std::uint64_t i = 0; i < LAUNCHES; ++i)
+      for (std::uint64_t i = 0; i < launches; ++i)
         work();
     });
   };
@@ -54,7 +54,7 @@ void compare_submissions(benchmark::State& state, std::size_t threads) {
                  });
                }},
           },
-          LAUNCHES * threads);
+          launches * threads);
   check(opencl().release_kernel(raw_kernel), "Releasing a kernel");
   check(opencl().release_program(program), "Releasing a program");
 }

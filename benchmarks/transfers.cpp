@@ -44,7 +44,7 @@ struct direction {
   void (*peer_call)(transfer_set&, peer&);
 };
 
-constexpr direction DIRECTIONS[] = {
+constexpr direction directions[] = {
     {"write", [](transfer_set& set) { write(set.first, set.block.data(), set.count); },
      [](transfer_set& set) { set.device.write(set.raw_first, set.block.data(), set.bytes); },
      [](transfer_set& set, peer& by) { by.write(set.block.data(), set.bytes); }},
@@ -79,8 +79,8 @@ void compare_transfers(benchmark::State& state, const direction& which, std::uin
 } // namespace
 
 void add_transfers() {
-  for (const direction& which : DIRECTIONS)
-    for (const auto& [bytes, rounds] : SIZES)
+  for (const direction& which : directions)
+    for (const auto& [bytes, rounds] : sizes)
       add(std::string(which.name) + "/bytes:" + std::to_string(bytes), rounds,
           [&which, bytes = bytes](benchmark::State& state) { compare_transfers(state, which, bytes); });
 }

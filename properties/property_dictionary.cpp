@@ -15,8 +15,8 @@ void property_dictionary::add(const std::string& field_name, const std::string& 
   add_entry(field_name, {{friendly_name, description}, type});
 }
 
-void property_dictionary::add_entry(const std::string& field_name, entry&& new_entry) {
-  if (!entries_.try_emplace(field_name, std::move(new_entry)).second) {
+void property_dictionary::add_entry(const std::string& field_name, const entry& new_entry) {
+  if (!entries_.try_emplace(field_name, new_entry).second) {
     throw std::logic_error("Inserting a duplicate entry for the fieldname \"" + field_name +
                            "\" into the property dictionary.");
   }

@@ -30,7 +30,7 @@ public:
   std::size_t size() const { return entries_.size(); }
 
 private:
-  void add_entry(const std::string& field_name, entry&& new_entry);
+  void add_entry(const std::string& field_name, const entry& new_entry);
   const entry& get_entry(const std::string& field_name) const;
 
   std::unordered_map<std::string, entry> entries_;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <random>
 #include <unordered_map>
+#include <vector>
 
 namespace oryn::tarva::library {
 namespace {
@@ -14,11 +15,12 @@ class address_map_against_model : public ::testing::TestWithParam<std::pair<std:
 
 TEST_P(address_map_against_model, agrees) {
   const auto [key_count, distance] = GetParam();
+  const std::vector<char> addresses(distance * (key_count + 1));
   address_map<std::shared_ptr<int>> map;
   std::unordered_map<const void*, int> model;
   std::minstd_rand random(1);
   for (int step = 0; step < 60'000; ++step) {
-    const auto* key = reinterpret_cast<const void*>(distance * (1 + random() % key_count));
+    const auto* key = static_cast<const void*>(&addresses[distance * (random() % key_count)]);
     // Rather more insertions at first, and rather more removals at last.
     if (random() % 60'000 > static_cast<unsigned>(step)) {
       const auto [value, is_new] = map.try_emplace(key, std::make_shared<int>(step));

@@ -1,0 +1,154 @@
+"""What the benchmarks have measured, as tables and as a plot."""
+
+OTHERS = ["raw", "floor", "compute", "bindings", "fresh_write"]
+TITLES = {"raw": "to raw", "floor": "to raw + floor", "compute": "to Boost.Compute", "bindings": "to C++ bindings",
+          "fresh_write": "to raw write into fresh buffer"}
+SIZES = {4: "4 B", 4096: "4 KiB", 1 << 20: "1 MiB", 256 << 20: "256 MiB"}
+
+
+def time_text(nanoseconds):
+    for limit, unit in ((1e3, "ns"), (1e6, "us"), (1e9, "ms")):
+        if nanoseconds < limit:
+            return f"{nanoseconds / limit * 1e3:.3g} {unit}"
+    return f"{nanoseconds / 1e9:.3g} s"
+
+
+def label(name):
+    """As people say it: "write, 4 KiB" for write/bytes:4096."""
+    parts = name.split("/")
+    for index, part in enumerate(parts):
+        what, _, number = part.partition(":")
+        if what == "bytes":
+            parts[index] = SIZES[int(number)]
+        elif number:
+            parts[index] = f"{number} {what}"
+    return ", ".join(parts).replace("_", " ")
+
+
+def table(results):
+    """A section for each place, a line for each measure."""
+    lines = []
+    for place in dict.fromkeys(one["place"] for one in results):
+        rows = [one for one in results if one["place"] == place and "ns_tarva" in one]
+        others = [other for other in OTHERS if any(f"ratio_{other}" in one for one in rows)]
+        lines += [f"### {place}", "", "| measure | time | " + " | ".join(TITLES[other] for other in others) + " |",
+                  "|---|---:|" + "---:|" * len(others)]
+        for one in rows:
+            ratios = [f"{one[f'ratio_{other}']:.2f}" if f"ratio_{other}" in one else "" for other in others]
+            lines.append(f"| {label(one['name'])} | {time_text(one['ns_tarva'])} | " + " | ".join(ratios) + " |")
+        lines.append("")
+    for one in results:
+        if "kilobytes_more" in one:
+            lines.append(f"Resident memory of a started library beyond that of raw OpenCL: "
+                         f"{one['kilobytes_more'] / 1024:.1f} MiB.")
+    return "\n".join(lines) + "\n"
+
+
+SUMMARY = ("launch/arguments:0", "launch/arguments:8", "launch/arguments:64", "write/bytes:4", "write/bytes:1048576",
+           "write/bytes:268435456", "read/bytes:4", "read/bytes:268435456", "copy/bytes:4", "copy/bytes:268435456",
+           "fill/bytes:4", "fill/bytes:268435456", "first_use/bytes:4", "first_use/bytes:268435456",
+           "allocate_and_release/bytes:4096")
+DEVICES = ("basic", "pthread")
+
+
+def summary(results):
+    """One table of the main measures, both devices side by side, pinned to one processor."""
+    others = ("raw", "floor", "compute", "bindings")
+    names = ("raw", "raw + floor", "Boost.Compute", "C++ bindings")
+    lines = ["| measure | " + " | ".join(f"{device}: time | " + " | ".join(names) for device in DEVICES) + " |",
+             "|---|" + "---:|" * (len(DEVICES) * (1 + len(others)))]
+    for name in SUMMARY:
+        cells = []
+        for device in DEVICES:
+            found = [one for one in results if (one["name"], one["place"]) == (name, f"{device}, pinned")]
+            cells.append(time_text(found[0]["ns_tarva"]) if found else "")
+            cells += [f"{found[0][f'ratio_{other}']:.2f}" if found and f"ratio_{other}" in found[0] else ""
+                      for other in others]
+        lines.append(f"| {label(name)} | " + " | ".join(cells) + " |")
+    return "\n".join(lines) + "\n"
+
+
+def plot(results):
+    """Size, on a logarithmic axis, against the ratio to raw OpenCL on a worker thread: one curve a measure."""
+    width, height, left, top, right, bottom = 760, 420, 60, 30, 190, 50
+    curves = {}
+    for one in results:
+        kind = one["name"].split("/")[0]
+        if one.get("bytes") and "ratio_floor" in one and kind in ("write", "read", "copy", "fill") \
+                and one["place"].endswith("pinned"):
+            curves.setdefault((one["place"].split(",")[0], kind), []).append((one["bytes"], one["ratio_floor"]))
+    if not curves:
+        return ""
+    sizes = sorted({size for points in curves.values() for size, _ in points})
+    highest = max(1.5, max(ratio for points in curves.values() for _, ratio in points) * 1.05)
+
+    def x(size):
+        return left + sizes.index(size) / max(1, len(sizes) - 1) * (width - left - right)
+
+    def y(ratio):
+        return height - bottom - ratio / highest * (height - top - bottom)
+
+    parts = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" font-family="sans-serif" '
+             f'font-size="12">', '<rect width="100%" height="100%" fill="white"/>',
+             f'<text x="{left}" y="18">Time of the library, over that of raw OpenCL on a worker thread</text>']
+    for step in range(int(highest / 0.25) + 1):
+        ratio = step * 0.25
+        parts.append(f'<line x1="{left}" x2="{width - right}" y1="{y(ratio):.1f}" y2="{y(ratio):.1f}" '
+                     f'stroke="{"black" if ratio == 1 else "#ddd"}"/>')
+        parts.append(f'<text x="{left - 8}" y="{y(ratio) + 4:.1f}" text-anchor="end">{ratio:.2f}</text>')
+    for size in sizes:
+        parts.append(f'<text x="{x(size):.1f}" y="{height - bottom + 18}" text-anchor="middle">'
+                     f'{SIZES.get(size, int(size))}</text>')
+    colours = {"write": "#1b6ca8", "read": "#c0392b", "copy": "#2e8b57", "fill": "#8e44ad"}
+    for index, ((device, kind), points) in enumerate(sorted(curves.items())):
+        dashes = "" if device == "basic" else ' stroke-dasharray="6 4"'
+        line = " ".join(f"{x(size):.1f},{y(ratio):.1f}" for size, ratio in sorted(points))
+        key_y = top + 14 + index * 18
+        parts.append(f'<polyline points="{line}" fill="none" stroke="{colours[kind]}" stroke-width="2"{dashes}/>')
+        parts.append(f'<line x1="{width - right + 15}" x2="{width - right + 45}" y1="{key_y - 4}" y2="{key_y - 4}" '
+                     f'stroke="{colours[kind]}" stroke-width="2"{dashes}/>')
+        parts.append(f'<text x="{width - right + 52}" y="{key_y}">{kind}, {device}</text>')
+    return "\n".join(parts + ["</svg>"]) + "\n"
+
+
+def more(results):
+    """The measures that have no place in the summary, one line each."""
+    found = {(one["place"], one["name"]): one for one in results}
+    basic, free = "basic, pinned", "basic, free"
+
+    def times(place, *names):
+        return ", ".join(time_text(found[place, name]["ns_tarva"]) for name in names)
+
+    def ratios(place, other, *names):
+        return ", ".join(f"{found[place, name][f'ratio_{other}']:.2f}" for name in names)
+
+    look_ups = [f"look_up/handles:{count}/threads:1" for count in (1, 1000, 1000000)]
+    threads = [f"submit/threads:{count}" for count in (1, 4, 16)]
+    lines = [
+        ("handle look-up with 1, a thousand and a million handles, picked at random", times(basic, *look_ups)),
+        ("the same by 8 threads on two processors, per call of all", times(free, *(name[:-1] + "8" for name in look_ups))),
+        ("retain or release by 1 thread, and by 8 on two processors, per call of all",
+         times(basic, "retain_or_release/threads:1") + ", " + times(free, "retain_or_release/threads:8")),
+        ("a fill with 1, a thousand and a million memory objects alive, on one picked at random",
+         times(basic, *(f"fill_on_host/random/live:{count}" for count in (1, 1000, 1000000)))),
+        ("launches by 1, 4 and 16 threads, per launch", times(basic, *threads)),
+        ("the same, to raw + floor", ratios(basic, "floor", *threads)),
+        ("movement of 4 B and 256 MiB between devices, with a launch, to raw + floor",
+         ratios("basic and pthread, pinned", "floor", "move/bytes:4", "move/bytes:268435456")),
+        ("first use of 256 MiB, to a raw write into a fresh buffer",
+         ratios(basic, "fresh_write", "first_use/bytes:268435456")),
+        ("building a program, and from the implementation's cache, to raw",
+         ratios(basic, "raw", "build/cold", "build/cached")),
+        ("start and stop, to raw", ratios(free, "raw", "start", "stop")),
+        ("resident memory of the started library beyond that of raw OpenCL",
+         f"{found[free, 'resident_memory']['kilobytes_more'] / 1024:.1f} MiB"),
+        ("text and XML of a device's whole property tree", times(basic, "property_tree/text", "property_tree/xml")),
+        ("the queries for it alone", time_text(found[basic, "property_tree/text"]["ns_raw"])),
+    ]
+    return "\n".join(["| measure | result |", "|---|---|"] + [f"| {what} | {result} |" for what, result in lines]) + "\n"
+
+
+def replace_measured(text, content):
+    """`text` with `content` between its two marks."""
+    begin, end = "<!-- measured -->\n", "<!-- end of measured -->\n"
+    return text[:text.index(begin) + len(begin)] + content + text[text.index(end):]
