@@ -67,13 +67,13 @@ private:
     return std::get<handle_table<record>>(tables_);
   }
 
-  // With the lock held.
-  template <typename record>
-  void test_kind(const record* handle) const;
   template <typename record>
   record* store(record_ptr<record> handle, handle_entry<record> new_entry);
   template <typename record>
   void remove(record* handle);
+  // With the lock held.
+  template <typename record>
+  void test_kind(const record* handle) const;
   void report_leaks() const;
 
   mutable std::mutex lock_;

@@ -42,9 +42,15 @@ void tarva_singleton::submit_without_future(const std::shared_ptr<logical_ir::lo
 
 tarva_abi_future_s*
 tarva_singleton::submit_with_future(const std::shared_ptr<logical_ir::logical_operation>& operation) {
-  auto future = operation->get_future();
-  submit(operation);
-  return bridge_.make_handle<tarva_abi_future_s>(std::move(future));
+  // First of all, so that a call that has no memory for it has done nothing.
+  tarva_abi_future_s* const future = bridge_.make_handle<tarva_abi_future_s>(operation->get_future());
+  try {
+    submit(operation);
+  } catch (...) {
+    bridge_.release_future(future);
+    throw;
+  }
+  return future;
 }
 
 void tarva_singleton::tarva_abi_wait_future(tarva_abi_future_s* future, long* future_error_code,

@@ -91,6 +91,7 @@ public:
   ~library_holder() {
     if (getpid() != process_)
       return;
+    note_end_of_process();
     the_gate.close();
     if (process_has_failed()) {
       // Callers sleep inside for ever, and workers may still be at work: all of it is left as it is.

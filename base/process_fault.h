@@ -14,6 +14,9 @@ inline bool process_has_failed() noexcept {
   return internal::process_has_failed.load(std::memory_order_relaxed);
 }
 
+// From then on the exit handlers of the process are running, or the library is being unloaded.
+void note_end_of_process() noexcept;
+
 // Ends the process with status 1. Exit handlers run on this thread. A second thread that comes here only waits.
 [[noreturn]] void fail_process() noexcept;
 

@@ -130,9 +130,9 @@
  * library cannot start, it writes the reason to the standard error stream and ends the process with status 1.
  * It stops by itself when the process exits or the library is unloaded. From then on, a call returns
  * TARVA_ABI_UNKNOWN_FAILURE or does nothing. Calls of other threads that are inside the library at that
- * moment are waited for, up to about ten seconds; yet a process should not exit while another thread is
- * loading a program or launching a kernel for the first time, since many OpenCL compilers do not survive
- * that. A child that was forked after the start has no library: its calls end like those after the stop.
+ * moment are waited for: up to about ten seconds, but as long as it takes for what a device is doing. A
+ * process should not exit while another thread is loading a program or launching a kernel for the first time,
+ * since many OpenCL compilers do not survive that. A child that was forked after the start has no library: its calls end like those after the stop.
  *
  * LOG
  *
@@ -581,14 +581,14 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_device_root_property(void* reser
  * device       the device
  * out_program  receives the program: to be given to tarva_abi_release_program
  *
- * Errors: -3 if out_program is NULL.
+ * Errors: no others than the common ones.
  */
 TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_builtin_program(void* reserved, tarva_abi_device_s* device,
                                                                 tarva_abi_program_s** out_program,
                                                                 tarva_abi_error_s** out_error);
 
 /*
- * Whether the device can take this kind of data as a program. Nothing is built, and the data itself is not
+ * Whether the device can take this kind of data as a program. Nothing is built, and what the data says is not
  * looked at.
  *
  * device         the device
@@ -694,7 +694,7 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_kernel_root_property(void* reser
  *
  *   - a wrong number of arguments, or of dimensions
  *   - memory, or local memory, of no elements
- *   - more bytes of local memory than the device has
+ *   - more bytes of local memory than the device has beside what the kernel itself declares
  *   - an offset on a device of OpenCL 1.0
  *   - a global size of 0 in a dimension, below OpenCL 2.1
  *   - global ids that the device cannot count: offset and size together beyond its address bits

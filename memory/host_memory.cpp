@@ -39,7 +39,7 @@ void require(bool holds, const char* message) {
     throw std::logic_error(message);
 }
 
-// Writes `size` bytes of `pattern` over and over, doubling what stands already: few large copies instead of
+// Writes `bytes` bytes of `pattern` over and over, doubling what stands already: few large copies instead of
 // many small ones.
 void repeat_pattern(std::uint8_t* first, const std::vector<std::uint8_t>& pattern, std::uint64_t bytes) {
   constexpr std::uint64_t largest_step = std::uint64_t{1} << 16;

@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
   print_devices(devices);
 
   tarva_abi_device_s* device = devices->devices[0];
-  printf("\nAll work is done on device 1.\n");
+  printf("\nAll work is done on device 0.\n");
   const int saxpy_right = run_saxpy(device);
   const int product_right = run_matrix_product(device);
   const int picture_right = run_mandelbrot(device, picture_path);

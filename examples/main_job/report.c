@@ -77,7 +77,7 @@ static void print_device(uint64_t number, tarva_abi_device_s* device) {
 void print_devices(const tarva_abi_device_array_s* devices) {
   printf("%" PRIu64 " OpenCL device%s:\n", devices->count, devices->count == 1 ? "" : "s");
   for (uint64_t i = 0; i < devices->count; ++i)
-    print_device(i + 1, devices->devices[i]);
+    print_device(i, devices->devices[i]);
 }
 
 double now(void) {

@@ -53,17 +53,21 @@ inline tarva_abi_kernel_argument_s argument(std::nullptr_t) noexcept {
   return {TARVA_ABI_ARGUMENT_NULL, 0, 0};
 }
 
-/// Whether every value of From is one of To.
+/// Whether every value of From is one of To; or, for a To with fractions, has one near it.
 template <class To, class From>
-inline constexpr bool always_fits = std::is_floating_point_v<To> ||
-                                    (std::is_signed_v<To> == std::is_signed_v<From>
-                                         ? sizeof(To) >= sizeof(From)
-                                         : std::is_signed_v<To> && sizeof(To) > sizeof(From));
+inline constexpr bool always_fits = std::is_floating_point_v<To>
+                                        ? std::is_integral_v<From> || sizeof(To) >= sizeof(From)
+                                        : (std::is_signed_v<To> == std::is_signed_v<From>
+                                               ? sizeof(To) >= sizeof(From)
+                                               : std::is_signed_v<To> && sizeof(To) > sizeof(From));
 
 template <class To, class From>
 constexpr bool fits(From value) noexcept {
   if constexpr (always_fits<To, From>)
     return true;
+  else if constexpr (std::is_floating_point_v<From>) // infinities and what is no number stay what they are
+    return !(value > std::numeric_limits<To>::max() || value < std::numeric_limits<To>::lowest()) ||
+           value > std::numeric_limits<From>::max() || value < std::numeric_limits<From>::lowest();
   else if constexpr (std::is_signed_v<From>)
     return value >= 0 ? static_cast<std::make_unsigned_t<From>>(value) <=
                             static_cast<std::make_unsigned_t<To>>(std::numeric_limits<To>::max())
@@ -87,13 +91,17 @@ public:
   parameter(const Same& value) noexcept : value_(value) {}
   /// Throws std::out_of_range if the number is not one of T.
   template <class From, class = if_number<From>>
-  parameter(From value) : value_(static_cast<T>(value)) {
-    if (!fits<T>(value))
-      throw std::out_of_range("A kernel's parameter cannot hold the argument " + std::to_string(value) + ".");
-  }
+  parameter(From value) : value_(converted(value)) {}
   tarva_abi_kernel_argument_s record() const noexcept { return argument(value_); }
 
 private:
+  template <class From>
+  static T converted(From value) {
+    if (!fits<T>(value))
+      throw std::out_of_range("A kernel's parameter cannot hold the argument " + std::to_string(value) + ".");
+    return static_cast<T>(value);
+  }
+
   T value_;
 };
 

@@ -101,8 +101,8 @@ launch_limits opencl_version_kernel<V>::read_limits() const {
   return limits;
 }
 
-// A device of 2.x has them. One of an earlier version that is used as 2.x has none, and one of a later version, which made
-// them optional, tells.
+// A device of 2.x has them. One of an earlier version that is used as 2.x has none. In later versions they are
+// optional, and the device tells.
 template <version V>
 bool opencl_version_kernel<V>::has_non_uniform_groups() const {
   constexpr std::uint32_t non_uniform_work_group_support = 0x1065;

@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cmath>
+#include <limits>
 #include <tarva.hpp>
 
 namespace scripted {
@@ -193,6 +194,8 @@ TEST_F(cpp_layer, numbers_are_converted_or_refused) {
   EXPECT_EQ(data.read(), ints{-1});
 
   using tarva::detail::fits;
+  EXPECT_TRUE(fits<float>(3.4e38) && fits<float>(std::numeric_limits<double>::infinity()) &&
+              !fits<float>(-1e300));
   static_assert(fits<unsigned char>(255) && !fits<unsigned char>(256) && !fits<unsigned char>(-1));
   static_assert(fits<signed char>(-128) && !fits<signed char>(-129) && !fits<signed char>(128U));
   static_assert(fits<unsigned long>(LONG_MAX) && !fits<unsigned long>(-1L) && fits<long>(0xffffffffU));
