@@ -22,7 +22,8 @@ public:
   using device_list = std::vector<std::shared_ptr<library_device>>;
 
   // Knows no device; the list is read at every submit.
-  explicit ultra_naive_scheduler(std::function<const device_list&()> devices) : devices_(std::move(devices)) {}
+  explicit ultra_naive_scheduler(std::function<const device_list&()> devices)
+      : devices_(std::move(devices)) {}
 
   // Returns when every command of the operation has ended.
   void submit(const std::shared_ptr<logical_ir::logical_operation>& operation) override;
