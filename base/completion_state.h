@@ -45,6 +45,7 @@ public:
   // Made for the first who asks, since few are ever waited for.
   notifier get_pipe() const;
   bool is_complete() const { return complete_; }
+  bool has_failed() const { return failed_; }
   // Complete without an error.
   bool has_succeeded() const;
   std::exception_ptr get_error() const;

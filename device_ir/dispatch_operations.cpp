@@ -53,15 +53,27 @@ command_graph generate_commands(const physical_graph& piece) {
   return command_graph(piece, generator_for(device), mark_submitted);
 }
 
-void submit_piece(const physical_graph& piece, command_graph&& commands) {
-  const auto& first = piece.nodes().front();
-  const auto request = first->get_logical_operation();
-  const std::uint64_t count = commands.nodes().size();
-  request->add_device_commands(count);
+device_work_dispatcher& dispatcher_of(const physical_graph& piece) {
+  return piece.nodes().front()->get_device()->get_dispatcher();
+}
+
+struct prepared_piece {
+  std::unique_ptr<prepared_work> work;
+  std::uint64_t command_count;
+};
+
+prepared_piece prepare_piece(const physical_graph& piece) {
+  const command_graph commands = generate_commands(piece);
+  return {dispatcher_of(piece).prepare_work(commands), commands.nodes().size()};
+}
+
+void submit_piece(const physical_graph& piece, prepared_piece&& prepared) {
+  const auto request = piece.nodes().front()->get_logical_operation();
+  request->add_device_commands(prepared.command_count);
   try {
-    first->get_device()->submit_work(std::move(commands));
+    dispatcher_of(piece).submit_work(std::move(prepared.work));
   } catch (...) {
-    request->device_commands_ended(count);
+    request->device_commands_ended(prepared.command_count);
     throw;
   }
 }
@@ -106,17 +118,12 @@ void dispatch_pieces(std::span<const physical_graph> pieces) {
     check_piece(piece);
   // All commands are made, and all room for them, before any is handed over: a piece that waits for another device
   // must not run if the other device's piece cannot be handed over, too.
-  std::vector<command_graph> commands;
-  commands.reserve(pieces.size());
+  std::vector<prepared_piece> prepared;
+  prepared.reserve(pieces.size());
   for (const auto& piece : pieces)
-    commands.push_back(generate_commands(piece));
-  std::size_t command_count = 0;
-  for (const auto& each : commands)
-    command_count += each.nodes().size();
-  for (const auto& piece : pieces)
-    piece.nodes().front()->get_device()->get_dispatcher().make_room(pieces.size(), command_count);
+    prepared.push_back(prepare_piece(piece));
   for (std::size_t i = 0; i < pieces.size(); ++i)
-    submit_piece(pieces[i], std::move(commands[i]));
+    submit_piece(pieces[i], std::move(prepared[i]));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -13,6 +12,16 @@ namespace device_ir {
 class device_command;
 }
 
+// A graph of device commands in the order of execution, with all room that it takes to hand it over and to work
+// through it.
+class prepared_work {
+public:
+  prepared_work() = default;
+  virtual ~prepared_work() = default;
+  prepared_work(const prepared_work&) = delete;
+  prepared_work& operator=(const prepared_work&) = delete;
+};
+
 // The worker of one device: takes graphs of device commands and runs them on a thread of its own.
 class device_work_dispatcher {
 public:
@@ -21,11 +30,12 @@ public:
   device_work_dispatcher(const device_work_dispatcher&) = delete;
   device_work_dispatcher& operator=(const device_work_dispatcher&) = delete;
 
-  // Obtains the room for so many more graphs and for the signals that so many commands wait for, so that handing
-  // over and signalling cannot run out of memory half-way through a request.
-  virtual void make_room(std::size_t graphs, std::size_t commands) = 0;
-  // Hands a graph to the worker. Refused after shutdown. Any thread.
-  virtual void submit_work(dag<std::shared_ptr<device_ir::device_command>>&& graph) = 0;
+  // Makes a graph ready for this dispatcher, so that memory runs out here, on the caller's thread, and not half-way
+  // through a request. Any thread.
+  virtual std::unique_ptr<prepared_work>
+  prepare_work(const dag<std::shared_ptr<device_ir::device_command>>& graph) = 0;
+  // Hands work to the worker that this dispatcher has prepared. Refused after shutdown. Any thread.
+  virtual void submit_work(std::unique_ptr<prepared_work> work) = 0;
   // Tells the worker that the releasing side of a hand-over between two devices has come. Any thread.
   virtual void signal_acquire(const std::shared_ptr<library_device>& release_device,
                               const std::shared_ptr<library_device>& acquire_device,

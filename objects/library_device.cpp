@@ -24,7 +24,7 @@ void library_device::set_dispatcher(std::unique_ptr<device_work_dispatcher> disp
 }
 
 void library_device::submit_work(dag<std::shared_ptr<device_ir::device_command>>&& graph) {
-  get_dispatcher().submit_work(std::move(graph));
+  get_dispatcher().submit_work(get_dispatcher().prepare_work(graph));
 }
 
 void library_device::signal_acquire(const std::shared_ptr<library_device>& release_device,

@@ -8,14 +8,12 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -38,8 +36,8 @@ public:
                                 const skerv::opencl::device<V>& device);
   ~opencl_device_work_dispatcher() override;
 
-  void make_room(std::size_t graphs, std::size_t commands) override;
-  void submit_work(dag<std::shared_ptr<device_command>>&& graph) override;
+  std::unique_ptr<prepared_work> prepare_work(const dag<std::shared_ptr<device_command>>& graph) override;
+  void submit_work(std::unique_ptr<prepared_work> work) override;
   void signal_acquire(const std::shared_ptr<library_device>& release_device,
                       const std::shared_ptr<library_device>& acquire_device, std::uint64_t sync_id) override;
   void start() override;
@@ -53,7 +51,8 @@ private:
   static acquire_key key_of(const synchronization_acquire& acquire);
   using event = skerv::opencl::event<V>;
 
-  // A command with its class, found once: one of the four pointers is set.
+  // A command with its class, found once: one of the four pointers is set. An OpenCL command that has been enqueued
+  // has an event.
   struct work_item {
     explicit work_item(std::shared_ptr<device_command> made);
 
@@ -62,45 +61,58 @@ private:
     host_function_call* host;
     synchronization_release* release;
     synchronization_acquire* acquire;
+    std::optional<event> running{};
   };
 
   // The commands of one graph; those before `next` have ended.
   struct work_list {
     std::vector<work_item> items;
     std::size_t next = 0;
+    std::exception_ptr fault{}; // why the graph has no order: ends the worker
 
     bool is_empty() const { return next == items.size(); }
+    work_item& head() { return items[next]; }
     const work_item& head() const { return items[next]; }
   };
 
-  template <class Container, class Item>
-  void take_in(Container& pending, Item&& item);
+  struct prepared_list final : prepared_work {
+    std::list<work_list> only; // a list of one, which can be passed on without memory
+  };
+
+  // Taken over by the worker at the beginning of a sweep, like a list.
+  struct signal {
+    acquire_key key;
+    bool is_taken_over = false;
+  };
+
+  template <class Taking>
+  void take_in(Taking taking);
   void worker_main() noexcept;
   void run_until_shutdown();
   bool has_work();
-  bool can_advance(const work_list& list) const;
+  bool can_advance(const work_list& list);
   void take_over_pending_work();
   void pass(work_list& list);
   void run_opencl_commands(work_list& list);
-  std::optional<event> enqueue(const work_item& item, dispatch_queue<V>& queue);
+  void enqueue(work_item& item, dispatch_queue<V>& queue);
+  typename std::vector<signal>::iterator find_signal(const acquire_key& key);
   std::exception_ptr finish(const device_command& first);
-  void end_command(device_command& command, std::optional<event>& ended);
+  void end_command(work_item& item);
   void take_acquire(work_list& list);
   void abandon_remaining_work() noexcept;
 
-  std::mutex lock_; // guards the two pending containers and `is_busy_` only
+  std::mutex lock_; // guards `is_busy_`, the lists that are pending and the signals only
   bool is_busy_ = false;
   std::condition_variable became_idle_;
   std::atomic<bool> shutdown_requested_ = false;
   notifier work_pipe_;
   std::thread worker_;
-  std::vector<command_graph> pending_graphs_;
-  std::vector<acquire_key> pending_acquires_;
+  std::list<work_list> pending_lists_;
+  std::vector<signal> signals_; // has room for all that the lists wait for
+  std::size_t awaited_signals_ = 0;
 
   // The worker's own.
   std::list<work_list> work_lists_;
-  std::vector<std::optional<event>> run_events_;
-  std::set<acquire_key> acquire_set_;
   dispatch_queue<V> queue_;
   dispatch_queue<V> profiling_queue_;
 };

@@ -9,6 +9,8 @@
 #include "device_ir/synchronization.h"
 #include "objects/opencl/opencl_device.h"
 
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 
 namespace oryn::tarva::library::device_ir::opencl {
@@ -42,13 +44,13 @@ opencl_device_work_dispatcher<V>::~opencl_device_work_dispatcher() {
 
 // What is taken in before the shutdown is ended by it, so a refusal means that nothing was taken.
 template <version V>
-template <class Container, class Item>
-void opencl_device_work_dispatcher<V>::take_in(Container& pending, Item&& item) {
+template <class Taking>
+void opencl_device_work_dispatcher<V>::take_in(Taking taking) {
   {
     const std::lock_guard guard(lock_);
     if (shutdown_requested_)
       throw std::logic_error("Cannot submit work to a dispatcher that has been shutdown.");
-    pending.push_back(std::forward<Item>(item));
+    taking();
     is_busy_ = true;
   }
   try {
@@ -59,22 +61,48 @@ void opencl_device_work_dispatcher<V>::take_in(Container& pending, Item&& item) 
 }
 
 template <version V>
-void opencl_device_work_dispatcher<V>::make_room(std::size_t graphs, std::size_t commands) {
-  const std::lock_guard guard(lock_);
-  pending_graphs_.reserve(pending_graphs_.size() + graphs);
-  pending_acquires_.reserve(pending_acquires_.size() + commands);
+std::unique_ptr<prepared_work> opencl_device_work_dispatcher<V>::prepare_work(const command_graph& graph) {
+  auto prepared = std::make_unique<prepared_list>();
+  work_list& list = prepared->only.emplace_back();
+  list.items.reserve(graph.nodes().size());
+  try {
+    for (auto& command : graph.topological_sort())
+      list.items.emplace_back(std::move(command));
+  } catch (const std::logic_error&) {
+    list.fault = std::current_exception();
+  }
+  const auto acquires = std::count_if(list.items.begin(), list.items.end(),
+                                      [](const work_item& item) { return item.acquire != nullptr; });
+  if (acquires != 0) {
+    const std::lock_guard guard(lock_);
+    const std::size_t awaited = awaited_signals_ + static_cast<std::size_t>(acquires);
+    signals_.reserve(awaited);
+    awaited_signals_ = awaited;
+  }
+  return prepared;
 }
 
 template <version V>
-void opencl_device_work_dispatcher<V>::submit_work(command_graph&& graph) {
-  take_in(pending_graphs_, std::move(graph));
+void opencl_device_work_dispatcher<V>::submit_work(std::unique_ptr<prepared_work> work) {
+  auto& prepared = dynamic_cast<prepared_list&>(*work);
+  take_in([&] { pending_lists_.splice(pending_lists_.end(), prepared.only); });
 }
 
 template <version V>
 void opencl_device_work_dispatcher<V>::signal_acquire(const std::shared_ptr<library_device>& release_device,
                                                       const std::shared_ptr<library_device>& acquire_device,
                                                       std::uint64_t sync_id) {
-  take_in(pending_acquires_, acquire_key(release_device, acquire_device, sync_id));
+  const acquire_key key(release_device, acquire_device, sync_id);
+  take_in([&] {
+    if (find_signal(key) == signals_.end())
+      signals_.push_back({key});
+  });
+}
+
+template <version V>
+typename std::vector<typename opencl_device_work_dispatcher<V>::signal>::iterator
+opencl_device_work_dispatcher<V>::find_signal(const acquire_key& key) {
+  return std::find_if(signals_.begin(), signals_.end(), [&](const signal& one) { return one.key == key; });
 }
 
 // The worker lives in a foreign process: the host's signals are the host's threads' to handle.
@@ -106,11 +134,10 @@ void opencl_device_work_dispatcher<V>::shutdown() {
 
 template <version V>
 void opencl_device_work_dispatcher<V>::abandon_remaining_work() noexcept {
-  std::vector<command_graph> graphs;
   {
     const std::lock_guard guard(lock_);
-    graphs.swap(pending_graphs_);
-    pending_acquires_.clear();
+    work_lists_.splice(work_lists_.end(), pending_lists_);
+    signals_.clear();
   }
   std::exception_ptr reason;
   try {
@@ -122,22 +149,19 @@ void opencl_device_work_dispatcher<V>::abandon_remaining_work() noexcept {
   for (auto& list : work_lists_)
     for (; !list.is_empty(); ++list.next)
       list.head().command->abandon(reason);
-  for (const auto& graph : graphs)
-    for (const auto& command : graph.nodes())
-      command->abandon(reason);
   work_lists_.clear();
-  acquire_set_.clear();
 }
 
 template <version V>
 bool opencl_device_work_dispatcher<V>::has_work() {
   if (shutdown_requested_)
     return true;
+  const std::lock_guard guard(lock_);
   for (const auto& list : work_lists_)
     if (can_advance(list))
       return true;
-  const std::lock_guard guard(lock_);
-  is_busy_ = !pending_graphs_.empty() || !pending_acquires_.empty();
+  is_busy_ = !pending_lists_.empty() || std::any_of(signals_.begin(), signals_.end(),
+                                                    [](const signal& one) { return !one.is_taken_over; });
   if (!is_busy_)
     became_idle_.notify_all();
   return is_busy_;
@@ -151,13 +175,14 @@ void opencl_device_work_dispatcher<V>::wait_until_idle() {
 }
 
 template <version V>
-bool opencl_device_work_dispatcher<V>::can_advance(const work_list& list) const {
+bool opencl_device_work_dispatcher<V>::can_advance(const work_list& list) {
   if (list.is_empty())
     return false;
   const work_item& head = list.head();
   if (head.acquire == nullptr)
     return head.opencl != nullptr || head.release != nullptr || head.host != nullptr;
-  return acquire_set_.count(key_of(*head.acquire)) != 0;
+  const auto found = find_signal(key_of(*head.acquire));
+  return found != signals_.end() && found->is_taken_over;
 }
 
 template <version V>
@@ -198,18 +223,13 @@ void opencl_device_work_dispatcher<V>::run_until_shutdown() {
 template <version V>
 void opencl_device_work_dispatcher<V>::take_over_pending_work() {
   const std::lock_guard guard(lock_);
-  while (!pending_graphs_.empty()) {
-    const command_graph graph = std::move(pending_graphs_.back());
-    pending_graphs_.pop_back();
-    work_list list;
-    list.items.reserve(graph.nodes().size());
-    for (auto& command : graph.topological_sort())
-      list.items.emplace_back(std::move(command));
-    work_lists_.push_back(std::move(list));
+  while (!pending_lists_.empty()) {
+    work_lists_.splice(work_lists_.end(), pending_lists_, std::prev(pending_lists_.end()));
+    if (work_lists_.back().fault)
+      std::rethrow_exception(work_lists_.back().fault);
   }
-  for (auto& key : pending_acquires_)
-    acquire_set_.insert(std::move(key));
-  pending_acquires_.clear();
+  for (signal& each : signals_)
+    each.is_taken_over = true;
 }
 
 template <version V>
@@ -232,39 +252,39 @@ void opencl_device_work_dispatcher<V>::run_opencl_commands(work_list& list) {
   const bool profiling = list.head().command->is_profiling_enabled();
   std::size_t end = list.next;
   bool any_enqueued = false;
-  run_events_.clear();
   for (; end < list.items.size() && list.items[end].opencl != nullptr &&
          list.items[end].command->is_profiling_enabled() == profiling;
        ++end) {
-    run_events_.push_back(enqueue(list.items[end], profiling ? profiling_queue_ : queue_));
-    any_enqueued = any_enqueued || run_events_.back().has_value();
+    enqueue(list.items[end], profiling ? profiling_queue_ : queue_);
+    any_enqueued = any_enqueued || list.items[end].running.has_value();
   }
   const std::exception_ptr unfinished = any_enqueued ? finish(*list.head().command) : nullptr;
-  for (std::size_t i = 0; list.next < end; ++i, ++list.next)
-    if (run_events_[i] && unfinished)
-      list.head().command->abandon(unfinished);
-    else if (run_events_[i])
-      end_command(*list.head().command, run_events_[i]);
-  run_events_.clear();
+  for (; list.next < end; ++list.next) {
+    work_item& item = list.head();
+    if (item.running && unfinished) {
+      item.running.reset();
+      item.command->abandon(unfinished);
+    } else if (item.running) {
+      end_command(item);
+    }
+  }
 }
 
 // No event: the request has failed before, and the command has ended with its error instead of running. The
 // first failure of a request out of here could not be known beforehand and ends the process.
 template <version V>
-std::optional<skerv::opencl::event<V>> opencl_device_work_dispatcher<V>::enqueue(const work_item& item,
-                                                                                 dispatch_queue<V>& queue) {
+void opencl_device_work_dispatcher<V>::enqueue(work_item& item, dispatch_queue<V>& queue) {
   if (const auto earlier = item.command->get_request_error()) {
     item.command->abandon(earlier);
-    return std::nullopt;
+    return;
   }
   try {
-    return item.opencl->enqueue(queue, 0, nullptr);
+    item.running.emplace(item.opencl->enqueue(queue, 0, nullptr));
   } catch (...) {
     const auto earlier = item.command->get_request_error();
     if (!earlier)
       throw;
     item.command->abandon(earlier);
-    return std::nullopt;
   }
 }
 
@@ -286,29 +306,34 @@ std::exception_ptr opencl_device_work_dispatcher<V>::finish(const device_command
 
 // The event goes before the report: whoever is woken by it finds no OpenCL event of the command left.
 template <version V>
-void opencl_device_work_dispatcher<V>::end_command(device_command& command, std::optional<event>& ended) {
+void opencl_device_work_dispatcher<V>::end_command(work_item& item) {
+  device_command& command = *item.command;
   try {
-    ended->check_execution_status();
+    item.running->check_execution_status();
   } catch (...) {
-    ended.reset();
+    item.running.reset();
     command.set_error(std::current_exception());
     return;
   }
   if (command.is_profiling_enabled())
-    command.set_elapsed_time(ended->get_profiling_end() - ended->get_profiling_start());
-  ended.reset();
+    command.set_elapsed_time(item.running->get_profiling_end() - item.running->get_profiling_start());
+  item.running.reset();
   command.set_complete();
 }
 
 template <version V>
 void opencl_device_work_dispatcher<V>::take_acquire(work_list& list) {
   synchronization_acquire& acquire = *list.head().acquire;
-  const auto found = acquire_set_.find(key_of(acquire));
-  if (found == acquire_set_.end())
-    return;
+  {
+    const std::lock_guard guard(lock_);
+    const auto found = find_signal(key_of(acquire));
+    if (found == signals_.end() || !found->is_taken_over)
+      return;
+    signals_.erase(found);
+    --awaited_signals_;
+  }
   acquire.set_submitted();
   acquire.set_complete();
-  acquire_set_.erase(found);
   ++list.next;
 }
 

@@ -45,13 +45,12 @@ std::shared_ptr<library_future> logical_operation::get_future() {
   return std::make_shared<library_future>(shared_from_this());
 }
 
-void logical_operation::set_error(const std::exception_ptr& error) {
-  {
-    const std::lock_guard guard(ended_lock_);
-    if (!commands_ended_)
-      commands_ended_.emplace();
+void logical_operation::add_device_commands(std::uint64_t count) {
+  if (!commands_ended_) {
+    static_cast<void>(get_notification_pipe());
+    commands_ended_.emplace();
   }
-  state_.set_error(error);
+  running_commands_ += count;
 }
 
 // A notifier wakes for any reason, so the condition is asked again each time.
@@ -60,28 +59,16 @@ void logical_operation::wait_until_complete() const {
     get_notification_pipe().wait([this] { return is_complete(); });
 }
 
-// Every command reports its own error before its end, so whoever takes the last one sees what an error has
-// made.
+// Every command reports its own error before its end, so whoever takes the last one sees the error. Without one
+// nobody waits for the commands.
 void logical_operation::device_commands_ended(std::uint64_t count) {
-  if (running_commands_.fetch_sub(count) != count)
-    return;
-  std::optional<notifier> pipe;
-  {
-    const std::lock_guard guard(ended_lock_);
-    pipe = commands_ended_;
-  }
-  if (pipe)
-    pipe->notify();
+  if (running_commands_.fetch_sub(count) == count && state_.has_failed())
+    commands_ended_->notify();
 }
 
 void logical_operation::wait_until_commands_ended() {
-  std::optional<notifier> pipe;
-  {
-    const std::lock_guard guard(ended_lock_);
-    pipe = commands_ended_;
-  }
-  while (pipe && running_commands_ != 0)
-    pipe->wait([this] { return running_commands_ == 0; });
+  while (running_commands_ != 0)
+    commands_ended_->wait([this] { return running_commands_ == 0; });
 }
 
 } // namespace oryn::tarva::library::logical_ir

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -44,14 +43,15 @@ public:
   void set_physical_operation_count(std::uint64_t count) { state_.set_part_count(count); }
   void set_submitted() { state_.set_submitted(); }
   void physical_operation_complete() { state_.part_complete(); }
-  void set_error(const std::exception_ptr& error);
+  void set_error(const std::exception_ptr& error) { state_.set_error(error); }
   void add_elapsed_time(std::uint64_t nanoseconds) { state_.add_elapsed_time(nanoseconds); }
   void enable_profiling() { state_.enable_profiling(); }
 
   // An error completes the operation at once, while commands of it may still run. These three let the
   // scheduler wait for the last of them: `count` commands are on their way to a worker; one has ended; wait
-  // until all have.
-  void add_device_commands(std::uint64_t count) { running_commands_ += count; }
+  // until all have. What waiting takes is made with the first count, before any work is handed over: then no wait can
+  // fail while workers are at it.
+  void add_device_commands(std::uint64_t count);
   void device_commands_ended(std::uint64_t count);
   void wait_until_commands_ended();
 
@@ -61,8 +61,7 @@ protected:
 private:
   completion_state state_;
   std::atomic<std::uint64_t> running_commands_ = 0;
-  std::mutex ended_lock_;
-  std::optional<notifier> commands_ended_; // made by the first error
+  std::optional<notifier> commands_ended_;
 };
 
 } // namespace logical_ir

@@ -81,10 +81,18 @@ protected:
   }
 
   // One list, given in words: k an OpenCL command, p the same with profiling, h a step on the host, x one that
-  // throws, r a release, g one to a device that has ended its work, and a an acquire, each with its number.
+  // throws, m one that takes the worker's memory away or (0) gives it back, r a release, g one to a device that has
+  // ended its work, and a an acquire, each with its number.
   std::shared_ptr<logical_ir::logical_operation> submit(const std::string& words) {
-    const auto request =
-        logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
+    const auto request = make_request();
+    owner->submit_work(make_graph(request, words));
+    return request;
+  }
+  static std::shared_ptr<logical_ir::logical_operation> make_request() {
+    return logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
+  }
+  command_graph make_graph(const std::shared_ptr<logical_ir::logical_operation>& request,
+                           const std::string& words) {
     const auto step = physical_ir::free_host_memory::create(request, owner, std::make_shared<host_memory>());
     command_graph graph;
     command_pointer last;
@@ -105,8 +113,7 @@ protected:
     step->set_device_command_count(graph.nodes().size());
     step->set_submitted();
     request->add_device_commands(graph.nodes().size());
-    worker().submit_work(std::move(graph));
-    return request;
+    return graph;
   }
   void signal(std::uint64_t id) { worker().signal_acquire(owner, owner, id); }
 
@@ -144,6 +151,9 @@ private:
     case 'x':
       return device_ir::host_function_call::create(
           step, [](const auto&) { throw std::runtime_error("a step that throws"); });
+    case 'm':
+      return device_ir::host_function_call::create(
+          step, [number](const auto&) { memory_has_run_out = number != 0; });
     case 'g': {
       const auto gone = std::make_shared<fake_device>();
       gone->set_dispatcher(make_work_dispatcher<tested_version>(context, device));
@@ -245,22 +255,24 @@ const failing_row failing_rows[] = {
 INSTANTIATE_TEST_SUITE_P(each, failing_list, testing::ValuesIn(failing_rows),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(dispatcher, takes_what_it_has_room_for_even_when_memory_has_run_out) {
-  worker().make_room(1, 2);
-  command_graph nothing;
+TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
+  start();
+  submit("m1"); // from here on the worker has none
+  worker().wait_until_idle();
+  const auto request = make_request();
+  auto work = worker().prepare_work(make_graph(request, "a1 r3 a2 a3 m0"));
   bool is_taken = true;
   memory_has_run_out = true;
   try {
-    worker().submit_work(std::move(nothing));
-    signal(1);
+    worker().submit_work(std::move(work));
     signal(2);
+    signal(1);
+    request->wait_until_complete();
   } catch (const std::bad_alloc&) {
     is_taken = false;
   }
   memory_has_run_out = false;
   EXPECT_TRUE(is_taken);
-  start();
-  worker().wait_until_idle();
 }
 
 TEST_F(dispatcher, ends_the_process_on_a_graph_that_cannot_be_sorted) {
@@ -291,7 +303,7 @@ TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
   EXPECT_EQ(releasing->get_error(), nullptr);
 
   const std::string refused = "Cannot submit work to a dispatcher that has been shutdown.";
-  EXPECT_EQ(message_of([&] { worker().submit_work({}); }), refused);
+  EXPECT_EQ(message_of([&] { owner->submit_work({}); }), refused);
   EXPECT_EQ(message_of([&] { signal(1); }), refused);
   EXPECT_EQ(message_of([&] { worker().shutdown(); }),
             "Attempting to shutdown a work dispatcher that was already shutdown.");
