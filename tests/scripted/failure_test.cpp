@@ -103,21 +103,6 @@ TEST_P(failures, content_caught_between_big_endian_devices_keeps_its_order) {
   EXPECT_EQ(swapped(read<std::int32_t>(numbers, 4)), counted(4, 3));
 }
 
-TEST_P(failures, memory_that_runs_out_is_survived) {
-  const auto sum = kernel(version(), "sum");
-  const memory out = make(counted(5, 1000)), a = make(counted(5)), b = make(counted(5, 10));
-  const arguments list{argument(out), argument(a), argument(b)};
-  limit_memory(device_index(version(), role::first), 30); // enough for one
-  EXPECT_EQ(launch(sum, list, line(5)), outcome());
-  const auto calls = take_calls();
-  EXPECT_EQ(count(calls, op::enqueue_nd_range_kernel), 0u);
-  EXPECT_EQ(read<std::int32_t>(a, 5), counted(5));
-  EXPECT_EQ(read<std::int32_t>(b, 5), counted(5, 10));
-  limit_memory(device_index(version(), role::first), 60);
-  EXPECT_EQ(launch(sum, list, line(5)), outcome());
-  EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
-}
-
 TEST_P(failures, a_release_that_fails_is_survived) {
   const auto sum = kernel(version(), "sum"), add = kernel(version(), "add", role::second);
   const std::int32_t nothing = 0;
@@ -203,35 +188,6 @@ TEST_F(handles, impossible_allocations_are_refused) {
   for (const std::uint64_t type : {0, 69})
     EXPECT_EQ(call<tarva_abi_memory_allocate_typed>("", type, std::uint64_t{1}, &made),
               runtime_failure("Unknown data type."));
-}
-
-TEST_F(handles, null_and_foreign_handles_are_refused_in_words) {
-  const memory numbers = make(counted(2));
-  const program made = compile(device(3), SOURCE);
-  tarva_abi_kernel_s* kernel = nullptr;
-  tarva_abi_property_s* property = nullptr;
-  std::int32_t value = 0;
-  const outcome unknown = runtime_failure("Lookup of internal type map failed.");
-  EXPECT_EQ(call<tarva_abi_get_kernel>(reinterpret_cast<tarva_abi_program_s*>(numbers.get()), "add", &kernel),
-            unknown);
-  EXPECT_EQ(call<tarva_abi_get_kernel>(static_cast<tarva_abi_program_s*>(nullptr), "add", &kernel), unknown);
-  EXPECT_EQ(call<tarva_abi_get_kernel>(made.get(), static_cast<const char*>(nullptr), &kernel),
-            invalid_argument(
-                "tarva_abi_get_kernel: kernel name argument is NULL, but expected a kernel name string to "
-                "extract the kernel."));
-  EXPECT_EQ(
-      call<tarva_abi_get_memory_root_property>(reinterpret_cast<tarva_abi_memory_s*>(&value), &property),
-      unknown);
-  EXPECT_EQ(
-      fill(numbers, nullptr, 0, 1),
-      invalid_argument("tarva_abi_fill_memory: value argument is NULL, but expected a memory location that "
-                       "contains a value to write."));
-  EXPECT_EQ(read_raw(numbers, 0, 1, nullptr),
-            invalid_argument(
-                "tarva_abi_async_read_memory: dest argument is NULL, but expected a memory location to "
-                "write memory contents."));
-  EXPECT_EQ(kernel, nullptr);
-  EXPECT_EQ(property, nullptr);
 }
 
 TEST_F(handles, memory_lives_until_its_last_reference) {

@@ -257,29 +257,6 @@ TEST(lifecycle, a_start_bears_a_bare_machine_and_a_log_that_cannot_be_written) {
   EXPECT_EXIT(run(log_into_a_pipe_without_a_reader), ExitedWithCode(0), "");
 }
 
-void fail_on_the_worker(op operation) {
-  use_two_devices();
-  log_to_console("critical");
-  check_at_exit(false); // the work under way goes with the process
-  const auto all = devices();
-  fail_call(operation, 1, -5);
-  try {
-    used_on(all[0]);
-  } catch (const std::exception&) {
-    // The library may have stopped already.
-  }
-  std::this_thread::sleep_for(std::chrono::seconds(30)); // the worker's exit, under way, sets the status
-  _exit(2);
-}
-
-TEST(lifecycle, a_failure_to_enqueue_or_finish_ends_the_process) {
-  const auto told =
-      lines({"] [tarva] [critical] [device dispatcher] worker thread encountered an exception.  Aborting "
-             "program. Exception: Failed to allocate resources on the device."});
-  EXPECT_EXIT(fail_on_the_worker(op::enqueue_nd_range_kernel), ExitedWithCode(1), told);
-  EXPECT_EXIT(fail_on_the_worker(op::finish), ExitedWithCode(1), told);
-}
-
 void fail_without_future() {
   use_two_devices();
   log_to_console("warn");

@@ -101,16 +101,6 @@ void set_kernel(const std::string& name, kernel_function body) {
   machine::get().kernels[name] = std::move(body);
 }
 
-void set_execution(execution when) {
-  const auto guard = locked();
-  machine::get().when = when;
-}
-
-void set_memory_limit(std::size_t device, std::uint64_t limit) {
-  const auto guard = locked();
-  machine::get().devices.at(device).options.memory_limit = limit;
-}
-
 void set_info(std::size_t device, std::uint32_t parameter, const info_answer& answer) {
   const auto guard = locked();
   machine::get().devices.at(device).options.info[parameter] = answer;

@@ -17,7 +17,6 @@ constexpr std::int32_t INVALID_VALUE = -30, INVALID_DEVICE = -33, INVALID_CONTEX
 struct device {
   device_options options;
   std::size_t index = 0;
-  std::uint64_t allocated = 0;
   std::int64_t references = 0;
 };
 
@@ -37,8 +36,7 @@ struct context : object {
 struct buffer : object {
   static constexpr std::int32_t invalid = -38;
   static constexpr const char* kind = "buffer";
-  buffer(device& device, std::size_t size) : owner(&device), data(size, 0xcd) { owner->allocated += size; }
-  ~buffer() override { owner->allocated -= data.size(); }
+  buffer(device& device, std::size_t size) : owner(&device), data(size, 0xcd) {}
   device* owner;
   bytes data;
 };
@@ -129,7 +127,6 @@ public:
   std::vector<planned_failure> failures;
   std::vector<std::string> misuses;
   std::map<std::string, kernel_function> kernels;
-  execution when = execution::at_finish;
   std::uint64_t version = std::uint64_t{1} << 63;
   bool check_at_exit = false;
 };

@@ -76,8 +76,6 @@ std::int32_t enqueue(session& now, Record& record, std::function<void()> run) {
   if (record.event != nullptr)
     *record.event = now.world.add(made);
   target->pending.push_back({std::move(run), made, failure.value_or(0)});
-  if (now.world.when == execution::at_enqueue)
-    run_pending(now, *target);
   return 0;
 }
 

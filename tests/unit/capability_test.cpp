@@ -223,21 +223,6 @@ TEST_F(capability, handles_open_and_close_on_many_threads) {
   EXPECT_FALSE(qv::any_call_handle_open());
 }
 
-TEST_F(capability, numbers_are_read_by_the_capability) {
-  const qv::root_device device = only_device("Fake");
-  const auto code = [&](std::uint32_t capability, std::uint64_t number, void* record) {
-    return qv::call_command({&device, &qv::commands_of_capability(capability)}, number, record);
-  };
-  std::array<std::uint64_t, 9> record{};
-  for (std::uint32_t capability = 1; capability <= 6; ++capability)
-    for (const std::uint64_t number : {0ull, 7ull, 98ull, 100ull, 1ull << 40, ~0ull})
-      EXPECT_EQ(code(capability, number, record.data()), -2) << capability << ": " << number;
-  EXPECT_EQ(code(5, 99, record.data()), -2) << "only 2.2 has it";
-  EXPECT_EQ(code(6, 99, nullptr), -1);
-  EXPECT_EQ(code(3, 41, record.data()), QV_OK);
-  EXPECT_EQ(record[0], reinterpret_cast<std::uint64_t>(device.id));
-}
-
 TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
   struct row {
     std::uint32_t dimensions;
