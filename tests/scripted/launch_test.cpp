@@ -43,8 +43,13 @@ TEST_P(launching, each_type_becomes_its_sizes) {
     EXPECT_EQ(launch_words(words), outcome()) << "type " << words[0];
     EXPECT_EQ(sizes(), expected) << "type " << words[0];
   }
-  for (const list& words : {list{0}, {7}, {HUGE}, {3, HUGE / 256 + 1}, {5, HUGE / 1024 + 1},
-                            {4, 2, HUGE, 1, 2, 1}, {6, 3, 0, 1, 1, HUGE / 4 + 1}})
+  for (const list& words : {list{0},
+                            {7},
+                            {HUGE},
+                            {3, HUGE / 256 + 1},
+                            {5, HUGE / 1024 + 1},
+                            {4, 2, HUGE, 1, 2, 1},
+                            {6, 3, 0, 1, 1, HUGE / 4 + 1}})
     EXPECT_EQ(launch_words(words).type, 2u) << "unknown, or a size that wraps around: type " << words[0];
   // A size that the compiler fixed is the one that the kernel chooses.
   const memory numbers = make(counted(1));

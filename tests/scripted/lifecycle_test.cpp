@@ -1,8 +1,10 @@
-// Start and stop of the library. Each case runs in a process of its own, with its own machine.
+// Start and stop of the library, and threads that come in their way. Each case runs in a process of its own, with its own machine.
 #include "tests/scripted/scripted_test.h"
 
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -174,6 +176,51 @@ TEST(lifecycle, nothing_is_printed_unasked) {
   EXPECT_EXIT(run(start_in_silence), ExitedWithCode(0), ::testing::Eq(""));
   EXPECT_EXIT(run(ask_for_versions), ExitedWithCode(0), ::testing::Eq(""))
       << "the version functions start nothing";
+}
+
+[[noreturn]] void start_with_banner() {
+  use_two_devices();
+  log_to_console("info");
+  setenv("TARVA_LUDICROUS_SPEED_GO", "", 1);
+  ::testing::internal::CaptureStderr();
+  devices();
+  const std::string dashes(59, '-'), pluses(59, '+'),
+      bars = "|||      |||      |||      |||      |||      |||      |||  ";
+  const std::string stripe =
+      dashes + "\n" + pluses + "\n" + bars + "\n" + dashes + "\n" + bars + "\n" + pluses + "\n";
+  const std::string output = ::testing::internal::GetCapturedStderr();
+  const std::size_t begin =
+      output.find("] [tarva] [info] \n\n" + stripe + stripe + stripe +
+                  "\n\nTARVA HAS GONE PLAID!\n\nExperimental features are enabled for speed.\n\n[");
+  const bool in_place = begin != std::string::npos && output.find("Begin initialization of TARVA.") < begin &&
+                        begin < output.find("Detected 0 OpenCL 1.0 devices.");
+  std::exit(in_place ? 0 : 2);
+}
+
+[[noreturn]] void start_from_many_threads() {
+  use_two_devices();
+  constexpr int THREADS = 32;
+  log_to_console("info");
+  ::testing::internal::CaptureStderr();
+  std::atomic<int> ready = 0, good = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < THREADS; ++i)
+    threads.emplace_back([&] {
+      for (++ready; ready < THREADS;)
+        ;
+      if (devices().size() == 2)
+        ++good;
+    });
+  for (std::thread& one : threads)
+    one.join();
+  const std::string output = ::testing::internal::GetCapturedStderr();
+  const bool once = output.find("Starting TARVA.") == output.rfind("Starting TARVA.");
+  std::exit(good == THREADS && once ? 0 : 2);
+}
+
+TEST(lifecycle, a_start_has_its_banner_and_happens_once) {
+  EXPECT_EXIT(start_with_banner(), ExitedWithCode(0), "");
+  EXPECT_EXIT(start_from_many_threads(), ExitedWithCode(0), "");
 }
 
 void start_with_wrong_version() {
@@ -348,6 +395,96 @@ TEST(lifecycle, late_and_concurrent_calls_survive_the_stop) {
   EXPECT_EXIT(run(call_after_the_stop), ExitedWithCode(0), ::testing::Eq(""));
   EXPECT_EXIT(run(exit_while_others_work), ExitedWithCode(0), ::testing::Eq(""));
   EXPECT_EXIT(run(call_in_a_forked_child), ExitedWithCode(0), ::testing::Eq(""));
+}
+
+// Threads that sleep inside the library, or are on their way into it or out of it.
+[[noreturn]] void fail_among_others(op operation) {
+  use_two_devices();
+  check_at_exit(false); // the work under way goes with the process
+  log_to_console("critical");
+  const auto all = devices();
+  fail_call(operation, 200, -5);
+  for (std::size_t i = 0; i < 8; ++i)
+    std::thread([&all, i] {
+      const auto add = find_kernel(compile(all[i % 2], SOURCE), "add");
+      const memory numbers = make(counted(4));
+      const std::int32_t amount = 1;
+      while (launch(add, {argument(numbers), argument(amount)}, line(4)).code == TARVA_ABI_OK)
+        ;
+      std::this_thread::sleep_for(std::chrono::seconds(60)); // nothing more is to be had from the library
+    }).detach();
+  std::this_thread::sleep_for(std::chrono::seconds(30));
+  _exit(2);
+}
+
+TEST(lifecycle, a_worker_that_cannot_go_on_ends_the_process_though_others_sleep_in_the_library) {
+  for (const op operation : {op::enqueue_nd_range_kernel, op::finish})
+    EXPECT_EXIT(
+        fail_among_others(operation), ExitedWithCode(1),
+        "\\[critical\\] \\[device dispatcher\\] worker thread encountered an exception.  Aborting program. "
+        "Exception: Failed to allocate resources on the device.\n$");
+}
+
+// The handler of a signal gives a handle up and ends the process, all in the middle of a launch of its thread.
+[[noreturn]] void exit_in_the_middle_of_a_launch() {
+  check_at_exit(false); // the caller inside never gets to give its handles up
+  static const auto& all = *new auto(devices());
+  static const auto& numbers = *new memory(make(counted(1)));
+  static const pthread_t launching = pthread_self();
+  std::signal(SIGUSR1, [](int) {
+    tarva_abi_release_memory(nullptr, numbers.get());
+    std::exit(7);
+  });
+  set_kernel("flag", [](const kernel_run&) { pthread_kill(launching, SIGUSR1); });
+  launch(find_kernel(compile(all[0], SOURCE), "flag"), {argument(numbers)}, line(1));
+  std::this_thread::sleep_for(std::chrono::seconds(60));
+  _exit(2);
+}
+
+// A thread that is cancelled in the middle of a launch comes to the end of it.
+[[noreturn]] void cancel_a_launch() {
+  static std::atomic<bool> inside = false, cancelled = false, ended = false;
+  {
+    const auto all = devices();
+    const memory numbers = make(counted(1));
+    set_kernel("flag", [](const kernel_run&) {
+      for (inside = true; !cancelled;)
+        std::this_thread::yield();
+    });
+    const auto flag = find_kernel(compile(all[0], SOURCE), "flag");
+    std::thread launching([&] {
+      launch(flag, {argument(numbers)}, line(1));
+      pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+      ended = true;
+    });
+    while (!inside)
+      std::this_thread::yield();
+    pthread_cancel(launching.native_handle());
+    cancelled = true;
+    launching.join();
+  }
+  std::exit(ended ? 7 : 2);
+}
+
+TEST(lifecycle, survives_threads_that_end_the_process_or_are_ended) {
+  EXPECT_EXIT(exit_in_the_middle_of_a_launch(), ExitedWithCode(7), ::testing::Eq(""));
+  EXPECT_EXIT(cancel_a_launch(), ExitedWithCode(7), ::testing::Eq(""));
+}
+
+void end_handles_in_any_order() {
+  use_two_devices();
+  for (const bool newest_first : {false, true}) {
+    caller::device old = std::move(caller::devices()[1]), fresh = std::move(caller::devices()[1]);
+    const bool are_two = old.get() != fresh.get();
+    (newest_first ? fresh : old).reset();
+    const auto properties = root<tarva_abi_get_device_root_property>(newest_first ? old : fresh);
+    if (!are_two || text(child(properties, "NAME")) != "two")
+      std::exit(2);
+  }
+}
+
+TEST(lifecycle, handles_of_one_object_end_in_any_order) {
+  EXPECT_EXIT(run(end_handles_in_any_order), ExitedWithCode(0), ::testing::Eq(""));
 }
 
 } // namespace

@@ -118,23 +118,55 @@ TEST_P(programs, failing_commands_reach_the_caller_as_errors) {
             other_failure("A compiler is not available."));
 }
 
-TEST_P(programs, trees_read_only_what_the_version_has) {
-  // The scripted devices answer no parameter that their version does not read.
-  const program made = compile(device(version()), SOURCE);
-  const auto add = find_kernel(made, "add");
-  const tarva_abi_tree_format_s formats[] = {{TARVA_ABI_TREE_TEXT, 1, 1, 1, 1, 1, 1},
-                                             {TARVA_ABI_TREE_XML, 1, 0, 0, 0, 0, 0}};
-  const auto expect_in_tree = [&](const property& of, const char* name) {
-    for (const tarva_abi_tree_format_s& format : formats) {
-      char* tree = nullptr;
-      ASSERT_EQ(call<tarva_abi_get_property_tree_string>(of.get(), &format, &tree), outcome());
-      EXPECT_NE(std::string(tree).find(name), std::string::npos) << tree;
-      tarva_abi_free_property_tree_string(nullptr, tree);
+// "NAME=value,value" of each child; identifiers without their values.
+std::string children_of(const property& parent) {
+  tarva_abi_property_array_s* all = nullptr;
+  must(call<tarva_abi_get_all_children_properties>(parent.get(), &all));
+  std::string result;
+  for (std::uint64_t i = 0; i < all->count; ++i) {
+    const property child(all->properties[i]);
+    result += (i == 0 ? "" : " ") + std::string(child->name);
+    for (std::uint64_t j = 0; j < child->element_count && result.rfind("OBJECT_ID") + 9 != result.size();
+         ++j) {
+      result += j == 0 ? "=" : ",";
+      if (child->data_type == TARVA_ABI_TYPE_STRING)
+        result += text(child, j);
+      else if (child->data_type == TARVA_ABI_TYPE_UINT64)
+        result += std::to_string(static_cast<const std::uint64_t*>(child->data)[j]);
+      else
+        result += static_cast<const char*>(child->data)[j];
     }
-  };
-  expect_in_tree(root<tarva_abi_get_device_root_property>(device(version())), "CL_DEVICE_MAX_CONSTANT_ARGS");
-  expect_in_tree(root<tarva_abi_get_program_root_property>(made), "CL_PROGRAM_SOURCE");
-  expect_in_tree(root<tarva_abi_get_kernel_root_property>(add), "CL_KERNEL_NUM_ARGS");
+  }
+  tarva_abi_free_property_array(nullptr, all);
+  return result;
+}
+
+TEST_P(programs, properties_are_those_of_the_version) {
+  const program made = compile(device(version()), SOURCE), small = compile(device(version()), "kernel");
+  const auto of_kernel = root<tarva_abi_get_kernel_root_property>(find_kernel(made, "fixed"));
+  EXPECT_EQ(children_of(of_kernel),
+            "MAX_WORK_ITEM_DIMENSIONS=3 MAX_WORK_GROUP_SIZE=256 KERNEL_NAME=fixed OPENCL OBJECT_ID "
+            "REQUIRED_WORK_GROUP_SIZE=8,4,2 MAX_GLOBAL_WORK_SIZE=18446744073709551615,18446744073709551615,"
+            "18446744073709551615");
+  EXPECT_EQ(children_of(child(of_kernel, "OPENCL")),
+            std::string("CL_KERNEL_NUM_ARGS=1 ") +
+                (version() >= 3 ? "CL_KERNEL_ATTRIBUTES=reqd_work_group_size " : "") +
+                "CL_KERNEL_COMPILE_WORK_GROUP_SIZE=8,4,2" +
+                (version() >= 2 ? " CL_KERNEL_PREFERRED_WORK_GROUP_SIZE_MULTIPLE=32" : ""));
+  EXPECT_EQ(children_of(root<tarva_abi_get_program_root_property>(made)),
+            "USER_LABEL=a test program KERNEL_NAMES=add,sum,observe,flag,fixed,empty OPENCL OBJECT_ID");
+  EXPECT_EQ(children_of(child(root<tarva_abi_get_program_root_property>(small), "OPENCL")),
+            std::string("CL_PROGRAM_SOURCE=kernel ") + (version() >= 5 ? "CL_PROGRAM_IL " : "") +
+                "CL_PROGRAM_BINARY=B,I,N,:,k,e,r,n,e,l");
+  // The scripted devices answer no parameter that their version does not read.
+  for (const std::uint64_t format : {TARVA_ABI_TREE_TEXT, TARVA_ABI_TREE_XML}) {
+    const tarva_abi_tree_format_s wanted{format, 1, 1, 1, 1, 1, 1};
+    char* tree = nullptr;
+    const auto of_device = root<tarva_abi_get_device_root_property>(device(version()));
+    ASSERT_EQ(call<tarva_abi_get_property_tree_string>(of_device.get(), &wanted, &tree), outcome());
+    EXPECT_NE(std::string(tree).find("CL_DEVICE_MAX_CONSTANT_ARGS"), std::string::npos) << tree;
+    tarva_abi_free_property_tree_string(nullptr, tree);
+  }
 }
 
 TEST_P(programs, lying_queries_are_borne_or_named) {
