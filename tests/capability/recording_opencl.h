@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
@@ -13,6 +14,7 @@ namespace capability_test {
 struct recorded {
   std::string name;
   std::vector<std::uint64_t> arguments;
+  std::thread::id thread;
 };
 inline std::vector<recorded> calls;
 
@@ -35,7 +37,7 @@ struct recorder<Place, Result (*)(Parameters...)> {
   static inline const char* name = nullptr;
 
   static Result call(Parameters... parameters) {
-    calls.push_back({name, {as_number(parameters)...}});
+    calls.push_back({name, {as_number(parameters)...}, std::this_thread::get_id()});
     if constexpr (std::is_pointer_v<Result>) {
       (succeed(parameters), ...);
       return reinterpret_cast<Result>(&made_object);
