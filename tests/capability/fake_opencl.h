@@ -75,44 +75,44 @@ inline cl_int device_info(cl_device_id id, cl_uint name, std::size_t size, void*
 
 // The entry points that only note how they were called, and those that answer.
 inline qv::opencl_functions fake_functions() {
-  qv::opencl_functions cl = recording_functions();
-  cl.get_platform_ids = [](cl_uint count, cl_platform_id* ids, cl_uint* found) -> cl_int {
+  qv::opencl_functions result = recording_functions();
+  result.get_platform_ids = [](cl_uint count, cl_platform_id* ids, cl_uint* found) -> cl_int {
     return fake->platforms_status != CL_SUCCESS ? fake->platforms_status
                                                 : list(fake->platforms, count, ids, found);
   };
-  cl.get_device_ids = [](cl_platform_id id, cl_device_type, cl_uint count, cl_device_id* ids,
-                         cl_uint* found) -> cl_int {
+  result.get_device_ids = [](cl_platform_id id, cl_device_type, cl_uint count, cl_device_id* ids,
+                             cl_uint* found) -> cl_int {
     auto& platform = *reinterpret_cast<fake_platform*>(id);
     return platform.devices_status != CL_SUCCESS ? platform.devices_status
                                                  : list(platform.devices, count, ids, found);
   };
-  cl.get_platform_info = platform_info;
-  cl.get_device_info = device_info;
-  cl.create_command_queue_with_properties = [](cl_context, cl_device_id, const cl_queue_properties* words,
-                                               cl_int* status) {
+  result.get_platform_info = platform_info;
+  result.get_device_info = device_info;
+  result.create_command_queue_with_properties = [](cl_context, cl_device_id, const cl_queue_properties* words,
+                                                   cl_int* status) {
     fake->queue_words.clear();
     for (; *words != 0; ++words)
       fake->queue_words.push_back(*words);
     *status = CL_SUCCESS;
     return reinterpret_cast<cl_command_queue>(fake);
   };
-  cl.create_command_queue = [](cl_context, cl_device_id, cl_command_queue_properties bits, cl_int* status) {
+  result.create_command_queue = [](cl_context, cl_device_id, cl_command_queue_properties bits,
+                                   cl_int* status) {
     fake->queue_words = {bits};
     *status = CL_SUCCESS;
     return reinterpret_cast<cl_command_queue>(fake);
   };
   // Argument 0 of every kernel is a buffer, argument 1 a value, argument 2 local memory.
-  cl.get_kernel_arg_info = [](cl_kernel, cl_uint index, cl_kernel_arg_info, std::size_t size, void* target,
-                              std::size_t* size_ret) -> cl_int {
+  result.get_kernel_arg_info = [](cl_kernel, cl_uint index, cl_kernel_arg_info, std::size_t size,
+                                  void* target, std::size_t* size_ret) -> cl_int {
     constexpr cl_uint qualifiers[] = {CL_KERNEL_ARG_ADDRESS_GLOBAL, CL_KERNEL_ARG_ADDRESS_PRIVATE,
                                       CL_KERNEL_ARG_ADDRESS_LOCAL};
     return index > 2 ? CL_INVALID_ARG_INDEX
                      : give(&qualifiers[index], sizeof(cl_uint), size, target, size_ret);
   };
-  cl.get_kernel_info = [](cl_kernel, cl_kernel_info, std::size_t size, void* target, std::size_t* size_ret) {
-    return give("garbage", 8, size, target, size_ret);
-  };
-  return cl;
+  result.get_kernel_info = [](cl_kernel, cl_kernel_info, std::size_t size, void* target,
+                              std::size_t* size_ret) { return give("garbage", 8, size, target, size_ret); };
+  return result;
 }
 
 } // namespace capability_test
