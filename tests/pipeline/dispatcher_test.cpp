@@ -8,32 +8,14 @@
 #include "ir/physical/operations.h"
 #include "memory/library_memory.h"
 #include "objects/opencl/opencl_device.h"
+#include "tests/failing_memory.h"
 #include "tests/pipeline/fakes.h"
 #include "tests/scripted/scripted_qv.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
-#include <new>
 #include <sstream>
-
-namespace {
-thread_local bool memory_has_run_out = false;
-}
-
-// Inlined, the pair of operators looks to g++ like malloc and free used on each other.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  if (void* const memory = memory_has_run_out ? nullptr : std::malloc(size != 0 ? size : 1))
-    return memory;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace oryn::tarva::library {
 namespace {
@@ -249,7 +231,7 @@ TEST_F(dispatcher, takes_what_it_has_room_for_even_when_memory_has_run_out) {
   worker().make_room(1, 2);
   command_graph nothing;
   bool is_taken = true;
-  memory_has_run_out = true;
+  allocations_left = 0;
   try {
     worker().submit_work(std::move(nothing));
     signal(1);
@@ -257,7 +239,7 @@ TEST_F(dispatcher, takes_what_it_has_room_for_even_when_memory_has_run_out) {
   } catch (const std::bad_alloc&) {
     is_taken = false;
   }
-  memory_has_run_out = false;
+  allocations_left = ENDLESS;
   EXPECT_TRUE(is_taken);
   start();
   worker().wait_until_idle();

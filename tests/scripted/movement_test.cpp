@@ -54,20 +54,6 @@ TEST_P(movement, an_operation_of_count_0_asks_nothing_of_opencl) {
     EXPECT_EQ(count(calls, operation), 0u);
 }
 
-TEST_P(movement, content_moves_between_devices_and_leaves_nothing_behind) {
-  const auto here = kernel(version(), "sum"), there = kernel(version(), "sum", role::second);
-  const memory out = make(counted(5)), a = make(counted(5)), b = make(counted(5, 10));
-  const arguments list{argument(out), argument(a), argument(b)};
-  EXPECT_EQ(launch(here, list, line(5)), outcome());
-  const auto buffers = live_objects()["buffer"];
-  EXPECT_EQ(launch(there, {argument(a), argument(out), argument(b)}, line(5)), outcome());
-  EXPECT_EQ(live_objects()["buffer"], buffers) << "the blocks on the first device go";
-  EXPECT_EQ(read<std::int32_t>(a, 5), (std::vector<std::int32_t>{21, 24, 27, 30, 33}));
-  EXPECT_EQ(launch(here, {argument(b), argument(a), argument(a)}, line(5)), outcome());
-  EXPECT_EQ(read<std::int32_t>(b, 5), (std::vector<std::int32_t>{42, 48, 54, 60, 66}));
-  EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
-}
-
 TEST_P(movement, a_big_endian_device_sees_its_own_byte_order) {
   const auto add = kernel(version(), "add", role::big_endian);
   const memory numbers = make(counted(4, 0x01020304));

@@ -33,19 +33,8 @@ std::optional<std::int32_t> machine::planned(planned_failure::way how, qv::opera
 
 std::map<std::string, std::int64_t> machine::live() const {
   std::map<std::string, std::int64_t> counts;
-  const auto count = [&](const auto* kind, const object& candidate) {
-    using type = std::remove_cvref_t<decltype(*kind)>;
-    if (dynamic_cast<const type*>(&candidate) != nullptr)
-      counts[type::kind] += candidate.references;
-  };
-  for (const auto& [handle, one] : objects) {
-    count(static_cast<context*>(nullptr), *one);
-    count(static_cast<queue*>(nullptr), *one);
-    count(static_cast<buffer*>(nullptr), *one);
-    count(static_cast<event*>(nullptr), *one);
-    count(static_cast<program*>(nullptr), *one);
-    count(static_cast<kernel*>(nullptr), *one);
-  }
+  for (const auto& [handle, one] : objects)
+    counts[one->kind_name] += one->references;
   for (const device& one : devices)
     if (one.references != 0)
       counts["device"] += one.references;
@@ -69,16 +58,12 @@ void report_balance() {
   if (!machine::get().check_at_exit)
     return;
   const auto guard = locked();
-  bool clean = true;
-  const auto report = [&clean](const std::string& line) {
-    std::fprintf(stderr, "scripted: %s\n", line.c_str());
-    clean = false;
-  };
+  std::vector<std::string> faults = machine::get().misuses;
   for (const auto& [kind, count] : machine::get().live())
-    report("left at exit: " + std::to_string(count) + " " + kind);
-  for (const std::string& misuse : machine::get().misuses)
-    report(misuse);
-  if (!clean)
+    faults.push_back("left at exit: " + std::to_string(count) + " " + kind);
+  for (const std::string& fault : faults)
+    std::fprintf(stderr, "scripted: %s\n", fault.c_str());
+  if (!faults.empty())
     _exit(9);
 }
 

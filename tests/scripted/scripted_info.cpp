@@ -85,19 +85,12 @@ std::optional<info_answer> device_info(const device& device, std::uint32_t capab
 }
 
 std::int32_t answer_query(const info_answer& answer, std::size_t size, void* value, std::size_t* size_out) {
-  if (answer.status != 0)
-    return answer.status;
-  if (value == nullptr) {
-    if (size_out != nullptr)
-      *size_out = answer.announced.value_or(answer.data.size());
-    return 0;
-  }
-  if (size < answer.data.size())
+  if (value != nullptr && size < answer.data.size())
     return INVALID_VALUE;
-  if (!answer.data.empty())
+  if (value != nullptr && !answer.data.empty())
     std::memcpy(value, answer.data.data(), answer.data.size());
   if (size_out != nullptr)
-    *size_out = answer.reported.value_or(answer.data.size());
+    *size_out = answer.data.size();
   return 0;
 }
 

@@ -7,6 +7,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -27,6 +28,7 @@ struct device {
 
 struct object {
   virtual ~object() = default;
+  const char* kind_name = "";
   int references = 1;
 };
 
@@ -117,6 +119,7 @@ public:
   device* find_device(void* handle);
   template <class T>
   void* add(std::shared_ptr<T> added) {
+    added->kind_name = T::kind;
     void* handle = added.get();
     objects[handle] = std::move(added);
     return handle;

@@ -13,7 +13,6 @@
 #include <cstring>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,13 +23,9 @@ namespace scripted {
 
 using bytes = std::vector<unsigned char>;
 
-// The answer to one information query. `announced` is the size told to a caller who asks for the size alone,
-// `reported` the size told with the data; both are the true size unless the answer is to lie.
+// The answer to one information query.
 struct info_answer {
   bytes data;
-  std::optional<std::size_t> announced{};
-  std::optional<std::size_t> reported{};
-  std::int32_t status = 0;
 };
 
 inline info_answer text_answer(const std::string& text) {

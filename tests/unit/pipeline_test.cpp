@@ -83,25 +83,6 @@ TEST(graph, sorts_every_edge_forward_and_finds_components) {
   EXPECT_EQ(*components[2].topological_sort().front(), size + 2);
 }
 
-TEST(graph, conversion_enters_a_chain_at_its_head_and_leaves_at_its_tail) {
-  graph_of_numbers made(2);
-  made.edge(0, 1);
-  int told = 0;
-  const dag<std::shared_ptr<std::string>> converted(
-      made.graph,
-      std::function<std::vector<std::shared_ptr<std::string>>(const number&)>([](const number& node) {
-        const auto name = std::to_string(*node);
-        return std::vector{std::make_shared<std::string>(name + "a"),
-                           std::make_shared<std::string>(name + "b")};
-      }),
-      [&](const number&, const auto& chain) { told += static_cast<int>(chain.size()); });
-  std::string order;
-  for (const auto& link : converted.topological_sort())
-    order += *link + " ";
-  EXPECT_EQ(order, "0a 0b 1a 1b ");
-  EXPECT_EQ(told, 4);
-}
-
 TEST(host_block, tells_its_faults_in_order) {
   host_memory block;
   EXPECT_THROW(block.get_read_pointer(0), std::logic_error) << "not set up";
