@@ -25,7 +25,9 @@ TEST_P(launching, each_type_becomes_its_sizes) {
   using list = std::vector<std::uint64_t>;
   // Of a record no more is there than its type needs, so that a sanitizer sees who reads on.
   const auto launch_words = [&](const list& words) {
-    return launch(empty, {}, *reinterpret_cast<const tarva_abi_launch_range_s*>(words.data()));
+    const auto* const record = reinterpret_cast<const tarva_abi_launch_range_s*>(words.data());
+    const tarva_abi_kernel_argument_s* const no_arguments = nullptr;
+    return call<tarva_abi_kernel_call>(empty.get(), no_arguments, std::uint64_t{0}, record);
   };
   const std::vector<std::pair<list, list>> rows{
       {{1, 2, 0, 0, 0, 8, 6, 9, 4, 3, 9}, {8, 6, 1, 4, 3, 1}},
