@@ -4,15 +4,24 @@
 #include "capability/opencl_functions.h"
 
 #include <cstdint>
-#include <string>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
 namespace capability_test {
 
+using cl = qv::opencl_functions;
+
+// What tells one entry point from another, such as `id<&cl::finish>`.
+template <auto Entry>
+inline char tag = 0;
+template <auto Entry>
+constexpr const void* id = &tag<Entry>;
+
 struct recorded {
-  std::string name;
+  const void* function;
   std::vector<std::uint64_t> arguments;
+  std::thread::id thread;
 };
 inline std::vector<recorded> calls;
 
@@ -27,15 +36,13 @@ std::uint64_t as_number(T value) {
     return static_cast<std::uint64_t>(value);
 }
 
-// Each entry point is one function, told from its like by the place of its name among them.
-template <std::size_t Place, typename Function>
+// Each entry point is one function.
+template <auto Entry, typename Function>
 struct recorder;
-template <std::size_t Place, typename Result, typename... Parameters>
-struct recorder<Place, Result (*)(Parameters...)> {
-  static inline const char* name = nullptr;
-
+template <auto Entry, typename Result, typename... Parameters>
+struct recorder<Entry, Result (*)(Parameters...)> {
   static Result call(Parameters... parameters) {
-    calls.push_back({name, {as_number(parameters)...}});
+    calls.push_back({id<Entry>, {as_number(parameters)...}, std::this_thread::get_id()});
     if constexpr (std::is_pointer_v<Result>) {
       (succeed(parameters), ...);
       return reinterpret_cast<Result>(&made_object);
@@ -52,54 +59,27 @@ private:
   }
 };
 
-template <std::size_t Place, typename Function>
-void record(Function& entry, const char* name) {
-  recorder<Place, Function>::name = name;
-  entry = &recorder<Place, Function>::call;
+// Sets these entries.
+template <auto... Entries>
+qv::opencl_functions recording() {
+  cl result;
+  ((result.*Entries = &recorder<Entries, std::remove_reference_t<decltype(result.*Entries)>>::call), ...);
+  return result;
 }
 
 inline qv::opencl_functions recording_functions() {
-  qv::opencl_functions cl;
-  record<__COUNTER__>(cl.get_device_info, "clGetDeviceInfo");
-  record<__COUNTER__>(cl.retain_device, "clRetainDevice");
-  record<__COUNTER__>(cl.release_device, "clReleaseDevice");
-  record<__COUNTER__>(cl.create_context, "clCreateContext");
-  record<__COUNTER__>(cl.get_context_info, "clGetContextInfo");
-  record<__COUNTER__>(cl.retain_context, "clRetainContext");
-  record<__COUNTER__>(cl.release_context, "clReleaseContext");
-  record<__COUNTER__>(cl.create_command_queue, "clCreateCommandQueue");
-  record<__COUNTER__>(cl.create_command_queue_with_properties, "clCreateCommandQueueWithProperties");
-  record<__COUNTER__>(cl.release_command_queue, "clReleaseCommandQueue");
-  record<__COUNTER__>(cl.finish, "clFinish");
-  record<__COUNTER__>(cl.create_buffer, "clCreateBuffer");
-  record<__COUNTER__>(cl.release_mem_object, "clReleaseMemObject");
-  record<__COUNTER__>(cl.enqueue_read_buffer, "clEnqueueReadBuffer");
-  record<__COUNTER__>(cl.enqueue_write_buffer, "clEnqueueWriteBuffer");
-  record<__COUNTER__>(cl.enqueue_copy_buffer, "clEnqueueCopyBuffer");
-  record<__COUNTER__>(cl.enqueue_fill_buffer, "clEnqueueFillBuffer");
-  record<__COUNTER__>(cl.enqueue_nd_range_kernel, "clEnqueueNDRangeKernel");
-  record<__COUNTER__>(cl.get_event_info, "clGetEventInfo");
-  record<__COUNTER__>(cl.get_event_profiling_info, "clGetEventProfilingInfo");
-  record<__COUNTER__>(cl.retain_event, "clRetainEvent");
-  record<__COUNTER__>(cl.release_event, "clReleaseEvent");
-  record<__COUNTER__>(cl.create_program_with_source, "clCreateProgramWithSource");
-  record<__COUNTER__>(cl.create_program_with_binary, "clCreateProgramWithBinary");
-  record<__COUNTER__>(cl.create_program_with_builtin_kernels, "clCreateProgramWithBuiltInKernels");
-  record<__COUNTER__>(cl.create_program_with_il, "clCreateProgramWithIL");
-  record<__COUNTER__>(cl.set_program_specialization_constant, "clSetProgramSpecializationConstant");
-  record<__COUNTER__>(cl.build_program, "clBuildProgram");
-  record<__COUNTER__>(cl.get_program_info, "clGetProgramInfo");
-  record<__COUNTER__>(cl.get_program_build_info, "clGetProgramBuildInfo");
-  record<__COUNTER__>(cl.retain_program, "clRetainProgram");
-  record<__COUNTER__>(cl.release_program, "clReleaseProgram");
-  record<__COUNTER__>(cl.get_extension_function_address, "clGetExtensionFunctionAddressForPlatform");
-  record<__COUNTER__>(cl.create_kernel, "clCreateKernel");
-  record<__COUNTER__>(cl.create_kernels_in_program, "clCreateKernelsInProgram");
-  record<__COUNTER__>(cl.set_kernel_arg, "clSetKernelArg");
-  record<__COUNTER__>(cl.get_kernel_info, "clGetKernelInfo");
-  record<__COUNTER__>(cl.get_kernel_work_group_info, "clGetKernelWorkGroupInfo");
-  record<__COUNTER__>(cl.release_kernel, "clReleaseKernel");
-  return cl;
+  return recording<
+      &cl::get_device_info, &cl::retain_device, &cl::release_device, &cl::create_context,
+      &cl::get_context_info, &cl::retain_context, &cl::release_context, &cl::create_command_queue,
+      &cl::create_command_queue_with_properties, &cl::release_command_queue, &cl::finish, &cl::create_buffer,
+      &cl::release_mem_object, &cl::enqueue_read_buffer, &cl::enqueue_write_buffer, &cl::enqueue_copy_buffer,
+      &cl::enqueue_fill_buffer, &cl::enqueue_nd_range_kernel, &cl::get_event_info,
+      &cl::get_event_profiling_info, &cl::retain_event, &cl::release_event, &cl::create_program_with_source,
+      &cl::create_program_with_binary, &cl::create_program_with_builtin_kernels, &cl::create_program_with_il,
+      &cl::set_program_specialization_constant, &cl::build_program, &cl::get_program_info,
+      &cl::get_program_build_info, &cl::retain_program, &cl::release_program,
+      &cl::get_extension_function_address, &cl::create_kernel, &cl::create_kernels_in_program,
+      &cl::set_kernel_arg, &cl::get_kernel_info, &cl::get_kernel_work_group_info, &cl::release_kernel>();
 }
 
 } // namespace capability_test

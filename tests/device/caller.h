@@ -116,19 +116,12 @@ inline std::string text(const property& of, std::size_t element = 0) {
 }
 
 template <class T>
-inline constexpr tarva_abi_data_type type_of = TARVA_ABI_TYPE_NONE;
-template <>
-inline constexpr tarva_abi_data_type type_of<std::uint8_t> = TARVA_ABI_TYPE_UINT8;
-template <>
-inline constexpr tarva_abi_data_type type_of<std::int16_t> = TARVA_ABI_TYPE_INT16;
-template <>
-inline constexpr tarva_abi_data_type type_of<std::int32_t> = TARVA_ABI_TYPE_INT32;
-template <>
-inline constexpr tarva_abi_data_type type_of<std::int64_t> = TARVA_ABI_TYPE_INT64;
-template <>
-inline constexpr tarva_abi_data_type type_of<float> = TARVA_ABI_TYPE_FLOAT;
-template <>
-inline constexpr tarva_abi_data_type type_of<double> = TARVA_ABI_TYPE_DOUBLE;
+inline constexpr tarva_abi_data_type type_of = std::is_same_v<T, std::uint8_t>   ? TARVA_ABI_TYPE_UINT8
+                                               : std::is_same_v<T, std::int16_t> ? TARVA_ABI_TYPE_INT16
+                                               : std::is_same_v<T, std::int32_t> ? TARVA_ABI_TYPE_INT32
+                                               : std::is_same_v<T, std::int64_t> ? TARVA_ABI_TYPE_INT64
+                                               : std::is_same_v<T, float>        ? TARVA_ABI_TYPE_FLOAT
+                                                                                 : TARVA_ABI_TYPE_NONE;
 
 inline memory allocate(tarva_abi_data_type type, std::uint64_t count) {
   tarva_abi_memory_s* result = nullptr;

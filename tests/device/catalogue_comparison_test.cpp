@@ -5,8 +5,6 @@
 #include "tests/device/caller.h"
 #include "tests/device/catalogue_table.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -252,12 +250,3 @@ TEST(catalogue, says_what_opencl_says) {
 }
 
 } // namespace
-
-int main(int argc, char** argv) {
-  ::testing::InitGoogleTest(&argc, argv);
-  if (devices().empty()) {
-    std::printf("this environment offers no OpenCL device\n");
-    return std::getenv("TARVA_TEST_NEEDS_DEVICE") == nullptr ? 77 : EXIT_FAILURE;
-  }
-  return RUN_ALL_TESTS();
-}

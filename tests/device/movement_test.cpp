@@ -1,7 +1,6 @@
 // Content on its way between the real devices that the environment offers, and when their memory runs out.
-#include "tests/device/caller.h"
+#include "tests/device/every_device.h"
 
-#include <gtest/gtest.h>
 #include <numeric>
 
 namespace {
@@ -13,10 +12,6 @@ const char* const source = R"(
   kernel void bump(global uchar* data) { data[0]++; }
   kernel void bump_three(global uchar* a, global uchar* b, global uchar* c) { a[0]++; b[0]++; c[0]++; }
 )";
-
-std::string describe(const caller::device& one) {
-  return text(child(root<tarva_abi_get_device_root_property>(one), "FRIENDLY_SHORT_DESCRIPTION"));
-}
 
 class movement : public ::testing::Test {
 protected:

@@ -1,19 +1,16 @@
 // Every kind of program on every OpenCL device that the environment offers: what a device says that it takes
 // it runs, and what it does not take, or what is broken, ends in words and leaves the device as it was.
-#include "tests/device/caller.h"
+#include "tests/device/every_device.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <iterator>
 
 namespace {
 
 using namespace caller;
 
-constexpr int no_device = 77;
 const std::string source =
     "kernel void add(global int* data, int amount) { data[get_global_id(0)] += amount; }";
 
@@ -23,21 +20,14 @@ std::string module(const char* name) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-class program_kinds : public ::testing::Test {
+class program_kinds : public every_device {
 protected:
-  static void SetUpTestSuite() { all = devices(); }
-  static void TearDownTestSuite() { all.clear(); }
-
   template <class Body>
   static void on_each(Body body) {
-    for (const caller::device& one : all) {
-      const auto properties = root<tarva_abi_get_device_root_property>(one);
-      const std::string description = text(child(properties, "FRIENDLY_SHORT_DESCRIPTION"));
-      SCOPED_TRACE(description);
-      // "OpenCL 1.2 device named: ..."
-      body(one, description.substr(7, 3));
+    every_device::on_each([&](const caller::device& one) {
+      body(one, version_of(one));
       expect_works(one);
-    }
+    });
   }
   static bool takes(const caller::device& on, std::uint64_t type) {
     std::uint64_t answer = 7;
@@ -68,10 +58,7 @@ protected:
     EXPECT_TRUE(ended.code == TARVA_ABI_OK ? !result.success : !ended.message.empty())
         << "type " << type << ", " << data.size() << " bytes, " << options;
   }
-
-  static std::vector<caller::device> all;
 };
-std::vector<caller::device> program_kinds::all;
 
 TEST_F(program_kinds, spir_runs_where_it_is_taken) {
   const std::string spir = module("add.bc");
@@ -260,12 +247,3 @@ TEST_F(program_kinds, are_reached_without_the_loader_in_the_global_scope) {
 }
 
 } // namespace
-
-int main(int argc, char** argv) {
-  ::testing::InitGoogleTest(&argc, argv);
-  if (devices().empty()) {
-    std::printf("this environment offers no OpenCL device\n");
-    return std::getenv("TARVA_TEST_NEEDS_DEVICE") == nullptr ? no_device : EXIT_FAILURE;
-  }
-  return RUN_ALL_TESTS();
-}

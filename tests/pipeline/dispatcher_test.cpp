@@ -8,32 +8,14 @@
 #include "ir/physical/operations.h"
 #include "memory/library_memory.h"
 #include "objects/opencl/opencl_device.h"
+#include "tests/failing_memory.h"
 #include "tests/pipeline/fakes.h"
 #include "tests/scripted/scripted_qv.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
-#include <new>
 #include <sstream>
-
-namespace {
-thread_local bool memory_has_run_out = false;
-}
-
-// Inlined, the pair of operators looks to g++ like malloc and free used on each other.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  if (void* const memory = memory_has_run_out ? nullptr : std::malloc(size != 0 ? size : 1))
-    return memory;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace oryn::tarva::library {
 namespace {
@@ -153,7 +135,7 @@ private:
           step, [](const auto&) { throw std::runtime_error("a step that throws"); });
     case 'm':
       return device_ir::host_function_call::create(
-          step, [number](const auto&) { memory_has_run_out = number != 0; });
+          step, [number](const auto&) { allocations_left = number != 0 ? 0 : ENDLESS; });
     case 'g': {
       const auto gone = std::make_shared<fake_device>();
       gone->set_dispatcher(make_work_dispatcher<tested_version>(context, device));
@@ -262,7 +244,7 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
   const auto request = make_request();
   auto work = worker().prepare_work(make_graph(request, "a1 r3 a2 a3 m0"));
   bool is_taken = true;
-  memory_has_run_out = true;
+  allocations_left = 0;
   try {
     worker().submit_work(std::move(work));
     signal(2);
@@ -271,7 +253,7 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
   } catch (const std::bad_alloc&) {
     is_taken = false;
   }
-  memory_has_run_out = false;
+  allocations_left = ENDLESS;
   EXPECT_TRUE(is_taken);
 }
 

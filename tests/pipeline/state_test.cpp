@@ -11,53 +11,76 @@
 namespace oryn::tarva::library {
 namespace {
 
-// One level's transitions as letters: f enables profiling, 0 to 9 sets the number of parts, s submits, p ends a
-// part (or the whole, where there are none), e fails it.
+// What a level calls itself and its parts; a device command has no parts.
+struct level {
+  const char *whole, *part;
+};
+constexpr level logical{"logical operation", "physical operation"},
+    physical{"physical operation", "device command"}, command{"device command", nullptr};
+
+enum class applies { to_all, to_those_with_parts, to_those_without };
+
+// Transitions as letters: f enables profiling, 0 to 9 sets the number of parts, if there are any, s submits, p ends a
+// part, or else the whole, e fails it.
 struct transition_row {
   const char* script;
-  const char* message; // of the last letter; those before succeed
-  bool is_complete = false;
-  const char* told = ""; // what the level above has heard: p or e
+  const char* message;  // of the last letter; those before succeed. $ stands for the whole, % for a part
+  const char* end = ""; // what is heard of it: p or e
+  applies to = applies::to_all;
 };
 
-// Stands in for the level above a physical operation or a command.
-class listener {
-public:
-  std::string heard() const {
-    std::string result;
-    if (request->get_error())
-      result = "e";
-    else if (request->is_complete())
-      result = "p";
-    return result;
-  }
-  std::shared_ptr<logical_ir::free_memory> request =
-      logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
+constexpr auto with_parts = applies::to_those_with_parts, without = applies::to_those_without;
+constexpr transition_row transitions[] = {
+    {"f1sp", "", "p"},
+    {"2sp", "", "", with_parts},
+    {"2spp", "", "p", with_parts},
+    {"1see", "", "e"},
+    {"3sepp", "", "e", with_parts},
+    {"sf", "Attempting to enable profiling on a $ that has already been submitted."},
+    {"s1", "Setting a % count on a $, but the $ was already submitted.", "", with_parts},
+    {"12", "Setting a % count on a $, but the % count was already set.", "", with_parts},
+    {"1ss", "Attempting to set a $ to submitted state, but it was already submitted."},
+    {"1p", "Attempting to set a % as completed on a $ that was never submitted.", "", with_parts},
+    {"p", "Attempting to set a $ to be complete, but it was never submitted.", "", without},
+    {"0sp", "Notifying a $ that a % has completed, but the count of outstanding %s is zero.", "", with_parts},
+    {"sp", "Notifying a $ that a % has completed, but the count of outstanding %s was never set.", "",
+     with_parts},
+    {"spp", "Attempting to set a $ to be complete, but it was already complete.", "p", without},
+    {"e", "Attempting to set a $ to an error state, but it was never submitted."},
+    {"1spe", "Attempting to set a $ to be complete, but it was already complete.", "p"},
 };
 
-struct failure : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
+std::string words_of(const level& of, const char* message) {
+  std::string words;
+  for (; *message != 0; ++message)
+    words += *message == '$' ? of.whole : *message == '%' ? of.part : std::string(1, *message);
+  return words;
+}
 
-void end_or_count(logical_ir::logical_operation& request, char letter) {
+std::shared_ptr<logical_ir::logical_operation> make_request() {
+  return logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
+}
+
+void count_or_end(logical_ir::logical_operation& request, char letter) {
+  letter == 'p' ? request.physical_operation_complete()
+                : request.set_physical_operation_count(static_cast<std::uint64_t>(letter - '0'));
+}
+void count_or_end(physical_ir::physical_operation& step, char letter) {
+  letter == 'p' ? step.device_command_complete()
+                : step.set_device_command_count(static_cast<std::uint64_t>(letter - '0'));
+}
+void count_or_end(device_ir::device_command& of, char letter) {
   if (letter == 'p')
-    request.physical_operation_complete();
-  else
-    request.set_physical_operation_count(static_cast<std::uint64_t>(letter - '0'));
-}
-void end_or_count(physical_ir::physical_operation& step, char letter) {
-  if (letter == 'p')
-    step.device_command_complete();
-  else
-    step.set_device_command_count(static_cast<std::uint64_t>(letter - '0'));
-}
-void end_or_count(device_ir::device_command& command, char) {
-  command.set_complete();
+    of.set_complete();
 }
 
-// Performs the letters in turn, and returns what the last one throws.
+// Performs the letters in turn, and compares what the last one throws, and what the request tells afterwards.
 template <class Machine>
-std::string play(Machine& machine, const std::string& script) {
+void play(const transition_row& row, const level& of, Machine& machine,
+          const std::shared_ptr<logical_ir::logical_operation>& request) {
+  if (row.to != applies::to_all && (row.to == with_parts) != (of.part != nullptr))
+    return;
+  SCOPED_TRACE(std::string(of.whole) + ": " + row.script);
   int errors = 0;
   const auto perform = [&](char letter) {
     if (letter == 'f')
@@ -65,126 +88,46 @@ std::string play(Machine& machine, const std::string& script) {
     else if (letter == 's')
       machine.set_submitted();
     else if (letter == 'e')
-      machine.set_error(std::make_exception_ptr(failure("failure " + std::to_string(++errors))));
+      machine.set_error(std::make_exception_ptr(std::runtime_error("failure " + std::to_string(++errors))));
     else
-      end_or_count(machine, letter);
+      count_or_end(machine, letter);
   };
+  const std::string script = row.script;
   for (std::size_t i = 0; i + 1 < script.size(); ++i)
     perform(script[i]);
-  return message_of([&] { perform(script.back()); });
-}
-
-class states : public testing::TestWithParam<transition_row> {
-protected:
-  void SetUp() override { testing::internal::CaptureStderr(); }
-  void TearDown() override { testing::internal::GetCapturedStderr(); }
-  static void expect_first_error(const std::exception_ptr& error) {
-    if (error) {
-      EXPECT_EQ(message_of([&] { std::rethrow_exception(error); }), "failure 1");
-    }
+  EXPECT_EQ(message_of([&] { perform(script.back()); }), words_of(of, row.message));
+  EXPECT_EQ(request->is_complete(), *row.end != 0);
+  EXPECT_EQ(request->get_notification_pipe().is_closed(), *row.end != 0);
+  EXPECT_EQ(request->get_error() != nullptr, *row.end == 'e');
+  if (const auto error = request->get_error()) {
+    EXPECT_EQ(message_of([&] { std::rethrow_exception(error); }), "failure 1");
   }
-};
-
-class logical_states : public states {};
-class physical_states : public states {};
-class command_states : public states {};
-
-TEST_P(logical_states, follow) {
-  const auto request = listener().request;
-  EXPECT_EQ(play(*request, GetParam().script), GetParam().message);
-  EXPECT_EQ(request->is_complete(), GetParam().is_complete);
-  EXPECT_EQ(request->get_notification_pipe().is_closed(), GetParam().is_complete);
-  expect_first_error(request->get_error());
 }
 
-constexpr transition_row logical_rows[] = {
-    {"f1sp", "", true},
-    {"2sp", ""},
-    {"2spp", "", true},
-    {"1se", "", true},
-    {"1see", "", true},
-    {"2sepp", "", true},
-    {"sf", "Attempting to enable profiling on a logical operation that has already been submitted."},
-    {"s1", "Setting a physical operation count on a logical operation, but the logical operation was already "
-           "submitted."},
-    {"12", "Setting a physical operation count on a logical operation, but the physical operation count was "
-           "already set."},
-    {"1ss", "Attempting to set a logical operation to submitted state, but it was already submitted."},
-    {"1p",
-     "Attempting to set a physical operation as completed on a logical operation that was never submitted."},
-    {"0sp",
-     "Notifying a logical operation that a physical operation has completed, but the count of outstanding "
-     "physical operations is zero."},
-    {"sp",
-     "Notifying a logical operation that a physical operation has completed, but the count of outstanding "
-     "physical operations was never set."},
-    {"e", "Attempting to set a logical operation to an error state, but it was never submitted."},
-    {"1spe", "Attempting to set a logical operation to be complete, but it was already complete.", true},
-};
-INSTANTIATE_TEST_SUITE_P(each, logical_states, testing::ValuesIn(logical_rows));
+TEST(states, follow_at_each_level) {
+  testing::internal::CaptureStderr();
+  for (const transition_row& row : transitions) {
+    const auto alone = make_request();
+    play(row, logical, *alone, alone);
 
-TEST_P(physical_states, follow) {
-  const listener above;
-  above.request->set_physical_operation_count(1);
-  above.request->set_submitted();
-  const auto step =
-      physical_ir::free_host_memory::create(above.request, nullptr, std::make_shared<host_memory>());
-  EXPECT_EQ(play(*step, GetParam().script), GetParam().message);
-  EXPECT_EQ(step->has_succeeded(), std::string(GetParam().told) == "p");
-  EXPECT_EQ(above.heard(), GetParam().told);
-  expect_first_error(above.request->get_error());
+    const auto make_step = [](const auto& request) {
+      request->set_physical_operation_count(1);
+      request->set_submitted();
+      return physical_ir::free_host_memory::create(request, nullptr, std::make_shared<host_memory>());
+    };
+    const auto above = make_request();
+    const auto step = make_step(above);
+    play(row, physical, *step, above);
+    EXPECT_EQ(step->has_succeeded(), *row.end == 'p' && row.to != without) << row.script;
+
+    const auto top = make_request();
+    const auto parent = make_step(top);
+    parent->set_device_command_count(1);
+    parent->set_submitted();
+    play(row, command, *device_ir::host_function_call::create(parent, {}), top);
+  }
+  testing::internal::GetCapturedStderr();
 }
-
-constexpr transition_row physical_rows[] = {
-    {"f1sp", "", true, "p"},
-    {"3spp", ""},
-    {"3sppp", "", true, "p"},
-    {"1see", "", true, "e"},
-    {"3sepp", "", true, "e"},
-    {"sf", "Attempting to enable profiling on a physical operation that has already been submitted."},
-    {"s1", "Setting a device command count on a physical operation, but the physical operation was already "
-           "submitted."},
-    {"12",
-     "Setting a device command count on a physical operation, but the device command count was already set."},
-    {"1ss", "Attempting to set a physical operation to submitted state, but it was already submitted."},
-    {"1p",
-     "Attempting to set a device command as completed on a physical operation that was never submitted."},
-    {"0sp",
-     "Notifying a physical operation that a device command has completed, but the count of outstanding "
-     "device commands is zero."},
-    {"sp", "Notifying a physical operation that a device command has completed, but the count of outstanding "
-           "device commands was never set."},
-    {"e", "Attempting to set a physical operation to an error state, but it was never submitted."},
-    {"1spe", "Attempting to set a physical operation to be complete, but it was already complete.", true,
-     "p"},
-};
-INSTANTIATE_TEST_SUITE_P(each, physical_states, testing::ValuesIn(physical_rows));
-
-TEST_P(command_states, follow) {
-  const listener above;
-  above.request->set_physical_operation_count(1);
-  above.request->set_submitted();
-  const auto step =
-      physical_ir::free_host_memory::create(above.request, nullptr, std::make_shared<host_memory>());
-  step->set_device_command_count(1);
-  step->set_submitted();
-  const auto command = device_ir::host_function_call::create(step, {});
-  EXPECT_EQ(play(*command, GetParam().script), GetParam().message);
-  EXPECT_EQ(above.heard(), GetParam().told);
-  expect_first_error(above.request->get_error());
-}
-
-constexpr transition_row command_rows[] = {
-    {"fsp", "", true, "p"},
-    {"see", "", true, "e"},
-    {"sf", "Attempting to enable profiling on a device command that has already been submitted."},
-    {"ss", "Attempting to set a device command to submitted state, but it was already submitted."},
-    {"p", "Attempting to set a device command to be complete, but it was never submitted."},
-    {"spp", "Attempting to set a device command to be complete, but it was already complete.", true, "p"},
-    {"e", "Attempting to set a device command to an error state, but it was never submitted."},
-    {"spe", "Attempting to set a device command to be complete, but it was already complete.", true, "p"},
-};
-INSTANTIATE_TEST_SUITE_P(each, command_states, testing::ValuesIn(command_rows));
 
 // The lines of one level, then that of its pipe.
 std::string left_undone(const std::string& what) {
@@ -207,13 +150,13 @@ std::string warnings_of(const std::function<void()>& action) {
 
 TEST(destruction, tells_what_was_left_undone_at_each_level) {
   const auto device = std::make_shared<fake_device>();
-  EXPECT_EQ(warnings_of([&] {
-              const auto step = physical_ir::free_host_memory::create(listener().request, device,
-                                                                      std::make_shared<host_memory>());
-              device_ir::host_function_call::create(step, {});
-            }),
-            left_undone("device command") + left_undone("physical operation") +
-                left_undone("logical operation"));
+  EXPECT_EQ(
+      warnings_of([&] {
+        const auto step =
+            physical_ir::free_host_memory::create(make_request(), device, std::make_shared<host_memory>());
+        device_ir::host_function_call::create(step, {});
+      }),
+      left_undone("device command") + left_undone("physical operation") + left_undone("logical operation"));
   EXPECT_EQ(
       warnings_of([&] {
         host_memory on_host;

@@ -154,6 +154,8 @@ const row LAUNCHES[] = {
     {NO_VALUE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_VALUE, TARVA_ABI_TYPE_INT8, 0}))},
     {UNKNOWN, CALL(s.launch_with({TARVA_ABI_ARGUMENT_MEMORY, 0, 0}))},
     {NO_TYPE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_LOCAL_MEMORY, 69, 1}))},
+    {runtime_failure("Maximum work dimension is 3, but work-dimension of 4 was provided."),
+     CALL(launch(s.kernel, {}, {TARVA_ABI_LAUNCH_GLOBAL_SIZE, {4, 1, 1, 1}}))},
     {{TARVA_ABI_LOGIC_FAILURE, 3,
       "The number of kernel arguments is 18446744073709551615, but no process can hold as many."},
      CALL(s.launch_with({}, ~std::uint64_t{0}))},

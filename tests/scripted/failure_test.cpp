@@ -103,38 +103,6 @@ TEST_P(failures, content_caught_between_big_endian_devices_keeps_its_order) {
   EXPECT_EQ(swapped(read<std::int32_t>(numbers, 4)), counted(4, 3));
 }
 
-TEST_P(failures, memory_that_runs_out_is_survived) {
-  const auto sum = kernel(version(), "sum");
-  const memory out = make(counted(5, 1000)), a = make(counted(5)), b = make(counted(5, 10));
-  const arguments list{argument(out), argument(a), argument(b)};
-  limit_memory(device_index(version(), role::first), 30); // enough for one
-  EXPECT_EQ(launch(sum, list, line(5)), outcome());
-  const auto calls = take_calls();
-  EXPECT_EQ(count(calls, op::enqueue_nd_range_kernel), 0u);
-  EXPECT_EQ(read<std::int32_t>(a, 5), counted(5));
-  EXPECT_EQ(read<std::int32_t>(b, 5), counted(5, 10));
-  limit_memory(device_index(version(), role::first), 60);
-  EXPECT_EQ(launch(sum, list, line(5)), outcome());
-  EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
-}
-
-TEST_P(failures, a_release_that_fails_is_survived) {
-  const auto sum = kernel(version(), "sum"), add = kernel(version(), "add", role::second);
-  const std::int32_t nothing = 0;
-  for (const op release : {op::release_mem_object, op::release_event, op::release_kernel})
-    for (int place = 1; place <= 3; ++place) {
-      SCOPED_TRACE(::testing::Message() << static_cast<int>(release) << ", number " << place);
-      const memory out = make(counted(5, 1000)), a = make(counted(5)), b = make(counted(5, 10));
-      for (const memory* one : {&out, &a, &b})
-        must(launch(add, {argument(*one), argument(nothing)}, line(5)));
-      fail_call(release, release == op::release_kernel ? 1 : place, -5);
-      EXPECT_EQ(launch(sum, {argument(out), argument(a), argument(b)}, line(5)), outcome());
-      EXPECT_TRUE(no_failure_left());
-      EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
-      EXPECT_EQ(read<std::int32_t>(b, 5), counted(5, 10));
-    }
-}
-
 TEST_P(failures, a_future_tells_how_its_transfer_failed) {
   const auto add = kernel(version(), "add");
   const memory numbers = make(counted(4));
@@ -203,48 +171,6 @@ TEST_F(handles, impossible_allocations_are_refused) {
   for (const std::uint64_t type : {0, 69})
     EXPECT_EQ(call<tarva_abi_memory_allocate_typed>("", type, std::uint64_t{1}, &made),
               runtime_failure("Unknown data type."));
-}
-
-TEST_F(handles, null_and_foreign_handles_are_refused_in_words) {
-  const memory numbers = make(counted(2));
-  const program made = compile(device(3), SOURCE);
-  tarva_abi_kernel_s* kernel = nullptr;
-  tarva_abi_property_s* property = nullptr;
-  std::int32_t value = 0;
-  const outcome unknown = runtime_failure("Lookup of internal type map failed.");
-  EXPECT_EQ(call<tarva_abi_get_kernel>(reinterpret_cast<tarva_abi_program_s*>(numbers.get()), "add", &kernel),
-            unknown);
-  EXPECT_EQ(call<tarva_abi_get_kernel>(static_cast<tarva_abi_program_s*>(nullptr), "add", &kernel), unknown);
-  EXPECT_EQ(call<tarva_abi_get_kernel>(made.get(), static_cast<const char*>(nullptr), &kernel),
-            invalid_argument(
-                "tarva_abi_get_kernel: kernel name argument is NULL, but expected a kernel name string to "
-                "extract the kernel."));
-  EXPECT_EQ(
-      call<tarva_abi_get_memory_root_property>(reinterpret_cast<tarva_abi_memory_s*>(&value), &property),
-      unknown);
-  EXPECT_EQ(
-      fill(numbers, nullptr, 0, 1),
-      invalid_argument("tarva_abi_fill_memory: value argument is NULL, but expected a memory location that "
-                       "contains a value to write."));
-  EXPECT_EQ(read_raw(numbers, 0, 1, nullptr),
-            invalid_argument(
-                "tarva_abi_async_read_memory: dest argument is NULL, but expected a memory location to "
-                "write memory contents."));
-  EXPECT_EQ(kernel, nullptr);
-  EXPECT_EQ(property, nullptr);
-}
-
-TEST_F(handles, memory_lives_until_its_last_reference) {
-  memory numbers = make(counted(2));
-  const std::int32_t nothing = 0;
-  must(launch(kernel(3, "add"), {argument(numbers), argument(nothing)}, line(2)));
-  const auto buffers = live_objects()["buffer"];
-  tarva_abi_retain_memory(nullptr, numbers.get());
-  tarva_abi_release_memory(nullptr, numbers.get());
-  EXPECT_EQ(live_objects()["buffer"], buffers);
-  EXPECT_EQ(read<std::int32_t>(numbers, 2), counted(2));
-  numbers.reset();
-  EXPECT_EQ(live_objects()["buffer"], buffers - 1);
 }
 
 } // namespace scripted

@@ -11,6 +11,14 @@ std::vector<device_options> standard_devices() {
       options.little_endian = std::string(name) != "big-endian";
       if (version >= 3 && std::string(name) == "second")
         options.info[0x103F] = text_answer(";copy_all;;sort_all"); // BUILT_IN_KERNELS
+      if (!options.little_endian) {                                // answers that real devices rarely give
+        options.info[0x1000] = value_answer(std::uint64_t{3});     // TYPE: two at once
+        options.info[0x101B] = value_answer(std::uint64_t{2});     // SINGLE_FP_CONFIG
+        options.info[0x101C] = value_answer(std::uint32_t{2});     // GLOBAL_MEM_CACHE_TYPE
+        options.info[0x1016] = value_answer(std::uint32_t{0});     // IMAGE_SUPPORT
+        options.info[0x1030] = text_answer("  cl_a   cl_b\n");
+        options.info[0x102E] = text_answer("EMBEDDED_PROFILE");
+      }
       devices.push_back(options);
     }
   return devices;

@@ -36,26 +36,6 @@ TEST_P(movement, content_goes_to_the_device_once_and_stays) {
   EXPECT_EQ(read<std::int32_t>(numbers, 6, 1), (std::vector<std::int32_t>{22, 23, 24, 15, 16, 17}));
 }
 
-TEST_P(movement, device_side_transfers_hit_their_range) {
-  const auto add = kernel(version(), "add");
-  const memory numbers = make(counted(8)), others = make(counted(8, 100));
-  const std::int32_t nothing = 0, pattern = -7;
-  for (const memory* one : {&numbers, &others})
-    EXPECT_EQ(launch(add, {argument(*one), argument(nothing)}, line(8)), outcome());
-
-  forget_calls();
-  EXPECT_EQ(fill(numbers, &pattern, 1, 2), outcome());
-  const auto fills = take_calls();
-  EXPECT_EQ(count(fills, op::enqueue_fill_buffer), version() >= 3 ? 1u : 0u);
-  EXPECT_EQ(count(fills, op::enqueue_write_buffer), version() >= 3 ? 0u : 1u);
-
-  const std::vector<std::int32_t> written{50, 51};
-  EXPECT_EQ(write_raw(numbers, 6, 2, written.data()), outcome());
-  EXPECT_EQ(copy(others, 2, numbers, 3, 3), outcome());
-  EXPECT_EQ(copy(numbers, 0, numbers, 7, 1), outcome());
-  EXPECT_EQ(read<std::int32_t>(numbers, 8), (std::vector<std::int32_t>{1, -7, -7, 102, 103, 104, 50, 1}));
-}
-
 TEST_P(movement, an_operation_of_count_0_asks_nothing_of_opencl) {
   const auto add = kernel(version(), "add");
   const memory numbers = make(counted(4)), others = make(counted(4));
@@ -72,38 +52,6 @@ TEST_P(movement, an_operation_of_count_0_asks_nothing_of_opencl) {
   for (const op operation : {op::enqueue_fill_buffer, op::enqueue_copy_buffer, op::enqueue_read_buffer,
                              op::enqueue_write_buffer, op::create_buffer})
     EXPECT_EQ(count(calls, operation), 0u);
-}
-
-TEST_P(movement, content_moves_between_devices_and_leaves_nothing_behind) {
-  const auto here = kernel(version(), "sum"), there = kernel(version(), "sum", role::second);
-  const memory out = make(counted(5)), a = make(counted(5)), b = make(counted(5, 10));
-  const arguments list{argument(out), argument(a), argument(b)};
-  EXPECT_EQ(launch(here, list, line(5)), outcome());
-  const auto buffers = live_objects()["buffer"];
-  EXPECT_EQ(launch(there, {argument(a), argument(out), argument(b)}, line(5)), outcome());
-  EXPECT_EQ(live_objects()["buffer"], buffers) << "the blocks on the first device go";
-  EXPECT_EQ(read<std::int32_t>(a, 5), (std::vector<std::int32_t>{21, 24, 27, 30, 33}));
-  EXPECT_EQ(launch(here, {argument(b), argument(a), argument(a)}, line(5)), outcome());
-  EXPECT_EQ(read<std::int32_t>(b, 5), (std::vector<std::int32_t>{42, 48, 54, 60, 66}));
-  EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
-}
-
-TEST_P(movement, copies_cross_every_pair_of_places) {
-  const auto here = kernel(version(), "add"), there = kernel(version(), "add", role::second);
-  const std::int32_t nothing = 0;
-  const auto make_at = [&](int place, std::int32_t first) {
-    memory made = make(counted(6, first));
-    if (place != 0)
-      must(launch(place == 1 ? here : there, {argument(made), argument(nothing)}, line(6)));
-    return made;
-  };
-  for (const int from : {0, 1, 2})
-    for (const int to : {0, 1, 2}) {
-      const memory source = make_at(from, 1), target = make_at(to, 10);
-      EXPECT_EQ(copy(source, 1, target, 3, 2), outcome()) << from << " to " << to;
-      EXPECT_EQ(read<std::int32_t>(target, 6), (std::vector<std::int32_t>{10, 11, 12, 2, 3, 15}));
-      EXPECT_EQ(read<std::int32_t>(source, 6), counted(6));
-    }
 }
 
 TEST_P(movement, a_big_endian_device_sees_its_own_byte_order) {
@@ -143,28 +91,7 @@ TEST_P(movement, byte_order_changes_by_component_and_not_for_boolean) {
   EXPECT_EQ(after[1], content[1]);
 }
 
-TEST_P(movement, work_may_run_as_soon_as_it_is_enqueued) {
-  set_execution(execution::at_enqueue);
-  const auto add = kernel(version(), "add"), there = kernel(version(), "add", role::second);
-  const memory numbers = make(counted(3));
-  const std::int32_t amount = 1, pattern = 7;
-  EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(3)), outcome());
-  EXPECT_EQ(launch(there, {argument(numbers), argument(amount)}, line(3)), outcome());
-  EXPECT_EQ(fill(numbers, &pattern, 0, 1), outcome());
-  EXPECT_EQ(read<std::int32_t>(numbers, 3), (std::vector<std::int32_t>{7, 4, 5}));
-}
-
 using machine_wide = scripted_test;
-
-TEST_F(machine_wide, an_object_is_used_on_every_little_endian_device_in_turn) {
-  const memory numbers = make(counted(4));
-  const std::int32_t amount = 100;
-  for (const role which : {role::first, role::second})
-    for (std::uint32_t version = 1; version <= VERSION_COUNT; ++version)
-      EXPECT_EQ(launch(kernel(version, "add", which), {argument(numbers), argument(amount)}, line(4)),
-                outcome());
-  EXPECT_EQ(read<std::int32_t>(numbers, 4), counted(4, 1201));
-}
 
 TEST_F(machine_wide, threads_mix_everything_on_two_devices) {
   std::vector<caller::kernel> kernels;

@@ -36,6 +36,8 @@ TEST_P(programs, text_needs_no_zero_at_its_end_and_options_pass) {
   EXPECT_EQ(try_kernel(result.made, "two"), other_failure("Kernel name not found in the program."));
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, text, "-bad", result),
             other_failure("Build options provided are not valid."));
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_DEVICE_BINARY, "garbage", "", result),
+            other_failure("Invalid program binary encountered, or incorrect binary for device."));
 }
 
 TEST_P(programs, a_failed_build_is_an_empty_program_with_a_log) {
@@ -46,27 +48,6 @@ TEST_P(programs, a_failed_build_is_an_empty_program_with_a_log) {
   EXPECT_EQ(try_kernel(result.made, "one"),
             logic_failure("Cannot extract a kernel from an empty program.  Kernel name: one"));
   EXPECT_EQ(child(root<tarva_abi_get_program_root_property>(result.made), "KERNEL_NAMES")->element_count, 0u);
-}
-
-TEST_P(programs, a_binary_makes_the_same_program_again) {
-  const program first = compile(device(version()), SOURCE);
-  const property binary =
-      child(child(root<tarva_abi_get_program_root_property>(first), "OPENCL"), "CL_PROGRAM_BINARY");
-  ASSERT_EQ(binary->data_type, std::uint64_t{TARVA_ABI_TYPE_UINT8});
-  const std::string data(static_cast<const char*>(binary->data), binary->element_count);
-  build again;
-  EXPECT_EQ(load(device(version(), role::second), TARVA_ABI_IR_DEVICE_BINARY, data, "", again), outcome());
-  const property names = child(root<tarva_abi_get_program_root_property>(again.made), "KERNEL_NAMES");
-  ASSERT_EQ(names->element_count, 6u);
-  EXPECT_EQ(text(names, 0), "add");
-  EXPECT_EQ(text(names, 5), "empty");
-  const memory numbers = make(counted(3));
-  const std::int32_t amount = 1;
-  EXPECT_EQ(launch(find_kernel(again.made, "add"), {argument(numbers), argument(amount)}, line(3)),
-            outcome());
-  EXPECT_EQ(read<std::int32_t>(numbers, 3), counted(3, 2));
-  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_DEVICE_BINARY, "garbage", "", again),
-            other_failure("Invalid program binary encountered, or incorrect binary for device."));
 }
 
 TEST_P(programs, spir_v_goes_by_extension_or_by_command) {
@@ -135,55 +116,6 @@ TEST_P(programs, failing_commands_reach_the_caller_as_errors) {
   fail_call(op::build_program, 1, -3);
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, SOURCE, "", unused),
             other_failure("A compiler is not available."));
-}
-
-TEST_P(programs, trees_read_only_what_the_version_has) {
-  // The scripted devices answer no parameter that their version does not read.
-  const program made = compile(device(version()), SOURCE);
-  const auto add = find_kernel(made, "add");
-  const tarva_abi_tree_format_s formats[] = {{TARVA_ABI_TREE_TEXT, 1, 1, 1, 1, 1, 1},
-                                             {TARVA_ABI_TREE_XML, 1, 0, 0, 0, 0, 0}};
-  const auto expect_in_tree = [&](const property& of, const char* name) {
-    for (const tarva_abi_tree_format_s& format : formats) {
-      char* tree = nullptr;
-      ASSERT_EQ(call<tarva_abi_get_property_tree_string>(of.get(), &format, &tree), outcome());
-      EXPECT_NE(std::string(tree).find(name), std::string::npos) << tree;
-      tarva_abi_free_property_tree_string(nullptr, tree);
-    }
-  };
-  expect_in_tree(root<tarva_abi_get_device_root_property>(device(version())), "CL_DEVICE_MAX_CONSTANT_ARGS");
-  expect_in_tree(root<tarva_abi_get_program_root_property>(made), "CL_PROGRAM_SOURCE");
-  expect_in_tree(root<tarva_abi_get_kernel_root_property>(add), "CL_KERNEL_NUM_ARGS");
-}
-
-TEST_P(programs, lying_queries_are_borne_or_named) {
-  constexpr std::uint32_t UNITS = 0x1002, VENDOR = 0x102C;
-  const std::size_t index = device_index(version(), role::first);
-  const auto opencl = child(root<tarva_abi_get_device_root_property>(device(version())), "OPENCL");
-  const auto ask = [&](const char* name) {
-    tarva_abi_property_s* found = nullptr;
-    const outcome ended = call<tarva_abi_get_child_property_by_name>(opencl.get(), name, &found);
-    const property owned(found);
-    return ended;
-  };
-  info_answer units = value_answer(std::uint32_t{4});
-  units.announced = 0;
-  set_info(index, UNITS, units);
-  EXPECT_EQ(ask("CL_DEVICE_MAX_COMPUTE_UNITS"), outcome());
-  units.announced.reset();
-  units.reported = 2;
-  set_info(index, UNITS, units);
-  EXPECT_EQ(
-      ask("CL_DEVICE_MAX_COMPUTE_UNITS"),
-      other_failure("OpenCL implementation did not provide expected size of data.  Expected: 4 bytes, but "
-                    "implementation provided 2 bytes."));
-  set_info(index, UNITS, value_answer(std::uint32_t{4}));
-
-  info_answer vendor = text_answer("Vendor");
-  vendor.reported = 3;
-  set_info(index, VENDOR, vendor);
-  EXPECT_EQ(ask("CL_DEVICE_VENDOR").message.substr(0, 35), "The result size for the query chang");
-  set_info(index, VENDOR, text_answer("Scripted Vendor"));
 }
 
 } // namespace scripted

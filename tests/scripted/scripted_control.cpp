@@ -17,7 +17,7 @@ device* machine::find_device(void* handle) {
     if (&candidate == handle)
       return &candidate;
   complain("use of a handle that is no device");
-  return nullptr;
+  throw refused{INVALID_DEVICE};
 }
 
 std::optional<std::int32_t> machine::planned(planned_failure::way how, qv::operation operation) {
@@ -33,19 +33,8 @@ std::optional<std::int32_t> machine::planned(planned_failure::way how, qv::opera
 
 std::map<std::string, std::int64_t> machine::live() const {
   std::map<std::string, std::int64_t> counts;
-  const auto count = [&](const auto* kind, const object& candidate) {
-    using type = std::remove_cvref_t<decltype(*kind)>;
-    if (dynamic_cast<const type*>(&candidate) != nullptr)
-      counts[type::kind] += candidate.references;
-  };
-  for (const auto& [handle, one] : objects) {
-    count(static_cast<context*>(nullptr), *one);
-    count(static_cast<queue*>(nullptr), *one);
-    count(static_cast<buffer*>(nullptr), *one);
-    count(static_cast<event*>(nullptr), *one);
-    count(static_cast<program*>(nullptr), *one);
-    count(static_cast<kernel*>(nullptr), *one);
-  }
+  for (const auto& [handle, one] : objects)
+    counts[one->kind_name] += one->references;
   for (const device& one : devices)
     if (one.references != 0)
       counts["device"] += one.references;
@@ -69,16 +58,12 @@ void report_balance() {
   if (!machine::get().check_at_exit)
     return;
   const auto guard = locked();
-  bool clean = true;
-  const auto report = [&clean](const std::string& line) {
-    std::fprintf(stderr, "scripted: %s\n", line.c_str());
-    clean = false;
-  };
+  std::vector<std::string> faults = machine::get().misuses;
   for (const auto& [kind, count] : machine::get().live())
-    report("left at exit: " + std::to_string(count) + " " + kind);
-  for (const std::string& misuse : machine::get().misuses)
-    report(misuse);
-  if (!clean)
+    faults.push_back("left at exit: " + std::to_string(count) + " " + kind);
+  for (const std::string& fault : faults)
+    std::fprintf(stderr, "scripted: %s\n", fault.c_str());
+  if (!faults.empty())
     _exit(9);
 }
 
@@ -99,16 +84,6 @@ void set_version(std::uint64_t version) {
 void set_kernel(const std::string& name, kernel_function body) {
   const auto guard = locked();
   machine::get().kernels[name] = std::move(body);
-}
-
-void set_execution(execution when) {
-  const auto guard = locked();
-  machine::get().when = when;
-}
-
-void set_memory_limit(std::size_t device, std::uint64_t limit) {
-  const auto guard = locked();
-  machine::get().devices.at(device).options.memory_limit = limit;
 }
 
 void set_info(std::size_t device, std::uint32_t parameter, const info_answer& answer) {

@@ -13,40 +13,6 @@ namespace {
 
 constexpr std::uint64_t FIRST_ROOT = 0x100, FIRST_NODE = 0x200; // never valid addresses
 
-void set_status(qv::operation operation, void* record, std::int32_t status) {
-  // A planned failure bypasses the handler, but the status still has to land in the record of the operation.
-  const auto store = [&]<std::size_t... Op>(std::index_sequence<Op...>) {
-    const auto store_as = [&]<qv::operation Candidate>() {
-      if constexpr (requires(qv::record<Candidate> r) { r.status; })
-        if (Candidate == operation)
-          static_cast<qv::record<Candidate>*>(record)->status = status;
-    };
-    (store_as.template operator()<static_cast<qv::operation>(Op)>(), ...);
-  };
-  store(std::make_index_sequence<qv::operation_count>());
-}
-
-std::size_t record_size(qv::operation operation) {
-  std::size_t size = 0;
-  const auto find = [&]<std::size_t... Op>(std::index_sequence<Op...>) {
-    ((Op == static_cast<std::size_t>(operation) ? size = sizeof(qv::record<static_cast<qv::operation>(Op)>)
-                                                : 0),
-     ...);
-  };
-  find(std::make_index_sequence<qv::operation_count>());
-  return size;
-}
-
-// A release takes effect whatever it reports, so that the balance can still be drawn.
-bool is_release(qv::operation operation) {
-  using enum qv::operation;
-  for (const auto one : {release_command_queue, release_context, release_device, release_event,
-                         release_kernel, release_mem_object, release_program})
-    if (one == operation)
-      return true;
-  return false;
-}
-
 std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t count, std::uint64_t* array,
                         std::uint64_t* out_count) {
   for (std::size_t i = 0; i < std::min<std::size_t>(count, list.size()); ++i)
@@ -57,6 +23,13 @@ std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t co
 
 } // namespace
 
+bool is_release(qv::operation operation) {
+  using enum qv::operation;
+  const auto all = {release_command_queue, release_context,    release_device, release_event,
+                    release_kernel,        release_mem_object, release_program};
+  return std::find(all.begin(), all.end(), operation) != all.end();
+}
+
 std::int32_t perform(session& now, qv::operation operation, void* record) {
   if (const auto code = now.world.planned(planned_failure::way::transport, operation))
     return *code;
@@ -64,13 +37,7 @@ std::int32_t perform(session& now, qv::operation operation, void* record) {
   for (const auto find : {find_object_handler, find_queue_handler, find_program_handler})
     if (run == nullptr)
       run = find(operation);
-  const auto status = now.world.planned(planned_failure::way::status, operation);
-  if (!status || is_release(operation))
-    now.log.status = run(now, record);
-  if (status) {
-    set_status(operation, record, *status);
-    now.log.status = *status;
-  }
+  now.log.status = run(now, record, now.world.planned(planned_failure::way::status, operation));
   return 0;
 }
 
@@ -134,7 +101,6 @@ std::int32_t qv_call_capability(qv_call_handle* handle, std::uint64_t command_id
     scripted::call_record log{row.op, handle->capability, handle->owner->index, std::this_thread::get_id()};
     scripted::session now{world, *handle->owner, lock, log};
     log.transport = scripted::perform(now, row.op, record);
-    std::memcpy(log.record.data(), record, scripted::record_size(row.op));
     world.calls.push_back(log);
     return log.transport;
   }

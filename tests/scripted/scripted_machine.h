@@ -7,6 +7,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -14,15 +15,20 @@ namespace scripted {
 
 constexpr std::int32_t INVALID_VALUE = -30, INVALID_DEVICE = -33, INVALID_CONTEXT = -34;
 
+// Ends a command with that status.
+struct refused {
+  std::int32_t status;
+};
+
 struct device {
   device_options options;
   std::size_t index = 0;
-  std::uint64_t allocated = 0;
   std::int64_t references = 0;
 };
 
 struct object {
   virtual ~object() = default;
+  const char* kind_name = "";
   int references = 1;
 };
 
@@ -37,8 +43,7 @@ struct context : object {
 struct buffer : object {
   static constexpr std::int32_t invalid = -38;
   static constexpr const char* kind = "buffer";
-  buffer(device& device, std::size_t size) : owner(&device), data(size, 0xcd) { owner->allocated += size; }
-  ~buffer() override { owner->allocated -= data.size(); }
+  buffer(device& device, std::size_t size) : owner(&device), data(size, 0xcd) {}
   device* owner;
   bytes data;
 };
@@ -100,18 +105,21 @@ class machine {
 public:
   static machine& get(); // never destroyed: the library under test calls until the process ends
 
-  // Null, and a misuse, if the handle is not that of a live object of the type.
+  // A misuse, and the end of the command, if the handle is not that of a live object of the type.
   template <class T>
   std::shared_ptr<T> find(void* handle) {
     const auto found = objects.find(handle);
     auto result = found == objects.end() ? nullptr : std::dynamic_pointer_cast<T>(found->second);
-    if (!result)
+    if (!result) {
       complain(std::string("use of a handle that is no live ") + T::kind);
+      throw refused{T::invalid};
+    }
     return result;
   }
   device* find_device(void* handle);
   template <class T>
   void* add(std::shared_ptr<T> added) {
+    added->kind_name = T::kind;
     void* handle = added.get();
     objects[handle] = std::move(added);
     return handle;
@@ -129,7 +137,6 @@ public:
   std::vector<planned_failure> failures;
   std::vector<std::string> misuses;
   std::map<std::string, kernel_function> kernels;
-  execution when = execution::at_finish;
   std::uint64_t version = std::uint64_t{1} << 63;
   bool check_at_exit = false;
 };
@@ -155,7 +162,7 @@ std::int32_t perform(session& now, qv::operation operation, void* record);
 
 // The commands, by theme; each returns the OpenCL status. Nothing static of theirs may end with the process
 // before the last thread that calls.
-using handler = std::int32_t (*)(session&, void* record);
+using handler = std::int32_t (*)(session&, void* record, std::optional<std::int32_t> planned);
 struct handler_row {
   qv::operation operation;
   handler run;
@@ -171,16 +178,28 @@ handler find_object_handler(qv::operation operation);
 handler find_queue_handler(qv::operation operation);
 handler find_program_handler(qv::operation operation);
 
-// A handler of the raw record from a function of the typed one, which also stores the status.
+// A release takes effect whatever it reports, so that the balance can still be drawn.
+bool is_release(qv::operation operation);
+
+// A handler of the raw record from a function of the typed one, which also stores the status and keeps the record. A
+// planned failure takes the place of the function.
 template <auto Function>
 struct typed;
 template <class Record, std::int32_t (*Function)(session&, Record&)>
 struct typed<Function> {
-  static std::int32_t handle(session& now, void* raw) {
+  static std::int32_t handle(session& now, void* raw, std::optional<std::int32_t> planned) {
     auto& record = *static_cast<Record*>(raw);
-    const std::int32_t status = Function(now, record);
+    std::int32_t status = 0;
+    try {
+      if (!planned || is_release(now.log.operation))
+        status = Function(now, record);
+    } catch (const refused& fault) {
+      status = fault.status;
+    }
+    status = planned.value_or(status);
     if constexpr (requires { record.status; })
       record.status = status;
+    std::memcpy(now.log.record.data(), raw, sizeof(Record));
     return status;
   }
 };

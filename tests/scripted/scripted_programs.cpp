@@ -35,8 +35,6 @@ std::vector<kernel_description> find_kernels(const std::string& text) {
 std::int32_t make_program(session& now, void* context_handle, program::origin from, const std::string& text,
                           void** result) {
   const auto parent = now.world.find<context>(context_handle);
-  if (!parent)
-    return context::invalid;
   const auto made = std::make_shared<program>();
   made->owner = parent->owner;
   made->from = from;
@@ -80,11 +78,10 @@ std::int32_t create_with_il(session& now, qv::create_program_with_il_record& rec
 void* create_with_il_khr(void* context_handle, const void* il, std::size_t length, std::int32_t* status) {
   machine& world = machine::get();
   std::unique_lock lock(world.lock);
-  const auto parent = world.find<context>(context_handle);
   call_record log{qv::operation::create_program_with_il};
-  session now{world, parent ? *parent->owner : world.devices.front(), lock, log};
+  session now{world, *world.find<context>(context_handle)->owner, lock, log};
   void* result = nullptr;
-  *status = parent ? make_from_il(now, context_handle, il, length, &result) : INVALID_CONTEXT;
+  *status = make_from_il(now, context_handle, il, length, &result);
   return result;
 }
 
@@ -114,8 +111,6 @@ std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_k
 
 std::int32_t build(session& now, qv::build_program_record& record) {
   const auto found = now.world.find<program>(record.program);
-  if (!found)
-    return program::invalid;
   now.log.text = record.options;
   if (record.num_devices != 1 || record.device_list[0] != found->owner || record.pfn_notify != nullptr)
     return INVALID_VALUE;
@@ -142,8 +137,6 @@ std::int32_t make_kernel(session& now, const std::shared_ptr<program>& from, con
 
 std::int32_t create_kernel(session& now, qv::create_kernel_record& record) {
   const auto found = now.world.find<program>(record.program);
-  if (!found)
-    return program::invalid;
   now.log.text = record.kernel_name;
   if (found->build_status != 0)
     return -45; // CL_INVALID_PROGRAM_EXECUTABLE
@@ -155,8 +148,6 @@ std::int32_t create_kernel(session& now, qv::create_kernel_record& record) {
 
 std::int32_t create_kernels(session& now, qv::create_kernels_in_program_record& record) {
   const auto found = now.world.find<program>(record.program);
-  if (!found)
-    return program::invalid;
   if (record.num_kernels_ret != nullptr)
     *record.num_kernels_ret = static_cast<std::uint32_t>(found->kernels.size());
   if (record.kernels != nullptr)
@@ -174,8 +165,6 @@ std::string kernel_names(const program& of) {
 
 std::int32_t get_program_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<program>(record.object);
-  if (!found)
-    return program::invalid;
   const std::string binary = "BIN:" + found->text;
   switch (record.param_name) {
   case 0x1163: // DEVICES
@@ -198,8 +187,6 @@ std::int32_t get_program_info(session& now, qv::get_object_info_record& record) 
 
 std::int32_t get_build_info(session& now, qv::get_object_device_info_record& record) {
   const auto found = now.world.find<program>(record.object);
-  if (!found)
-    return program::invalid;
   switch (record.param_name) {
   case 0x1181: // STATUS
     return answer_query(value_answer(found->build_status), record);
@@ -212,8 +199,6 @@ std::int32_t get_build_info(session& now, qv::get_object_device_info_record& rec
 
 std::int32_t get_kernel_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<kernel>(record.object);
-  if (!found)
-    return kernel::invalid;
   const auto& required = found->description.required_size;
   switch (record.param_name) {
   case 0x1190: // FUNCTION_NAME
@@ -233,7 +218,7 @@ constexpr std::uint64_t CUSTOM = 16;
 
 std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record& record) {
   const auto found = now.world.find<kernel>(record.object);
-  if (!found || record.device != &now.owner)
+  if (record.device != &now.owner)
     return kernel::invalid;
   switch (record.param_name) {
   case 0x11B0: // WORK_GROUP_SIZE
@@ -256,8 +241,6 @@ std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record
 
 std::int32_t set_kernel_arg(session& now, qv::set_kernel_arg_record& record) {
   const auto found = now.world.find<kernel>(record.kernel);
-  if (!found)
-    return kernel::invalid;
   if (record.arg_index >= found->arguments.size())
     return -49; // CL_INVALID_ARG_INDEX
   const argument_kind expected = found->description.parameters[record.arg_index];
@@ -282,8 +265,6 @@ std::int32_t set_kernel_arg(session& now, qv::set_kernel_arg_record& record) {
   if (handle == nullptr)
     return 0;
   const auto memory = now.world.find<buffer>(handle);
-  if (!memory)
-    return buffer::invalid;
   found->buffers[record.arg_index] = memory;
   given = {expected, {}, memory->data.data(), memory->data.size()};
   return 0;
@@ -291,7 +272,7 @@ std::int32_t set_kernel_arg(session& now, qv::set_kernel_arg_record& record) {
 
 std::int32_t set_constant(session& now, qv::set_program_specialization_constant_record& record) {
   const auto found = now.world.find<program>(record.program);
-  if (!found || found->from != program::origin::il)
+  if (found->from != program::origin::il)
     return program::invalid;
   const auto* first = static_cast<const unsigned char*>(record.spec_value);
   now.log.data = found->constants[record.spec_id] = bytes(first, first + record.spec_size);

@@ -16,8 +16,6 @@ void make_queue(session& now, const context& parent, std::uint64_t properties, v
 
 std::int32_t create_command_queue(session& now, qv::create_command_queue_record& record) {
   const auto parent = now.world.find<context>(record.context);
-  if (!parent)
-    return context::invalid;
   now.log.numbers = {record.properties};
   if (now.world.find_device(record.device) != parent->owner)
     return INVALID_DEVICE;
@@ -28,8 +26,6 @@ std::int32_t create_command_queue(session& now, qv::create_command_queue_record&
 std::int32_t create_command_queue_with_properties(session& now,
                                                   qv::create_command_queue_with_properties_record& record) {
   const auto parent = now.world.find<context>(record.context);
-  if (!parent)
-    return context::invalid;
   if (now.world.find_device(record.device) != parent->owner)
     return INVALID_DEVICE;
   constexpr std::uint64_t PROPERTIES = 0x1093;
@@ -57,8 +53,6 @@ void run_pending(session& now, queue& from) {
 
 std::int32_t finish(session& now, qv::object_record& record) {
   const auto found = now.world.find<queue>(record.object);
-  if (!found)
-    return queue::invalid;
   run_pending(now, *found);
   return 0;
 }
@@ -66,7 +60,7 @@ std::int32_t finish(session& now, qv::object_record& record) {
 template <class Record>
 std::int32_t enqueue(session& now, Record& record, std::function<void()> run) {
   const auto target = now.world.find<queue>(record.command_queue);
-  if (!target || !target->on_host)
+  if (!target->on_host)
     return queue::invalid;
   if (record.num_events_in_wait_list != 0 || record.event_wait_list != nullptr)
     return -57; // CL_INVALID_EVENT_WAIT_LIST: no command of the library waits for another
@@ -76,8 +70,6 @@ std::int32_t enqueue(session& now, Record& record, std::function<void()> run) {
   if (record.event != nullptr)
     *record.event = now.world.add(made);
   target->pending.push_back({std::move(run), made, failure.value_or(0)});
-  if (now.world.when == execution::at_enqueue)
-    run_pending(now, *target);
   return 0;
 }
 
@@ -88,8 +80,6 @@ bool in_range(const buffer& target, std::size_t offset, std::size_t size) {
 template <bool Read>
 std::int32_t transfer(session& now, qv::enqueue_transfer_buffer_record& record) {
   const auto found = now.world.find<buffer>(record.buffer);
-  if (!found)
-    return buffer::invalid;
   if (!in_range(*found, record.offset, record.size) || record.ptr == nullptr)
     return INVALID_VALUE;
   if (record.blocking != 0)
@@ -103,8 +93,6 @@ std::int32_t transfer(session& now, qv::enqueue_transfer_buffer_record& record) 
 std::int32_t copy(session& now, qv::enqueue_copy_buffer_record& record) {
   const auto from = now.world.find<buffer>(record.src_buffer);
   const auto to = now.world.find<buffer>(record.dst_buffer);
-  if (!from || !to)
-    return buffer::invalid;
   if (from->owner != to->owner)
     return INVALID_CONTEXT;
   if (!in_range(*from, record.src_offset, record.size) || !in_range(*to, record.dst_offset, record.size))
@@ -119,8 +107,6 @@ std::int32_t copy(session& now, qv::enqueue_copy_buffer_record& record) {
 
 std::int32_t fill(session& now, qv::enqueue_fill_buffer_record& record) {
   const auto found = now.world.find<buffer>(record.buffer);
-  if (!found)
-    return buffer::invalid;
   const std::size_t step = record.pattern_size;
   constexpr std::size_t LARGEST_PATTERN = 128;
   if (step == 0 || step > LARGEST_PATTERN || (step & (step - 1)) != 0 || record.offset % step != 0 ||
@@ -162,8 +148,6 @@ std::int32_t check_launch(const session& now, const kernel& called, const kernel
 
 std::int32_t launch_kernel(session& now, qv::enqueue_nd_range_kernel_record& record) {
   const auto found = now.world.find<kernel>(record.kernel);
-  if (!found)
-    return kernel::invalid;
   if (record.work_dim < 1 || record.work_dim > 3)
     return -53;
   kernel_run wanted{found->description.name, now.owner.index, now.owner.options.little_endian,
@@ -194,8 +178,6 @@ std::int32_t launch_kernel(session& now, qv::enqueue_nd_range_kernel_record& rec
 
 std::int32_t get_event_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<event>(record.object);
-  if (!found)
-    return event::invalid;
   constexpr std::uint32_t EXECUTION_STATUS = 0x11D3;
   return record.param_name == EXECUTION_STATUS ? answer_query(value_answer(found->status), record)
                                                : INVALID_VALUE;
@@ -203,8 +185,6 @@ std::int32_t get_event_info(session& now, qv::get_object_info_record& record) {
 
 std::int32_t get_event_profiling_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<event>(record.object);
-  if (!found)
-    return event::invalid;
   if (!found->profiled)
     return -7; // CL_PROFILING_INFO_NOT_AVAILABLE
   constexpr std::uint32_t START = 0x1282;

@@ -13,7 +13,6 @@
 #include <cstring>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,13 +23,9 @@ namespace scripted {
 
 using bytes = std::vector<unsigned char>;
 
-// The answer to one information query. `announced` is the size told to a caller who asks for the size alone,
-// `reported` the size told with the data; both are the true size unless the answer is to lie.
+// The answer to one information query.
 struct info_answer {
   bytes data;
-  std::optional<std::size_t> announced{};
-  std::optional<std::size_t> reported{};
-  std::int32_t status = 0;
 };
 
 inline info_answer text_answer(const std::string& text) {
@@ -49,7 +44,6 @@ struct device_options {
   std::string name = "scripted";
   std::vector<std::uint32_t> capabilities{};
   bool little_endian = true;
-  std::uint64_t memory_limit = std::uint64_t{1} << 30;
   std::uint64_t work_group_size = 256;
   std::map<std::uint32_t, info_answer> info{}; // by parameter; overrides the built-in answers
 };
@@ -120,16 +114,12 @@ struct call_record {
   }
 };
 
-enum class execution { at_finish, at_enqueue };
-
 // Before the library under test starts.
 SCRIPTED_API void set_devices(std::vector<device_options> devices);
 SCRIPTED_API void set_version(std::uint64_t version);
 
 // The body of every kernel of that name; a kernel without a body does nothing.
 SCRIPTED_API void set_kernel(const std::string& name, kernel_function body);
-SCRIPTED_API void set_execution(execution when);
-SCRIPTED_API void set_memory_limit(std::size_t device, std::uint64_t limit);
 SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const info_answer& answer);
 
 // The `nth` coming call (1: the next) of the operation fails: with an OpenCL status, with a transport code,

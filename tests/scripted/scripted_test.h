@@ -58,9 +58,6 @@ protected:
   void TearDown() override {
     EXPECT_TRUE(no_failure_left()) << "a planned failure did not happen";
     EXPECT_EQ(misuses(), std::vector<std::string>());
-    set_execution(execution::at_finish);
-    for (const auto& [index, limit] : limits_)
-      set_memory_limit(index, limit);
     // The last event of a request is released just after its owner has been woken.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     while (live_objects() != before_ && std::chrono::steady_clock::now() < deadline)
@@ -74,17 +71,11 @@ protected:
   caller::kernel kernel(std::uint32_t version, const char* name, role which = role::first) const {
     return caller::find_kernel(caller::compile(device(version, which), SOURCE), name);
   }
-  // For this test only.
-  void limit_memory(std::size_t index, std::uint64_t limit) {
-    limits_[index] = std::uint64_t{1} << 30;
-    set_memory_limit(index, limit);
-  }
 
   std::vector<caller::device> devices;
 
 private:
   std::map<std::string, std::int64_t> before_;
-  std::map<std::size_t, std::uint64_t> limits_;
 };
 
 class each_version : public scripted_test, public ::testing::WithParamInterface<std::uint32_t> {

@@ -1,5 +1,5 @@
 // The access layer over the scripted capability library, where a caller of the exported functions does not reach:
-// what a record holds at which offset, references of every kind, and answers that lie.
+// references of every kind, what a version can do, and answers that lie.
 #include "access/opencl/opencl_1_0.h"
 #include "access/opencl/opencl_1_1.h"
 #include "access/opencl/opencl_1_2.h"
@@ -58,36 +58,12 @@ int32_t qv_call_capability(qv_call_handle* handle, uint64_t command, void* recor
 
 namespace {
 
-// What a record has to hold at an offset, in 8 or in 4 bytes.
-struct field {
-  template <typename T>
-  field(int at, T expected, bool is_short = false) : offset(at), four_bytes(is_short) {
-    if constexpr (std::is_integral_v<T>)
-      value = static_cast<std::uint64_t>(expected);
-    else
-      value = reinterpret_cast<std::uint64_t>(expected);
-  }
-  int offset;
-  bool four_bytes;
-  std::uint64_t value;
-};
-constexpr bool is_short = true;
-
 // The only call of the operation since the last look.
 scripted::call_record only_call(op operation) {
   std::vector<scripted::call_record> seen = scripted::take_calls();
   std::erase_if(seen, [&](const scripted::call_record& call) { return call.operation != operation; });
   EXPECT_EQ(seen.size(), 1u) << static_cast<int>(operation);
   return seen.empty() ? scripted::call_record() : seen.front();
-}
-
-void expect_sent(op operation, const std::vector<field>& fields) {
-  const scripted::call_record call = only_call(operation);
-  for (const field& each : fields) {
-    std::uint64_t value = 0;
-    std::memcpy(&value, call.record.data() + each.offset, each.four_bytes ? 4 : 8);
-    EXPECT_EQ(value, each.value) << "offset " << each.offset << ", operation " << static_cast<int>(operation);
-  }
 }
 
 // Every object made is given up as often as it was taken, and no rule of OpenCL is broken.
@@ -109,8 +85,6 @@ protected:
   std::map<std::string, std::int64_t> expected_live;
 };
 
-const char* const SOURCE = "kernel void f(global short* data, local float* room, short4 values) {}";
-
 template <version V>
 opencl::device<V> the_device() {
   return opencl::find_devices<V>().at(0);
@@ -127,54 +101,6 @@ using tag = std::integral_constant<version, V>;
 using all_versions = testing::Types<tag<version::v1_0>, tag<version::v1_1>, tag<version::v1_2>,
                                     tag<version::v2_0>, tag<version::v2_1>, tag<version::v2_2>>;
 TYPED_TEST_SUITE(every_version, all_versions);
-
-TYPED_TEST(every_version, puts_each_field_in_its_place) {
-  constexpr version V = TypeParam::value;
-  std::array<int, 16> host{};
-  const opencl::device<V> device = the_device<V>();
-  const opencl::context<V> context({}, {device}, nullptr, &host);
-  expect_sent(op::create_context, {{0, nullptr}, {8, 1, is_short}, {24, nullptr}, {32, &host}});
-  const opencl::host_queue<V> queue(context, device, false, true);
-  const auto source = context.create_buffer(1, 64, nullptr), target = context.create_buffer(1, 32, nullptr);
-  scripted::forget_calls();
-  EXPECT_THROW(context.create_buffer(5, 16, &host), common::invalid_value);
-  expect_sent(op::create_buffer, {{0, 5}, {8, context.get_handle()}, {16, 16}, {24, &host}});
-
-  const auto write = queue.enqueue(opencl::write_buffer<V>(target, false, 4, 8, &host), 0, nullptr);
-  expect_sent(
-      op::enqueue_write_buffer,
-      {{0, queue.get_handle()}, {8, target.get_handle()}, {16, 4}, {24, 8}, {32, &host}, {60, 0, is_short}});
-  void* waits[] = {write.get_handle()};
-  EXPECT_THROW(queue.enqueue(opencl::read_buffer<V>(source, false, 4, 8, &host), 1, waits),
-               common::invalid_event_wait_list);
-  expect_sent(op::enqueue_read_buffer, {{8, source.get_handle()}, {40, &waits[0]}, {64, 1, is_short}});
-  queue.enqueue(opencl::copy_buffer<V>(source, target, 1, 2, 3), 0, nullptr);
-  expect_sent(op::enqueue_copy_buffer,
-              {{8, source.get_handle()}, {16, target.get_handle()}, {24, 1}, {32, 2}, {40, 3}});
-
-  auto program = context.create_program_with_source(SOURCE);
-  program.build({device}, "-w", nullptr, nullptr);
-  auto kernel = program.create_kernel("f").clone();
-  scripted::forget_calls();
-  kernel.set_memory_argument(0, source);
-  expect_sent(op::set_kernel_arg, {{0, kernel.get_handle()}, {8, 8}, {28, 0, is_short}});
-  kernel.set_null_argument(0);
-  expect_sent(op::set_kernel_arg, {{8, 8}, {16, nullptr}, {28, 0, is_short}});
-  kernel.set_local_argument(1, 40);
-  expect_sent(op::set_kernel_arg, {{8, 40}, {16, nullptr}, {28, 1, is_short}});
-  kernel.set_value_argument(2, 8, &host);
-  expect_sent(op::set_kernel_arg, {{8, 8}, {16, &host}, {28, 2, is_short}});
-  const std::array<std::size_t, 3> offset{1, 2, 3}, global{4, 5, 6}, local{0, 0, 0};
-  if constexpr (V != version::v1_0)
-    queue.enqueue(opencl::nd_range_kernel<V>(kernel, 2, offset, global, local), 0, nullptr);
-  else
-    queue.enqueue(opencl::nd_range_kernel<V>(kernel, 2, global, local), 0, nullptr);
-  expect_sent(op::enqueue_nd_range_kernel, {{8, kernel.get_handle()}, {60, 2, is_short}});
-  queue.finish();
-  EXPECT_NO_THROW(write.check_execution_status());
-  EXPECT_EQ(write.get_profiling_start(), 1000u);
-  EXPECT_EQ(write.get_profiling_end(), 1500u);
-}
 
 TYPED_TEST(every_version, counts_references_of_what_can_be_copied) {
   constexpr version V = TypeParam::value;
@@ -280,39 +206,6 @@ TEST_F(access_test, queues_carry_their_properties) {
   const opencl_1_1::command_queue old(the_context<version::v1_1>(), the_device<version::v1_1>(), true, true);
   EXPECT_EQ(only_call(op::create_command_queue).numbers, (words{3}));
   EXPECT_THROW(opencl_1_1::context({}, {}, nullptr, nullptr), std::logic_error);
-}
-
-TEST_F(access_test, a_fill_keeps_its_pattern_and_counts_its_bytes) {
-  const auto context = the_context<version::v1_2>();
-  const opencl_1_2::command_queue queue(context, the_device<version::v1_2>(), false, false);
-  const auto buffer = context.create_buffer(1, 64, nullptr);
-  scripted::bytes pattern{1, 2, 3, 4};
-  const opencl_1_2::fill_buffer_bytes fill(buffer, pattern, 8, 10);
-  pattern.assign(4, 0);
-  queue.enqueue(fill, 0, nullptr);
-  queue.finish();
-  EXPECT_EQ(only_call(op::enqueue_fill_buffer).data, (scripted::bytes{1, 2, 3, 4}));
-  EXPECT_THROW(opencl_1_2::fill_buffer_bytes(buffer, {1, 2, 3, 4}, 0, ~std::size_t{0} / 2), std::logic_error);
-}
-
-TEST_F(access_test, a_device_reads_each_form_of_parameter) {
-  using opencl::device_flag;
-  using opencl::device_parameter;
-  const auto answer_with = [](std::uint32_t parameter, auto value) {
-    scripted::set_info(0, parameter, scripted::value_answer(value));
-  };
-  const auto device = the_device<version::v2_1>();
-  EXPECT_EQ(device.get<device_parameter::extensions>(), (names{"cl_khr_one", "cl_khr_two"}));
-  EXPECT_EQ(device.get<device_parameter::max_work_item_sizes>()[2], 64u);
-  answer_with(0x1005, std::array<std::uint64_t, 2>{1, 2});
-  EXPECT_THROW(device.get_sizes(0x1005), common::bad_implementation);
-  answer_with(0x1026, std::uint32_t{2});
-  EXPECT_TRUE(device.get<device_parameter::endian_little>());
-  answer_with(0x1000, std::uint64_t{3}); // default and CPU at once: neither
-  EXPECT_FALSE(device.is<device_flag::type_cpu>() || device.is<device_flag::type_default>());
-  answer_with(0x101B, std::uint64_t{0xC0});
-  EXPECT_TRUE(device.is<device_flag::single_fp_software_emulated>());
-  EXPECT_FALSE(device.is<device_flag::single_fp_fma>());
 }
 
 TEST_F(access_test, an_intermediate_language_needs_its_extension) {

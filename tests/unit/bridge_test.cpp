@@ -40,8 +40,6 @@ void expect_failure(const char* message, action&& act) {
 // The words for every kind of bad handle are checked through the exported functions.
 constexpr const char* UNKNOWN_AT_LOOKUP = "Lookup of internal type map failed.";
 constexpr const char* UNKNOWN_AT_COUNT = "ABI type argument is not found.";
-constexpr const char* UNKNOWN_AT_END =
-    "ABI type argument is not found.  Is this a double-delete or an invalid entry?";
 
 TEST(bridge, keeps_objects_alive_while_handles_live_and_no_longer) {
   abi_bridge bridge;
@@ -76,16 +74,6 @@ TEST(bridge, refuses_impossible_counts_and_leaves_them_as_they_are) {
   expect_failure("Reference count is zero. This should be impossible.", [&] { bridge.release(handle); });
   abi_bridge_test_access::set_count(bridge, handle, 1);
   EXPECT_TRUE(bridge.release(handle));
-}
-
-TEST(bridge, ends_futures_and_errors_once) {
-  abi_bridge bridge;
-  auto* future = bridge.make_handle<tarva_abi_future_s>(std::make_shared<library_future>(nullptr));
-  auto* error = bridge.make_handle<tarva_abi_error_s>(std::make_shared<error_object>(1, ""));
-  bridge.release_future(future);
-  expect_failure(UNKNOWN_AT_END, [&] { bridge.release_future(future); });
-  bridge.release_error(error);
-  expect_failure(UNKNOWN_AT_END, [&] { bridge.release_error(error); });
 }
 
 TEST(bridge, keeps_the_owners_of_properties) {

@@ -1,11 +1,11 @@
 #include "abi/bridge.h"
 #include "abi/error_conversion.h"
 #include "abi/error_object.h"
+#include "tests/failing_memory.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -94,6 +94,25 @@ TEST(error_conversion, makes_no_object_of_success_and_lack_of_memory) {
   EXPECT_EQ(converted(0, nullptr), convert_exception(bridge, nullptr));
   EXPECT_EQ(converted(-2, nullptr), convert_exception(bridge, made(std::bad_alloc())));
   EXPECT_EQ(converted(-2, nullptr), convert_exception(bridge, made(std::bad_array_new_length())));
+}
+
+TEST(error_conversion, gives_minus_one_and_no_object_when_memory_runs_out_at_any_point) {
+  const std::exception_ptr failure =
+      nest(made(std::out_of_range("a cause that is too long for the room inside a string")),
+           {"a failure that is too long for it, too, in any event"});
+  std::size_t points = 0;
+  for (tarva_abi_error_s* handle = nullptr; !handle; ++points) {
+    abi_bridge bridge;
+    allocations_left = points;
+    const auto [result, error] = convert_exception(bridge, failure);
+    allocations_left = ENDLESS;
+    handle = error;
+    EXPECT_EQ(result, handle ? TARVA_ABI_LOGIC_FAILURE : TARVA_ABI_UNKNOWN_FAILURE) << points;
+    if (handle)
+      bridge.release_error(handle);
+    ASSERT_LT(points, 100U);
+  }
+  EXPECT_GT(points, 4U) << "two messages, two objects and an entry in the table at least";
 }
 
 } // namespace

@@ -1,5 +1,4 @@
 #include "base/logging.h"
-#include "base/notifier.h"
 #include "base/unique_identifier.h"
 
 #include <gtest/gtest.h>
@@ -142,21 +141,6 @@ TEST_F(logging_test, writes_until_it_is_closed_and_drops_later_lines) {
                             }});
   EXPECT_EQ(0, left.status);
   EXPECT_EQ("[tarva] [info] in time\n", plain(left.tarva.value_or("none")));
-}
-
-TEST_F(logging_test, notifiers_that_were_never_closed_are_reported_once) {
-  const traces left = play({{{"TARVA_LOG_LEVEL", "warn"}, {"TARVA_LOG_TARGET", "console"}}, [] {
-                              using tarva::library::notifier;
-                              {
-                                const notifier first;
-                                const notifier second = first;
-                                const notifier closed;
-                                closed.close();
-                              }
-                            }});
-  EXPECT_EQ(
-      "[tarva] [warning] Destroying notifier that was never closed.  The notifier should have been closed.\n",
-      plain(left.console));
 }
 
 TEST_F(logging_test, identifiers_count_up_until_the_pool_is_spent) {

@@ -1,10 +1,6 @@
-// The parts of the pipeline that need no device: the graph, the state machines, blocks of memory, arguments.
-#include "device_ir/host_function_call.h"
+// The parts of the pipeline that need no device: the graph, blocks of memory, byte order, roots.
 #include "ir/dag.h"
-#include "ir/logical/operations.h"
-#include "ir/physical/operations.h"
 #include "memory/host_memory.h"
-#include "memory/library_memory.h"
 #include "memory/swap_endianness.h"
 #include "objects/integer_root.h"
 
@@ -85,84 +81,6 @@ TEST(graph, sorts_every_edge_forward_and_finds_components) {
   EXPECT_EQ(components[1].nodes().size(), 1U);
   ASSERT_EQ(components[2].nodes().size(), 2U);
   EXPECT_EQ(*components[2].topological_sort().front(), size + 2);
-}
-
-TEST(graph, conversion_enters_a_chain_at_its_head_and_leaves_at_its_tail) {
-  graph_of_numbers made(2);
-  made.edge(0, 1);
-  int told = 0;
-  const dag<std::shared_ptr<std::string>> converted(
-      made.graph,
-      std::function<std::vector<std::shared_ptr<std::string>>(const number&)>([](const number& node) {
-        const auto name = std::to_string(*node);
-        return std::vector{std::make_shared<std::string>(name + "a"),
-                           std::make_shared<std::string>(name + "b")};
-      }),
-      [&](const number&, const auto& chain) { told += static_cast<int>(chain.size()); });
-  std::string order;
-  for (const auto& link : converted.topological_sort())
-    order += *link + " ";
-  EXPECT_EQ(order, "0a 0b 1a 1b ");
-  EXPECT_EQ(told, 4);
-}
-
-class progress : public testing::Test {
-protected:
-  // A request with one step of `commands` commands.
-  void make(std::uint64_t commands) {
-    request->set_physical_operation_count(1);
-    request->set_submitted();
-    step->set_device_command_count(commands);
-    step->set_submitted();
-    request->add_device_commands(commands);
-  }
-  std::shared_ptr<device_ir::host_function_call> command(device_ir::host_function_call::function function) {
-    return device_ir::host_function_call::create(step, std::move(function));
-  }
-
-  std::shared_ptr<logical_ir::allocate_memory> request =
-      logical_ir::allocate_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
-  std::shared_ptr<physical_ir::allocate_host_memory> step = physical_ir::allocate_host_memory::create(
-      request, nullptr, std::make_shared<host_memory>(), data_type::float_, 4);
-};
-
-TEST_F(progress, ends_with_the_last_command) {
-  make(2);
-  command([](const auto&) {})->run();
-  EXPECT_FALSE(request->is_complete());
-  command([](const auto&) {})->run();
-  EXPECT_TRUE(request->is_complete());
-  EXPECT_TRUE(request->get_notification_pipe().is_closed());
-  EXPECT_TRUE(step->has_succeeded());
-  EXPECT_EQ(logic_error_of([&] { request->set_error(std::make_exception_ptr(1)); }),
-            "Attempting to set a logical operation to be complete, but it was already complete.");
-}
-
-TEST_F(progress, keeps_the_first_error_and_still_waits_for_every_command) {
-  make(3);
-  command([](const auto&) { throw std::runtime_error("first"); })->run();
-  EXPECT_TRUE(request->is_complete());
-  command({})->run();
-  std::thread last([&] { command([](const auto&) {})->run(); });
-  request->wait_until_commands_ended();
-  last.join();
-  EXPECT_FALSE(step->has_succeeded());
-  try {
-    std::rethrow_exception(request->get_error());
-  } catch (const std::runtime_error& error) {
-    EXPECT_STREQ(error.what(), "first");
-  }
-}
-
-TEST_F(progress, refuses_transitions_out_of_order) {
-  EXPECT_THROW(request->physical_operation_complete(), std::logic_error) << "never submitted";
-  request->set_submitted();
-  EXPECT_THROW(request->set_physical_operation_count(1), std::logic_error);
-  EXPECT_THROW(request->physical_operation_complete(), std::logic_error) << "no count";
-  EXPECT_THROW(request->enable_profiling(), std::logic_error);
-  const auto unsubmitted = command({});
-  EXPECT_THROW(unsubmitted->set_complete(), std::logic_error);
-  unsubmitted->abandon(std::make_exception_ptr(1)); // refused by its step, and still silent
 }
 
 TEST(host_block, tells_its_faults_in_order) {

@@ -1,0 +1,35 @@
+// What the suites share that do the same on every OpenCL device that the environment offers, under each version it is
+// offered as.
+#pragma once
+
+#include "tests/device/caller.h"
+
+#include <gtest/gtest.h>
+
+namespace caller {
+
+// Such as "OpenCL 1.2 device named: ..."
+inline std::string describe(const device& one) {
+  return text(child(root<tarva_abi_get_device_root_property>(one), "FRIENDLY_SHORT_DESCRIPTION"));
+}
+inline std::string version_of(const device& one) {
+  return describe(one).substr(7, 3);
+}
+
+class every_device : public ::testing::Test {
+protected:
+  static void SetUpTestSuite() { all = devices(); }
+  static void TearDownTestSuite() { all.clear(); }
+
+  template <class Body>
+  static void on_each(Body body) {
+    for (const device& one : all) {
+      SCOPED_TRACE(describe(one));
+      body(one);
+    }
+  }
+
+  static inline std::vector<device> all;
+};
+
+} // namespace caller

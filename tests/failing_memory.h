@@ -1,0 +1,27 @@
+// Replaces the memory of the executable that includes this, in one of its files, so that it can run out.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+inline constexpr std::size_t ENDLESS = SIZE_MAX;
+// How many allocations of this thread still succeed.
+inline thread_local std::size_t allocations_left = ENDLESS;
+
+// Inlined, the pair of operators looks to g++ like malloc and free used on each other.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  if (allocations_left == 0)
+    throw std::bad_alloc();
+  if (allocations_left != ENDLESS)
+    --allocations_left;
+  if (void* const memory = std::malloc(size != 0 ? size : 1))
+    return memory;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}

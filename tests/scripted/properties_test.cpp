@@ -1,0 +1,121 @@
+// What devices, programs, kernels and memory objects tell of themselves, under each version. Where each answer of a
+// device comes from is compared on real devices.
+#include "tests/scripted/scripted_test.h"
+
+namespace scripted {
+
+using namespace caller;
+
+class properties : public each_version {};
+INSTANTIATE_TEST_SUITE_P(scripted, properties, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+
+std::vector<property> all_children(const property& parent) {
+  tarva_abi_property_array_s* all = nullptr;
+  must(call<tarva_abi_get_all_children_properties>(parent.get(), &all));
+  std::vector<property> result;
+  for (std::uint64_t i = 0; i < all->count; ++i)
+    result.emplace_back(all->properties[i]);
+  tarva_abi_free_property_array(nullptr, all);
+  return result;
+}
+
+// "NAME=value,value"; of identifiers the name alone.
+std::string written(const property& one) {
+  std::string result = one->name;
+  for (std::uint64_t i = 0; i < one->element_count && result != "OBJECT_ID"; ++i) {
+    result += i == 0 ? "=" : ",";
+    if (one->data_type == TARVA_ABI_TYPE_STRING)
+      result += text(one, i);
+    else if (one->data_type == TARVA_ABI_TYPE_UINT64)
+      result += std::to_string(static_cast<const std::uint64_t*>(one->data)[i]);
+    else if (one->data_type == TARVA_ABI_TYPE_BOOLEAN)
+      result += static_cast<const std::uint32_t*>(one->data)[i] != 0 ? "true" : "false";
+    else
+      result += static_cast<const char*>(one->data)[i];
+  }
+  return result;
+}
+
+std::string children_of(const property& parent) {
+  std::string result;
+  for (const property& one : all_children(parent))
+    result += (result.empty() ? "" : " ") + written(one);
+  return result;
+}
+
+// Each has its words, and a value or children.
+void expect_texts_and_values(const property& parent) {
+  for (const property& one : all_children(parent)) {
+    EXPECT_TRUE(*one->friendly_name != 0 && *one->description != 0) << one->name;
+    EXPECT_TRUE(one->has_data != 0 || !all_children(one).empty()) << one->name;
+    expect_texts_and_values(one);
+  }
+}
+
+TEST_P(properties, of_a_device_are_those_of_its_version) {
+  constexpr std::size_t below_opencl[] = {45, 56, 60, 69, 72, 72};
+  const auto of_device = root<tarva_abi_get_device_root_property>(device(version()));
+  const std::string summary = "OpenCL " + std::string(VERSION_TEXTS[version() - 1]) + " device named: first";
+  EXPECT_EQ(children_of(of_device), "FRIENDLY_SHORT_DESCRIPTION=" + summary + " FRIENDLY_SUMMARY=" + summary +
+                                        " NAME=first OBJECT_ID OPENCL");
+  const property opencl = child(of_device, "OPENCL");
+  const auto all = all_children(opencl);
+  ASSERT_EQ(all.size(), below_opencl[version() - 1]);
+  EXPECT_STREQ(all.front()->name, "CL_DEVICE_TYPE_DEFAULT");
+  expect_texts_and_values(of_device);
+  EXPECT_STREQ(child(opencl, "CL_DEVICE_TYPE_ACCELERATOR")->description,
+               "The OpenCL device is a Accelerator type.");
+  for (const char* unknown :
+       {"", "ROOT", "NAME", "OPENCL", "cl_device_name", "CL_DEVICE_SINGLE_FP_CONFIG_FMA"})
+    EXPECT_STREQ(child(opencl, unknown)->name, "") << unknown;
+  // The scripted devices answer no parameter that their version does not read.
+  for (const std::uint64_t format : {TARVA_ABI_TREE_TEXT, TARVA_ABI_TREE_XML}) {
+    const tarva_abi_tree_format_s wanted{format, 1, 1, 1, 1, 1, 1};
+    char* tree = nullptr;
+    ASSERT_EQ(call<tarva_abi_get_property_tree_string>(of_device.get(), &wanted, &tree), outcome());
+    EXPECT_NE(std::string(tree).find("CL_DEVICE_MAX_CONSTANT_ARGS"), std::string::npos) << tree;
+    tarva_abi_free_property_tree_string(nullptr, tree);
+  }
+}
+
+// Those of the big-endian devices.
+TEST_P(properties, of_a_device_bear_rare_answers) {
+  const auto of_device = root<tarva_abi_get_device_root_property>(device(version(), role::big_endian));
+  const property opencl = child(of_device, "OPENCL");
+  for (const std::string expected :
+       {"CL_DEVICE_TYPE_CPU=false", "CL_DEVICE_TYPE_DEFAULT=false", "CL_DEVICE_ENDIAN_LITTLE=false",
+        "CL_DEVICE_EXTENSIONS=cl_a,cl_b", "CL_DEVICE_MAX_WORK_ITEM_SIZES=256,256,64",
+        "CL_DEVICE_PROFILE_FULL=false", "CL_DEVICE_PROFILE_EMBEDDED=true", "DEDICATED_LOCAL_MEMORY=true"})
+    EXPECT_EQ(written(child(opencl, expected.substr(0, expected.find('=')).c_str())), expected);
+  const auto below = [&](const char* key, const char* end) {
+    return written(child(child(opencl, key), (std::string(key) + end).c_str()));
+  };
+  EXPECT_EQ(below("CL_DEVICE_GLOBAL_MEM_CACHE_TYPE", "_READ_WRITE"),
+            "CL_DEVICE_GLOBAL_MEM_CACHE_TYPE_READ_WRITE=true");
+  EXPECT_EQ(below("CL_DEVICE_SINGLE_FP_CONFIG", "_INF_NAN"), "CL_DEVICE_SINGLE_FP_CONFIG_INF_NAN=true");
+  EXPECT_EQ(below("CL_DEVICE_SINGLE_FP_CONFIG", "_FMA"), "CL_DEVICE_SINGLE_FP_CONFIG_FMA=false");
+  EXPECT_EQ(children_of(child(opencl, "CL_DEVICE_IMAGE_SUPPORT")), "") << "a device without images";
+}
+
+TEST_P(properties, of_programs_kernels_and_memory_are_those_of_the_version) {
+  const program made = compile(device(version()), SOURCE), small = compile(device(version()), "kernel");
+  const auto of_kernel = root<tarva_abi_get_kernel_root_property>(find_kernel(made, "fixed"));
+  EXPECT_EQ(children_of(of_kernel),
+            "MAX_WORK_ITEM_DIMENSIONS=3 MAX_WORK_GROUP_SIZE=256 KERNEL_NAME=fixed OPENCL OBJECT_ID "
+            "REQUIRED_WORK_GROUP_SIZE=8,4,2 MAX_GLOBAL_WORK_SIZE=18446744073709551615,18446744073709551615,"
+            "18446744073709551615");
+  EXPECT_EQ(children_of(child(of_kernel, "OPENCL")),
+            std::string("CL_KERNEL_NUM_ARGS=1 ") +
+                (version() >= 3 ? "CL_KERNEL_ATTRIBUTES=reqd_work_group_size " : "") +
+                "CL_KERNEL_COMPILE_WORK_GROUP_SIZE=8,4,2" +
+                (version() >= 2 ? " CL_KERNEL_PREFERRED_WORK_GROUP_SIZE_MULTIPLE=32" : ""));
+  EXPECT_EQ(children_of(root<tarva_abi_get_program_root_property>(made)),
+            "USER_LABEL=a test program KERNEL_NAMES=add,sum,observe,flag,fixed,empty OPENCL OBJECT_ID");
+  EXPECT_EQ(children_of(child(root<tarva_abi_get_program_root_property>(small), "OPENCL")),
+            std::string("CL_PROGRAM_SOURCE=kernel ") + (version() >= 5 ? "CL_PROGRAM_IL " : "") +
+                "CL_PROGRAM_BINARY=B,I,N,:,k,e,r,n,e,l");
+  EXPECT_EQ(children_of(root<tarva_abi_get_memory_root_property>(allocate(TARVA_ABI_TYPE_FLOAT, 10))),
+            "USER_LABEL=a test NUM_ELEMENTS=10 TYPE=12 OBJECT_ID");
+}
+
+} // namespace scripted
