@@ -387,10 +387,10 @@ TEST(lifecycle, late_and_concurrent_calls_survive_the_stop) {
         const std::int32_t amount = 1;
         while (launch(add, {argument(numbers), argument(amount)}, line(4)).code == TARVA_ABI_OK)
           ;
+        std::this_thread::sleep_for(std::chrono::seconds(60)); // nothing more is to be had from the library
       } catch (const std::exception&) {
         // A thread that comes late is refused.
       }
-      std::this_thread::sleep_for(std::chrono::seconds(60)); // nothing more is to be had from the library
     }).detach();
   std::this_thread::sleep_for(std::chrono::seconds(30));
   _exit(2);
@@ -401,7 +401,7 @@ TEST(lifecycle, a_worker_that_cannot_go_on_ends_the_process_though_others_sleep_
     EXPECT_EXIT(
         fail_among_others(operation), ExitedWithCode(1),
         "\\[critical\\] \\[device dispatcher\\] worker thread encountered an exception.  Aborting program. "
-        "Exception: Failed to allocate resources on the device.\n$");
+        "Exception: Failed to allocate resources on the device.\n");
 }
 
 // The handler of a signal gives a handle up and ends the process, all in the middle of a launch of its thread.
