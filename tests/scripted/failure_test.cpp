@@ -103,6 +103,23 @@ TEST_P(failures, content_caught_between_big_endian_devices_keeps_its_order) {
   EXPECT_EQ(swapped(read<std::int32_t>(numbers, 4)), counted(4, 3));
 }
 
+TEST_P(failures, a_release_that_fails_is_survived) {
+  const auto sum = kernel(version(), "sum"), add = kernel(version(), "add", role::second);
+  const std::int32_t nothing = 0;
+  for (const op release : {op::release_mem_object, op::release_event, op::release_kernel})
+    for (int place = 1; place <= 3; ++place) {
+      SCOPED_TRACE(::testing::Message() << static_cast<int>(release) << ", number " << place);
+      const memory out = make(counted(5, 1000)), a = make(counted(5)), b = make(counted(5, 10));
+      for (const memory* one : {&out, &a, &b})
+        must(launch(add, {argument(*one), argument(nothing)}, line(5)));
+      fail_call(release, release == op::release_kernel ? 1 : place, -5);
+      EXPECT_EQ(launch(sum, {argument(out), argument(a), argument(b)}, line(5)), outcome());
+      EXPECT_TRUE(no_failure_left());
+      EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
+      EXPECT_EQ(read<std::int32_t>(b, 5), counted(5, 10));
+    }
+}
+
 TEST_P(failures, a_future_tells_how_its_transfer_failed) {
   const auto add = kernel(version(), "add");
   const memory numbers = make(counted(4));
