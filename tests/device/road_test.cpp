@@ -240,8 +240,10 @@ TEST_F(road, bad_input_never_reaches_opencl) {
                            row{"another size than the fixed one", fixed, {argument(numbers)}, line(8, 2)},
                            row{"group that does not divide", add, good, line(63, 16), version < "2.0"},
                            row{"offset", add, good, line(8, 1, 1), version == "1.0"}}) {
+      if (!bad.applies)
+        continue;
       const outcome ended = launch(bad.called, bad.list, bad.range);
-      EXPECT_TRUE(!bad.applies || (ended.code < -2 && !ended.message.empty())) << bad.what;
+      EXPECT_TRUE(ended.code < -2 && !ended.message.empty()) << bad.what;
     }
     EXPECT_NE(fill(numbers, &amount, 63, 2).code, 0);
     EXPECT_NE(copy(numbers, 0, numbers, 1, 8).code, 0) << "overlapping ranges";
