@@ -43,12 +43,6 @@ record_ptr<record*> new_pointers(std::size_t count) {
 
 } // namespace
 
-template <typename record>
-std::shared_ptr<object_of<record>> abi_bridge::get_library_object(const record* handle) const {
-  const std::lock_guard guard(lock_);
-  return table<record>().look_up(handle).object;
-}
-
 abi_bridge::owned_property abi_bridge::get_property_and_owner(const tarva_abi_property_s* handle) const {
   const std::lock_guard guard(lock_);
   const auto& found = table<tarva_abi_property_s>().look_up(handle);
@@ -231,18 +225,6 @@ char* copy_string(const std::string& text) {
 }
 
 // The bridge is used with these kinds of handle only.
-template std::shared_ptr<object_of<tarva_abi_device_s>>
-abi_bridge::get_library_object(const tarva_abi_device_s*) const;
-template std::shared_ptr<object_of<tarva_abi_program_s>>
-abi_bridge::get_library_object(const tarva_abi_program_s*) const;
-template std::shared_ptr<object_of<tarva_abi_kernel_s>>
-abi_bridge::get_library_object(const tarva_abi_kernel_s*) const;
-template std::shared_ptr<object_of<tarva_abi_memory_s>>
-abi_bridge::get_library_object(const tarva_abi_memory_s*) const;
-template std::shared_ptr<object_of<tarva_abi_future_s>>
-abi_bridge::get_library_object(const tarva_abi_future_s*) const;
-template std::shared_ptr<object_of<tarva_abi_error_s>>
-abi_bridge::get_library_object(const tarva_abi_error_s*) const;
 template tarva_abi_device_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_device_s>>);
 template tarva_abi_program_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_program_s>>);
 template tarva_abi_kernel_s* abi_bridge::make_handle(std::shared_ptr<object_of<tarva_abi_kernel_s>>);

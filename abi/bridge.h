@@ -25,8 +25,25 @@ public:
   abi_bridge& operator=(const abi_bridge&) = delete;
   ~abi_bridge() { teardown(); }
 
+  // Looks up any number of handles under one lock.
+  class reading {
+  public:
+    explicit reading(const abi_bridge& bridge) : bridge_(bridge), guard_(bridge.lock_) {}
+
+    template <typename record>
+    const std::shared_ptr<object_of<record>>& get_library_object(const record* handle) const {
+      return bridge_.table<record>().look_up(handle).object;
+    }
+
+  private:
+    const abi_bridge& bridge_;
+    const std::lock_guard<std::mutex> guard_;
+  };
+
   template <typename record>
-  std::shared_ptr<object_of<record>> get_library_object(const record* handle) const;
+  std::shared_ptr<object_of<record>> get_library_object(const record* handle) const {
+    return reading(*this).get_library_object(handle);
+  }
   owned_property get_property_and_owner(const tarva_abi_property_s* handle) const;
 
   template <typename record>

@@ -16,17 +16,24 @@ pointee* pointer_in(std::uint64_t word) {
   return reinterpret_cast<pointee*>(static_cast<std::uintptr_t>(word)); // NOLINT(performance-no-int-to-ptr)
 }
 
-kernel_argument make_argument(const abi_bridge& bridge, const tarva_abi_kernel_argument_s& argument) {
+void add_argument(std::vector<kernel_argument>& captured, const abi_bridge::reading& handles,
+                  const tarva_abi_kernel_argument_s& argument) {
   switch (argument.kind) {
   case TARVA_ABI_ARGUMENT_NULL:
-    return kernel_argument_nullptr();
+    captured.emplace_back(kernel_argument_nullptr());
+    return;
   case TARVA_ABI_ARGUMENT_VALUE:
-    return kernel_argument_pod_value(pointer_in<const void>(argument.second), to_data_type(argument.first));
+    captured.emplace_back(std::in_place_type<kernel_argument_pod_value>,
+                          pointer_in<const void>(argument.second), to_data_type(argument.first));
+    return;
   case TARVA_ABI_ARGUMENT_MEMORY:
-    return kernel_argument_typed_library_memory_array(
-        bridge.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
+    captured.emplace_back(std::in_place_type<kernel_argument_typed_library_memory_array>,
+                          handles.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
+    return;
   case TARVA_ABI_ARGUMENT_LOCAL_MEMORY:
-    return kernel_argument_local_memory(to_data_type(argument.first), argument.second);
+    captured.emplace_back(std::in_place_type<kernel_argument_local_memory>, to_data_type(argument.first),
+                          argument.second);
+    return;
   default:
     throw std::runtime_error("Unsupported argument type.");
   }
@@ -35,10 +42,13 @@ kernel_argument make_argument(const abi_bridge& bridge, const tarva_abi_kernel_a
 kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
                                        std::uint64_t count) {
   require_countable<tarva_abi_kernel_argument_s>(count, "kernel arguments");
-  std::vector<kernel_argument> captured;
+  std::vector<kernel_argument> captured; // dropped after the unlock if an argument is refused
   captured.reserve(count);
-  for (std::uint64_t index = 0; index < count; ++index)
-    captured.push_back(make_argument(bridge, arguments[index]));
+  {
+    const abi_bridge::reading handles(bridge);
+    for (std::uint64_t index = 0; index < count; ++index)
+      add_argument(captured, handles, arguments[index]);
+  }
   return kernel_argument_capture(std::move(captured));
 }
 

@@ -6,19 +6,9 @@
 
 namespace oryn::tarva::library {
 
-namespace {
-
-// Wakes whoever waits for the end. One who asks for the pipe only afterwards closes it himself.
-void close(const std::optional<notifier>& pipe) {
-  if (pipe)
-    pipe->close();
-}
-
-} // namespace
-
 completion_state::~completion_state() {
   try {
-    if (!complete_) {
+    if (!is_complete()) {
       log_warning("{}", texts_.destroyed_incomplete);
       get_pipe(); // that it is open is told by it, too, when it goes
     }
@@ -29,109 +19,100 @@ completion_state::~completion_state() {
   }
 }
 
+// Whoever ends the operation sees that there is a pipe, or the maker of the pipe sees that it has ended: both of them
+// write before they read.
+
 notifier completion_state::get_pipe() const {
   std::unique_lock guard(lock_);
   if (!pipe_)
     pipe_.emplace();
+  has_pipe_ = true;
   const notifier pipe = *pipe_;
-  const bool has_ended = complete_;
   guard.unlock();
-  if (has_ended)
+  if (is_complete())
     pipe.close(); // nobody did, if it is new
   return pipe;
 }
 
-bool completion_state::has_succeeded() const {
-  const std::lock_guard guard(lock_);
-  return complete_ && !failed_;
-}
-
-std::exception_ptr completion_state::get_error() const {
-  return failed_ ? error_ : nullptr;
+void completion_state::close_pipe() const {
+  if (!has_pipe_)
+    return;
+  std::unique_lock guard(lock_);
+  const notifier pipe = *pipe_;
+  guard.unlock();
+  pipe.close();
 }
 
 void completion_state::enable_profiling() {
-  const std::lock_guard guard(lock_);
   if (submitted_)
     throw std::logic_error(texts_.profiling_after_submission);
   profiling_enabled_ = true;
 }
 
 void completion_state::add_elapsed_time(std::uint64_t nanoseconds) {
-  const std::lock_guard guard(lock_);
   elapsed_time_ += nanoseconds;
 }
 
 void completion_state::set_part_count(std::uint64_t count) {
-  const std::lock_guard guard(lock_);
   if (submitted_)
     throw std::logic_error(texts_.count_after_submission);
-  if (outstanding_parts_ != never_set)
+  std::uint64_t expected = never_set;
+  if (!outstanding_parts_.compare_exchange_strong(expected, count))
     throw std::logic_error(texts_.count_already_set);
-  outstanding_parts_ = count;
 }
 
 void completion_state::set_submitted() {
-  const std::lock_guard guard(lock_);
-  if (submitted_)
+  if (submitted_.exchange(true))
     throw std::logic_error(texts_.already_submitted);
-  submitted_ = true;
+}
+
+// False if it has ended before.
+bool completion_state::succeed() {
+  outcome expected = outcome::pending;
+  if (!outcome_.compare_exchange_strong(expected, outcome::succeeded))
+    return false;
+  close_pipe();
+  return true;
 }
 
 completion_state::part_outcome completion_state::part_complete() {
-  bool failed = false;
-  std::optional<notifier> pipe;
-  {
-    const std::lock_guard guard(lock_);
-    if (!submitted_)
-      throw std::logic_error(texts_.part_before_submission);
-    if (outstanding_parts_ == 0)
+  if (!submitted_)
+    throw std::logic_error(texts_.part_before_submission);
+  std::uint64_t parts = outstanding_parts_;
+  do {
+    if (parts == 0)
       throw std::logic_error(texts_.part_at_zero);
-    if (outstanding_parts_ == never_set)
+    if (parts == never_set)
       throw std::logic_error(texts_.part_without_count);
-    failed = failed_;
-    if (--outstanding_parts_ != 0)
-      return part_outcome::pending;
-    complete_ = true;
-    pipe = pipe_;
-  }
-  if (failed)
-    return part_outcome::last_after_error;
-  close(pipe);
-  return part_outcome::last;
+  } while (!outstanding_parts_.compare_exchange_weak(parts, parts - 1));
+  if (parts != 1)
+    return part_outcome::pending;
+  return succeed() ? part_outcome::last : part_outcome::last_after_error;
 }
 
 void completion_state::set_complete() {
-  std::optional<notifier> pipe;
-  {
-    const std::lock_guard guard(lock_);
-    if (!submitted_)
-      throw std::logic_error(texts_.complete_before_submission);
-    if (complete_)
-      throw std::logic_error(texts_.already_complete);
-    complete_ = true;
-    pipe = pipe_;
-  }
-  close(pipe);
+  if (!submitted_)
+    throw std::logic_error(texts_.complete_before_submission);
+  if (!succeed())
+    throw std::logic_error(texts_.already_complete);
 }
 
 bool completion_state::set_error(const std::exception_ptr& error) {
-  std::optional<notifier> pipe;
-  {
-    const std::lock_guard guard(lock_);
-    // First of all, so that a second failure of the same request can never throw.
-    if (failed_)
+  // First of all, so that a second failure of the same request can never throw.
+  const auto has_an_error = [](outcome seen) { return seen == outcome::failing || seen == outcome::failed; };
+  if (has_an_error(outcome_))
+    return false;
+  if (!submitted_)
+    throw std::logic_error(texts_.error_before_submission);
+  outcome seen = outcome::pending;
+  if (!outcome_.compare_exchange_strong(seen, outcome::failing)) {
+    if (has_an_error(seen))
       return false;
-    if (!submitted_)
-      throw std::logic_error(texts_.error_before_submission);
-    if (complete_)
-      throw std::logic_error(texts_.already_complete);
-    error_ = error;
-    failed_ = error != nullptr;
-    complete_ = true;
-    pipe = pipe_;
+    throw std::logic_error(texts_.already_complete);
   }
-  close(pipe);
+  error_ = error;
+  outcome_ = error ? outcome::failed : outcome::succeeded;
+  close_pipe();
   return true;
 }
 

@@ -31,7 +31,7 @@ struct completion_texts {
 // submitted, then succeeded or failed. Refuses repeated transitions, except a repeated error: the first
 // stands.
 //
-// The lock is a leaf: it is never held while the notification pipe is closed or another level is told.
+// Each transition is one atomic step, as one operation makes many of them. The lock guards the making of the pipe only.
 class completion_state {
 public:
   enum class part_outcome { pending, last, last_after_error };
@@ -44,11 +44,11 @@ public:
 
   // Made for the first who asks, since few are ever waited for.
   notifier get_pipe() const;
-  bool is_complete() const { return complete_; }
-  bool has_failed() const { return failed_; }
+  bool is_complete() const { return has_failed() || has_succeeded(); }
+  bool has_failed() const { return outcome_ == outcome::failed; }
   // Complete without an error.
-  bool has_succeeded() const;
-  std::exception_ptr get_error() const;
+  bool has_succeeded() const { return outcome_ == outcome::succeeded; }
+  std::exception_ptr get_error() const { return has_failed() ? error_ : nullptr; }
 
   void enable_profiling();
   bool is_profiling_enabled() const { return profiling_enabled_; }
@@ -67,17 +67,22 @@ public:
 private:
   static constexpr std::uint64_t never_set = ~std::uint64_t{0};
 
+  // While it is `failing`, one thread is putting the error where all can read it once it has `failed`.
+  enum class outcome : std::uint8_t { pending, failing, failed, succeeded };
+
+  bool succeed();
+  void close_pipe() const;
+
   const completion_texts& texts_;
   mutable std::mutex lock_;
   mutable std::optional<notifier> pipe_;
-  std::uint64_t elapsed_time_ = 0;
-  std::uint64_t outstanding_parts_ = never_set;
-  bool submitted_ = false;
-  // Written with the lock held; read without it, as each is asked for many times in the life of one operation.
-  std::atomic<bool> complete_ = false;
-  std::atomic<bool> failed_ = false;
+  mutable std::atomic<bool> has_pipe_ = false; // or is about to have one
   std::atomic<bool> profiling_enabled_ = false;
-  std::exception_ptr error_; // never changes once `failed_` is set
+  std::atomic<bool> submitted_ = false;
+  std::atomic<outcome> outcome_ = outcome::pending;
+  std::atomic<std::uint64_t> elapsed_time_ = 0;
+  std::atomic<std::uint64_t> outstanding_parts_ = never_set;
+  std::exception_ptr error_; // never changes once the outcome is `failed`
 };
 
 } // namespace oryn::tarva::library

@@ -36,17 +36,17 @@ void require(bool holds, const char* message) {
 
 // Whether the table's keys are the memory objects among the arguments.
 bool matches(const std::vector<kernel_argument>& arguments,
-             const kernel_argument_capture::replacement_table& replacements) {
-  std::vector<const library_memory*> present;
+             kernel_argument_capture::replacement_table& replacements) {
+  std::size_t used = 0;
   for (const kernel_argument& argument : arguments)
     if (const auto* typed = std::get_if<library_argument>(&argument)) {
-      if (!replacements.contains(typed->get_memory()))
+      auto* found = replacements.find(typed->get_memory().get());
+      if (found == nullptr)
         return false;
-      present.push_back(typed->get_memory().get());
+      used += found->is_used ? 0 : 1;
+      found->is_used = true;
     }
-  std::sort(present.begin(), present.end());
-  const auto end = std::unique(present.begin(), present.end());
-  return static_cast<std::size_t>(end - present.begin()) == replacements.size();
+  return used == replacements.size();
 }
 
 } // namespace
@@ -77,7 +77,7 @@ std::vector<std::shared_ptr<device_memory>> kernel_argument_capture::get_device_
   return memory_of<device_argument, device_memory>(*arguments_);
 }
 
-void kernel_argument_capture::replace_library_memory(const replacement_table& replacements) {
+void kernel_argument_capture::replace_library_memory(replacement_table replacements) {
   require(
       matches(*arguments_, replacements),
       "Attempting to replace library memory objects with device memory arguments within the argument list "
@@ -86,7 +86,7 @@ void kernel_argument_capture::replace_library_memory(const replacement_table& re
       !has<device_argument>(*arguments_),
       "Attempting to replace library memory objects with device memory arguments within the argument list "
       "capture, but there are already device memory arguments in the capture.");
-  if (replacements.empty())
+  if (replacements.size() == 0)
     return;
 
   std::vector<kernel_argument> replaced;
@@ -97,9 +97,9 @@ void kernel_argument_capture::replace_library_memory(const replacement_table& re
       replaced.push_back(argument);
       continue;
     }
-    const auto found = replacements.find(typed->get_memory());
-    require(found != replacements.end(), "Expected to find replacement key inside the replacement table.");
-    replaced.emplace_back(std::in_place_type<device_argument>, found->second);
+    const replacement* found = replacements.find(typed->get_memory().get());
+    require(found != nullptr, "Expected to find replacement key inside the replacement table.");
+    replaced.emplace_back(std::in_place_type<device_argument>, found->block);
   }
   arguments_ = std::make_shared<const std::vector<kernel_argument>>(std::move(replaced));
 }

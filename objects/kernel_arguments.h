@@ -1,12 +1,12 @@
 #pragma once
 
+#include "base/address_map.h"
 #include "properties/data_type.h"
 
 #include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <unordered_map>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -84,8 +84,12 @@ using kernel_argument =
 // own; copies share the list until one of them replaces its memory objects.
 class kernel_argument_capture {
 public:
-  using replacement_table =
-      std::unordered_map<std::shared_ptr<library_memory>, std::shared_ptr<device_memory>>;
+  struct replacement {
+    std::shared_ptr<device_memory> block;
+    bool is_used = false;
+  };
+  // By the address of the memory object that is replaced.
+  using replacement_table = address_map<replacement>;
 
   kernel_argument_capture() : kernel_argument_capture(std::vector<kernel_argument>()) {}
   explicit kernel_argument_capture(std::vector<kernel_argument> arguments)
@@ -101,7 +105,7 @@ public:
 
   // Puts the mapped device block in the place of every memory object; the keys must be exactly the capture's
   // objects.
-  void replace_library_memory(const replacement_table& replacements);
+  void replace_library_memory(replacement_table replacements);
 
 private:
   std::shared_ptr<const std::vector<kernel_argument>> arguments_;

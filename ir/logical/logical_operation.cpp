@@ -36,20 +36,14 @@ constexpr completion_texts texts = {
 
 logical_operation::logical_operation() : state_(texts) {}
 
-logical_operation::~logical_operation() {
-  if (commands_ended_)
-    commands_ended_->close();
-}
+logical_operation::~logical_operation() = default;
 
 std::shared_ptr<library_future> logical_operation::get_future() {
   return std::make_shared<library_future>(shared_from_this());
 }
 
 void logical_operation::add_device_commands(std::uint64_t count) {
-  if (!commands_ended_) {
-    static_cast<void>(get_notification_pipe());
-    commands_ended_.emplace();
-  }
+  static_cast<void>(get_notification_pipe());
   running_commands_ += count;
 }
 
@@ -63,12 +57,16 @@ void logical_operation::wait_until_complete() const {
 // nobody waits for the commands.
 void logical_operation::device_commands_ended(std::uint64_t count) {
   if (running_commands_.fetch_sub(count) == count && state_.has_failed())
-    commands_ended_->notify();
+    commands_ended_.notify_all();
 }
 
 void logical_operation::wait_until_commands_ended() {
-  while (running_commands_ != 0)
-    commands_ended_->wait([this] { return running_commands_ == 0; });
+  while (true) {
+    const event_count::ticket seen = commands_ended_.get_ticket();
+    if (running_commands_ == 0)
+      return;
+    commands_ended_.wait(seen);
+  }
 }
 
 } // namespace oryn::tarva::library::logical_ir

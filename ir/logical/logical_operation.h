@@ -1,13 +1,13 @@
 #pragma once
 
 #include "base/completion_state.h"
+#include "base/event_count.h"
 #include "ir/logical/operation_visitor.h"
 
 #include <atomic>
 #include <cstdint>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,8 +49,8 @@ public:
 
   // An error completes the operation at once, while commands of it may still run. These three let the
   // scheduler wait for the last of them: `count` commands are on their way to a worker; one has ended; wait
-  // until all have. What waiting takes is made with the first count, before any work is handed over: then no wait can
-  // fail while workers are at it.
+  // until all have. The pipe of the operation is made with the first count, before any work is handed over: then no
+  // wait can fail while workers are at it.
   void add_device_commands(std::uint64_t count);
   void device_commands_ended(std::uint64_t count);
   void wait_until_commands_ended();
@@ -61,7 +61,7 @@ protected:
 private:
   completion_state state_;
   std::atomic<std::uint64_t> running_commands_ = 0;
-  std::optional<notifier> commands_ended_;
+  event_count commands_ended_;
 };
 
 } // namespace logical_ir

@@ -29,21 +29,24 @@ void add_bytes_of(const kernel_argument_local_memory& local, std::uint64_t& tota
 
 } // namespace
 
-void lowering::check_launch(const logical_ir::kernel& operation) {
+std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kernel& operation) {
   const launch_limits& limits = operation.get_kernel_object()->get_launch_limits();
   const kernel_argument_capture& arguments = operation.get_arguments();
   check_work_dimension(operation.get_range(), limits.has_global_offset);
   check_argument_count(arguments.get_argument_count(), limits);
+  std::vector<used_object> objects;
   std::uint64_t local_bytes = 0;
   for (std::uint64_t index = 0; index < arguments.get_argument_count(); ++index) {
     const kernel_argument& argument = arguments.get_argument(index);
     if (const auto* global = std::get_if<kernel_argument_typed_library_memory_array>(&argument)) {
-      const memory_state& state = table_.find(global->get_memory());
-      if (global->get_memory()->get_num_elements() == 0)
+      const std::shared_ptr<library_memory>& memory = global->get_memory();
+      memory_state& state = table_.find(memory);
+      if (memory->get_num_elements() == 0)
         refuse_empty_argument("Memory", index);
       if (state.is_on_host())
         static_cast<void>(
             state.get_host_block()->get_read_pointer(0)); // an allocation that failed left no storage
+      objects.push_back({memory, state});
     } else if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument)) {
       if (local->get_num_elements() == 0)
         refuse_empty_argument("Local memory", index);
@@ -52,25 +55,23 @@ void lowering::check_launch(const logical_ir::kernel& operation) {
     }
   }
   check_sizes(operation.get_range(), limits);
+  return objects;
 }
 
 void lowering::visit(const logical_ir::kernel& operation) {
-  check_launch(operation);
+  const std::vector<used_object> objects = check_launch(operation);
   const std::shared_ptr<library_device> device = operation.get_kernel_object()->get_program()->get_device();
   kernel_argument_capture::replacement_table replacement_blocks;
   std::vector<physical_pointer> predecessors_of_kernel;
-  for (const kernel_argument& argument : operation.get_arguments().get_arguments()) {
-    const auto* global = std::get_if<kernel_argument_typed_library_memory_array>(&argument);
-    if (global == nullptr || replacement_blocks.contains(global->get_memory()))
+  for (const auto& [memory, state] : objects) {
+    if (replacement_blocks.find(memory.get()) != nullptr)
       continue;
-    const std::shared_ptr<library_memory>& memory = global->get_memory();
-    memory_state& state = table_.find(memory);
     if (const physical_pointer last_step = move_to(device, memory, state))
       predecessors_of_kernel.push_back(last_step);
-    replacement_blocks.emplace(memory, state.get_device_block());
+    replacement_blocks.try_emplace(memory.get(), {state.get_device_block()});
   }
   kernel_argument_capture arguments(operation.get_arguments());
-  arguments.replace_library_memory(replacement_blocks);
+  arguments.replace_library_memory(std::move(replacement_blocks));
   const physical_pointer launch = add<physical_ir::kernel>(device, operation.get_kernel_object(),
                                                            std::move(arguments), operation.get_range());
   for (const auto& step : predecessors_of_kernel)

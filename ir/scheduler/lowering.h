@@ -52,7 +52,13 @@ private:
   void copy_between_devices(const memory_state& source, const memory_state& destination,
                             const logical_ir::copy_tarva_to_tarva& operation);
 
-  void check_launch(const logical_ir::kernel& operation);
+  // A memory object among the arguments of a launch.
+  struct used_object {
+    const std::shared_ptr<library_memory>& memory;
+    memory_state& state;
+  };
+  // In argument order, with repeats.
+  std::vector<used_object> check_launch(const logical_ir::kernel& operation);
   physical_pointer move_to(const std::shared_ptr<library_device>& device,
                            const std::shared_ptr<library_memory>& memory, memory_state& state);
   physical_pointer move_from_host(const std::shared_ptr<library_device>& device,

@@ -4,6 +4,7 @@
 #include "objects/library_kernel.h"
 #include "objects/opencl/opencl_version.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -45,6 +46,7 @@ private:
   skerv::opencl::device<V> device_;
   mutable std::mutex limits_lock_;
   mutable std::optional<launch_limits> limits_; // never changes once it is there
+  mutable std::atomic<bool> has_limits_ = false;
 };
 
 using opencl_1_0_kernel = opencl_version_kernel<version::v1_0>;

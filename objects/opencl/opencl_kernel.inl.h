@@ -71,9 +71,13 @@ std::vector<std::string> opencl_version_kernel<V>::get_child_names(const propert
 
 template <version V>
 const launch_limits& opencl_version_kernel<V>::get_launch_limits() const {
+  if (has_limits_)
+    return *limits_;
   const std::lock_guard guard(limits_lock_);
-  if (!limits_)
+  if (!limits_) {
     limits_ = read_limits();
+    has_limits_ = true;
+  }
   return *limits_;
 }
 

@@ -33,6 +33,14 @@ void write_tree(const caller::property& root) {
   tarva_abi_free_property_tree_string(nullptr, text);
 }
 
+// A kernel of 64 parameters, memory and values in turn.
+std::string many_parameters() {
+  std::string list;
+  for (int i = 0; i < 32; ++i)
+    list += (list.empty() ? "" : ", ") + ("global int* data" + std::to_string(i)) + ", int amount" + std::to_string(i);
+  return "kernel void many(" + list + ") {}\n";
+}
+
 } // namespace
 
 int main() {
@@ -43,8 +51,9 @@ int main() {
   const memory numbers = make(std::vector<std::int32_t>{1, 2, 3, 4});
   const memory others = make(std::vector<std::int32_t>{1, 2, 3, 4});
   const program made = compile(list.front(), "kernel void empty() {}\n"
-                                             "kernel void add(global int* data, int amount) {}\n");
-  const kernel empty = find_kernel(made, "empty"), add = find_kernel(made, "add");
+                                             "kernel void add(global int* data, int amount) {}\n" +
+                                                 many_parameters());
+  const kernel empty = find_kernel(made, "empty"), add = find_kernel(made, "add"), many = find_kernel(made, "many");
   must(launch(add, {argument(numbers), argument(number)}, line(1)));
   must(launch(add, {argument(others), argument(number)}, line(1)));
   std::int32_t storage[4] = {};
@@ -54,6 +63,12 @@ int main() {
   count("launch with two arguments", [&] {
     must(launch(add, {argument(numbers), argument(number)}, line(1)));
   });
+  arguments many_arguments;
+  for (int i = 0; i < 32; ++i) {
+    many_arguments.push_back(argument(numbers));
+    many_arguments.push_back(argument(number));
+  }
+  count("launch with 64 arguments", [&] { must(launch(many, many_arguments, line(1))); });
   count("write", [&] { must(write_raw(numbers, 0, 4, storage)); });
   count("read", [&] { must(read_raw(numbers, 0, 4, storage)); });
   count("fill", [&] { must(fill(numbers, &number, 0, 4)); });
