@@ -1,7 +1,9 @@
 #pragma once
 
+#include <condition_variable>
 #include <functional>
 #include <memory>
+#include <mutex>
 
 namespace oryn::tarva::library {
 
@@ -25,6 +27,13 @@ public:
   // Returns at once if closed or if the predicate, which runs under the notifier's lock, says true; otherwise
   // sleeps until the first wake-up.
   void wait(const std::function<bool()>& predicate) const;
+
+  // For a wait on several notifiers at once: until it is unregistered, the condition variable is woken by every ring and
+  // by the close, too. Its waiter looks at the notifiers, registers and sleeps with the registry lock: every sender
+  // takes that first, so nothing comes between the last look and the sleep. A closed notifier has nothing to wait for.
+  void register_wait_any(std::shared_ptr<std::condition_variable> condition) const;
+  void unregister_wait_any(const std::shared_ptr<std::condition_variable>& condition) const;
+  static std::mutex& get_registry_lock();
 
 private:
   std::shared_ptr<internal::notifier_internals> internals_;

@@ -96,7 +96,7 @@ public:
   void depth_first_search(bool& has_cycle, const std::function<void(const T&)>& visit) const {
     enum class colour : std::uint8_t { white, grey, black };
     has_cycle = false;
-    std::vector<colour> colours(nodes_.size(), colour::white);
+    std::vector<colour> colours = label_nodes(colour::white, "Inserting a node label failed during the DFS.");
     std::vector<std::size_t> stack;
     for (std::size_t root = 0; root < nodes_.size(); ++root) {
       if (colours[root] == colour::white)
@@ -115,10 +115,12 @@ public:
           }
           continue;
         }
-        // A black node on top was pushed twice and finished above this entry.
         if (colours[node] == colour::grey) {
           visit(nodes_[node]);
           colours[node] = colour::black;
+        } else if (indices_of(node, &edges::predecessors).size() < 2) {
+          // Only a second edge brings a second entry, which may lie below the one that was finished.
+          throw std::logic_error("DAG DFS: Node label is BLACK, but this should never happen.");
         }
         stack.pop_back();
       }
@@ -146,7 +148,8 @@ public:
     if (nodes_.size() == 1)
       return std::vector<dag>(1, *this);
     constexpr std::size_t no_colour = 0;
-    std::vector<std::size_t> colours(nodes_.size(), no_colour);
+    std::vector<std::size_t> colours =
+        label_nodes(no_colour, "Inserting a node color failed while finding disjoint subgraphs.");
     std::vector<std::vector<T>> members;
     std::vector<std::size_t> stack;
     for (std::size_t root = 0; root < nodes_.size(); ++root) {
@@ -203,6 +206,15 @@ private:
     }
     const auto found = index_.find(node.get());
     return found == index_.end() ? absent : found->second;
+  }
+
+  // A label for each node. A node that stood here twice would have two.
+  template <class Label>
+  std::vector<Label> label_nodes(Label first, const char* failure) const {
+    for (std::size_t i = 0; i < nodes_.size(); ++i)
+      if (find(nodes_[i]) != i)
+        throw std::runtime_error(failure);
+    return std::vector<Label>(nodes_.size(), first);
   }
 
   std::size_t index_of(const T& node) const {

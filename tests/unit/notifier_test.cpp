@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -89,6 +90,51 @@ TEST_F(notifier_test, no_wake_up_is_lost) {
   }
   waiter.join();
   answer.close();
+}
+
+// Both bells ring in turn, and at the end both are closed.
+TEST_F(notifier_test, one_waiter_hears_several) {
+  constexpr int ROUNDS = 5000;
+  notifier other;
+  const auto woken = std::make_shared<std::condition_variable>();
+  std::atomic<int> sent = 0, heard = 0;
+  std::thread waiter([&] {
+    std::unique_lock guard(notifier::get_registry_lock());
+    for (const notifier& each : {bell, other})
+      each.register_wait_any(woken);
+    for (int round = 1; round <= ROUNDS; ++round) {
+      woken->wait(guard, [&] { return sent >= round; });
+      heard = round;
+    }
+    woken->wait(guard, [&] { return bell.is_closed() && other.is_closed(); });
+    for (const notifier& each : {bell, other})
+      each.unregister_wait_any(woken);
+  });
+  for (int round = 1; round <= ROUNDS; ++round) {
+    sent = round;
+    (round % 2 ? bell : other).notify();
+    while (heard < round)
+      std::this_thread::yield();
+  }
+  bell.close();
+  other.close();
+  waiter.join();
+}
+
+TEST_F(notifier_test, refuses_what_cannot_be_waited_for_and_tells_who_is_left) {
+  const auto woken = std::make_shared<std::condition_variable>();
+  EXPECT_THROW(bell.unregister_wait_any(woken), std::logic_error);
+  bell.close();
+  EXPECT_THROW(bell.register_wait_any(woken), std::logic_error);
+  const auto leave_waiter = [&] {
+    setenv("TARVA_LOG_TARGET", "console", 1);
+    setenv("TARVA_LOG_LEVEL", "warn", 1);
+    notifier().register_wait_any(woken);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(leave_waiter(), testing::ExitedWithCode(0),
+              "\\[warning\\] Destroying notifier internals, but wait_any_notifiers set is non-empty.\n.*"
+              "\\[warning\\] Destroying notifier that was never closed.");
 }
 
 // The woken waiter drops the last notifier while the sender may still be on its way out.
