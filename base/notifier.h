@@ -1,11 +1,11 @@
 #pragma once
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 namespace oryn::tarva::library {
+
+class event_count;
 
 namespace internal {
 struct notifier_internals;
@@ -13,7 +13,7 @@ struct notifier_internals;
 
 // A wake-up without data: a doorbell that is rung again and again, or a latch that is closed once. Copies
 // share one state. A return from wait() means only that something may have changed: callers loop on their own
-// condition.
+// condition, which a sender makes hold before it rings or closes.
 class notifier {
 public:
   notifier();
@@ -24,16 +24,14 @@ public:
   void notify() const;
   void close() const;
 
-  // Returns at once if closed or if the predicate, which runs under the notifier's lock, says true; otherwise
-  // sleeps until the first wake-up.
+  // Returns at once if closed or if the predicate says true; otherwise sleeps until the first wake-up. Nothing is missed
+  // between the predicate and the sleep.
   void wait(const std::function<bool()>& predicate) const;
 
-  // For a wait on several notifiers at once: until it is unregistered, the condition variable is woken by every ring and
-  // by the close, too. Its waiter looks at the notifiers, registers and sleeps with the registry lock: every sender
-  // takes that first, so nothing comes between the last look and the sleep. A closed notifier has nothing to wait for.
-  void register_wait_any(std::shared_ptr<std::condition_variable> condition) const;
-  void unregister_wait_any(const std::shared_ptr<std::condition_variable>& condition) const;
-  static std::mutex& get_registry_lock();
+  // For a wait on several notifiers at once: until it is unregistered, every ring and the close notify `events`, too. Its
+  // waiter registers before it looks at anything. A closed notifier has nothing to wait for.
+  void register_wait_any(std::shared_ptr<event_count> events) const;
+  void unregister_wait_any(const std::shared_ptr<event_count>& events) const;
 
 private:
   std::shared_ptr<internal::notifier_internals> internals_;

@@ -1,3 +1,4 @@
+#include "base/event_count.h"
 #include "base/notifier.h"
 
 #include <gtest/gtest.h>
@@ -96,19 +97,22 @@ TEST_F(notifier_test, no_wake_up_is_lost) {
 TEST_F(notifier_test, one_waiter_hears_several) {
   constexpr int ROUNDS = 5000;
   notifier other;
-  const auto woken = std::make_shared<std::condition_variable>();
+  const auto events = std::make_shared<event_count>();
   std::atomic<int> sent = 0, heard = 0;
   std::thread waiter([&] {
-    std::unique_lock guard(notifier::get_registry_lock());
+    const auto wait_until = [&](const auto& condition) {
+      for (auto seen = events->get_ticket(); !condition(); seen = events->get_ticket())
+        events->wait(seen);
+    };
     for (const notifier& each : {bell, other})
-      each.register_wait_any(woken);
+      each.register_wait_any(events);
     for (int round = 1; round <= ROUNDS; ++round) {
-      woken->wait(guard, [&] { return sent >= round; });
+      wait_until([&] { return sent >= round; });
       heard = round;
     }
-    woken->wait(guard, [&] { return bell.is_closed() && other.is_closed(); });
+    wait_until([&] { return bell.is_closed() && other.is_closed(); });
     for (const notifier& each : {bell, other})
-      each.unregister_wait_any(woken);
+      each.unregister_wait_any(events);
   });
   for (int round = 1; round <= ROUNDS; ++round) {
     sent = round;
@@ -122,14 +126,14 @@ TEST_F(notifier_test, one_waiter_hears_several) {
 }
 
 TEST_F(notifier_test, refuses_what_cannot_be_waited_for_and_tells_who_is_left) {
-  const auto woken = std::make_shared<std::condition_variable>();
-  EXPECT_THROW(bell.unregister_wait_any(woken), std::logic_error);
+  const auto events = std::make_shared<event_count>();
+  EXPECT_THROW(bell.unregister_wait_any(events), std::logic_error);
   bell.close();
-  EXPECT_THROW(bell.register_wait_any(woken), std::logic_error);
+  EXPECT_THROW(bell.register_wait_any(events), std::logic_error);
   const auto leave_waiter = [&] {
     setenv("TARVA_LOG_TARGET", "console", 1);
     setenv("TARVA_LOG_LEVEL", "warn", 1);
-    notifier().register_wait_any(woken);
+    notifier().register_wait_any(events);
     std::_Exit(0);
   };
   EXPECT_EXIT(leave_waiter(), testing::ExitedWithCode(0),
