@@ -16,24 +16,18 @@ pointee* pointer_in(std::uint64_t word) {
   return reinterpret_cast<pointee*>(static_cast<std::uintptr_t>(word)); // NOLINT(performance-no-int-to-ptr)
 }
 
-void add_argument(std::vector<kernel_argument>& captured, const abi_bridge::reading& handles,
+void add_argument(kernel_argument_list& list, const abi_bridge::reading& handles,
                   const tarva_abi_kernel_argument_s& argument) {
   switch (argument.kind) {
   case TARVA_ABI_ARGUMENT_NULL:
-    captured.emplace_back(kernel_argument_nullptr());
-    return;
+    return list.add_null();
   case TARVA_ABI_ARGUMENT_VALUE:
-    captured.emplace_back(std::in_place_type<kernel_argument_pod_value>,
-                          pointer_in<const void>(argument.second), to_data_type(argument.first));
-    return;
+    return list.add_value(pointer_in<const void>(argument.second), to_data_type(argument.first));
   case TARVA_ABI_ARGUMENT_MEMORY:
-    captured.emplace_back(std::in_place_type<kernel_argument_typed_library_memory_array>,
-                          handles.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
-    return;
+    return list.add_memory(
+        handles.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
   case TARVA_ABI_ARGUMENT_LOCAL_MEMORY:
-    captured.emplace_back(std::in_place_type<kernel_argument_local_memory>, to_data_type(argument.first),
-                          argument.second);
-    return;
+    return list.add_local_memory(to_data_type(argument.first), argument.second);
   default:
     throw std::runtime_error("Unsupported argument type.");
   }
@@ -42,14 +36,13 @@ void add_argument(std::vector<kernel_argument>& captured, const abi_bridge::read
 kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
                                        std::uint64_t count) {
   require_countable<tarva_abi_kernel_argument_s>(count, "kernel arguments");
-  std::vector<kernel_argument> captured; // dropped after the unlock if an argument is refused
-  captured.reserve(count);
+  kernel_argument_list list(count); // dropped after the unlock if an argument is refused
   {
     const abi_bridge::reading handles(bridge);
     for (std::uint64_t index = 0; index < count; ++index)
-      add_argument(captured, handles, arguments[index]);
+      add_argument(list, handles, arguments[index]);
   }
-  return kernel_argument_capture(std::move(captured));
+  return kernel_argument_capture(std::move(list));
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "base/address_map.h"
 #include "properties/data_type.h"
 
-#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -16,7 +15,7 @@ namespace oryn::tarva::library {
 class device_memory;
 class library_memory;
 
-// The five kinds of argument of a kernel launch. None ever changes.
+// The five kinds of argument of a kernel launch. Each is a view of what its capture holds.
 
 // A null buffer.
 class kernel_argument_nullptr {};
@@ -24,19 +23,14 @@ class kernel_argument_nullptr {};
 // A value passed by copy, its bytes in host byte order.
 class kernel_argument_pod_value {
 public:
-  // Copies one element of `type` from `pointer`.
-  kernel_argument_pod_value(const void* pointer, data_type type);
+  kernel_argument_pod_value(data_type type, const std::uint8_t* bytes) : type_(type), bytes_(bytes) {}
 
   data_type get_type() const { return type_; }
-  std::span<const std::uint8_t> get_raw_data() const {
-    return {large_ ? large_->data() : small_.data(), element_size(type_)};
-  }
+  std::span<const std::uint8_t> get_raw_data() const { return {bytes_, element_size(type_)}; }
 
 private:
   data_type type_;
-  // Most values are small and need no storage of their own; copies share a large one.
-  std::array<std::uint8_t, 16> small_{};
-  std::shared_ptr<const std::vector<std::uint8_t>> large_;
+  const std::uint8_t* bytes_;
 };
 
 // Room in the device's local memory, without data.
@@ -52,36 +46,64 @@ private:
   std::uint64_t count_;
 };
 
-// A memory object as the user named it.
-class kernel_argument_typed_library_memory_array {
+template <class Memory>
+class kernel_argument_typed_memory_array {
 public:
-  explicit kernel_argument_typed_library_memory_array(std::shared_ptr<library_memory> memory)
-      : memory_(std::move(memory)) {}
+  explicit kernel_argument_typed_memory_array(const std::shared_ptr<Memory>& memory) : memory_(&memory) {}
 
-  const std::shared_ptr<library_memory>& get_memory() const { return memory_; }
+  const std::shared_ptr<Memory>& get_memory() const { return *memory_; }
 
 private:
-  std::shared_ptr<library_memory> memory_;
+  const std::shared_ptr<Memory>* memory_;
 };
 
-// The device block that stands in for a memory object in one launch.
-class kernel_argument_typed_device_memory_array {
-public:
-  explicit kernel_argument_typed_device_memory_array(std::shared_ptr<device_memory> memory)
-      : memory_(std::move(memory)) {}
-
-  const std::shared_ptr<device_memory>& get_memory() const { return memory_; }
-
-private:
-  std::shared_ptr<device_memory> memory_;
-};
+// A memory object as the user named it, and the device block that stands in for it in one launch.
+using kernel_argument_typed_library_memory_array = kernel_argument_typed_memory_array<library_memory>;
+using kernel_argument_typed_device_memory_array = kernel_argument_typed_memory_array<device_memory>;
 
 using kernel_argument =
     std::variant<kernel_argument_nullptr, kernel_argument_pod_value, kernel_argument_local_memory,
                  kernel_argument_typed_library_memory_array, kernel_argument_typed_device_memory_array>;
 
-// The arguments of one launch in the order of the kernel's parameters. Each level of the pipeline has a copy of its
-// own; copies share the list until one of them replaces its memory objects.
+// The arguments of a launch in the making, in the order of the kernel's parameters. What they hold stands together by
+// kind, so that many arguments take few and small allocations.
+class kernel_argument_list {
+public:
+  explicit kernel_argument_list(std::uint64_t expected_count = 0) { arguments_.reserve(expected_count); }
+
+  void add_null() { add(kind::null, data_type{}, 0); }
+  // Copies one element of `type` from `pointer`.
+  void add_value(const void* pointer, data_type type);
+  void add_local_memory(data_type type, std::uint64_t count) { add(kind::local_memory, type, count); }
+  void add_memory(const std::shared_ptr<library_memory>& memory);
+
+private:
+  friend class kernel_argument_capture;
+
+  enum class kind : std::uint8_t { null, value, local_memory, memory };
+  struct argument {
+    kind of;
+    std::uint8_t type;    // every data type fits
+    std::uint64_t number; // of elements; or where the value, or the memory object, stands below
+  };
+
+  void add(kind of, data_type type, std::uint64_t number) {
+    arguments_.push_back({of, static_cast<std::uint8_t>(type), number});
+  }
+  std::uint64_t expected_more() const { return arguments_.capacity() - arguments_.size(); }
+
+  // Aligned for every type. Most values take one; a large one takes several in a row.
+  struct alignas(16) value_piece {
+    std::uint8_t bytes[16];
+  };
+
+  std::vector<argument> arguments_;
+  std::vector<value_piece> values_;
+  std::vector<std::shared_ptr<library_memory>> memory_;
+};
+
+// The arguments of one launch. Each level of the pipeline has a capture of its own; copies share what they hold, which
+// never changes.
 class kernel_argument_capture {
 public:
   struct replacement {
@@ -91,24 +113,42 @@ public:
   // By the address of the memory object that is replaced.
   using replacement_table = address_map<replacement>;
 
-  kernel_argument_capture() : kernel_argument_capture(std::vector<kernel_argument>()) {}
-  explicit kernel_argument_capture(std::vector<kernel_argument> arguments)
-      : arguments_(std::make_shared<const std::vector<kernel_argument>>(std::move(arguments))) {}
+  kernel_argument_capture() : kernel_argument_capture(kernel_argument_list()) {}
+  explicit kernel_argument_capture(kernel_argument_list list)
+      : list_(std::make_shared<const kernel_argument_list>(std::move(list))) {}
 
-  std::uint64_t get_argument_count() const { return arguments_->size(); }
-  const kernel_argument& get_argument(std::uint64_t index) const;
-  const std::vector<kernel_argument>& get_arguments() const { return *arguments_; }
+  std::uint64_t get_argument_count() const { return list_->arguments_.size(); }
+  kernel_argument get_argument(std::uint64_t index) const {
+    if (index >= get_argument_count())
+      refuse_index();
+    const kernel_argument_list::argument& found = list_->arguments_[index];
+    const auto type = static_cast<data_type>(found.type);
+    switch (found.of) {
+    case kernel_argument_list::kind::value:
+      return kernel_argument_pod_value(type, list_->values_[found.number].bytes);
+    case kernel_argument_list::kind::local_memory:
+      return kernel_argument_local_memory(type, found.number);
+    case kernel_argument_list::kind::memory:
+      if (blocks_)
+        return kernel_argument_typed_device_memory_array((*blocks_)[found.number]);
+      return kernel_argument_typed_library_memory_array(list_->memory_[found.number]);
+    default:
+      return kernel_argument_nullptr();
+    }
+  }
   // In argument order, with repeats.
-  std::vector<std::shared_ptr<library_memory>> get_library_memory_arguments() const;
-  bool has_library_memory_arguments() const;
-  std::vector<std::shared_ptr<device_memory>> get_device_memory_arguments() const;
+  std::span<const std::shared_ptr<library_memory>> get_library_memory_arguments() const;
+  std::span<const std::shared_ptr<device_memory>> get_device_memory_arguments() const;
 
   // Puts the mapped device block in the place of every memory object; the keys must be exactly the capture's
   // objects.
   void replace_library_memory(replacement_table replacements);
 
 private:
-  std::shared_ptr<const std::vector<kernel_argument>> arguments_;
+  [[noreturn]] static void refuse_index();
+
+  std::shared_ptr<const kernel_argument_list> list_;
+  std::shared_ptr<const std::vector<std::shared_ptr<device_memory>>> blocks_; // one for each memory object, or none yet
 };
 
 } // namespace oryn::tarva::library

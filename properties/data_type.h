@@ -179,11 +179,20 @@ constexpr const data_type_row* find_data_type(data_type type) noexcept {
   return value < first_data_type || value > last_data_type ? nullptr : &data_type_table[value - 1];
 }
 
+[[noreturn]] void refuse_data_type();
+
 // The row of a type; std::logic_error for a value that is no data type.
-const data_type_row& get_data_type_row(data_type type);
+inline const data_type_row& get_data_type_row(data_type type) {
+  const data_type_row* row = find_data_type(type);
+  if (row == nullptr)
+    refuse_data_type();
+  return *row;
+}
 
 // Bytes from one element to the next.
-std::uint64_t element_size(data_type type);
+inline std::uint64_t element_size(data_type type) {
+  return get_data_type_row(type).element_bytes();
+}
 
 const char* data_type_name(data_type type);
 

@@ -66,12 +66,12 @@ skerv::opencl::event<V> nd_range_kernel<V>::enqueue(dispatch_queue<V>& queue, st
                                                     void* const* wait_list) {
   check_work_dimension(range_, version_traits<V>::has_global_offset);
   skerv::opencl::kernel<V> kernel = detail::clone<V>(*kernel_);
-  if (arguments_.has_library_memory_arguments())
+  if (!arguments_.get_library_memory_arguments().empty())
     throw std::logic_error(
         "Expected the library memory arguments to be empty in the kernel argument capture.");
-  std::uint32_t index = 0;
-  for (const kernel_argument& argument : arguments_.get_arguments())
-    detail::set_argument<V>(kernel, index++, argument, this->get_device());
+  library_device& device = this->get_device();
+  for (std::uint32_t index = 0; index < arguments_.get_argument_count(); ++index)
+    detail::set_argument<V>(kernel, index, arguments_.get_argument(index), device);
   const auto work_dim = static_cast<std::uint32_t>(range_.work_dim);
   if constexpr (version_traits<V>::has_global_offset)
     return this->submit(queue,

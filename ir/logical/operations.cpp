@@ -118,7 +118,8 @@ std::string fill::to_string() const {
 }
 
 std::vector<std::shared_ptr<library_memory>> kernel::memory_objects() const {
-  return arguments_.get_library_memory_arguments();
+  const auto objects = arguments_.get_library_memory_arguments();
+  return {objects.begin(), objects.end()};
 }
 
 std::uint64_t kernel::byte_count() const {

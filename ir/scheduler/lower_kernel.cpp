@@ -35,9 +35,10 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
   check_work_dimension(operation.get_range(), limits.has_global_offset);
   check_argument_count(arguments.get_argument_count(), limits);
   std::vector<used_object> objects;
+  objects.reserve(arguments.get_library_memory_arguments().size());
   std::uint64_t local_bytes = 0;
   for (std::uint64_t index = 0; index < arguments.get_argument_count(); ++index) {
-    const kernel_argument& argument = arguments.get_argument(index);
+    const kernel_argument argument = arguments.get_argument(index);
     if (const auto* global = std::get_if<kernel_argument_typed_library_memory_array>(&argument)) {
       const std::shared_ptr<library_memory>& memory = global->get_memory();
       memory_state& state = table_.find(memory);

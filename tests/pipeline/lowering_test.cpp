@@ -32,10 +32,9 @@ struct lowered_row {
 std::shared_ptr<logical_ir::logical_operation>
 launch(const std::vector<std::shared_ptr<library_memory>>& objects,
        const std::shared_ptr<library_device>& target) {
-  std::vector<kernel_argument> arguments;
-  arguments.reserve(objects.size());
+  kernel_argument_list arguments;
   for (const auto& object : objects)
-    arguments.emplace_back(kernel_argument_typed_library_memory_array(object));
+    arguments.add_memory(object);
   return logical_ir::kernel::create(std::make_shared<fake_kernel>(target),
                                     kernel_argument_capture(std::move(arguments)),
                                     nd_range{1, {}, {1, 1, 1}, {}});
