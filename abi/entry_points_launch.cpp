@@ -35,6 +35,8 @@ void add_argument(kernel_argument_list& list, const abi_bridge::reading& handles
 
 kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
                                        std::uint64_t count) {
+  if (count == 0)
+    return {};
   require_countable<tarva_abi_kernel_argument_s>(count, "kernel arguments");
   kernel_argument_list list(count); // dropped after the unlock if an argument is refused
   {
