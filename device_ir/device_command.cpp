@@ -27,8 +27,8 @@ constexpr completion_texts texts = {
 
 } // namespace
 
-device_command::device_command(std::shared_ptr<physical_ir::physical_operation> operation)
-    : operation_(std::move(operation)), state_(texts) {}
+device_command::device_command(command_kind kind, std::shared_ptr<physical_ir::physical_operation> operation)
+    : kind_(kind), operation_(std::move(operation)), state_(texts) {}
 
 device_command::~device_command() = default;
 

@@ -12,7 +12,7 @@ public:
   using function = std::function<void(const std::shared_ptr<device_command>&)>;
 
   host_function_call(std::shared_ptr<physical_ir::physical_operation> operation, function step)
-      : device_command(std::move(operation)), function_(std::move(step)) {}
+      : device_command(command_kind::host_function_call, std::move(operation)), function_(std::move(step)) {}
   static std::shared_ptr<host_function_call>
   create(std::shared_ptr<physical_ir::physical_operation> operation, function step) {
     return std::make_shared<host_function_call>(std::move(operation), std::move(step));

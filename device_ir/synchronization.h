@@ -15,9 +15,10 @@ public:
   std::string to_string() const override;
 
 protected:
-  synchronization_command(const char* head, std::shared_ptr<physical_ir::physical_operation> operation,
+  synchronization_command(command_kind kind, const char* head,
+                          std::shared_ptr<physical_ir::physical_operation> operation,
                           device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
-      : device_command(std::move(operation)), head_(head), release_device_(std::move(release_device)),
+      : device_command(kind, std::move(operation)), head_(head), release_device_(std::move(release_device)),
         acquire_device_(std::move(acquire_device)), sync_id_(sync_id) {}
 
 private:
@@ -32,16 +33,18 @@ class synchronization_acquire final : public synchronization_command {
 public:
   synchronization_acquire(std::shared_ptr<physical_ir::physical_operation> operation,
                           device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
-      : synchronization_command("synchronization_acquire: {", std::move(operation), std::move(release_device),
-                                std::move(acquire_device), sync_id) {}
+      : synchronization_command(command_kind::synchronization_acquire, "synchronization_acquire: {",
+                                std::move(operation), std::move(release_device), std::move(acquire_device),
+                                sync_id) {}
 };
 
 class synchronization_release final : public synchronization_command {
 public:
   synchronization_release(std::shared_ptr<physical_ir::physical_operation> operation,
                           device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
-      : synchronization_command("synchronization_release: {", std::move(operation), std::move(release_device),
-                                std::move(acquire_device), sync_id) {}
+      : synchronization_command(command_kind::synchronization_release, "synchronization_release: {",
+                                std::move(operation), std::move(release_device), std::move(acquire_device),
+                                sync_id) {}
 
   // Signals the acquiring dispatcher without waiting for it. A failure ends this command and does not leave.
   void run();

@@ -16,11 +16,17 @@ namespace oryn::tarva::library::device_ir::opencl {
 template <version V>
 using dispatch_queue = skerv::opencl::host_queue<V>;
 
+template <version V>
+inline constexpr auto
+    opencl_kind = static_cast<command_kind>(static_cast<std::uint32_t>(command_kind::opencl) +
+                                            version_traits<V>::capability);
+
 // A step that becomes one OpenCL command. The dispatcher of a version runs only commands of that version.
 template <version V>
 class opencl_device_command : public device_command {
 public:
-  using device_command::device_command;
+  explicit opencl_device_command(std::shared_ptr<physical_ir::physical_operation> operation)
+      : device_command(opencl_kind<V>, std::move(operation)) {}
 
   // Checks, enqueues, and marks the command as submitted. What it throws has left nothing enqueued.
   virtual skerv::opencl::event<V> enqueue(dispatch_queue<V>& queue, std::uint32_t wait_count,

@@ -1,30 +1,20 @@
 #pragma once
 
-#include "access/opencl/context.h"
 #include "base/notifier.h"
-#include "device_ir/opencl/opencl_device_command.h"
+#include "device_ir/acquire_set.h"
+#include "device_ir/opencl/opencl_stage.h"
 #include "ir/dag.h"
 #include "objects/device_work_dispatcher.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <exception>
 #include <list>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <thread>
-#include <tuple>
-#include <vector>
 
-namespace oryn::tarva::library::device_ir {
-
-class host_function_call;
-class synchronization_acquire;
-class synchronization_release;
-
-namespace opencl {
+namespace oryn::tarva::library::device_ir::opencl {
 
 // Runs all device commands of one device on a thread of its own. Each graph becomes a list in execution
 // order; the lists advance in turn, a group of runs each, so that one that waits for another device holds
@@ -46,43 +36,10 @@ public:
 
 private:
   using command_graph = dag<std::shared_ptr<device_command>>;
-  using acquire_key =
-      std::tuple<std::shared_ptr<library_device>, std::shared_ptr<library_device>, std::uint64_t>;
-  static acquire_key key_of(const synchronization_acquire& acquire);
-  using event = skerv::opencl::event<V>;
-
-  // A command with its class, found once: one of the four pointers is set. An OpenCL command that has been enqueued
-  // has an event.
-  struct work_item {
-    explicit work_item(std::shared_ptr<device_command> made);
-
-    std::shared_ptr<device_command> command;
-    opencl_device_command<V>* opencl;
-    host_function_call* host;
-    synchronization_release* release;
-    synchronization_acquire* acquire;
-    std::optional<event> running{};
-  };
-
-  // The commands of one graph; those before `next` have ended.
-  struct work_list {
-    std::vector<work_item> items;
-    std::size_t next = 0;
-    std::exception_ptr fault{}; // why the graph has no order: ends the worker
-
-    bool is_empty() const { return next == items.size(); }
-    work_item& head() { return items[next]; }
-    const work_item& head() const { return items[next]; }
-  };
+  using lists = std::list<work_list<V>>;
 
   struct prepared_list final : prepared_work {
-    std::list<work_list> only; // a list of one, which can be passed on without memory
-  };
-
-  // Taken over by the worker at the beginning of a sweep, like a list.
-  struct signal {
-    acquire_key key;
-    bool is_taken_over = false;
+    lists only; // a list of one, which can be passed on without memory
   };
 
   template <class Taking>
@@ -90,15 +47,10 @@ private:
   void worker_main() noexcept;
   void run_until_shutdown();
   bool has_work();
-  bool can_advance(const work_list& list);
+  bool can_advance(const work_list<V>& waiting) const;
   void take_over_pending_work();
-  void pass(work_list& list);
-  void run_opencl_commands(work_list& list);
-  void enqueue(work_item& item, dispatch_queue<V>& queue);
-  typename std::vector<signal>::iterator find_signal(const acquire_key& key);
-  std::exception_ptr finish(const device_command& first);
-  void end_command(work_item& item);
-  void take_acquire(work_list& list);
+  void pass(work_list<V>& current);
+  void take_acquire(work_list<V>& current);
   void abandon_remaining_work() noexcept;
 
   std::mutex lock_; // guards `is_busy_`, the lists that are pending and the signals only
@@ -107,15 +59,12 @@ private:
   std::atomic<bool> shutdown_requested_ = false;
   notifier work_pipe_;
   std::thread worker_;
-  std::list<work_list> pending_lists_;
-  std::vector<signal> signals_; // has room for all that the lists wait for
-  std::size_t awaited_signals_ = 0;
+  lists pending_lists_;
+  acquire_set acquires_;
 
   // The worker's own.
-  std::list<work_list> work_lists_;
-  dispatch_queue<V> queue_;
-  dispatch_queue<V> profiling_queue_;
+  lists work_lists_;
+  opencl_stage<V> opencl_stage_;
 };
 
-} // namespace opencl
-} // namespace oryn::tarva::library::device_ir
+} // namespace oryn::tarva::library::device_ir::opencl

@@ -6,6 +6,7 @@
 #include "base/process_fault.h"
 #include "device_ir/host_function_call.h"
 #include "device_ir/opencl/opencl_device_work_dispatcher.h"
+#include "device_ir/opencl/opencl_stage.inl.h"
 #include "device_ir/synchronization.h"
 #include "objects/opencl/opencl_device.h"
 
@@ -15,20 +16,20 @@
 
 namespace oryn::tarva::library::device_ir::opencl {
 
+namespace detail {
+
 template <version V>
-opencl_device_work_dispatcher<V>::work_item::work_item(std::shared_ptr<device_command> made)
-    : command(std::move(made)), opencl(dynamic_cast<opencl_device_command<V>*>(command.get())),
-      host(opencl != nullptr ? nullptr : dynamic_cast<host_function_call*>(command.get())),
-      release(opencl != nullptr || host != nullptr ? nullptr
-                                                   : dynamic_cast<synchronization_release*>(command.get())),
-      acquire(opencl != nullptr || host != nullptr || release != nullptr
-                  ? nullptr
-                  : dynamic_cast<synchronization_acquire*>(command.get())) {}
+synchronization_acquire& head_acquire(const work_list<V>& list) {
+  return expect<synchronization_acquire>(
+      *list.head().command, "Impossible situation.  Expected an acquire command, but did not get one.");
+}
+
+} // namespace detail
 
 template <version V>
 opencl_device_work_dispatcher<V>::opencl_device_work_dispatcher(const skerv::opencl::context<V>& context,
                                                                 const skerv::opencl::device<V>& device)
-    : queue_(context, device, false, false), profiling_queue_(context, device, false, true) {}
+    : opencl_stage_(context, device) {}
 
 // For a dispatcher that nobody has shut down, since a start or a stop of the library was cut short.
 template <version V>
@@ -63,7 +64,7 @@ void opencl_device_work_dispatcher<V>::take_in(Taking taking) {
 template <version V>
 std::unique_ptr<prepared_work> opencl_device_work_dispatcher<V>::prepare_work(const command_graph& graph) {
   auto prepared = std::make_unique<prepared_list>();
-  work_list& list = prepared->only.emplace_back();
+  work_list<V>& list = prepared->only.emplace_back();
   list.items.reserve(graph.nodes().size());
   try {
     for (auto& command : graph.topological_sort())
@@ -71,13 +72,12 @@ std::unique_ptr<prepared_work> opencl_device_work_dispatcher<V>::prepare_work(co
   } catch (const std::logic_error&) {
     list.fault = std::current_exception();
   }
-  const auto acquires = std::count_if(list.items.begin(), list.items.end(),
-                                      [](const work_item& item) { return item.acquire != nullptr; });
+  const auto acquires = std::count_if(list.items.begin(), list.items.end(), [](const work_item<V>& item) {
+    return item.command->get_kind() == command_kind::synchronization_acquire;
+  });
   if (acquires != 0) {
     const std::lock_guard guard(lock_);
-    const std::size_t awaited = awaited_signals_ + static_cast<std::size_t>(acquires);
-    signals_.reserve(awaited);
-    awaited_signals_ = awaited;
+    acquires_.expect(static_cast<std::size_t>(acquires));
   }
   return prepared;
 }
@@ -92,17 +92,7 @@ template <version V>
 void opencl_device_work_dispatcher<V>::signal_acquire(const std::shared_ptr<library_device>& release_device,
                                                       const std::shared_ptr<library_device>& acquire_device,
                                                       std::uint64_t sync_id) {
-  const acquire_key key(release_device, acquire_device, sync_id);
-  take_in([&] {
-    if (find_signal(key) == signals_.end())
-      signals_.push_back({key});
-  });
-}
-
-template <version V>
-typename std::vector<typename opencl_device_work_dispatcher<V>::signal>::iterator
-opencl_device_work_dispatcher<V>::find_signal(const acquire_key& key) {
-  return std::find_if(signals_.begin(), signals_.end(), [&](const signal& one) { return one.key == key; });
+  take_in([&] { acquires_.add({release_device, acquire_device, sync_id}); });
 }
 
 // The worker lives in a foreign process: the host's signals are the host's threads' to handle.
@@ -137,7 +127,7 @@ void opencl_device_work_dispatcher<V>::abandon_remaining_work() noexcept {
   {
     const std::lock_guard guard(lock_);
     work_lists_.splice(work_lists_.end(), pending_lists_);
-    signals_.clear();
+    acquires_.clear();
   }
   std::exception_ptr reason;
   try {
@@ -146,9 +136,9 @@ void opencl_device_work_dispatcher<V>::abandon_remaining_work() noexcept {
   } catch (...) {
     reason = std::current_exception();
   }
-  for (auto& list : work_lists_)
-    for (; !list.is_empty(); ++list.next)
-      list.head().command->abandon(reason);
+  for (work_list<V>& each : work_lists_)
+    for (; !each.is_empty(); ++each.next)
+      each.head().command->abandon(reason);
   work_lists_.clear();
 }
 
@@ -157,14 +147,17 @@ bool opencl_device_work_dispatcher<V>::has_work() {
   if (shutdown_requested_)
     return true;
   const std::lock_guard guard(lock_);
-  for (const auto& list : work_lists_)
-    if (can_advance(list))
+  bool is_waiting = false;
+  for (const work_list<V>& one : work_lists_) {
+    if (can_advance(one))
       return true;
-  is_busy_ = !pending_lists_.empty() || std::any_of(signals_.begin(), signals_.end(),
-                                                    [](const signal& one) { return !one.is_taken_over; });
+    is_waiting = is_waiting || one.starts_with(command_kind::synchronization_acquire);
+  }
+  const bool is_called = !pending_lists_.empty() || acquires_.has_new();
+  is_busy_ = is_called || is_waiting;
   if (!is_busy_)
     became_idle_.notify_all();
-  return is_busy_;
+  return is_called;
 }
 
 // A worker that has told the end of a request may still hold it for a moment.
@@ -175,20 +168,11 @@ void opencl_device_work_dispatcher<V>::wait_until_idle() {
 }
 
 template <version V>
-bool opencl_device_work_dispatcher<V>::can_advance(const work_list& list) {
-  if (list.is_empty())
-    return false;
-  const work_item& head = list.head();
-  if (head.acquire == nullptr)
-    return head.opencl != nullptr || head.release != nullptr || head.host != nullptr;
-  const auto found = find_signal(key_of(*head.acquire));
-  return found != signals_.end() && found->is_taken_over;
-}
-
-template <version V>
-typename opencl_device_work_dispatcher<V>::acquire_key
-opencl_device_work_dispatcher<V>::key_of(const synchronization_acquire& acquire) {
-  return {acquire.get_release_device(), acquire.get_acquire_device(), acquire.get_sync_id()};
+bool opencl_device_work_dispatcher<V>::can_advance(const work_list<V>& waiting) const {
+  if (waiting.starts_with(command_kind::synchronization_acquire))
+    return acquires_.contains(acquire_set::key_of(detail::head_acquire(waiting)));
+  return waiting.starts_with(opencl_kind<V>) || waiting.starts_with(command_kind::synchronization_release) ||
+         waiting.starts_with(command_kind::host_function_call);
 }
 
 template <version V>
@@ -213,9 +197,9 @@ void opencl_device_work_dispatcher<V>::run_until_shutdown() {
   const std::function<bool()> predicate = [this] { return has_work(); };
   while (!shutdown_requested_) {
     take_over_pending_work();
-    for (auto& list : work_lists_)
-      pass(list);
-    work_lists_.remove_if([](const work_list& list) { return list.is_empty(); });
+    for (work_list<V>& each : work_lists_)
+      pass(each);
+    work_lists_.remove_if([](const work_list<V>& one) { return one.is_empty(); });
     work_pipe_.wait(predicate);
   }
 }
@@ -228,113 +212,37 @@ void opencl_device_work_dispatcher<V>::take_over_pending_work() {
     if (work_lists_.back().fault)
       std::rethrow_exception(work_lists_.back().fault);
   }
-  for (signal& each : signals_)
-    each.is_taken_over = true;
+  acquires_.take_over();
 }
 
 template <version V>
-void opencl_device_work_dispatcher<V>::pass(work_list& list) {
-  run_opencl_commands(list);
-  for (; !list.is_empty() && list.head().host != nullptr; ++list.next)
-    list.head().host->run();
-  for (; !list.is_empty() && list.head().release != nullptr; ++list.next)
-    list.head().release->run();
-  if (!list.is_empty() && list.head().acquire != nullptr)
-    take_acquire(list);
-}
-
-// The commands of a list belong to one request. A run ends where the queue changes, since two queues know no
-// order between them.
-template <version V>
-void opencl_device_work_dispatcher<V>::run_opencl_commands(work_list& list) {
-  if (list.is_empty() || list.head().opencl == nullptr)
-    return;
-  const bool profiling = list.head().command->is_profiling_enabled();
-  std::size_t end = list.next;
-  bool any_enqueued = false;
-  for (; end < list.items.size() && list.items[end].opencl != nullptr &&
-         list.items[end].command->is_profiling_enabled() == profiling;
-       ++end) {
-    enqueue(list.items[end], profiling ? profiling_queue_ : queue_);
-    any_enqueued = any_enqueued || list.items[end].running.has_value();
-  }
-  const std::exception_ptr unfinished = any_enqueued ? finish(*list.head().command) : nullptr;
-  for (; list.next < end; ++list.next) {
-    work_item& item = list.head();
-    if (item.running && unfinished) {
-      item.running.reset();
-      item.command->abandon(unfinished);
-    } else if (item.running) {
-      end_command(item);
-    }
-  }
-}
-
-// No event: the request has failed before, and the command has ended with its error instead of running. The
-// first failure of a request out of here could not be known beforehand and ends the process.
-template <version V>
-void opencl_device_work_dispatcher<V>::enqueue(work_item& item, dispatch_queue<V>& queue) {
-  if (const auto earlier = item.command->get_request_error()) {
-    item.command->abandon(earlier);
-    return;
-  }
-  try {
-    item.running.emplace(item.opencl->enqueue(queue, 0, nullptr));
-  } catch (...) {
-    const auto earlier = item.command->get_request_error();
-    if (!earlier)
-      throw;
-    item.command->abandon(earlier);
-  }
-}
-
-// A failure after the request has failed elsewhere is returned: then nobody knows how the commands of the run ended.
-template <version V>
-std::exception_ptr opencl_device_work_dispatcher<V>::finish(const device_command& first) {
-  std::exception_ptr failure;
-  for (dispatch_queue<V>* queue : {&profiling_queue_, &queue_}) {
-    try {
-      queue->finish();
-    } catch (...) {
-      if (!first.get_request_error())
-        throw;
-      failure = std::current_exception();
-    }
-  }
-  return failure;
-}
-
-// The event goes before the report: whoever is woken by it finds no OpenCL event of the command left.
-template <version V>
-void opencl_device_work_dispatcher<V>::end_command(work_item& item) {
-  device_command& command = *item.command;
-  try {
-    item.running->check_execution_status();
-  } catch (...) {
-    item.running.reset();
-    command.set_error(std::current_exception());
-    return;
-  }
-  if (command.is_profiling_enabled())
-    command.set_elapsed_time(item.running->get_profiling_end() - item.running->get_profiling_start());
-  item.running.reset();
-  command.set_complete();
+void opencl_device_work_dispatcher<V>::pass(work_list<V>& current) {
+  opencl_stage_.run(current);
+  for (; current.starts_with(command_kind::host_function_call); ++current.next)
+    expect<host_function_call>(*current.head().command,
+                               "Impossible situation.  Expected a host command, but did not get one.")
+        .run();
+  for (; current.starts_with(command_kind::synchronization_release); ++current.next)
+    expect<synchronization_release>(*current.head().command,
+                                    "Impossible situation.  Expected a release command, but did not get one.")
+        .run();
+  if (current.starts_with(command_kind::synchronization_acquire))
+    take_acquire(current);
 }
 
 template <version V>
-void opencl_device_work_dispatcher<V>::take_acquire(work_list& list) {
-  synchronization_acquire& acquire = *list.head().acquire;
+void opencl_device_work_dispatcher<V>::take_acquire(work_list<V>& current) {
+  auto& acquire = detail::head_acquire(current);
+  const acquire_set::key key = acquire_set::key_of(acquire);
   {
     const std::lock_guard guard(lock_);
-    const auto found = find_signal(key_of(acquire));
-    if (found == signals_.end() || !found->is_taken_over)
+    if (!acquires_.contains(key))
       return;
-    signals_.erase(found);
-    --awaited_signals_;
+    acquires_.remove(key);
   }
   acquire.set_submitted();
   acquire.set_complete();
-  ++list.next;
+  ++current.next;
 }
 
 } // namespace oryn::tarva::library::device_ir::opencl

@@ -35,7 +35,7 @@ void block_move::settle_after_failure(memory_table& table) const {
   if (has_succeeded(staged)) {
     free_if_held(before.get_device_block());
     state = before;
-    state.set_host_block(staging);
+    state.set_staging_block(staging);
     return;
   }
   free_if_held(staging);

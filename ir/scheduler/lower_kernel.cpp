@@ -94,7 +94,8 @@ lowering::physical_pointer lowering::move_from_host(const std::shared_ptr<librar
                                                     const std::shared_ptr<library_memory>& memory,
                                                     memory_state& state) {
   using namespace physical_ir;
-  const bool change_order = state.is_little_endian() != device->is_little_endian();
+  const bool keep_order = state.is_between_devices();
+  const bool change_order = !keep_order && state.is_little_endian() != device->is_little_endian();
   const std::uint64_t count = memory->get_num_elements();
   const std::shared_ptr<host_memory> from = state.get_host_block();
   const auto to = std::make_shared<device_memory>(device);
@@ -112,7 +113,8 @@ lowering::physical_pointer lowering::move_from_host(const std::shared_ptr<librar
   move.arrival = copy;
   moves_.push_back(std::move(move));
   state.set_device_block(to);
-  state.set_little_endian(device->is_little_endian());
+  if (!keep_order)
+    state.set_little_endian(device->is_little_endian());
   return release;
 }
 

@@ -5,6 +5,7 @@
 #include "memory/element_range.h"
 #include "memory/library_memory.h"
 #include "memory/range_checks.h"
+#include "memory/swap_endianness.h"
 
 #include <stdexcept>
 #include <string>
@@ -118,12 +119,16 @@ void lowering::visit(const logical_ir::fill& operation) {
              shape_of(*operation.get_memory()));
   if (operation.get_count() == 0)
     return;
-  if (state.is_on_host())
-    add<physical_ir::fill_on_host>(host_device_, state.get_host_block(), operation.get_value(),
+  if (state.is_on_host()) {
+    std::vector<std::uint8_t> value = operation.get_value();
+    if (!state.is_little_endian()) // half-way from a device of that order
+      swap_endianness(value.data(), operation.get_memory()->get_type(), 0, 1);
+    add<physical_ir::fill_on_host>(host_device_, state.get_host_block(), std::move(value),
                                    operation.get_start_position(), operation.get_count());
-  else
+  } else {
     add<physical_ir::fill_on_device>(state.get_device_block(), operation.get_value(),
                                      operation.get_start_position(), operation.get_count());
+  }
 }
 
 void lowering::visit(const logical_ir::copy_tarva_to_user& operation) {

@@ -1,6 +1,7 @@
 // The order in which a worker runs what it is given, seen in the record of the capability library.
 #include "access/opencl/discovery.h"
 #include "access/opencl/fill_buffer_bytes.h"
+#include "device_ir/acquire_set.h"
 #include "device_ir/host_function_call.h"
 #include "device_ir/opencl/opencl_device_command.h"
 #include "device_ir/synchronization.h"
@@ -14,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <map>
 #include <sstream>
 
@@ -43,6 +45,30 @@ private:
   const std::uint8_t number_;
 };
 
+// One that belongs to another version, and is never run.
+class foreign_command final : public device_ir::opencl::opencl_device_command<version::v1_0> {
+public:
+  using opencl_device_command::opencl_device_command;
+  std::string to_string() const override { return "foreign_command"; }
+  skerv::opencl::event<version::v1_0> enqueue(device_ir::opencl::dispatch_queue<version::v1_0>&,
+                                              std::uint32_t, void* const*) override {
+    throw std::logic_error("a command of another version was taken up");
+  }
+};
+
+// One that is not of the class that its kind stands for.
+class false_command final : public device_ir::device_command {
+public:
+  false_command(std::shared_ptr<physical_ir::physical_operation> step, std::uint32_t place)
+      : device_command(std::array{device_ir::opencl::opencl_kind<tested_version>,
+                                  device_ir::command_kind::host_function_call,
+                                  device_ir::command_kind::synchronization_release,
+                                  device_ir::command_kind::synchronization_acquire}
+                           .at(place),
+                       std::move(step)) {}
+  std::string to_string() const override { return "false_command"; }
+};
+
 // A dispatcher that has not been started: what it is given before stands there when it wakes.
 class dispatcher : public testing::Test {
 protected:
@@ -64,7 +90,8 @@ protected:
 
   // One list, given in words: k an OpenCL command, p the same with profiling, h a step on the host, x one that
   // throws, m one that takes the worker's memory away or (0) gives it back, r a release, g one to a device that has
-  // ended its work, and a an acquire, each with its number.
+  // ended its work, a an acquire, o an OpenCL command of another version, f one of a false kind, e nothing, each with
+  // its number.
   std::shared_ptr<logical_ir::logical_operation> submit(const std::string& words) {
     const auto request = make_request();
     owner->submit_work(make_graph(request, words));
@@ -97,11 +124,12 @@ protected:
     request->add_device_commands(graph.nodes().size());
     return graph;
   }
+  // Each pair of e and r takes a sweep: when these have run, what can be done of earlier lists has been done.
+  void let_sweeps_pass() { submit("e r9 e r9 e r9 e r9 e r9 e r9 e r9 e r9")->wait_until_complete(); }
   void signal(std::uint64_t id) { worker().signal_acquire(owner, owner, id); }
 
   // As in the lists; f is a clFinish, s a look at an event's status, t at its times, e the release of an event.
   std::string record() {
-    worker().wait_until_idle();
     std::string result;
     for (const scripted::call_record& call : scripted::take_calls()) {
       const std::map<op, std::string> words = {
@@ -142,6 +170,12 @@ private:
       gone->get_dispatcher().shutdown();
       return std::make_shared<device_ir::synchronization_release>(step, owner, gone, number);
     }
+    case 'e':
+      return device_ir::host_function_call::create(step, [](const auto&) {});
+    case 'o':
+      return std::make_shared<foreign_command>(step);
+    case 'f':
+      return std::make_shared<false_command>(step, number);
     case 'r':
       return std::make_shared<device_ir::synchronization_release>(step, owner, owner, number);
     case 'a':
@@ -178,9 +212,11 @@ TEST_P(order, is_that_of_runs_and_sweeps) {
   for (const std::uint64_t id : row.signals)
     signal(id);
   start();
+  let_sweeps_pass();
   EXPECT_EQ(record(), row.expected);
   for (const std::uint64_t id : row.later)
     signal(id);
+  worker().wait_until_idle();
   EXPECT_EQ(record(), row.expected_later);
   for (const auto& request : requests)
     EXPECT_TRUE(request->is_complete() && !request->get_error());
@@ -219,6 +255,7 @@ TEST_P(failing_list, ends_with_the_first_error_and_runs_no_further_command) {
   start();
   request->wait_until_complete();
   request->wait_until_commands_ended();
+  worker().wait_until_idle();
   EXPECT_EQ(record(), GetParam().expected);
   EXPECT_EQ(message_of([&] { std::rethrow_exception(request->get_error()); }), GetParam().message);
   EXPECT_TRUE(scripted::no_failure_left());
@@ -236,6 +273,20 @@ const failing_row failing_rows[] = {
 };
 INSTANTIATE_TEST_SUITE_P(each, failing_list, testing::ValuesIn(failing_rows),
                          [](const auto& info) { return std::string(info.param.name); });
+
+TEST(signals, count_once_they_have_been_taken_over_and_until_they_are_taken) {
+  device_ir::acquire_set arrived;
+  const device_ir::acquire_set::key one{nullptr, nullptr, 1};
+  const std::string absent =
+      "Impossible.  Could not remove a tuple from the acquire set that is not present.";
+  arrived.add(one);
+  EXPECT_TRUE(arrived.has_new() && !arrived.contains(one));
+  EXPECT_EQ(message_of([&] { arrived.remove(one); }), absent);
+  arrived.take_over();
+  EXPECT_TRUE(!arrived.has_new() && arrived.contains(one));
+  arrived.remove(one);
+  EXPECT_EQ(message_of([&] { arrived.remove(one); }), absent);
+}
 
 TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
   start();
@@ -257,32 +308,41 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
   EXPECT_TRUE(is_taken);
 }
 
-TEST_F(dispatcher, ends_the_process_on_a_graph_that_cannot_be_sorted) {
-  const auto sleep_until_the_end = [this] {
-    const auto request = submit("h1 h2 cycle");
+TEST_F(dispatcher, ends_the_process_on_what_cannot_be) {
+  const auto sleep_until_the_end = [this](const char* words) {
+    const auto request = submit(words);
     start();
     request->wait_until_complete();
   };
-  EXPECT_EXIT(
-      sleep_until_the_end(), testing::ExitedWithCode(1),
-      "\\[critical\\] \\[device dispatcher\\] worker thread encountered an exception.  Aborting program. "
-      "Exception: Attempting to perform a topological sort on a graph that is not a DAG");
+  const std::map<const char*, const char*> fatal = {
+      {"h1 h2 cycle", "Attempting to perform a topological sort on a graph that is not a DAG"},
+      {"h1 f0", "Impossible situation.  Expected an OpenCL command, but did not get one."},
+      {"h1 f1", "Impossible situation.  Expected a host command, but did not get one."},
+      {"h1 f2", "Impossible situation.  Expected a release command, but did not get one."},
+      {"h1 f3", "Impossible situation.  Expected an acquire command, but did not get one."}};
+  for (const auto& [words, message] : fatal)
+    EXPECT_EXIT(sleep_until_the_end(words), testing::ExitedWithCode(1),
+                std::string("\\[critical\\] \\[device dispatcher\\] worker thread encountered an exception.  "
+                            "Aborting program. Exception: ") +
+                    message);
 }
 
 TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
   start();
-  const auto blocked = submit("h1 a1 k2"), releasing = submit("h1");
-  record();
+  const auto blocked = submit("h1 a1 k2"), foreign = submit("h1 o k2"), done = submit("h1");
+  let_sweeps_pass();
   testing::internal::CaptureStderr();
   shut_down();
   const std::string output = testing::internal::GetCapturedStderr();
   EXPECT_NE(output.find("] [tarva] [warning] About to shutdown work dispatcher thread, but work remains.\n"),
             std::string::npos);
   EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
-  blocked->wait_until_commands_ended();
-  EXPECT_EQ(message_of([&] { std::rethrow_exception(blocked->get_error()); }),
-            "The work dispatcher was shut down before the command could be run.");
-  EXPECT_EQ(releasing->get_error(), nullptr);
+  for (const auto& request : {blocked, foreign}) {
+    request->wait_until_commands_ended();
+    EXPECT_EQ(message_of([&] { std::rethrow_exception(request->get_error()); }),
+              "The work dispatcher was shut down before the command could be run.");
+  }
+  EXPECT_EQ(done->get_error(), nullptr);
 
   const std::string refused = "Cannot submit work to a dispatcher that has been shutdown.";
   EXPECT_EQ(message_of([&] { owner->submit_work({}); }), refused);

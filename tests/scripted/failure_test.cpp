@@ -99,8 +99,36 @@ TEST_P(failures, content_caught_between_big_endian_devices_keeps_its_order) {
   fail_event(op::enqueue_write_buffer, 1, -5);
   EXPECT_EQ(launch(there, {argument(numbers), argument(amount)}, line(4)), outcome());
   EXPECT_EQ(swapped(read<std::int32_t>(numbers, 4)), counted(4, 2));
+  const std::int32_t pattern = 8;
+  must(fill(numbers, &pattern, 0, 1));
   EXPECT_EQ(launch(there, {argument(numbers), argument(amount)}, line(4)), outcome());
-  EXPECT_EQ(swapped(read<std::int32_t>(numbers, 4)), counted(4, 3));
+  EXPECT_EQ(swapped(read<std::int32_t>(numbers, 4)), (std::vector<std::int32_t>{9, 4, 5, 6}));
+}
+
+// Whether it failed on the way or not: between devices the bytes stay as they are, on each way there and back.
+TEST_P(failures, a_move_to_another_byte_order_goes_on_as_it_began) {
+  const std::uint32_t other = version() % VERSION_COUNT + 1;
+  const caller::kernel kernels[] = {kernel(version(), "add"), kernel(other, "add", role::big_endian)};
+  const std::int32_t amount = 1;
+  for (const std::size_t from : {0, 1}) {
+    std::vector<std::vector<std::int32_t>> results;
+    for (const op failing : {op::enqueue_write_buffer, op::create_buffer, op::finish /* nothing fails */}) {
+      const memory numbers = make(counted(4));
+      must(launch(kernels[from], {argument(numbers), argument(amount)}, line(4)));
+      for (const std::size_t to : {1 - from, from}) {
+        if (failing == op::enqueue_write_buffer)
+          fail_event(failing, 1, -5);
+        else if (failing == op::create_buffer)
+          fail_call(failing, 1, -4);
+        if (failing != op::finish)
+          must(launch(kernels[to], {argument(numbers), argument(amount)}, line(4)));
+        EXPECT_TRUE(no_failure_left());
+        must(launch(kernels[to], {argument(numbers), argument(amount)}, line(4)));
+      }
+      results.push_back(read<std::int32_t>(numbers, 4));
+    }
+    EXPECT_EQ(results, std::vector(3, results.back()));
+  }
 }
 
 TEST_P(failures, a_release_that_fails_is_survived) {
