@@ -8,37 +8,37 @@ namespace oryn::tarva::library {
 namespace {
 
 // Both writers fill one buffer for the whole tree, so that the cost is linear in the length of the result.
-class text_writer {
+class text_writer final : public property_visitor {
 public:
-  bool recursive;
-  bool show_name;
-  bool show_friendly_name;
-  bool show_type;
-  bool show_description;
-  bool show_value;
-  std::string out{};
+  struct shown_parts {
+    bool name;
+    bool friendly_name;
+    bool type;
+    bool description;
+    bool value;
+  };
 
-  void write(const property_base& property) {
-    if (property.is_empty()) {
-      return;
+  explicit text_writer(const shown_parts& shown) : shown_(shown) {}
+
+  std::string out;
+
+  void begin(const property_view& property) override {
+    if (shown_.name) {
+      write_line("Name          : ", property.name);
     }
-    if (show_name) {
-      write_line("Name          : ", property.get_name());
+    if (shown_.friendly_name) {
+      write_line("Friendly Name : ", property.friendly_name);
     }
-    if (show_friendly_name) {
-      write_line("Friendly Name : ", property.get_friendly_name());
+    if (shown_.description) {
+      write_line("Description   : ", property.description);
     }
-    if (show_description) {
-      write_line("Description   : ", property.get_description());
-    }
-    if (property.has_data() && property.get_element_count() != 0) {
-      write_data(property);
+    if (property.value.element_count != 0) {
+      write_value(property.value);
     }
     out += '\n';
-    if (recursive) {
-      property.for_each_child([this](const std::shared_ptr<property_base>& child) { write(*child); });
-    }
   }
+  void end() override {}
+  void visit_empty() override {}
 
 private:
   void write_line(std::string_view label, std::string_view text) {
@@ -47,65 +47,54 @@ private:
     out += '\n';
   }
 
-  void write_data(const property_base& property) {
-    if (show_type) {
-      write_line("Type          : ", data_type_name(property.get_data_type()));
+  void write_value(const value_view& value) {
+    if (shown_.type) {
+      write_line("Type          : ", data_type_name(value.type));
     }
-    if (!show_value) {
+    if (!shown_.value) {
       return;
     }
     out += "Value         : ";
-    if (property.get_element_count() == 1) {
-      property.append_element(out, 0);
+    if (value.element_count == 1) {
+      append_element_text(out, value.data, value.type, 0);
       out += '\n';
       return;
     }
-    write_array(property);
+    write_array(value);
   }
 
-  void write_array(const property_base& property) {
-    const void* data = property.get_data();
-    const data_type type = property.get_data_type();
-    const std::uint64_t count = property.get_element_count();
+  void write_array(const value_view& value) {
     out += "{ \n";
-    for (std::uint64_t index = 0; index < count; ++index) {
+    for (std::uint64_t index = 0; index < value.element_count; ++index) {
       out.append(21, ' ');
       out += '[';
       append_decimal(out, index);
       out += "]  ";
-      append_element_text(out, data, type, index);
+      append_element_text(out, value.data, value.type, index);
       out += '\n';
     }
     out.append(16, ' ');
     out += "} ";
   }
+
+  const shown_parts shown_;
 };
 
-class xml_writer {
+class xml_writer final : public property_visitor {
 public:
-  bool recursive;
-  std::string out{};
+  std::string out;
 
-  void write(const property_base& property) {
-    if (property.is_empty()) {
-      out += "<property/>";
-      return;
-    }
+  void begin(const property_view& property) override {
     out += "<property>\n";
-    write_line("<distinct_name>", property.get_name(), "</distinct_name>\n");
-    write_line("<friendly_name>", property.get_friendly_name(), "</friendly_name>\n");
-    write_line("<description>", property.get_description(), "</description>\n");
-    if (property.has_data()) {
-      write_data(property);
+    write_line("<distinct_name>", property.name, "</distinct_name>\n");
+    write_line("<friendly_name>", property.friendly_name, "</friendly_name>\n");
+    write_line("<description>", property.description, "</description>\n");
+    if (property.value.has_data()) {
+      write_value(property.value);
     }
-    if (recursive) {
-      property.for_each_child([this](const std::shared_ptr<property_base>& child) {
-        write(*child);
-        out += '\n';
-      });
-    }
-    out += "</property>\n";
   }
+  void end() override { out += "</property>\n\n"; }
+  void visit_empty() override { out += "<property/>\n"; }
 
 private:
   void write_line(std::string_view begin, std::string_view text, std::string_view end) {
@@ -114,22 +103,18 @@ private:
     out += end;
   }
 
-  void write_data(const property_base& property) {
-    const void* data = property.get_data();
-    const data_type type = property.get_data_type();
-    const std::uint64_t count = property.get_element_count();
+  void write_value(const value_view& value) {
     out += "<data num_elements=\"";
-    append_decimal(out, count);
+    append_decimal(out, value.element_count);
     out += "\" type=\"";
-    write_escaped(data_type_name(type));
+    write_escaped(data_type_name(value.type));
     out += "\">\n";
-    std::string text;
-    for (std::uint64_t index = 0; index < count; ++index) {
+    for (std::uint64_t index = 0; index < value.element_count; ++index) {
       out += "<value index=\"";
       append_decimal(out, index);
-      text.clear();
-      append_element_text(text, data, type, index);
-      write_line("\">", text, "</value>\n");
+      element_.clear();
+      append_element_text(element_, value.data, value.type, index);
+      write_line("\">", element_, "</value>\n");
     }
     out += "</data>\n";
   }
@@ -164,23 +149,37 @@ private:
       return {};
     }
   }
+
+  std::string element_; // its text, before it is escaped
 };
 
 } // namespace
 
 std::string to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
                          bool show_friendly_name, bool show_type, bool show_description, bool show_value) {
-  if (!(show_name || show_friendly_name || show_type || show_description || show_value)) {
+  if (property->is_empty() ||
+      !(show_name || show_friendly_name || show_type || show_description || show_value)) {
     return {};
   }
-  text_writer writer{recursive, show_name, show_friendly_name, show_type, show_description, show_value};
-  writer.write(*property);
+  text_writer writer({show_name, show_friendly_name, show_type, show_description, show_value});
+  writer.begin(property->get_view());
+  if (recursive) {
+    property->visit_descendants(writer);
+  }
   return std::move(writer.out);
 }
 
 std::string to_xml_tree(const std::shared_ptr<property_base>& property, bool recursive) {
-  xml_writer writer{recursive};
-  writer.write(*property);
+  if (property->is_empty()) {
+    return "<property/>";
+  }
+  xml_writer writer;
+  writer.begin(property->get_view());
+  if (recursive) {
+    property->visit_descendants(writer);
+  }
+  writer.end();
+  writer.out.pop_back(); // the empty line is that of a child
   return std::move(writer.out);
 }
 

@@ -1,5 +1,6 @@
 #include "properties/element.h"
 #include "properties/make_property.h"
+#include "properties/property_dictionary.h"
 #include "properties/property_strings.h"
 
 #include <gtest/gtest.h>
@@ -129,7 +130,7 @@ public:
 
   std::vector<std::pair<std::string, maker>> children;
 
-  std::shared_ptr<property_base> get_property(const property_path& path) override {
+  std::shared_ptr<property_base> get_property(property_path path) override {
     if (path == property_path{"ROOT"}) {
       return make_described_property(this, path, "Root <friend>", "All of 'it' & \"more\".");
     }
@@ -205,6 +206,8 @@ TEST(properties, hold_what_the_caller_reads) {
   expect_value(std::vector<unsigned char>{0, 65}, 3, std::array<char, 2>{0, 65}, "A");
   expect_value(std::uint32_t{4294967295u}, 9, std::uint64_t{4294967295u}, "4294967295");
   expect_value(std::array<std::uint64_t, 3>{7, 8, 9}, 9, std::array<std::uint64_t, 3>{7, 8, 9}, "9");
+  expect_throw<std::logic_error>([&] { make_described_property(&owner, {}, "", "", true); },
+                                 "Expected path to be non-empty.");
   const auto none = make_value(owner, std::vector<std::string>{});
   EXPECT_TRUE(none->has_data());
   EXPECT_EQ(none->get_data(), nullptr);
@@ -216,11 +219,7 @@ TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
   expect_throw<std::logic_error>(
       [&] { dictionary.add("KEY", "second", "two"); },
       "Inserting a duplicate entry for the fieldname \"KEY\" into the property dictionary.");
-  fake_owner owner;
-  const auto made = make_property(dictionary, &owner, {"ROOT", "KEY"}, std::uint64_t{5});
-  EXPECT_EQ(made->get_name() + made->get_friendly_name() + made->get_description(), "KEYfirstone");
-  expect_throw<std::logic_error>([&] { make_property(dictionary, &owner, {}, true); },
-                                 "Expected path to be non-empty.");
+  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_description("KEY"), "firstone");
   expect_throw<std::logic_error>([&] { dictionary.get_description("OTHER"); },
                                  "Could not find the fieldname \"OTHER\" in the property dictionary.");
 }
