@@ -2,6 +2,10 @@
 
 #include "properties/element.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
 #include <string_view>
 
 namespace oryn::tarva::library {
@@ -20,7 +24,7 @@ public:
 
   explicit text_writer(const shown_parts& shown) : shown_(shown) {}
 
-  std::string out;
+  text_buffer out;
 
   void begin(const property_view& property) override {
     if (shown_.name) {
@@ -35,17 +39,13 @@ public:
     if (property.value.element_count != 0) {
       write_value(property.value);
     }
-    out += '\n';
+    out.append("\n");
   }
   void end() override {}
   void visit_empty() override {}
 
 private:
-  void write_line(std::string_view label, std::string_view text) {
-    out += label;
-    out += text;
-    out += '\n';
-  }
+  void write_line(std::string_view label, std::string_view text) { out.append(label, text, "\n"); }
 
   void write_value(const value_view& value) {
     if (shown_.type) {
@@ -54,27 +54,27 @@ private:
     if (!shown_.value) {
       return;
     }
-    out += "Value         : ";
+    out.append("Value         : ");
     if (value.element_count == 1) {
       append_element_text(out, value.data, value.type, 0);
-      out += '\n';
+      out.append("\n");
       return;
     }
     write_array(value);
   }
 
   void write_array(const value_view& value) {
-    out += "{ \n";
+    out.append("{ \n");
     for (std::uint64_t index = 0; index < value.element_count; ++index) {
-      out.append(21, ' ');
-      out += '[';
+      out.append_repeated(21, ' ');
+      out.append("[");
       append_decimal(out, index);
-      out += "]  ";
+      out.append("]  ");
       append_element_text(out, value.data, value.type, index);
-      out += '\n';
+      out.append("\n");
     }
-    out.append(16, ' ');
-    out += "} ";
+    out.append_repeated(16, ' ');
+    out.append("} ");
   }
 
   const shown_parts shown_;
@@ -82,54 +82,75 @@ private:
 
 class xml_writer final : public property_visitor {
 public:
-  std::string out;
+  text_buffer out;
 
   void begin(const property_view& property) override {
-    out += "<property>\n";
-    write_line("<distinct_name>", property.name, "</distinct_name>\n");
-    write_line("<friendly_name>", property.friendly_name, "</friendly_name>\n");
-    write_line("<description>", property.description, "</description>\n");
+    out.append("<property>\n<distinct_name>");
+    write_escaped(property.name);
+    out.append("</distinct_name>\n<friendly_name>");
+    write_escaped(property.friendly_name);
+    out.append("</friendly_name>\n<description>");
+    write_escaped(property.description);
+    out.append("</description>\n");
     if (property.value.has_data()) {
       write_value(property.value);
     }
   }
-  void end() override { out += "</property>\n\n"; }
-  void visit_empty() override { out += "<property/>\n"; }
+  void end() override { out.append("</property>\n\n"); }
+  void visit_empty() override { out.append("<property/>\n"); }
 
 private:
-  void write_line(std::string_view begin, std::string_view text, std::string_view end) {
-    out += begin;
-    write_escaped(text);
-    out += end;
-  }
-
   void write_value(const value_view& value) {
-    out += "<data num_elements=\"";
+    out.append("<data num_elements=\"");
     append_decimal(out, value.element_count);
-    out += "\" type=\"";
-    write_escaped(data_type_name(value.type));
-    out += "\">\n";
+    out.append("\" type=\"", data_type_name(value.type), "\">\n");
     for (std::uint64_t index = 0; index < value.element_count; ++index) {
-      out += "<value index=\"";
+      out.append("<value index=\"");
       append_decimal(out, index);
+      out.append("\">");
       element_.clear();
       append_element_text(element_, value.data, value.type, index);
-      write_line("\">", element_, "</value>\n");
+      write_escaped(element_.view());
+      out.append("</value>\n");
     }
-    out += "</data>\n";
+    out.append("</data>\n");
   }
 
   void write_escaped(std::string_view text) {
-    std::size_t start = 0;
-    for (std::size_t position = 0; position < text.size(); ++position) {
-      const std::string_view replacement = entity(text[position]);
-      if (!replacement.empty()) {
-        out += text.substr(start, position - start);
-        out += replacement;
-        start = position + 1;
-      }
+    std::size_t plain = count_plain(text);
+    while (plain < text.size()) {
+      out.append(text.substr(0, plain), entity(text[plain]));
+      text.remove_prefix(plain + 1);
+      plain = count_plain(text);
     }
-    out += text.substr(start);
+    out.append(text);
+  }
+
+  // How many characters at the beginning stay as they are. Most of a tree is plain, so it is looked at by blocks,
+  // the last one filled up with zeros.
+  static std::size_t count_plain(std::string_view text) {
+    std::size_t count = 0;
+    while (count < text.size() && first_block_is_plain(text.substr(count))) {
+      count += sizeof(block);
+    }
+    while (count < text.size() && entity(text[count]).empty()) {
+      ++count;
+    }
+    return std::min(count, text.size());
+  }
+
+  using block [[gnu::vector_size(16)]] = unsigned char;
+  static bool first_block_is_plain(std::string_view text) {
+    block letters{};
+    if (text.size() >= sizeof letters) {
+      std::memcpy(&letters, text.data(), sizeof letters);
+    } else {
+      std::memcpy(&letters, text.data(), text.size());
+    }
+    const auto special =
+        (letters == '<') | (letters == '>') | (letters == '\'') | (letters == '"') | (letters == '&');
+    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(special);
+    return (halves[0] | halves[1]) == 0;
   }
 
   // Empty for a character that stays as it is.
@@ -150,12 +171,12 @@ private:
     }
   }
 
-  std::string element_; // its text, before it is escaped
+  text_buffer element_; // its text, before it is escaped
 };
 
 } // namespace
 
-std::string to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
+text_buffer to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
                          bool show_friendly_name, bool show_type, bool show_description, bool show_value) {
   if (property->is_empty() ||
       !(show_name || show_friendly_name || show_type || show_description || show_value)) {
@@ -169,9 +190,11 @@ std::string to_text_tree(const std::shared_ptr<property_base>& property, bool re
   return std::move(writer.out);
 }
 
-std::string to_xml_tree(const std::shared_ptr<property_base>& property, bool recursive) {
+text_buffer to_xml_tree(const std::shared_ptr<property_base>& property, bool recursive) {
   if (property->is_empty()) {
-    return "<property/>";
+    text_buffer text;
+    text.append("<property/>");
+    return text;
   }
   xml_writer writer;
   writer.begin(property->get_view());
@@ -179,7 +202,7 @@ std::string to_xml_tree(const std::shared_ptr<property_base>& property, bool rec
     property->visit_descendants(writer);
   }
   writer.end();
-  writer.out.pop_back(); // the empty line is that of a child
+  writer.out.remove_last(); // the empty line is that of a child
   return std::move(writer.out);
 }
 

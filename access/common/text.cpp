@@ -7,14 +7,12 @@ namespace oryn::skerv::common {
 namespace {
 
 // No locale takes a printable character of ASCII for whitespace, so these need not be asked about.
-bool is_whitespace(char c) {
+constexpr auto is_whitespace = [](char c) {
   const auto byte = static_cast<unsigned char>(c);
   return (byte <= ' ' || byte > '~') && std::isspace(byte) != 0;
-}
+};
 
-bool is_semicolon(char c) {
-  return c == ';';
-}
+constexpr auto is_semicolon = [](char c) { return c == ';'; };
 
 // Calls `take` with the place and the length of each piece.
 template <typename Predicate, typename Taker>

@@ -237,7 +237,7 @@ fake_owner make_tree() {
 TEST(text_trees, are_written_byte_for_byte) {
   fake_owner owner = make_tree();
   const auto root = owner.root();
-  EXPECT_EQ(to_text_tree(root, true, true, true, true, true, true),
+  EXPECT_EQ(to_text_tree(root, true, true, true, true, true, true).view(),
             "Name          : ROOT\nFriendly Name : Root <friend>\n"
             "Description   : All of 'it' & \"more\".\n\n"
             "Name          : FLAG\nFriendly Name : F\nDescription   : D\n"
@@ -248,11 +248,11 @@ TEST(text_trees, are_written_byte_for_byte) {
             "                     [1]  c\n"
             "                } \n"
             "Name          : NOTHING\nFriendly Name : F\nDescription   : D\n\n");
-  EXPECT_EQ(to_text_tree(root, false, true, false, true, false, true), "Name          : ROOT\n\n");
-  EXPECT_EQ(to_text_tree(root, true, false, false, true, false, false),
+  EXPECT_EQ(to_text_tree(root, false, true, false, true, false, true).view(), "Name          : ROOT\n\n");
+  EXPECT_EQ(to_text_tree(root, true, false, false, true, false, false).view(),
             "\nType          : boolean\n\nType          : string\n\n\n");
-  EXPECT_EQ(to_text_tree(root, true, false, false, false, false, false), "");
-  EXPECT_EQ(to_text_tree(std::make_shared<property_base>(), true, true, true, true, true, true), "");
+  EXPECT_EQ(to_text_tree(root, true, false, false, false, false, false).view(), "");
+  EXPECT_EQ(to_text_tree(std::make_shared<property_base>(), true, true, true, true, true, true).view(), "");
 }
 
 TEST(xml_trees, are_written_byte_for_byte) {
@@ -262,8 +262,8 @@ TEST(xml_trees, are_written_byte_for_byte) {
                            "<description>All of &apos;it&apos; &amp; &quot;more&quot;.</description>\n";
   const std::string texts = "</distinct_name>\n<friendly_name>F</friendly_name>\n"
                             "<description>D</description>\n";
-  EXPECT_EQ(to_xml_tree(owner.root(), false), head + "</property>\n");
-  EXPECT_EQ(to_xml_tree(owner.root(), true),
+  EXPECT_EQ(to_xml_tree(owner.root(), false).view(), head + "</property>\n");
+  EXPECT_EQ(to_xml_tree(owner.root(), true).view(),
             head + "<property>\n<distinct_name>FLAG" + texts +
                 "<data num_elements=\"1\" type=\"boolean\">\n<value index=\"0\">false</value>\n</data>\n"
                 "</property>\n\n"
@@ -275,7 +275,7 @@ TEST(xml_trees, are_written_byte_for_byte) {
                 texts +
                 "<data num_elements=\"0\" type=\"uint8_t\">\n</data>\n</property>\n\n"
                 "<property/>\n</property>\n");
-  EXPECT_EQ(to_xml_tree(std::make_shared<property_base>(), true), "<property/>");
+  EXPECT_EQ(to_xml_tree(std::make_shared<property_base>(), true).view(), "<property/>");
 }
 
 } // namespace
