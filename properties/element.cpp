@@ -24,7 +24,11 @@ void append_value(text_buffer& out, const char* value) {
   out.append(value);
 }
 void append_value(text_buffer& out, bool value) {
-  out.append(value ? std::string_view("true") : std::string_view("false"));
+  if (value) {
+    out.append("true");
+  } else {
+    out.append("false");
+  }
 }
 void append_value(text_buffer& out, half value) {
   append_floating_point(out, half_to_float(value));

@@ -117,40 +117,42 @@ private:
   }
 
   void write_escaped(std::string_view text) {
-    std::size_t plain = count_plain(text);
-    while (plain < text.size()) {
-      out.append(text.substr(0, plain), entity(text[plain]));
-      text.remove_prefix(plain + 1);
-      plain = count_plain(text);
+    if (!is_plain(text)) {
+      for (std::size_t place = 0; place < text.size();) {
+        const std::string_view replacement = entity(text[place]);
+        if (replacement.empty()) {
+          ++place;
+        } else {
+          out.append(text.substr(0, place), replacement);
+          text.remove_prefix(place + 1);
+          place = 0;
+        }
+      }
     }
     out.append(text);
   }
 
-  // How many characters at the beginning stay as they are. Most of a tree is plain, so it is looked at by blocks,
-  // the last one filled up with zeros.
-  static std::size_t count_plain(std::string_view text) {
-    std::size_t count = 0;
-    while (count < text.size() && first_block_is_plain(text.substr(count))) {
-      count += sizeof(block);
+  // True if all characters stay as they are. Nearly all texts are such, so they are looked at by blocks, the last
+  // of which may overlap the one before.
+  static bool is_plain(std::string_view text) {
+    if (text.size() < sizeof(block)) {
+      return std::all_of(text.begin(), text.end(), [](char each) { return entity(each).empty(); });
     }
-    while (count < text.size() && entity(text[count]).empty()) {
-      ++count;
+    const std::size_t last = text.size() - sizeof(block);
+    block special = special_in(text.data() + last);
+    for (std::size_t place = 0; place < last; place += sizeof(block)) {
+      special |= special_in(text.data() + place);
     }
-    return std::min(count, text.size());
+    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(special);
+    return (halves[0] | halves[1]) == 0;
   }
 
   using block [[gnu::vector_size(16)]] = unsigned char;
-  static bool first_block_is_plain(std::string_view text) {
-    block letters{};
-    if (text.size() >= sizeof letters) {
-      std::memcpy(&letters, text.data(), sizeof letters);
-    } else {
-      std::memcpy(&letters, text.data(), text.size());
-    }
-    const auto special =
-        (letters == '<') | (letters == '>') | (letters == '\'') | (letters == '"') | (letters == '&');
-    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(special);
-    return (halves[0] | halves[1]) == 0;
+  // Not zero where a character has an entity.
+  static block special_in(const char* text) {
+    block letters;
+    std::memcpy(&letters, text, sizeof letters);
+    return (letters == '<') | (letters == '>') | (letters == '\'') | (letters == '"') | (letters == '&');
   }
 
   // Empty for a character that stays as it is.

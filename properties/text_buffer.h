@@ -19,8 +19,9 @@ public:
   text_buffer& operator=(text_buffer&&) = delete;
   ~text_buffer() { std::free(data_); }
 
+  // Inlined, so that pieces of a known length are copied without a call.
   template <typename... piece>
-  void append(const piece&... pieces) {
+  [[gnu::always_inline]] void append(const piece&... pieces) {
     append_pieces(std::string_view(pieces)...);
   }
   void append_repeated(std::size_t count, char character) {
@@ -49,7 +50,7 @@ public:
 
 private:
   template <typename... view>
-  void append_pieces(view... pieces) {
+  [[gnu::always_inline]] void append_pieces(view... pieces) {
     char* end = room_for((pieces.size() + ...));
     ((end += pieces.copy(end, pieces.size())), ...);
     size_ = static_cast<std::size_t>(end - data_);
