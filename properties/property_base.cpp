@@ -46,20 +46,20 @@ void property_base::check_has_data() const {
   }
 }
 
-std::shared_ptr<property_base> property_base::get_child(const std::string& name) const {
+std::shared_ptr<property_base> property_base::get_child(std::string name) const {
   check_owner();
   property_path path;
   path.reserve(path_.size() + 1);
   path = path_;
-  path.push_back(name);
+  path.push_back(std::move(name));
   return owner_->get_property(std::move(path));
 }
 
 std::vector<std::shared_ptr<property_base>> property_base::get_children() const {
   check_owner();
   std::vector<std::shared_ptr<property_base>> children;
-  for (const std::string& name : owner_->get_child_names(path_)) {
-    children.push_back(get_child(name));
+  for (std::string& name : owner_->get_child_names(path_)) {
+    children.push_back(get_child(std::move(name)));
   }
   return children;
 }

@@ -44,7 +44,7 @@ public:
   void check_owner() const;
   void check_has_data() const;
 
-  std::shared_ptr<property_base> get_child(const std::string& name) const;
+  std::shared_ptr<property_base> get_child(std::string name) const;
   std::vector<std::shared_ptr<property_base>> get_children() const;
   // Shows everything below this property.
   void visit_descendants(property_visitor& visitor) const;

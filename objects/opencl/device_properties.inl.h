@@ -14,14 +14,14 @@ bool opencl_version_device<V>::read_value(const device_catalogue::row& wanted, p
   using read = device_reading;
   if (wanted.parent == image_support_key && !device_->get_bool(image_support_parameter))
     return false;
-  const auto& [reading, parameter, operand] = wanted.source;
+  const device_source& source = wanted.source;
   const auto read_list = [&](auto split) {
     value.set_texts([&](std::string& text, std::vector<const char*>& pieces) {
-      device_->read_string(wanted.source.parameter, text);
+      device_->read_string(source.parameter, text);
       split(text, pieces);
     });
   };
-  switch (reading) {
+  switch (source.reading) {
   case read::none:
     break;
   case read::friendly_short_description:
@@ -34,16 +34,16 @@ bool opencl_version_device<V>::read_value(const device_catalogue::row& wanted, p
     value.set(this->get_unique_identifier());
     break;
   case read::uint32:
-    value.set(device_->get_uint32(parameter));
+    value.set(device_->get_uint32(source.parameter));
     break;
   case read::uint64:
-    value.set(device_->get_uint64(parameter));
+    value.set(device_->get_uint64(source.parameter));
     break;
   case read::boolean:
-    value.set(device_->get_bool(parameter));
+    value.set(device_->get_bool(source.parameter));
     break;
   case read::string:
-    value.set_text([&](std::string& text) { device_->read_string(wanted.source.parameter, text); });
+    value.set_text([&](std::string& text) { device_->read_string(source.parameter, text); });
     break;
   case read::words:
     read_list(skerv::common::split_in_place_on_whitespace);
@@ -52,16 +52,16 @@ bool opencl_version_device<V>::read_value(const device_catalogue::row& wanted, p
     read_list(skerv::common::split_in_place_on_semicolon);
     break;
   case read::sizes:
-    value.set(device_->get_sizes(parameter));
+    value.set(device_->get_sizes(source.parameter));
     break;
   case read::bit:
-    value.set((device_->get_uint64(parameter) & operand) != 0);
+    value.set((device_->get_uint64(source.parameter) & source.operand) != 0);
     break;
   case read::equal_uint32:
-    value.set(device_->get_uint32(parameter) == operand);
+    value.set(device_->get_uint32(source.parameter) == source.operand);
     break;
   case read::equal_uint64:
-    value.set(device_->get_uint64(parameter) == operand);
+    value.set(device_->get_uint64(source.parameter) == source.operand);
     break;
   case read::embedded_profile:
     value.set(device_->is_embedded_profile());

@@ -227,7 +227,7 @@ TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
 fake_owner make_tree() {
   fake_owner owner;
   owner.add("FLAG", false);
-  owner.add("WORDS", std::vector<std::string>{"a<b", "c"});
+  owner.add("WORDS", std::vector<std::string>{"a<b", "plain up to the last character >"});
   owner.add("NOTHING", std::vector<unsigned char>{});
   owner.children.emplace_back(
       "GONE", [](fake_owner&, const property_path&) { return std::make_shared<property_base>(); });
@@ -245,7 +245,7 @@ TEST(text_trees, are_written_byte_for_byte) {
             "Name          : WORDS\nFriendly Name : F\nDescription   : D\n"
             "Type          : string\nValue         : { \n"
             "                     [0]  a<b\n"
-            "                     [1]  c\n"
+            "                     [1]  plain up to the last character >\n"
             "                } \n"
             "Name          : NOTHING\nFriendly Name : F\nDescription   : D\n\n");
   EXPECT_EQ(to_text_tree(root, false, true, false, true, false, true).view(), "Name          : ROOT\n\n");
@@ -270,7 +270,7 @@ TEST(xml_trees, are_written_byte_for_byte) {
                 "<property>\n<distinct_name>WORDS" +
                 texts +
                 "<data num_elements=\"2\" type=\"string\">\n<value index=\"0\">a&lt;b</value>\n"
-                "<value index=\"1\">c</value>\n</data>\n</property>\n\n"
+                "<value index=\"1\">plain up to the last character &gt;</value>\n</data>\n</property>\n\n"
                 "<property>\n<distinct_name>NOTHING" +
                 texts +
                 "<data num_elements=\"0\" type=\"uint8_t\">\n</data>\n</property>\n\n"
