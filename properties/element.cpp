@@ -79,6 +79,20 @@ void append_decimal(text_buffer& out, std::uint64_t number) {
 }
 
 void append_element_text(text_buffer& out, const void* data, data_type type, std::uint64_t index) {
+  // Nearly all elements are of these; the table is for the rest.
+  switch (type) {
+  case data_type::string_:
+    append_value(out, get_element<const char*>(data, data_type::string_, index));
+    return;
+  case data_type::boolean_:
+    append_value(out, get_element<bool>(data, data_type::boolean_, index));
+    return;
+  case data_type::uint64_:
+    append_value(out, get_element<std::uint64_t>(data, data_type::uint64_, index));
+    return;
+  default:
+    break;
+  }
   const data_type_row* row = find_data_type(type);
   if (row == nullptr) {
     throw std::runtime_error("Unhandled case.  Report a bug.");

@@ -28,13 +28,13 @@ public:
 
   void begin(const property_view& property) override {
     if (shown_.name) {
-      write_line("Name          : ", property.name);
+      out.append("Name          : ", property.name, "\n");
     }
     if (shown_.friendly_name) {
-      write_line("Friendly Name : ", property.friendly_name);
+      out.append("Friendly Name : ", property.friendly_name, "\n");
     }
     if (shown_.description) {
-      write_line("Description   : ", property.description);
+      out.append("Description   : ", property.description, "\n");
     }
     if (property.value.element_count != 0) {
       write_value(property.value);
@@ -45,11 +45,9 @@ public:
   void visit_empty() override {}
 
 private:
-  void write_line(std::string_view label, std::string_view text) { out.append(label, text, "\n"); }
-
   void write_value(const value_view& value) {
     if (shown_.type) {
-      write_line("Type          : ", data_type_name(value.type));
+      out.append("Type          : ", data_type_name(value.type), "\n");
     }
     if (!shown_.value) {
       return;

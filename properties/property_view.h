@@ -27,14 +27,13 @@ struct property_view {
 // Is told of properties one by one, in the order of their tree.
 class property_visitor {
 public:
+  virtual ~property_visitor() = default;
+
   // What comes until the matching end() is below this property.
   virtual void begin(const property_view& property) = 0;
   virtual void end() = 0;
   // A child that is listed, but not there.
   virtual void visit_empty() = 0;
-
-protected:
-  ~property_visitor() = default;
 };
 
 } // namespace oryn::tarva::library
