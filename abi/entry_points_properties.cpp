@@ -109,12 +109,13 @@ void tarva_singleton::tarva_abi_get_property_tree_string(tarva_abi_property_s* p
   const auto found = bridge_.get_property_and_owner(property);
   switch (format->kind) {
   case TARVA_ABI_TREE_TEXT:
-    *out_string = copy_string(to_text_tree(found.property, format->recursive, format->show_name,
-                                           format->show_friendly_name, format->show_type,
-                                           format->show_description, format->show_value));
+    *out_string =
+        to_text_tree(found.property, format->recursive, format->show_name, format->show_friendly_name,
+                     format->show_type, format->show_description, format->show_value)
+            .release();
     return;
   case TARVA_ABI_TREE_XML:
-    *out_string = copy_string(to_xml_tree(found.property, format->recursive));
+    *out_string = to_xml_tree(found.property, format->recursive).release();
     return;
   default:
     throw std::invalid_argument(

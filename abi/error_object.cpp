@@ -19,18 +19,18 @@ std::shared_ptr<error_object> error_object::set_nested_error(std::uint64_t excep
   return nested_;
 }
 
-std::shared_ptr<property_base> error_object::get_property(const property_path& path) {
+std::shared_ptr<property_base> error_object::get_property(property_path path) {
   if (is_path(path, {"ROOT"})) {
     return make_described_property(
-        this, path, "Root property.",
+        this, std::move(path), "Root property.",
         "The root property of an error, simply provided as the main root element.");
   }
   if (is_path(path, {"ROOT", "EXCEPTION_TYPE"})) {
-    return make_described_property(this, path, "Exception type.", "The type of exception encountered.",
-                                   exception_type_);
+    return make_described_property(this, std::move(path), "Exception type.",
+                                   "The type of exception encountered.", exception_type_);
   }
   if (is_path(path, {"ROOT", "EXCEPTION_MESSAGE"})) {
-    return make_described_property(this, path, "Exception message.",
+    return make_described_property(this, std::move(path), "Exception message.",
                                    "A helpful message relating to the exception encountered.", message_);
   }
   return std::make_shared<property_base>();

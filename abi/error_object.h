@@ -14,7 +14,7 @@ class error_object : public property_interface {
 public:
   error_object(std::uint64_t exception_type, std::string message);
 
-  std::shared_ptr<property_base> get_property(const property_path& path) override;
+  std::shared_ptr<property_base> get_property(property_path path) override;
   std::vector<std::string> get_child_names(const property_path& path) override;
 
   // Makes the next link of the chain and returns it; at most once for each object.

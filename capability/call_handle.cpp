@@ -38,7 +38,9 @@ slot* find_slot(qv_call_handle* handle) noexcept {
   return open ? &candidate : nullptr;
 }
 
-void run_on_other_thread(const command& performer, const root_device& device, void* record) {
+// Kept out of the way of the commands that need no other thread.
+[[gnu::noinline]] void run_on_other_thread(const command& performer, const root_device& device,
+                                           void* record) {
   std::thread([&] { performer.run(device, record); }).join();
 }
 
@@ -98,6 +100,11 @@ std::int32_t call_command(const binding& bound, std::uint64_t number, void* reco
   else
     run_on_other_thread(performer, *bound.device, record);
   return QV_OK;
+}
+
+std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record) {
+  const slot* open = find_slot(handle);
+  return open == nullptr ? QV_UNRECOVERABLE_ERROR : call_command(open->bound, number, record);
 }
 
 } // namespace qv

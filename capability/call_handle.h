@@ -23,7 +23,8 @@ const binding* find_binding(qv_call_handle* handle) noexcept;
 
 bool any_call_handle_open() noexcept;
 
-// Performs a command on a binding: a transport code.
+// Performs a command on a binding, or on that of an open handle: a transport code.
 std::int32_t call_command(const binding& bound, std::uint64_t number, void* record);
+std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record);
 
 } // namespace qv

@@ -81,11 +81,8 @@ QV_EXPORT int32_t qv_close_call_handle(qv_call_handle* handle) {
 }
 
 QV_EXPORT int32_t qv_call_capability(qv_call_handle* handle, uint64_t command_id, void* record, uint64_t) {
-  const qv::binding* bound = qv::find_binding(handle);
-  if (bound == nullptr)
-    return QV_UNRECOVERABLE_ERROR;
   try {
-    return qv::call_command(*bound, command_id, record);
+    return qv::call_command(handle, command_id, record);
   } catch (...) {
     return QV_UNRECOVERABLE_ERROR;
   }

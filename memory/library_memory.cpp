@@ -18,27 +18,28 @@ std::uint64_t library_memory::get_size_in_bytes() const {
   return num_elements_ > largest / size ? largest : size * num_elements_;
 }
 
-std::shared_ptr<property_base> library_memory::get_property(const property_path& path) {
+std::shared_ptr<property_base> library_memory::get_property(property_path path) {
   if (is_path(path, {"ROOT"})) {
     return make_described_property(
-        this, path, "Root property.",
+        this, std::move(path), "Root property.",
         "The root property of a memory object, simply provided as the main root element.");
   }
   if (is_path(path, {"ROOT", "USER_LABEL"})) {
-    return make_described_property(this, path, "User Label", "User-supplied label for the memory",
+    return make_described_property(this, std::move(path), "User Label", "User-supplied label for the memory",
                                    user_label_);
   }
   if (is_path(path, {"ROOT", "NUM_ELEMENTS"})) {
-    return make_described_property(this, path, "Number of elements.",
+    return make_described_property(this, std::move(path), "Number of elements.",
                                    "The number of elements contained within the memory allocation.",
                                    num_elements_);
   }
   if (is_path(path, {"ROOT", "TYPE"})) {
-    return make_described_property(this, path, "Memory data type", "The data type of the memory allocation.",
+    return make_described_property(this, std::move(path), "Memory data type",
+                                   "The data type of the memory allocation.",
                                    static_cast<std::uint64_t>(type_));
   }
   if (is_path(path, {"ROOT", "OBJECT_ID"})) {
-    return make_described_property(this, path, "Object Identifier",
+    return make_described_property(this, std::move(path), "Object Identifier",
                                    "A unique identifier for the TARVA object.", identifier_);
   }
   return std::make_shared<property_base>();

@@ -16,7 +16,7 @@ class library_memory : public property_interface {
 public:
   library_memory(data_type type, std::uint64_t num_elements, std::string user_label);
 
-  std::shared_ptr<property_base> get_property(const property_path& path) override;
+  std::shared_ptr<property_base> get_property(property_path path) override;
   std::vector<std::string> get_child_names(const property_path& path) override;
 
   data_type get_type() const { return type_; }

@@ -5,6 +5,7 @@
 #include "properties/property_interface.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -28,8 +29,8 @@ struct version_range {
 // `source` is the catalogue's own description of that value; `value_type(source)` says what type it has.
 template <typename source_type>
 struct catalogue_row {
-  const char* key;
-  const char* parent; // empty for the root; a parent's row stands before those of its children
+  std::string_view key;
+  std::string_view parent; // empty for the root; a parent's row stands before those of its children
   version_range versions;
   source_type source;
   const char* friendly_name;
@@ -43,57 +44,30 @@ class catalogue {
 public:
   using row = catalogue_row<source_type>;
 
-  explicit catalogue(std::span<const row> rows) {
-    nodes_.reserve(rows.size());
-    for (const row& added : rows) {
-      node* parent = *added.parent == '\0' ? nullptr : &nodes_.at(added.parent);
-      nodes_.emplace(added.key, node{&added, parent, {}});
-      if (parent != nullptr && added.is_listed) {
-        parent->children.push_back(&added);
-      }
-      add_texts(added);
-    }
-  }
-
-  // The row at a path, or null if an object of that version has no such path.
-  const row* find(version_number version, const property_path& path) const {
-    const node* found = find_node(version, path);
-    return found == nullptr ? nullptr : found->self;
-  }
-
-  std::vector<std::string> get_child_names(version_number version, const property_path& path) const {
-    std::vector<std::string> names;
-    if (const node* found = find_node(version, path)) {
-      names.reserve(found->children.size());
-      for (const row* child : found->children) {
-        if (child->versions.contains(version)) {
-          names.emplace_back(child->key);
-        }
-      }
-    }
-    return names;
-  }
-
-  const property_dictionary& get_dictionary() const { return dictionary_; }
-
-private:
   struct node {
     const row* self;
     const node* parent;
-    std::vector<const row*> children;
+    std::shared_ptr<const property_texts> texts;
+    std::vector<const node*> children; // those that are listed
   };
 
-  void add_texts(const row& added) {
-    if (const std::optional<data_type> type = value_type(added.source)) {
-      dictionary_.add(added.key, added.friendly_name, added.description, *type);
-    } else {
-      dictionary_.add(added.key, added.friendly_name, added.description);
+  explicit catalogue(std::span<const row> rows) {
+    nodes_.reserve(rows.size());
+    for (const row& added : rows) {
+      node* parent = added.parent.empty() ? nullptr : &nodes_.at(added.parent);
+      node& made = nodes_.emplace(added.key, node{&added, parent, add_texts(added), {}}).first->second;
+      if (parent != nullptr && added.is_listed) {
+        parent->children.push_back(&made);
+      }
     }
   }
+  // The nodes point to each other and to the texts.
+  catalogue(const catalogue&) = delete;
+  catalogue& operator=(const catalogue&) = delete;
 
-  // A key stands in one place of its tree only, so the last one leads to the node, and the others must be
-  // those on the way up to the root.
-  const node* find_node(version_number version, const property_path& path) const {
+  // The node at a path, or null if an object of that version has no such path. A key stands in one place of its
+  // tree only, so the last one leads to the node, and the others must be those on the way up to the root.
+  const node* find(version_number version, const property_path& path) const {
     const auto last = path.empty() ? nodes_.end() : nodes_.find(path.back());
     if (last == nodes_.end()) {
       return nullptr;
@@ -105,6 +79,17 @@ private:
       }
     }
     return step == nullptr ? &last->second : nullptr;
+  }
+
+private:
+  std::shared_ptr<const property_texts> add_texts(const row& added) {
+    const std::string key(added.key);
+    if (const std::optional<data_type> type = value_type(added.source)) {
+      dictionary_.add(key, added.friendly_name, added.description, *type);
+    } else {
+      dictionary_.add(key, added.friendly_name, added.description);
+    }
+    return dictionary_.get_texts(key);
   }
 
   std::unordered_map<std::string_view, node> nodes_;

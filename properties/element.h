@@ -2,6 +2,7 @@
 
 #include "properties/data_type.h"
 #include "properties/half.h"
+#include "properties/text_buffer.h"
 
 #include <array>
 #include <concepts>
@@ -86,10 +87,10 @@ T get_element(const void* data, data_type type, std::uint64_t index) {
   }
 }
 
-// The text of element `index`, and the same text at the end of a string that the caller is building.
+// The text of element `index`, and the same text at the end of one that the caller is building.
 std::string element_to_text(const void* data, data_type type, std::uint64_t index);
-void append_element_text(std::string& out, const void* data, data_type type, std::uint64_t index);
+void append_element_text(text_buffer& out, const void* data, data_type type, std::uint64_t index);
 
-void append_decimal(std::string& out, std::uint64_t number);
+void append_decimal(text_buffer& out, std::uint64_t number);
 
 } // namespace oryn::tarva::library

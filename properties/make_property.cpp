@@ -1,50 +1,44 @@
 #include "properties/make_property.h"
 
+#include "properties/property.h"
+
 #include <stdexcept>
 
 namespace oryn::tarva::library {
+namespace {
 
-const std::string& get_field_name(const property_path& path) {
+// The elements, copied; `stored` is how one of them lies there.
+template <typename T, typename stored>
+typename property<T>::values_type copy_elements(const value_view& value) {
+  const auto* first = static_cast<const stored*>(value.data);
+  return {first, first + value.element_count};
+}
+
+} // namespace
+
+std::shared_ptr<property_base> make_property(property_interface* owner, property_path path,
+                                             std::shared_ptr<const property_texts> texts,
+                                             property_value& value) {
   if (path.empty()) {
     throw std::logic_error("Expected path to be non-empty.");
   }
-  return path.back();
-}
-
-property_values<unsigned long> to_property_values(std::uint64_t value) {
-  return {{value}};
-}
-
-property_values<unsigned long> to_property_values(std::uint32_t value) {
-  return {{std::uint64_t{value}}};
-}
-
-property_values<unsigned long> to_property_values(const std::array<std::uint64_t, 3>& values) {
-  return {{values.begin(), values.end()}};
-}
-
-property_values<bool> to_property_values(bool value) {
-  return {{value ? 1u : 0u}};
-}
-
-property_values<std::string> to_property_values(std::string value) {
-  property_values<std::string> result;
-  result.values.push_back(std::move(value));
-  return result;
-}
-
-property_values<std::string> to_property_values(std::vector<std::string> values) {
-  return {std::move(values)};
-}
-
-property_values<unsigned char> to_property_values(std::vector<unsigned char> values) {
-  return {std::move(values)};
-}
-
-std::shared_ptr<property_base> make_property_with_texts(property_interface* owner, const property_path& path,
-                                                        std::shared_ptr<const property_texts> texts) {
-  get_field_name(path);
-  return std::make_shared<property_base>(owner, path, std::move(texts));
+  const value_view view = value.view();
+  switch (view.type) {
+  case data_type::string_:
+    return std::make_shared<property<std::string>>(owner, std::move(path), std::move(texts),
+                                                   copy_elements<std::string, const char*>(view));
+  case data_type::boolean_:
+    return std::make_shared<property<bool>>(owner, std::move(path), std::move(texts),
+                                            copy_elements<bool, std::uint32_t>(view));
+  case data_type::uint8_:
+    return std::make_shared<property<unsigned char>>(owner, std::move(path), std::move(texts),
+                                                     value.take_bytes());
+  case data_type::uint64_:
+    return std::make_shared<property<unsigned long>>(owner, std::move(path), std::move(texts),
+                                                     copy_elements<unsigned long, std::uint64_t>(view));
+  default:
+    return std::make_shared<property_base>(owner, std::move(path), std::move(texts));
+  }
 }
 
 } // namespace oryn::tarva::library

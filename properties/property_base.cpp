@@ -46,35 +46,61 @@ void property_base::check_has_data() const {
   }
 }
 
-std::shared_ptr<property_base> property_base::get_child(const std::string& name) const {
+std::shared_ptr<property_base> property_base::get_child(std::string name) const {
   check_owner();
   property_path path;
   path.reserve(path_.size() + 1);
   path = path_;
-  path.push_back(name);
-  return owner_->get_property(path);
+  path.push_back(std::move(name));
+  return owner_->get_property(std::move(path));
 }
 
 std::vector<std::shared_ptr<property_base>> property_base::get_children() const {
+  check_owner();
   std::vector<std::shared_ptr<property_base>> children;
-  for_each_child([&](std::shared_ptr<property_base> child) { children.push_back(std::move(child)); });
+  for (std::string& name : owner_->get_child_names(path_)) {
+    children.push_back(get_child(std::move(name)));
+  }
   return children;
 }
 
-std::string property_base::element_to_string(std::uint64_t index) const {
-  std::string text;
-  append_element(text, index);
-  return text;
+void property_base::visit_descendants(property_visitor& visitor) const {
+  check_owner();
+  owner_->visit_descendants(path_, visitor);
 }
 
-void property_base::append_element(std::string& out, std::uint64_t index) const {
+std::string property_base::element_to_string(std::uint64_t index) const {
   check_has_data();
   const std::uint64_t count = get_element_count();
   if (index >= count) {
     throw std::out_of_range("Attempting to access element index " + std::to_string(index) +
                             " of the property but only " + std::to_string(count) + " elements exist.");
   }
-  append_element_text(out, get_data(), get_data_type(), index);
+  return element_to_text(get_data(), get_data_type(), index);
+}
+
+property_view property_base::get_view() const {
+  value_view value;
+  if (has_data()) {
+    value = {get_data_type(), get_element_count(), get_data()};
+  }
+  return {get_name(), get_friendly_name(), get_description(), value};
+}
+
+void property_interface::visit_descendants(const property_path& path, property_visitor& visitor) {
+  property_path child_path = path;
+  child_path.emplace_back();
+  for (std::string& name : get_child_names(path)) {
+    child_path.back() = std::move(name);
+    const std::shared_ptr<property_base> child = get_property(child_path);
+    if (child->is_empty()) {
+      visitor.visit_empty();
+    } else {
+      visitor.begin(child->get_view());
+      child->visit_descendants(visitor);
+      visitor.end();
+    }
+  }
 }
 
 } // namespace oryn::tarva::library

@@ -2,6 +2,7 @@
 
 #include "properties/data_type.h"
 #include "properties/property_interface.h"
+#include "properties/property_view.h"
 
 #include <cstdint>
 #include <memory>
@@ -43,20 +44,14 @@ public:
   void check_owner() const;
   void check_has_data() const;
 
-  std::shared_ptr<property_base> get_child(const std::string& name) const;
+  std::shared_ptr<property_base> get_child(std::string name) const;
   std::vector<std::shared_ptr<property_base>> get_children() const;
-  // The same children, each made only when its turn comes.
-  template <typename visitor_type>
-  void for_each_child(visitor_type visit) const {
-    check_owner();
-    for (const std::string& name : owner_->get_child_names(path_)) {
-      visit(get_child(name));
-    }
-  }
+  // Shows everything below this property.
+  void visit_descendants(property_visitor& visitor) const;
 
   std::string element_to_string(std::uint64_t index) const;
-  // The same text, at the end of a string that the caller is building.
-  void append_element(std::string& out, std::uint64_t index) const;
+  // Not of an empty property.
+  property_view get_view() const;
 
 private:
   static const std::string& no_text();

@@ -2,149 +2,155 @@
 
 #include "properties/element.h"
 
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
 #include <string_view>
 
 namespace oryn::tarva::library {
 namespace {
 
 // Both writers fill one buffer for the whole tree, so that the cost is linear in the length of the result.
-class text_writer {
+class text_writer final : public property_visitor {
 public:
-  bool recursive;
-  bool show_name;
-  bool show_friendly_name;
-  bool show_type;
-  bool show_description;
-  bool show_value;
-  std::string out{};
+  struct shown_parts {
+    bool name;
+    bool friendly_name;
+    bool type;
+    bool description;
+    bool value;
+  };
 
-  void write(const property_base& property) {
-    if (property.is_empty()) {
-      return;
+  explicit text_writer(const shown_parts& shown) : shown_(shown) {}
+
+  text_buffer out;
+
+  void begin(const property_view& property) override {
+    if (shown_.name) {
+      out.append("Name          : ", property.name, "\n");
     }
-    if (show_name) {
-      write_line("Name          : ", property.get_name());
+    if (shown_.friendly_name) {
+      out.append("Friendly Name : ", property.friendly_name, "\n");
     }
-    if (show_friendly_name) {
-      write_line("Friendly Name : ", property.get_friendly_name());
+    if (shown_.description) {
+      out.append("Description   : ", property.description, "\n");
     }
-    if (show_description) {
-      write_line("Description   : ", property.get_description());
+    if (property.value.element_count != 0) {
+      write_value(property.value);
     }
-    if (property.has_data() && property.get_element_count() != 0) {
-      write_data(property);
-    }
-    out += '\n';
-    if (recursive) {
-      property.for_each_child([this](const std::shared_ptr<property_base>& child) { write(*child); });
-    }
+    out.append("\n");
   }
+  void end() override {}
+  void visit_empty() override {}
 
 private:
-  void write_line(std::string_view label, std::string_view text) {
-    out += label;
-    out += text;
-    out += '\n';
-  }
-
-  void write_data(const property_base& property) {
-    if (show_type) {
-      write_line("Type          : ", data_type_name(property.get_data_type()));
+  void write_value(const value_view& value) {
+    if (shown_.type) {
+      out.append("Type          : ", data_type_name(value.type), "\n");
     }
-    if (!show_value) {
+    if (!shown_.value) {
       return;
     }
-    out += "Value         : ";
-    if (property.get_element_count() == 1) {
-      property.append_element(out, 0);
-      out += '\n';
+    out.append("Value         : ");
+    if (value.element_count == 1) {
+      append_element_text(out, value.data, value.type, 0);
+      out.append("\n");
       return;
     }
-    write_array(property);
+    write_array(value);
   }
 
-  void write_array(const property_base& property) {
-    const void* data = property.get_data();
-    const data_type type = property.get_data_type();
-    const std::uint64_t count = property.get_element_count();
-    out += "{ \n";
-    for (std::uint64_t index = 0; index < count; ++index) {
-      out.append(21, ' ');
-      out += '[';
+  void write_array(const value_view& value) {
+    out.append("{ \n");
+    for (std::uint64_t index = 0; index < value.element_count; ++index) {
+      out.append_repeated(21, ' ');
+      out.append("[");
       append_decimal(out, index);
-      out += "]  ";
-      append_element_text(out, data, type, index);
-      out += '\n';
+      out.append("]  ");
+      append_element_text(out, value.data, value.type, index);
+      out.append("\n");
     }
-    out.append(16, ' ');
-    out += "} ";
+    out.append_repeated(16, ' ');
+    out.append("} ");
   }
+
+  const shown_parts shown_;
 };
 
-class xml_writer {
+class xml_writer final : public property_visitor {
 public:
-  bool recursive;
-  std::string out{};
+  text_buffer out;
 
-  void write(const property_base& property) {
-    if (property.is_empty()) {
-      out += "<property/>";
-      return;
+  void begin(const property_view& property) override {
+    out.append("<property>\n<distinct_name>");
+    write_escaped(property.name);
+    out.append("</distinct_name>\n<friendly_name>");
+    write_escaped(property.friendly_name);
+    out.append("</friendly_name>\n<description>");
+    write_escaped(property.description);
+    out.append("</description>\n");
+    if (property.value.has_data()) {
+      write_value(property.value);
     }
-    out += "<property>\n";
-    write_line("<distinct_name>", property.get_name(), "</distinct_name>\n");
-    write_line("<friendly_name>", property.get_friendly_name(), "</friendly_name>\n");
-    write_line("<description>", property.get_description(), "</description>\n");
-    if (property.has_data()) {
-      write_data(property);
-    }
-    if (recursive) {
-      property.for_each_child([this](const std::shared_ptr<property_base>& child) {
-        write(*child);
-        out += '\n';
-      });
-    }
-    out += "</property>\n";
   }
+  void end() override { out.append("</property>\n\n"); }
+  void visit_empty() override { out.append("<property/>\n"); }
 
 private:
-  void write_line(std::string_view begin, std::string_view text, std::string_view end) {
-    out += begin;
-    write_escaped(text);
-    out += end;
-  }
-
-  void write_data(const property_base& property) {
-    const void* data = property.get_data();
-    const data_type type = property.get_data_type();
-    const std::uint64_t count = property.get_element_count();
-    out += "<data num_elements=\"";
-    append_decimal(out, count);
-    out += "\" type=\"";
-    write_escaped(data_type_name(type));
-    out += "\">\n";
-    std::string text;
-    for (std::uint64_t index = 0; index < count; ++index) {
-      out += "<value index=\"";
+  void write_value(const value_view& value) {
+    out.append("<data num_elements=\"");
+    append_decimal(out, value.element_count);
+    out.append("\" type=\"", data_type_name(value.type), "\">\n");
+    for (std::uint64_t index = 0; index < value.element_count; ++index) {
+      out.append("<value index=\"");
       append_decimal(out, index);
-      text.clear();
-      append_element_text(text, data, type, index);
-      write_line("\">", text, "</value>\n");
+      out.append("\">");
+      element_.clear();
+      append_element_text(element_, value.data, value.type, index);
+      write_escaped(element_.view());
+      out.append("</value>\n");
     }
-    out += "</data>\n";
+    out.append("</data>\n");
   }
 
   void write_escaped(std::string_view text) {
-    std::size_t start = 0;
-    for (std::size_t position = 0; position < text.size(); ++position) {
-      const std::string_view replacement = entity(text[position]);
-      if (!replacement.empty()) {
-        out += text.substr(start, position - start);
-        out += replacement;
-        start = position + 1;
+    if (!is_plain(text)) {
+      for (std::size_t place = 0; place < text.size();) {
+        const std::string_view replacement = entity(text[place]);
+        if (replacement.empty()) {
+          ++place;
+        } else {
+          out.append(text.substr(0, place), replacement);
+          text.remove_prefix(place + 1);
+          place = 0;
+        }
       }
     }
-    out += text.substr(start);
+    out.append(text);
+  }
+
+  // True if all characters stay as they are. Nearly all texts are such, so they are looked at by blocks, the last
+  // of which may overlap the one before.
+  static bool is_plain(std::string_view text) {
+    if (text.size() < sizeof(block)) {
+      return std::all_of(text.begin(), text.end(), [](char each) { return entity(each).empty(); });
+    }
+    const std::size_t last = text.size() - sizeof(block);
+    block special = special_in(text.data() + last);
+    for (std::size_t place = 0; place < last; place += sizeof(block)) {
+      special |= special_in(text.data() + place);
+    }
+    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(special);
+    return (halves[0] | halves[1]) == 0;
+  }
+
+  using block [[gnu::vector_size(16)]] = unsigned char;
+  // Not zero where a character has an entity.
+  static block special_in(const char* text) {
+    block letters;
+    std::memcpy(&letters, text, sizeof letters);
+    return (letters == '<') | (letters == '>') | (letters == '\'') | (letters == '"') | (letters == '&');
   }
 
   // Empty for a character that stays as it is.
@@ -164,23 +170,39 @@ private:
       return {};
     }
   }
+
+  text_buffer element_; // its text, before it is escaped
 };
 
 } // namespace
 
-std::string to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
+text_buffer to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
                          bool show_friendly_name, bool show_type, bool show_description, bool show_value) {
-  if (!(show_name || show_friendly_name || show_type || show_description || show_value)) {
+  if (property->is_empty() ||
+      !(show_name || show_friendly_name || show_type || show_description || show_value)) {
     return {};
   }
-  text_writer writer{recursive, show_name, show_friendly_name, show_type, show_description, show_value};
-  writer.write(*property);
+  text_writer writer({show_name, show_friendly_name, show_type, show_description, show_value});
+  writer.begin(property->get_view());
+  if (recursive) {
+    property->visit_descendants(writer);
+  }
   return std::move(writer.out);
 }
 
-std::string to_xml_tree(const std::shared_ptr<property_base>& property, bool recursive) {
-  xml_writer writer{recursive};
-  writer.write(*property);
+text_buffer to_xml_tree(const std::shared_ptr<property_base>& property, bool recursive) {
+  if (property->is_empty()) {
+    text_buffer text;
+    text.append("<property/>");
+    return text;
+  }
+  xml_writer writer;
+  writer.begin(property->get_view());
+  if (recursive) {
+    property->visit_descendants(writer);
+  }
+  writer.end();
+  writer.out.remove_last(); // the empty line is that of a child
   return std::move(writer.out);
 }
 

@@ -53,17 +53,25 @@ std::array<T, Count> get_fixed_array_info(const Query& query) {
   return values;
 }
 
+// In place of what `text` holds.
 template <typename Query>
-std::string get_string_info(const Query& query) {
+void read_string_info(const Query& query, std::string& text) {
+  text.clear();
   const std::size_t size = query.ask_size();
   if (size == 0)
-    return {};
-  std::string text(size, '\0');
+    return;
+  text.resize(size);
   std::size_t reported = 0;
   query.ask(size, text.data(), &reported);
   if (reported != size)
     throw_size_changed();
   text.pop_back();
+}
+
+template <typename Query>
+std::string get_string_info(const Query& query) {
+  std::string text;
+  read_string_info(query, text);
   return text;
 }
 

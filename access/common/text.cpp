@@ -6,18 +6,45 @@
 namespace oryn::skerv::common {
 namespace {
 
-template <typename Predicate>
-std::vector<std::string> split(std::string_view text, Predicate is_separator) {
-  std::vector<std::string> pieces;
+// No locale takes a printable character of ASCII for whitespace, so these need not be asked about.
+constexpr auto is_whitespace = [](char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return (byte <= ' ' || byte > '~') && std::isspace(byte) != 0;
+};
+
+constexpr auto is_semicolon = [](char c) { return c == ';'; };
+
+// Calls `take` with the place and the length of each piece.
+template <typename Predicate, typename Taker>
+void find_pieces(std::string_view text, Predicate is_separator, Taker take) {
   auto begin = text.begin();
   while (true) {
     begin = std::find_if_not(begin, text.end(), is_separator);
     if (begin == text.end())
-      return pieces;
+      return;
     const auto end = std::find_if(begin, text.end(), is_separator);
-    pieces.emplace_back(begin, end);
-    begin = end;
+    const auto place = static_cast<std::size_t>(begin - text.begin());
+    const auto length = static_cast<std::size_t>(end - begin);
+    begin = end == text.end() ? end : end + 1; // on, since `take` may write over the separator
+    take(place, length);
   }
+}
+
+template <typename Predicate>
+std::vector<std::string> split(std::string_view text, Predicate is_separator) {
+  std::vector<std::string> pieces;
+  find_pieces(text, is_separator, [&](std::size_t begin, std::size_t length) {
+    pieces.emplace_back(text.substr(begin, length));
+  });
+  return pieces;
+}
+
+template <typename Predicate>
+void split_in_place(std::string& text, std::vector<const char*>& pieces, Predicate is_separator) {
+  find_pieces(text, is_separator, [&](std::size_t begin, std::size_t length) {
+    text[begin + length] = '\0';
+    pieces.push_back(text.data() + begin);
+  });
 }
 
 bool equal_letters(char left, char right) {
@@ -27,11 +54,19 @@ bool equal_letters(char left, char right) {
 } // namespace
 
 std::vector<std::string> split_on_whitespace(std::string_view text) {
-  return split(text, [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; });
+  return split(text, is_whitespace);
 }
 
 std::vector<std::string> split_on_semicolon(std::string_view text) {
-  return split(text, [](char c) { return c == ';'; });
+  return split(text, is_semicolon);
+}
+
+void split_in_place_on_whitespace(std::string& text, std::vector<const char*>& pieces) {
+  split_in_place(text, pieces, is_whitespace);
+}
+
+void split_in_place_on_semicolon(std::string& text, std::vector<const char*>& pieces) {
+  split_in_place(text, pieces, is_semicolon);
 }
 
 std::string join_with_semicolon(const std::vector<std::string>& list) {

@@ -11,6 +11,10 @@ namespace oryn::skerv::common {
 std::vector<std::string> split_on_whitespace(std::string_view text);
 std::vector<std::string> split_on_semicolon(std::string_view text);
 
+// The same without copies: each piece is ended by a zero where it lies in `text`, and pointed to.
+void split_in_place_on_whitespace(std::string& text, std::vector<const char*>& pieces);
+void split_in_place_on_semicolon(std::string& text, std::vector<const char*>& pieces);
+
 std::string join_with_semicolon(const std::vector<std::string>& list);
 
 // True if an element of `list` is `name`, or the beginning of it, whatever the case of the letters.

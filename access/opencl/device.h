@@ -54,6 +54,7 @@ public:
   std::uint64_t get_uint64(std::uint32_t parameter) const;
   bool get_bool(std::uint32_t parameter) const { return get_uint32(parameter) != 0; }
   std::string get_string(std::uint32_t parameter) const;
+  void read_string(std::uint32_t parameter, std::string& text) const; // takes the place of what is there
   std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter) const;
 
 private:
@@ -118,6 +119,11 @@ std::uint64_t device<V>::get_uint64(std::uint32_t parameter) const {
 template <version V>
 std::string device<V>::get_string(std::uint32_t parameter) const {
   return common::get_string_info(info(parameter));
+}
+
+template <version V>
+void device<V>::read_string(std::uint32_t parameter, std::string& text) const {
+  common::read_string_info(info(parameter), text);
 }
 
 template <version V>

@@ -6,6 +6,8 @@
 #include "objects/device_work_dispatcher.h"
 #include "objects/library_device.h"
 #include "objects/opencl/opencl_version.h"
+#include "properties/catalogue_owner.h"
+#include "properties/device_catalogue.h"
 
 #include <memory>
 #include <string>
@@ -14,7 +16,7 @@
 
 namespace oryn::tarva::library {
 
-class opencl_device : public library_device {};
+class opencl_device : public catalogue_owner<library_device, get_device_catalogue> {};
 
 // A device of one OpenCL version.
 template <version V>
@@ -25,9 +27,6 @@ public:
   // Makes no OpenCL object; see initialize().
   explicit opencl_version_device(const access_device& device);
   ~opencl_version_device() override;
-
-  std::shared_ptr<property_base> get_property(const property_path& path) override;
-  std::vector<std::string> get_child_names(const property_path& path) override;
 
   void initialize() override;
   void release() override;
@@ -49,6 +48,9 @@ public:
   const access_device& get_access_device() const { return *device_; }
 
 private:
+  version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
+  bool read_value(const device_catalogue::row& wanted, property_value& value) override;
+
   struct no_queue {};
   template <version W, bool HasQueue = version_traits<W>::has_device_queue>
   struct default_queue {

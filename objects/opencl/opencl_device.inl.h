@@ -5,7 +5,7 @@
 #include "memory/element_range.h"
 #include "memory/opencl_buffer_allocation.h"
 #include "objects/empty_program.h"
-#include "objects/opencl/device_properties.h"
+#include "objects/opencl/device_properties.inl.h"
 #include "objects/opencl/opencl_device.h"
 #include "objects/opencl/opencl_program.h"
 
@@ -42,16 +42,6 @@ opencl_version_device<V>::opencl_version_device(const access_device& device)
 
 template <version V>
 opencl_version_device<V>::~opencl_version_device() = default;
-
-template <version V>
-std::shared_ptr<property_base> opencl_version_device<V>::get_property(const property_path& path) {
-  return device_property(*this, path, *device_, static_cast<version_number>(V));
-}
-
-template <version V>
-std::vector<std::string> opencl_version_device<V>::get_child_names(const property_path& path) {
-  return device_child_names(static_cast<version_number>(V), path);
-}
 
 template <version V>
 std::string opencl_version_device<V>::get_name() const {

@@ -3,6 +3,8 @@
 #include "access/opencl/kernel.h"
 #include "objects/library_kernel.h"
 #include "objects/opencl/opencl_version.h"
+#include "properties/catalogue_owner.h"
+#include "properties/kernel_catalogue.h"
 
 #include <atomic>
 #include <memory>
@@ -13,9 +15,9 @@
 
 namespace oryn::tarva::library {
 
-class opencl_kernel : public library_kernel {
+class opencl_kernel : public catalogue_owner<library_kernel, get_kernel_catalogue> {
 public:
-  using library_kernel::library_kernel;
+  using catalogue_owner::catalogue_owner;
 };
 
 // A kernel of one OpenCL version. Never changes; launches set their arguments on clones.
@@ -24,9 +26,6 @@ class opencl_version_kernel final : public opencl_kernel {
 public:
   opencl_version_kernel(std::shared_ptr<library_program> program, skerv::opencl::kernel<V> kernel);
   ~opencl_version_kernel() override;
-
-  std::shared_ptr<property_base> get_property(const property_path& path) override;
-  std::vector<std::string> get_child_names(const property_path& path) override;
 
   size_triple get_preferred_work_group_size(std::uint64_t work_dim) override;
   size_triple get_compile_work_group_size() override;
@@ -38,6 +37,9 @@ public:
   skerv::opencl::kernel<V> clone_kernel() const { return kernel_.clone(); }
 
 private:
+  version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
+  bool read_value(const kernel_catalogue::row& wanted, property_value& value) override;
+
   launch_limits read_limits() const;
   bool has_non_uniform_groups() const;
   size_triple get_address_space_limit() const;

@@ -5,7 +5,7 @@
 #include "access/opencl/program.h"
 #include "objects/integer_root.h"
 #include "objects/library_program.h"
-#include "objects/opencl/kernel_properties.h"
+#include "objects/opencl/kernel_properties.inl.h"
 #include "objects/opencl/opencl_device.h"
 #include "objects/opencl/opencl_kernel.h"
 
@@ -58,16 +58,6 @@ opencl_version_kernel<V>::opencl_version_kernel(std::shared_ptr<library_program>
 
 template <version V>
 opencl_version_kernel<V>::~opencl_version_kernel() = default;
-
-template <version V>
-std::shared_ptr<property_base> opencl_version_kernel<V>::get_property(const property_path& path) {
-  return kernel_property<V>(*this, path, kernel_, device_);
-}
-
-template <version V>
-std::vector<std::string> opencl_version_kernel<V>::get_child_names(const property_path& path) {
-  return kernel_child_names<V>(path);
-}
 
 template <version V>
 const launch_limits& opencl_version_kernel<V>::get_launch_limits() const {

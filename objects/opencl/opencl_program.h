@@ -3,6 +3,8 @@
 #include "access/opencl/program.h"
 #include "objects/library_program.h"
 #include "objects/opencl/opencl_version.h"
+#include "properties/catalogue_owner.h"
+#include "properties/program_catalogue.h"
 
 #include <cstdint>
 #include <memory>
@@ -11,9 +13,9 @@
 
 namespace oryn::tarva::library {
 
-class opencl_program : public library_program {
+class opencl_program : public catalogue_owner<library_program, get_program_catalogue> {
 public:
-  using library_program::library_program;
+  using catalogue_owner::catalogue_owner;
 };
 
 // A built program of one OpenCL version. Never changes.
@@ -24,14 +26,15 @@ public:
                          const skerv::opencl::program<V>& program, const std::string& name);
   ~opencl_version_program() override;
 
-  std::shared_ptr<property_base> get_property(const property_path& path) override;
-  std::vector<std::string> get_child_names(const property_path& path) override;
   std::shared_ptr<library_kernel> get_kernel(const std::string& name) override;
   std::vector<std::string> get_kernel_names() override;
   // The program as compiled for its device.
   std::vector<std::uint8_t> get_binary();
 
 private:
+  version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
+  bool read_value(const program_catalogue::row& wanted, property_value& value) override;
+
   std::unique_ptr<skerv::opencl::program<V>> program_;
 };
 

@@ -4,7 +4,7 @@
 #include "access/opencl/kernel.h"
 #include "objects/opencl/opencl_kernel.h"
 #include "objects/opencl/opencl_program.h"
-#include "objects/opencl/program_properties.h"
+#include "objects/opencl/program_properties.inl.h"
 
 #include <stdexcept>
 
@@ -20,16 +20,6 @@ opencl_version_program<V>::opencl_version_program(bool is_builtin,
 
 template <version V>
 opencl_version_program<V>::~opencl_version_program() = default;
-
-template <version V>
-std::shared_ptr<property_base> opencl_version_program<V>::get_property(const property_path& path) {
-  return program_property<V>(*this, path, *program_);
-}
-
-template <version V>
-std::vector<std::string> opencl_version_program<V>::get_child_names(const property_path& path) {
-  return program_child_names<V>(path);
-}
 
 template <version V>
 std::shared_ptr<library_kernel> opencl_version_program<V>::get_kernel(const std::string& name) {

@@ -17,7 +17,7 @@ class fake_device final : public library_device {
 public:
   explicit fake_device(bool little_endian = true) : little_endian_(little_endian) {}
 
-  std::shared_ptr<property_base> get_property(const property_path&) override { return {}; }
+  std::shared_ptr<property_base> get_property(property_path) override { return {}; }
   std::vector<std::string> get_child_names(const property_path&) override { return {}; }
   void initialize() override {}
   void release() override {}
@@ -45,7 +45,7 @@ public:
   explicit fake_kernel(const std::shared_ptr<library_device>& device)
       : library_kernel(std::make_shared<empty_program>(false, device, "fake")) {}
 
-  std::shared_ptr<property_base> get_property(const property_path&) override { return {}; }
+  std::shared_ptr<property_base> get_property(property_path) override { return {}; }
   std::vector<std::string> get_child_names(const property_path&) override { return {}; }
   size_triple get_preferred_work_group_size(std::uint64_t) override { return {1, 1, 1}; }
   size_triple get_compile_work_group_size() override { return {}; }

@@ -52,6 +52,33 @@ void expect_texts_and_values(const property& parent) {
   }
 }
 
+std::string tree(const property& from, tarva_abi_tree_kind kind, bool recursive) {
+  const tarva_abi_tree_format_s format{kind, recursive, 1, 1, 1, 1, 1};
+  char* text = nullptr;
+  must(call<tarva_abi_get_property_tree_string>(from.get(), &format, &text));
+  const std::string result = text;
+  tarva_abi_free_property_tree_string(nullptr, text);
+  return result;
+}
+
+// The tree as it is when each property is asked for by itself.
+std::string gathered(const property& from, tarva_abi_tree_kind kind) {
+  const std::string alone = tree(from, kind, false);
+  if (*from->name == 0)
+    return alone;
+  const bool is_xml = kind == TARVA_ABI_TREE_XML;
+  const std::string end = is_xml ? "</property>\n" : "";
+  std::string result = alone.substr(0, alone.size() - end.size());
+  for (const property& one : all_children(from))
+    result += gathered(one, kind) + (is_xml ? "\n" : "");
+  return result + end;
+}
+
+void expect_tree_of_single_properties(const property& root) {
+  for (const tarva_abi_tree_kind kind : {TARVA_ABI_TREE_TEXT, TARVA_ABI_TREE_XML})
+    EXPECT_EQ(tree(root, kind, true), gathered(root, kind));
+}
+
 TEST_P(properties, of_a_device_are_those_of_its_version) {
   constexpr std::size_t below_opencl[] = {45, 56, 60, 69, 72, 72};
   const auto of_device = root<tarva_abi_get_device_root_property>(device(version()));
@@ -69,13 +96,13 @@ TEST_P(properties, of_a_device_are_those_of_its_version) {
        {"", "ROOT", "NAME", "OPENCL", "cl_device_name", "CL_DEVICE_SINGLE_FP_CONFIG_FMA"})
     EXPECT_STREQ(child(opencl, unknown)->name, "") << unknown;
   // The scripted devices answer no parameter that their version does not read.
-  for (const std::uint64_t format : {TARVA_ABI_TREE_TEXT, TARVA_ABI_TREE_XML}) {
-    const tarva_abi_tree_format_s wanted{format, 1, 1, 1, 1, 1, 1};
-    char* tree = nullptr;
-    ASSERT_EQ(call<tarva_abi_get_property_tree_string>(of_device.get(), &wanted, &tree), outcome());
-    EXPECT_NE(std::string(tree).find("CL_DEVICE_MAX_CONSTANT_ARGS"), std::string::npos) << tree;
-    tarva_abi_free_property_tree_string(nullptr, tree);
-  }
+  expect_tree_of_single_properties(of_device);
+
+  const tarva_abi_tree_format_s whole{TARVA_ABI_TREE_TEXT, 1, 1, 1, 1, 1, 1};
+  char* none = nullptr;
+  fail_call(qv::operation::get_device_info, 60, -5);
+  EXPECT_NE(call<tarva_abi_get_property_tree_string>(of_device.get(), &whole, &none), outcome());
+  EXPECT_EQ(none, nullptr) << "half a tree";
 }
 
 // Those of the big-endian devices.
@@ -95,6 +122,7 @@ TEST_P(properties, of_a_device_bear_rare_answers) {
   EXPECT_EQ(below("CL_DEVICE_SINGLE_FP_CONFIG", "_INF_NAN"), "CL_DEVICE_SINGLE_FP_CONFIG_INF_NAN=true");
   EXPECT_EQ(below("CL_DEVICE_SINGLE_FP_CONFIG", "_FMA"), "CL_DEVICE_SINGLE_FP_CONFIG_FMA=false");
   EXPECT_EQ(children_of(child(opencl, "CL_DEVICE_IMAGE_SUPPORT")), "") << "a device without images";
+  expect_tree_of_single_properties(of_device);
 }
 
 TEST_P(properties, of_programs_kernels_and_memory_are_those_of_the_version) {
@@ -116,6 +144,8 @@ TEST_P(properties, of_programs_kernels_and_memory_are_those_of_the_version) {
                 "CL_PROGRAM_BINARY=B,I,N,:,k,e,r,n,e,l");
   EXPECT_EQ(children_of(root<tarva_abi_get_memory_root_property>(allocate(TARVA_ABI_TYPE_FLOAT, 10))),
             "USER_LABEL=a test NUM_ELEMENTS=10 TYPE=12 OBJECT_ID");
+  expect_tree_of_single_properties(of_kernel);
+  expect_tree_of_single_properties(root<tarva_abi_get_program_root_property>(made));
 }
 
 } // namespace scripted

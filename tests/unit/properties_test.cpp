@@ -1,5 +1,6 @@
 #include "properties/element.h"
 #include "properties/make_property.h"
+#include "properties/property_dictionary.h"
 #include "properties/property_strings.h"
 
 #include <gtest/gtest.h>
@@ -129,7 +130,7 @@ public:
 
   std::vector<std::pair<std::string, maker>> children;
 
-  std::shared_ptr<property_base> get_property(const property_path& path) override {
+  std::shared_ptr<property_base> get_property(property_path path) override {
     if (path == property_path{"ROOT"}) {
       return make_described_property(this, path, "Root <friend>", "All of 'it' & \"more\".");
     }
@@ -205,6 +206,8 @@ TEST(properties, hold_what_the_caller_reads) {
   expect_value(std::vector<unsigned char>{0, 65}, 3, std::array<char, 2>{0, 65}, "A");
   expect_value(std::uint32_t{4294967295u}, 9, std::uint64_t{4294967295u}, "4294967295");
   expect_value(std::array<std::uint64_t, 3>{7, 8, 9}, 9, std::array<std::uint64_t, 3>{7, 8, 9}, "9");
+  expect_throw<std::logic_error>([&] { make_described_property(&owner, {}, "", "", true); },
+                                 "Expected path to be non-empty.");
   const auto none = make_value(owner, std::vector<std::string>{});
   EXPECT_TRUE(none->has_data());
   EXPECT_EQ(none->get_data(), nullptr);
@@ -216,11 +219,7 @@ TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
   expect_throw<std::logic_error>(
       [&] { dictionary.add("KEY", "second", "two"); },
       "Inserting a duplicate entry for the fieldname \"KEY\" into the property dictionary.");
-  fake_owner owner;
-  const auto made = make_property(dictionary, &owner, {"ROOT", "KEY"}, std::uint64_t{5});
-  EXPECT_EQ(made->get_name() + made->get_friendly_name() + made->get_description(), "KEYfirstone");
-  expect_throw<std::logic_error>([&] { make_property(dictionary, &owner, {}, true); },
-                                 "Expected path to be non-empty.");
+  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_description("KEY"), "firstone");
   expect_throw<std::logic_error>([&] { dictionary.get_description("OTHER"); },
                                  "Could not find the fieldname \"OTHER\" in the property dictionary.");
 }
@@ -228,7 +227,7 @@ TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
 fake_owner make_tree() {
   fake_owner owner;
   owner.add("FLAG", false);
-  owner.add("WORDS", std::vector<std::string>{"a<b", "c"});
+  owner.add("WORDS", std::vector<std::string>{"a<b", "plain up to the last character >"});
   owner.add("NOTHING", std::vector<unsigned char>{});
   owner.children.emplace_back(
       "GONE", [](fake_owner&, const property_path&) { return std::make_shared<property_base>(); });
@@ -238,7 +237,7 @@ fake_owner make_tree() {
 TEST(text_trees, are_written_byte_for_byte) {
   fake_owner owner = make_tree();
   const auto root = owner.root();
-  EXPECT_EQ(to_text_tree(root, true, true, true, true, true, true),
+  EXPECT_EQ(to_text_tree(root, true, true, true, true, true, true).view(),
             "Name          : ROOT\nFriendly Name : Root <friend>\n"
             "Description   : All of 'it' & \"more\".\n\n"
             "Name          : FLAG\nFriendly Name : F\nDescription   : D\n"
@@ -246,14 +245,14 @@ TEST(text_trees, are_written_byte_for_byte) {
             "Name          : WORDS\nFriendly Name : F\nDescription   : D\n"
             "Type          : string\nValue         : { \n"
             "                     [0]  a<b\n"
-            "                     [1]  c\n"
+            "                     [1]  plain up to the last character >\n"
             "                } \n"
             "Name          : NOTHING\nFriendly Name : F\nDescription   : D\n\n");
-  EXPECT_EQ(to_text_tree(root, false, true, false, true, false, true), "Name          : ROOT\n\n");
-  EXPECT_EQ(to_text_tree(root, true, false, false, true, false, false),
+  EXPECT_EQ(to_text_tree(root, false, true, false, true, false, true).view(), "Name          : ROOT\n\n");
+  EXPECT_EQ(to_text_tree(root, true, false, false, true, false, false).view(),
             "\nType          : boolean\n\nType          : string\n\n\n");
-  EXPECT_EQ(to_text_tree(root, true, false, false, false, false, false), "");
-  EXPECT_EQ(to_text_tree(std::make_shared<property_base>(), true, true, true, true, true, true), "");
+  EXPECT_EQ(to_text_tree(root, true, false, false, false, false, false).view(), "");
+  EXPECT_EQ(to_text_tree(std::make_shared<property_base>(), true, true, true, true, true, true).view(), "");
 }
 
 TEST(xml_trees, are_written_byte_for_byte) {
@@ -263,20 +262,20 @@ TEST(xml_trees, are_written_byte_for_byte) {
                            "<description>All of &apos;it&apos; &amp; &quot;more&quot;.</description>\n";
   const std::string texts = "</distinct_name>\n<friendly_name>F</friendly_name>\n"
                             "<description>D</description>\n";
-  EXPECT_EQ(to_xml_tree(owner.root(), false), head + "</property>\n");
-  EXPECT_EQ(to_xml_tree(owner.root(), true),
+  EXPECT_EQ(to_xml_tree(owner.root(), false).view(), head + "</property>\n");
+  EXPECT_EQ(to_xml_tree(owner.root(), true).view(),
             head + "<property>\n<distinct_name>FLAG" + texts +
                 "<data num_elements=\"1\" type=\"boolean\">\n<value index=\"0\">false</value>\n</data>\n"
                 "</property>\n\n"
                 "<property>\n<distinct_name>WORDS" +
                 texts +
                 "<data num_elements=\"2\" type=\"string\">\n<value index=\"0\">a&lt;b</value>\n"
-                "<value index=\"1\">c</value>\n</data>\n</property>\n\n"
+                "<value index=\"1\">plain up to the last character &gt;</value>\n</data>\n</property>\n\n"
                 "<property>\n<distinct_name>NOTHING" +
                 texts +
                 "<data num_elements=\"0\" type=\"uint8_t\">\n</data>\n</property>\n\n"
                 "<property/>\n</property>\n");
-  EXPECT_EQ(to_xml_tree(std::make_shared<property_base>(), true), "<property/>");
+  EXPECT_EQ(to_xml_tree(std::make_shared<property_base>(), true).view(), "<property/>");
 }
 
 } // namespace
