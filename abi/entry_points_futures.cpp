@@ -5,6 +5,8 @@
 #include "ir/scheduler/scheduler.h"
 #include "objects/library_future.h"
 
+#include <stdexcept>
+
 // How operations are handed to the scheduler, and how their end is learnt.
 namespace oryn::tarva::library {
 
@@ -47,7 +49,11 @@ tarva_singleton::submit_with_future(const std::shared_ptr<logical_ir::logical_op
   try {
     submit(operation);
   } catch (...) {
-    bridge_.release_future(future);
+    try {
+      bridge_.release_future(future);
+    } catch (const std::runtime_error&) {
+      // The stop of the library has taken it away meanwhile.
+    }
     throw;
   }
   return future;

@@ -60,10 +60,11 @@ protected:
     EXPECT_EQ(launch(sum, {argument(out), argument(a), argument(b)}, line(5)), outcome());
     EXPECT_TRUE(no_failure_left());
     expect_silence();
-    if (target != role::big_endian) {
-      EXPECT_EQ(read<std::int32_t>(out, 5), counted(5, 1000));
-      EXPECT_EQ(read<std::int32_t>(a, 5), counted(5));
-      EXPECT_EQ(read<std::int32_t>(b, 5), counted(5, 10));
+    for (const auto& [object, content] :
+         {std::pair(&out, counted(5, 1000)), {&a, counted(5)}, {&b, counted(5, 10)}}) {
+      const auto left = read<std::int32_t>(*object, 5);
+      // One that had arrived at the device before the failure stays there, in that order.
+      EXPECT_TRUE(left == content || (target == role::big_endian && left == swapped(content)));
     }
 
     EXPECT_EQ(launch(sum, {argument(out), argument(a), argument(b)}, line(5)), outcome());

@@ -372,6 +372,117 @@ TEST(lifecycle, late_and_concurrent_calls_survive_the_stop) {
   EXPECT_EXIT(run(call_in_a_forked_child), ExitedWithCode(0), ::testing::Eq(""));
 }
 
+// The threads of a case take turns; none comes back.
+std::atomic<int> turn = 0;
+void await_turn(int wanted) {
+  while (turn < wanted)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+void pause(int milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+// The second half of the move comes long after the exit has begun, on the device that is asked to stop first.
+void exit_in_the_middle_of_a_move() {
+  static outcome ended{-1};
+  static std::vector<std::int32_t> seen;
+  static std::thread moving;
+  std::atexit([] { // when the library has stopped
+    moving.join();
+    if (ended != outcome() || seen != counted(4))
+      _exit(2);
+  });
+  use_two_devices();
+  log_to_console("error");
+  static const auto& all = *new auto(devices());
+  static const auto& numbers = *new memory(used_on(all[1]));
+  static const auto& flag = *new auto(find_kernel(compile(all[0], SOURCE), "flag"));
+  set_kernel("flag", [](const kernel_run& now) {
+    for (std::size_t i = 0; i < 4; ++i)
+      seen.push_back(now.get<std::int32_t>(0, i));
+  });
+  std::atexit([] { turn = 2; }); // before it stops
+  before_call(op::finish, 1, [] {
+    turn = 1;
+    await_turn(2);
+    pause(300);
+  });
+  before_call(op::enqueue_write_buffer, 1, [] { pause(300); });
+  moving = std::thread([] { ended = launch(flag, {argument(numbers)}, line(1)); });
+  await_turn(1);
+}
+
+// The first device is asked to stop in the middle of a launch that got to it when the others had ended their work, and
+// other callers stand behind. To that end the library is held up where it tells that it stops.
+void exit_with_work_left() {
+  static outcome first{-1}, second{-1};
+  static std::vector<std::int32_t> contents[] = {{0, 0, 0, 0}, {0, 0, 0, 0}};
+  static std::atomic<int> answered = 0;
+  static std::vector<std::thread> threads;
+  std::atexit([] {
+    for (std::thread& each : threads)
+      each.join();
+    if (first != outcome() || second != outcome() || answered != 2)
+      _exit(2);
+  });
+  use_two_devices();
+  log_to_console("info");
+  static const auto& all = *new auto(devices());
+  static const auto& blocking = *new auto(find_kernel(compile(all[1], SOURCE), "flag"));
+  static const auto& left = *new auto(find_kernel(compile(all[0], SOURCE), "flag"));
+  static const memory* const objects[] = {new memory(make(counted(4))), new memory(used_on(all[1]))};
+  static const auto& others = *new memory(make(counted(4)));
+  static const auto& fresh = *new memory(make(counted(4)));
+  must(launch(blocking, {argument(others)}, line(1)));
+  set_kernel("flag", [](const kernel_run&) {
+    turn = 1;
+    await_turn(3);
+  });
+  std::atexit([] { turn = 2; });
+  threads.emplace_back([] { first = launch(blocking, {argument(others)}, line(1)); });
+  await_turn(1);
+  before_call(op::enqueue_write_buffer, 1, [] {
+    turn = 4;
+    await_turn(5);
+  });
+  threads.emplace_back([] { second = launch(left, {argument(fresh)}, line(1)); });
+  // A read that is not refused leaves a future that nobody can ask any more, and all of the content or nothing.
+  for (std::size_t i = 0; i < 2; ++i)
+    threads.emplace_back([i] {
+      tarva_abi_future_s* future = nullptr;
+      tarva_abi_error_s* failure = nullptr;
+      const auto read = tarva_abi_async_read_memory(nullptr, objects[i]->get(), 0, 4, contents[i].data(),
+                                                    &future, &failure);
+      long code = 0;
+      const auto waited = tarva_abi_wait_future(nullptr, future, &code, nullptr, nullptr);
+      const bool is_complete = contents[i] == counted(4),
+                 is_untouched = contents[i] == std::vector<std::int32_t>(4);
+      answered += waited == TARVA_ABI_UNKNOWN_FAILURE &&
+                  (read == TARVA_ABI_OK ? is_complete || is_untouched
+                                        : read == TARVA_ABI_LOGIC_FAILURE && is_untouched);
+    });
+  threads.emplace_back([] {
+    await_turn(2);
+    pause(500); // the library waits for the devices
+    flockfile(stderr);
+    turn = 3;
+    await_turn(4);
+    funlockfile(stderr);
+    pause(500); // it stops the first device
+    turn = 5;
+  });
+  pause(300); // all callers are inside
+}
+
+TEST(lifecycle, a_stop_ends_what_has_begun_and_answers_who_is_left) {
+  EXPECT_EXIT(run(exit_in_the_middle_of_a_move), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(exit_with_work_left), ExitedWithCode(0),
+              lines({"Releasing device 1 of 2.",
+                     "] [tarva] [warning] About to shutdown work dispatcher thread, but work remains.",
+                     "] [tarva] [error] ", "kernel: {work_dim=1",
+                     "The work dispatcher was shut down before the command could be run."}));
+}
+
 // Threads that sleep inside the library, or are on their way into it or out of it.
 [[noreturn]] void fail_among_others(op operation) {
   use_two_devices();

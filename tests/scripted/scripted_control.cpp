@@ -31,6 +31,17 @@ std::optional<std::int32_t> machine::planned(planned_failure::way how, qv::opera
   return std::nullopt;
 }
 
+std::function<void()> machine::planned_action_before(qv::operation operation) {
+  for (auto action = actions.begin(); action != actions.end(); ++action) {
+    if (action->operation != operation || --action->countdown > 0)
+      continue;
+    auto run = std::move(action->run);
+    actions.erase(action);
+    return run;
+  }
+  return {};
+}
+
 std::map<std::string, std::int64_t> machine::live() const {
   std::map<std::string, std::int64_t> counts;
   for (const auto& [handle, one] : objects)
@@ -101,6 +112,11 @@ void fail_transport(qv::operation operation, int nth, std::int32_t code) {
 
 void fail_event(qv::operation operation, int nth, std::int32_t status) {
   plan(planned_failure::way::event, operation, nth, status);
+}
+
+void before_call(qv::operation operation, int nth, std::function<void()> action) {
+  const auto guard = locked();
+  machine::get().actions.push_back({operation, nth, std::move(action)});
 }
 
 bool no_failure_left() {

@@ -31,6 +31,11 @@ bool is_release(qv::operation operation) {
 }
 
 std::int32_t perform(session& now, qv::operation operation, void* record) {
+  if (const auto action = now.world.planned_action_before(operation)) {
+    now.lock.unlock();
+    action();
+    now.lock.lock();
+  }
   if (const auto code = now.world.planned(planned_failure::way::transport, operation))
     return *code;
   handler run = nullptr;

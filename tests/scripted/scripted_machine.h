@@ -101,6 +101,12 @@ struct planned_failure {
   std::int32_t value;
 };
 
+struct planned_action {
+  qv::operation operation;
+  int countdown;
+  std::function<void()> run;
+};
+
 class machine {
 public:
   static machine& get(); // never destroyed: the library under test calls until the process ends
@@ -127,6 +133,8 @@ public:
   void complain(const std::string& what) { misuses.push_back(what); }
   // The failure planned for this very call, if any; counts down those of its operation.
   std::optional<std::int32_t> planned(planned_failure::way how, qv::operation operation);
+  // Likewise for the action.
+  std::function<void()> planned_action_before(qv::operation operation);
   std::map<std::string, std::int64_t> live() const;
 
   std::mutex lock;
@@ -135,6 +143,7 @@ public:
   std::set<void*> call_handles;
   std::vector<call_record> calls;
   std::vector<planned_failure> failures;
+  std::vector<planned_action> actions;
   std::vector<std::string> misuses;
   std::map<std::string, kernel_function> kernels;
   std::uint64_t version = std::uint64_t{1} << 63;

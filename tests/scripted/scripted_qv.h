@@ -128,6 +128,8 @@ SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const in
 SCRIPTED_API void fail_call(qv::operation operation, int nth, std::int32_t status);
 SCRIPTED_API void fail_transport(qv::operation operation, int nth, std::int32_t code);
 SCRIPTED_API void fail_event(qv::operation operation, int nth, std::int32_t status);
+// Runs before the `nth` coming call of the operation has any effect, on the thread of that call.
+SCRIPTED_API void before_call(qv::operation operation, int nth, std::function<void()> action);
 // True if no failure that was asked for is still to come. Forgets those that are.
 SCRIPTED_API bool no_failure_left();
 
