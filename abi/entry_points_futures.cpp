@@ -52,7 +52,8 @@ tarva_singleton::submit_with_future(const std::shared_ptr<logical_ir::logical_op
     try {
       bridge_.release_future(future);
     } catch (const std::runtime_error&) {
-      // The stop of the library has taken it away meanwhile.
+      // The stop of the library has taken it out meanwhile, but left the record to its owner.
+      record_deleter()(future);
     }
     throw;
   }
