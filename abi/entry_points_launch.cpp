@@ -24,8 +24,7 @@ void add_argument(kernel_argument_list& list, const abi_bridge::reading& handles
   case TARVA_ABI_ARGUMENT_VALUE:
     return list.add_value(pointer_in<const void>(argument.second), to_data_type(argument.first));
   case TARVA_ABI_ARGUMENT_MEMORY:
-    return list.add_memory(
-        handles.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
+    return list.add_memory(handles.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
   case TARVA_ABI_ARGUMENT_LOCAL_MEMORY:
     return list.add_local_memory(to_data_type(argument.first), argument.second);
   default:

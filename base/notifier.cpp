@@ -17,7 +17,7 @@ struct notifier_internals {
   event_count events;
   std::atomic<bool> closed = false;
   std::atomic<bool> has_wait_any = false;
-  std::mutex lock;                                                // guards the list
+  std::mutex lock;                                                    // guards the list
   std::forward_list<std::shared_ptr<event_count>> wait_any_notifiers; // each once
 
   notifier_internals() = default;

@@ -51,8 +51,7 @@ void kernel_argument_list::add_memory(const std::shared_ptr<library_memory>& mem
 }
 
 void kernel_argument_capture::refuse_index() {
-  throw std::logic_error(
-      "Accessing argument index from the kernel argument capture that is out-of-bounds.");
+  throw std::logic_error("Accessing argument index from the kernel argument capture that is out-of-bounds.");
 }
 
 std::span<const std::shared_ptr<library_memory>>

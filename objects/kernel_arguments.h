@@ -148,7 +148,8 @@ private:
   [[noreturn]] static void refuse_index();
 
   std::shared_ptr<const kernel_argument_list> list_;
-  std::shared_ptr<const std::vector<std::shared_ptr<device_memory>>> blocks_; // one for each memory object, or none yet
+  std::shared_ptr<const std::vector<std::shared_ptr<device_memory>>>
+      blocks_; // one for each memory object, or none yet
 };
 
 } // namespace oryn::tarva::library

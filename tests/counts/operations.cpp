@@ -37,7 +37,8 @@ void write_tree(const caller::property& root) {
 std::string many_parameters() {
   std::string list;
   for (int i = 0; i < 32; ++i)
-    list += (list.empty() ? "" : ", ") + ("global int* data" + std::to_string(i)) + ", int amount" + std::to_string(i);
+    list += (list.empty() ? "" : ", ") + ("global int* data" + std::to_string(i)) + ", int amount" +
+            std::to_string(i);
   return "kernel void many(" + list + ") {}\n";
 }
 
@@ -53,7 +54,8 @@ int main() {
   const program made = compile(list.front(), "kernel void empty() {}\n"
                                              "kernel void add(global int* data, int amount) {}\n" +
                                                  many_parameters());
-  const kernel empty = find_kernel(made, "empty"), add = find_kernel(made, "add"), many = find_kernel(made, "many");
+  const kernel empty = find_kernel(made, "empty"), add = find_kernel(made, "add"),
+               many = find_kernel(made, "many");
   must(launch(add, {argument(numbers), argument(number)}, line(1)));
   must(launch(add, {argument(others), argument(number)}, line(1)));
   std::int32_t storage[4] = {};

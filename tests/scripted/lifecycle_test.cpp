@@ -4,6 +4,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <latch>
 #include <pthread.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -187,12 +188,12 @@ TEST(lifecycle, nothing_is_printed_unasked) {
   constexpr int THREADS = 32;
   log_to_console("info");
   ::testing::internal::CaptureStderr();
-  std::atomic<int> ready = 0, good = 0;
+  std::latch ready(THREADS);
+  std::atomic<int> good = 0;
   std::vector<std::thread> threads;
   for (int i = 0; i < THREADS; ++i)
     threads.emplace_back([&] {
-      for (++ready; ready < THREADS;)
-        ;
+      ready.arrive_and_wait();
       if (devices().size() == 2)
         ++good;
     });
