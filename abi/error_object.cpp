@@ -12,9 +12,8 @@ error_object::error_object(std::uint64_t exception_type, std::string message)
 
 std::shared_ptr<error_object> error_object::set_nested_error(std::uint64_t exception_type,
                                                              std::string message) {
-  if (nested_ != nullptr) {
+  if (nested_ != nullptr)
     throw std::logic_error("Error object already has a nested error, cannot set another one.");
-  }
   nested_ = std::make_shared<error_object>(exception_type, std::move(message));
   return nested_;
 }
@@ -37,9 +36,8 @@ std::shared_ptr<property_base> error_object::get_property(property_path path) {
 }
 
 std::vector<std::string> error_object::get_child_names(const property_path& path) {
-  if (is_path(path, {"ROOT"})) {
+  if (is_path(path, {"ROOT"}))
     return {"EXCEPTION_TYPE", "EXCEPTION_MESSAGE"};
-  }
   return {};
 }
 

@@ -34,10 +34,9 @@ std::string_view read_environment(const char* variable, std::string_view fallbac
 
 log_level read_level(const char* variable) {
   const std::string_view text = read_environment(variable, "off");
-  for (std::size_t level = 0; level < level_names.size(); ++level) {
+  for (std::size_t level = 0; level < level_names.size(); ++level)
     if (text == level_names[level])
       return static_cast<log_level>(level);
-  }
   return log_level::off;
 }
 

@@ -14,10 +14,9 @@ public:
     sigset_t pending;
     sigpending(&pending);
     sigemptyset(&withheld_);
-    for (const int signal : {SIGPIPE, SIGXFSZ}) {
+    for (const int signal : {SIGPIPE, SIGXFSZ})
       if (sigismember(&pending, signal) == 0) // else it is not ours
         sigaddset(&withheld_, signal);
-    }
     pthread_sigmask(SIG_BLOCK, &withheld_, &before_);
   }
   withheld_write_signals(const withheld_write_signals&) = delete;

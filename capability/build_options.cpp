@@ -32,9 +32,8 @@ std::optional<std::vector<std::string>> words_of(std::string_view options, bool 
 
 // Whether the value of an option is the next word. OpenCL has three such options, the compilers some more.
 bool takes_next_word(const std::string& option) {
-  constexpr std::array<std::string_view, 11> options{"-D",       "-I",       "-x",      "-U",
-                                                     "-o",       "-include", "-imacros", "-isystem",
-                                                     "-iquote", "-idirafter", "-mllvm"};
+  constexpr std::array<std::string_view, 11> options{
+      "-D", "-I", "-x", "-U", "-o", "-include", "-imacros", "-isystem", "-iquote", "-idirafter", "-mllvm"};
   return std::find(options.begin(), options.end(), option) != options.end();
 }
 

@@ -46,9 +46,8 @@ std::shared_ptr<property_base> library_memory::get_property(property_path path) 
 }
 
 std::vector<std::string> library_memory::get_child_names(const property_path& path) {
-  if (is_path(path, {"ROOT"})) {
+  if (is_path(path, {"ROOT"}))
     return {"USER_LABEL", "NUM_ELEMENTS", "TYPE", "OBJECT_ID"};
-  }
   return {};
 }
 

@@ -56,9 +56,8 @@ public:
     for (const row& added : rows) {
       node* parent = added.parent.empty() ? nullptr : &nodes_.at(added.parent);
       node& made = nodes_.emplace(added.key, node{&added, parent, add_texts(added), {}}).first->second;
-      if (parent != nullptr && added.is_listed) {
+      if (parent != nullptr && added.is_listed)
         parent->children.push_back(&made);
-      }
     }
   }
   // The nodes point to each other and to the texts.
@@ -69,26 +68,22 @@ public:
   // tree only, so the last one leads to the node, and the others must be those on the way up to the root.
   const node* find(version_number version, const property_path& path) const {
     const auto last = path.empty() ? nodes_.end() : nodes_.find(path.back());
-    if (last == nodes_.end()) {
+    if (last == nodes_.end())
       return nullptr;
-    }
     const node* step = &last->second;
-    for (auto key = path.rbegin(); key != path.rend(); ++key, step = step->parent) {
-      if (step == nullptr || *key != step->self->key || !step->self->versions.contains(version)) {
+    for (auto key = path.rbegin(); key != path.rend(); ++key, step = step->parent)
+      if (step == nullptr || *key != step->self->key || !step->self->versions.contains(version))
         return nullptr;
-      }
-    }
     return step == nullptr ? &last->second : nullptr;
   }
 
 private:
   std::shared_ptr<const property_texts> add_texts(const row& added) {
     const std::string key(added.key);
-    if (const std::optional<data_type> type = value_type(added.source)) {
+    if (const std::optional<data_type> type = value_type(added.source))
       dictionary_.add(key, added.friendly_name, added.description, *type);
-    } else {
+    else
       dictionary_.add(key, added.friendly_name, added.description);
-    }
     return dictionary_.get_texts(key);
   }
 

@@ -21,9 +21,8 @@ public:
   std::shared_ptr<property_base> get_property(property_path path) final {
     const node* found = get_catalogue().find(get_catalogue_version(), path);
     property_value value;
-    if (found == nullptr || !read_value(*found->self, value)) {
+    if (found == nullptr || !read_value(*found->self, value))
       return std::make_shared<property_base>();
-    }
     return make_property(this, std::move(path), found->texts, value);
   }
 
@@ -32,11 +31,9 @@ public:
     std::vector<std::string> names;
     if (const node* found = get_catalogue().find(version, path)) {
       names.reserve(found->children.size());
-      for (const node* child : found->children) {
-        if (child->self->versions.contains(version)) {
+      for (const node* child : found->children)
+        if (child->self->versions.contains(version))
           names.emplace_back(child->self->key);
-        }
-      }
     }
     return names;
   }
@@ -63,9 +60,8 @@ private:
   void visit_below(const node& parent, version_number version, property_visitor& visitor,
                    property_value& value) {
     for (const node* child : parent.children) {
-      if (!child->self->versions.contains(version)) {
+      if (!child->self->versions.contains(version))
         continue;
-      }
       value.clear();
       if (!read_value(*child->self, value)) {
         visitor.visit_empty();

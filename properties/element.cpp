@@ -24,11 +24,10 @@ void append_value(text_buffer& out, const char* value) {
   out.append(value);
 }
 void append_value(text_buffer& out, bool value) {
-  if (value) {
+  if (value)
     out.append("true");
-  } else {
+  else
     out.append("false");
-  }
 }
 void append_value(text_buffer& out, half value) {
   append_floating_point(out, half_to_float(value));
@@ -42,20 +41,18 @@ void append_value(text_buffer& out, double value) {
 
 template <std::integral T>
 void append_value(text_buffer& out, T value) {
-  if constexpr (sizeof(T) == 1) {
+  if constexpr (sizeof(T) == 1)
     out.append_repeated(1, static_cast<char>(value));
-  } else {
+  else
     append_integer(out, value);
-  }
 }
 
 // True when T holds one component of the row; prints it if so.
 template <typename T>
 bool append_component_as(text_buffer& out, const data_type_row& row, const void* data, std::uint64_t index) {
   using shape = element_shape<T>;
-  if (row.kind != shape::kind || row.component_bytes != shape::component_bytes) {
+  if (row.kind != shape::kind || row.component_bytes != shape::component_bytes)
     return false;
-  }
   append_value(out, get_element<T>(data, data_type_of<T>(), index));
   return true;
 }
@@ -94,9 +91,8 @@ void append_element_text(text_buffer& out, const void* data, data_type type, std
     break;
   }
   const data_type_row* row = find_data_type(type);
-  if (row == nullptr) {
+  if (row == nullptr)
     throw std::runtime_error("Unhandled case.  Report a bug.");
-  }
   if (row->components == 1) {
     append_component(out, *row, data, index);
     return;
@@ -104,9 +100,8 @@ void append_element_text(text_buffer& out, const void* data, data_type type, std
   const auto* element = static_cast<const unsigned char*>(data) + index * row->element_bytes();
   out.append("{");
   for (std::uint64_t component = 0; component < row->components; ++component) {
-    if (component != 0) {
+    if (component != 0)
       out.append(", ");
-    }
     append_component(out, *row, element, component);
   }
   out.append("}");

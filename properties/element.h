@@ -60,9 +60,8 @@ consteval data_type data_type_of() {
   for (std::uint64_t value = first_data_type; value <= last_data_type; ++value) {
     const data_type_row& row = data_type_table[value - 1];
     if (row.kind == shape::kind && row.component_bytes == shape::component_bytes &&
-        row.components == shape::components) {
+        row.components == shape::components)
       return data_type{value};
-    }
   }
   throw "no data type has elements of this kind";
 }
@@ -71,9 +70,8 @@ consteval data_type data_type_of() {
 template <typename T>
 T get_element(const void* data, data_type type, std::uint64_t index) {
   if (type != data_type_of<T>()) {
-    if (find_data_type(type) == nullptr) {
+    if (find_data_type(type) == nullptr)
       throw std::runtime_error("Unhandled case.");
-    }
     throw std::logic_error("Mismatch between expected data type and provided data type.");
   }
   if constexpr (std::same_as<T, const char*>) {

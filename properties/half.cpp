@@ -7,12 +7,10 @@ namespace oryn::tarva::library {
 namespace {
 
 float magnitude(int exponent, int mantissa) {
-  if (exponent == 31) {
+  if (exponent == 31)
     return mantissa == 0 ? std::numeric_limits<float>::infinity() : std::numeric_limits<float>::quiet_NaN();
-  }
-  if (exponent == 0) {
+  if (exponent == 0)
     return std::ldexp(static_cast<float>(mantissa), -24);
-  }
   return std::ldexp(static_cast<float>(mantissa + 1024), exponent - 25);
 }
 

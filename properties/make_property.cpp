@@ -19,9 +19,8 @@ typename property<T>::values_type copy_elements(const value_view& value) {
 std::shared_ptr<property_base> make_property(property_interface* owner, property_path path,
                                              std::shared_ptr<const property_texts> texts,
                                              property_value& value) {
-  if (path.empty()) {
+  if (path.empty())
     throw std::logic_error("Expected path to be non-empty.");
-  }
   const value_view view = value.view();
   switch (view.type) {
   case data_type::string_:

@@ -6,9 +6,8 @@ property<std::string>::property(property_interface* owner, property_path path,
                                 std::shared_ptr<const property_texts> texts, values_type values)
     : property_base(owner, std::move(path), std::move(texts)), values_(std::move(values)) {
   value_pointers_.reserve(values_.size());
-  for (const std::string& value : values_) {
+  for (const std::string& value : values_)
     value_pointers_.push_back(value.c_str());
-  }
 }
 
 template class property<bool>;

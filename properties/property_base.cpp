@@ -41,9 +41,8 @@ void property_base::check_owner() const {
 
 void property_base::check_has_data() const {
   check_owner();
-  if (!has_data()) {
+  if (!has_data())
     throw std::logic_error("Expected property to contain data.");
-  }
 }
 
 std::shared_ptr<property_base> property_base::get_child(std::string name) const {
@@ -58,9 +57,8 @@ std::shared_ptr<property_base> property_base::get_child(std::string name) const 
 std::vector<std::shared_ptr<property_base>> property_base::get_children() const {
   check_owner();
   std::vector<std::shared_ptr<property_base>> children;
-  for (std::string& name : owner_->get_child_names(path_)) {
+  for (std::string& name : owner_->get_child_names(path_))
     children.push_back(get_child(std::move(name)));
-  }
   return children;
 }
 
@@ -81,9 +79,8 @@ std::string property_base::element_to_string(std::uint64_t index) const {
 
 property_view property_base::get_view() const {
   value_view value;
-  if (has_data()) {
+  if (has_data())
     value = {get_data_type(), get_element_count(), get_data()};
-  }
   return {get_name(), get_friendly_name(), get_description(), value};
 }
 

@@ -37,9 +37,8 @@ std::shared_ptr<const property_texts> property_dictionary::get_texts(const std::
 
 const property_dictionary::entry& property_dictionary::get_entry(const std::string& field_name) const {
   const auto found = entries_.find(field_name);
-  if (found == entries_.end()) {
+  if (found == entries_.end())
     throw std::logic_error("Could not find the fieldname \"" + field_name + "\" in the property dictionary.");
-  }
   return found->second;
 }
 

@@ -27,18 +27,14 @@ public:
   text_buffer out;
 
   void begin(const property_view& property) override {
-    if (shown_.name) {
+    if (shown_.name)
       out.append("Name          : ", property.name, "\n");
-    }
-    if (shown_.friendly_name) {
+    if (shown_.friendly_name)
       out.append("Friendly Name : ", property.friendly_name, "\n");
-    }
-    if (shown_.description) {
+    if (shown_.description)
       out.append("Description   : ", property.description, "\n");
-    }
-    if (property.value.element_count != 0) {
+    if (property.value.element_count != 0)
       write_value(property.value);
-    }
     out.append("\n");
   }
   void end() override {}
@@ -46,12 +42,10 @@ public:
 
 private:
   void write_value(const value_view& value) {
-    if (shown_.type) {
+    if (shown_.type)
       out.append("Type          : ", data_type_name(value.type), "\n");
-    }
-    if (!shown_.value) {
+    if (!shown_.value)
       return;
-    }
     out.append("Value         : ");
     if (value.element_count == 1) {
       append_element_text(out, value.data, value.type, 0);
@@ -90,9 +84,8 @@ public:
     out.append("</friendly_name>\n<description>");
     write_escaped(property.description);
     out.append("</description>\n");
-    if (property.value.has_data()) {
+    if (property.value.has_data())
       write_value(property.value);
-    }
   }
   void end() override { out.append("</property>\n\n"); }
   void visit_empty() override { out.append("<property/>\n"); }
@@ -133,14 +126,12 @@ private:
   // True if all characters stay as they are. Nearly all texts are such, so they are looked at by blocks, the last
   // of which may overlap the one before.
   static bool is_plain(std::string_view text) {
-    if (text.size() < sizeof(block)) {
+    if (text.size() < sizeof(block))
       return std::all_of(text.begin(), text.end(), [](char each) { return entity(each).empty(); });
-    }
     const std::size_t last = text.size() - sizeof(block);
     block special = special_in(text.data() + last);
-    for (std::size_t place = 0; place < last; place += sizeof(block)) {
+    for (std::size_t place = 0; place < last; place += sizeof(block))
       special |= special_in(text.data() + place);
-    }
     const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(special);
     return (halves[0] | halves[1]) == 0;
   }
@@ -179,14 +170,12 @@ private:
 text_buffer to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
                          bool show_friendly_name, bool show_type, bool show_description, bool show_value) {
   if (property->is_empty() ||
-      !(show_name || show_friendly_name || show_type || show_description || show_value)) {
+      !(show_name || show_friendly_name || show_type || show_description || show_value))
     return {};
-  }
   text_writer writer({show_name, show_friendly_name, show_type, show_description, show_value});
   writer.begin(property->get_view());
-  if (recursive) {
+  if (recursive)
     property->visit_descendants(writer);
-  }
   return std::move(writer.out);
 }
 
@@ -198,9 +187,8 @@ text_buffer to_xml_tree(const std::shared_ptr<property_base>& property, bool rec
   }
   xml_writer writer;
   writer.begin(property->get_view());
-  if (recursive) {
+  if (recursive)
     property->visit_descendants(writer);
-  }
   writer.end();
   writer.out.remove_last(); // the empty line is that of a child
   return std::move(writer.out);

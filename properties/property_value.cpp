@@ -26,9 +26,8 @@ void property_value::set(std::string_view value) {
 void property_value::set(const std::vector<std::string>& values) {
   set_texts([&values](std::string& text, std::vector<const char*>& pointers) {
     std::size_t size = 0;
-    for (const std::string& value : values) {
+    for (const std::string& value : values)
       size += value.size() + 1;
-    }
     text.clear();
     text.reserve(size); // the pointers must not move
     for (const std::string& value : values) {

@@ -31,9 +31,8 @@ public:
 
   // Room for that many characters at the end; how many of them were written is told by grow().
   char* room_for(std::size_t count) {
-    if (capacity_ - size_ < count) {
+    if (capacity_ - size_ < count)
       reserve(count);
-    }
     return data_ + size_;
   }
   void grow(std::size_t count) { size_ += count; }

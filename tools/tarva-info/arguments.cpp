@@ -32,11 +32,10 @@ public:
     opterr = 0;
     while (optind < count) {
       const int code = getopt_long(count, words, short_options, long_options, nullptr);
-      if (code != -1) {
+      if (code != -1)
         take_option(code, words);
-      } else if (optind < count) {
+      else if (optind < count)
         take_device(words[optind++]);
-      }
     }
     return finish();
   }
@@ -82,9 +81,8 @@ private:
   // unknown long option is not.
   static std::string describe_refused(char** words) {
     const std::string word = words[optind - 1];
-    if (optopt == 0) {
+    if (optopt == 0)
       return "unknown option " + word;
-    }
     const bool is_known = optopt >= GET || (std::isalpha(optopt) && std::strchr(short_options, optopt));
     return is_known ? word + ": this option takes no argument"
                     : "unknown option " + std::string{'-', static_cast<char>(optopt)};
@@ -93,9 +91,8 @@ private:
   // Help is given whatever other form is asked for.
   void take_form(output_form form, const char* name) {
     if (form_name_ != nullptr && form != output_form::help && parsed_.form != form) {
-      if (parsed_.form == output_form::help) {
+      if (parsed_.form == output_form::help)
         return;
-      }
       throw usage_failure(std::string(form_name_) + " and " + name + " exclude each other");
     }
     parsed_.form = form;
@@ -103,34 +100,28 @@ private:
   }
 
   void take_device(const char* word) {
-    if (parsed_.device) {
+    if (parsed_.device)
       throw usage_failure("more than one device");
-    }
     std::uint64_t number = 0;
     const char* end = word + std::strlen(word);
     const auto [stopped, error] = std::from_chars(word, end, number);
-    if (error != std::errc() || stopped != end) {
+    if (error != std::errc() || stopped != end)
       throw usage_failure(std::string("not the number of a device: ") + word);
-    }
     parsed_.device = number;
   }
 
   arguments finish() {
     const output_form form = parsed_.form;
-    if (form == output_form::help || form == output_form::version) {
+    if (form == output_form::help || form == output_form::version)
       return parsed_;
-    }
-    if (is_all_ && parsed_.device) {
+    if (is_all_ && parsed_.device)
       throw usage_failure("--all and a device exclude each other");
-    }
-    if (form_name_ == nullptr && (is_all_ || parsed_.device || !parsed_.key_part.empty())) {
+    if (form_name_ == nullptr && (is_all_ || parsed_.device || !parsed_.key_part.empty()))
       parsed_.form = output_form::tree;
-    }
     const bool takes_part =
         parsed_.form == output_form::tree || form == output_form::raw || form == output_form::json;
-    if (!parsed_.key_part.empty() && !takes_part) {
+    if (!parsed_.key_part.empty() && !takes_part)
       throw usage_failure(std::string("--prop and ") + form_name_ + " exclude each other");
-    }
     return parsed_;
   }
 

@@ -31,16 +31,13 @@ std::string quoted(std::string_view text) {
 
 std::string value_text(const property_node& node) {
   std::vector<std::string> elements = plain_elements(node.value);
-  if (std::holds_alternative<std::vector<std::string>>(node.value)) {
+  if (std::holds_alternative<std::vector<std::string>>(node.value))
     std::transform(elements.begin(), elements.end(), elements.begin(), quoted);
-  }
-  if (elements.size() == 1 && find_known_key(node.key).counted != unit::list) {
+  if (elements.size() == 1 && find_known_key(node.key).counted != unit::list)
     return elements.front();
-  }
   std::string list = "[";
-  for (const std::string& element : elements) {
+  for (const std::string& element : elements)
     list += (list.size() == 1 ? "" : ", ") + element;
-  }
   return list + ']';
 }
 
@@ -73,9 +70,8 @@ private:
 void write_node(std::ostream& out, const property_node& node, std::size_t indent);
 
 void write_children(member_writer& members, const property_node& node, std::size_t indent) {
-  for (const property_node& child : node.children) {
+  for (const property_node& child : node.children)
     write_node(members.add(child.key), child, indent + 2);
-  }
 }
 
 void write_node(std::ostream& out, const property_node& node, std::size_t indent) {
@@ -85,12 +81,10 @@ void write_node(std::ostream& out, const property_node& node, std::size_t indent
     return;
   }
   member_writer members(out, indent);
-  if (!node.error.empty()) {
+  if (!node.error.empty())
     members.add("error") << quoted(node.error);
-  }
-  if (has_value) {
+  if (has_value)
     members.add("value") << value_text(node);
-  }
   write_children(members, node, indent);
   members.end();
 }

@@ -30,9 +30,8 @@ std::string message_of(const error_handle& error) {
 error_handle nested_in(const error_handle& error) {
   tarva_abi_error_s* nested = nullptr;
   tarva_abi_error_s* failure = nullptr;
-  if (tarva_abi_get_nested_error(nullptr, error.get(), &nested, &failure) != TARVA_ABI_OK) {
+  if (tarva_abi_get_nested_error(nullptr, error.get(), &nested, &failure) != TARVA_ABI_OK)
     tarva_abi_free_error(nullptr, failure);
-  }
   return error_handle(nested);
 }
 
@@ -42,9 +41,8 @@ std::string describe(tarva_abi_result result, error_handle error) {
     const std::string message = message_of(error);
     text += text.empty() || message.empty() ? message : ": " + message;
   }
-  if (!text.empty()) {
+  if (!text.empty())
     return text;
-  }
   return result == TARVA_ABI_OUT_OF_MEMORY ? "out of memory" : "unknown failure of the library";
 }
 
@@ -53,9 +51,8 @@ template <auto Function, typename... Arguments>
 void call(Arguments... arguments) {
   tarva_abi_error_s* error = nullptr;
   const tarva_abi_result result = Function(nullptr, arguments..., &error);
-  if (result != TARVA_ABI_OK) {
+  if (result != TARVA_ABI_OK)
     throw library_failure(describe(result, error_handle(error)));
-  }
 }
 
 } // namespace
@@ -65,9 +62,8 @@ std::vector<device_handle> get_devices() {
   call<tarva_abi_get_devices>(&found);
   const std::unique_ptr<tarva_abi_device_array_s, handle_deleter<tarva_abi_free_device_array>> array(found);
   std::vector<device_handle> devices(array->count);
-  for (std::size_t i = 0; i < devices.size(); ++i) {
+  for (std::size_t i = 0; i < devices.size(); ++i)
     devices[i].reset(array->devices[i]);
-  }
   return devices;
 }
 
@@ -89,14 +85,11 @@ std::vector<property_handle> get_children(const property_handle& parent) {
   const std::unique_ptr<tarva_abi_property_array_s, handle_deleter<tarva_abi_free_property_array>> array(
       found);
   std::vector<property_handle> children(array->count);
-  for (std::size_t i = 0; i < children.size(); ++i) {
+  for (std::size_t i = 0; i < children.size(); ++i)
     children[i].reset(array->properties[i]);
-  }
-  for (const property_handle& child : children) {
-    if (child == nullptr) {
+  for (const property_handle& child : children)
+    if (child == nullptr)
       throw std::bad_alloc();
-    }
-  }
   return children;
 }
 

@@ -14,15 +14,13 @@ public:
 
   std::string text_of(const property_handle& property) {
     std::string text = get_tree_string(property, format_);
-    if (*property->name == '\0') {
+    if (*property->name == '\0')
       return text;
-    }
     const bool is_xml = format_.kind == TARVA_ABI_TREE_XML;
     constexpr std::string_view end = "</property>\n";
     text.resize(text.size() - (is_xml ? end.size() : 0));
-    for (const property_handle& child : readable_children(property)) {
+    for (const property_handle& child : readable_children(property))
       text += text_of(child) + (is_xml ? "\n" : "");
-    }
     return is_xml ? text.append(end) : text;
   }
 
@@ -32,11 +30,9 @@ private:
       return get_children(parent);
     } catch (const library_failure&) {
       std::vector<property_handle> children;
-      for (const known_key& each : all_known_keys()) {
-        if (each.parent == parent->name) {
+      for (const known_key& each : all_known_keys())
+        if (each.parent == parent->name)
           add_child(children, parent, std::string(each.key));
-        }
-      }
       return children;
     }
   }
@@ -45,9 +41,8 @@ private:
                         const std::string& key) {
     try {
       property_handle child = get_child(parent, key);
-      if (*child->name != '\0') {
+      if (*child->name != '\0')
         children.push_back(std::move(child));
-      }
     } catch (const library_failure& failure) {
       std::cerr << "tarva-info: " << key << ": " << printable(failure.what()) << '\n';
     }

@@ -38,11 +38,9 @@ std::string type_of(const property_handle& root) {
        {"OPENCL/CL_DEVICE_TYPE_GPU", "GPU"},
        {"OPENCL/CL_DEVICE_TYPE_ACCELERATOR", "accelerator"},
        {"OPENCL/CL_DEVICE_TYPE_CUSTOM", "custom"}}};
-  for (const auto& [path, name] : types) {
-    if (text_at(root, path) == "true") {
+  for (const auto& [path, name] : types)
+    if (text_at(root, path) == "true")
       return name;
-    }
-  }
   return "other";
 }
 
@@ -67,16 +65,14 @@ line line_of(const numbered_device& device) {
 
 void write_list(std::ostream& out, const std::vector<numbered_device>& devices, const style& look) {
   std::vector<line> lines{{"Device", "OpenCL", "Name", "Type", "Units", "Memory", "Driver"}};
-  for (const numbered_device& device : devices) {
+  for (const numbered_device& device : devices)
     lines.push_back(line_of(device));
-  }
   for (const line& each : lines) {
     std::string text;
     for (std::size_t column = 0; column + 1 < column_count; ++column) {
       std::size_t width = 0;
-      for (const line& other : lines) {
+      for (const line& other : lines)
         width = std::max(width, width_of(other[column]));
-      }
       text += padded(each[column], width + 2);
     }
     text += each.back();

@@ -13,11 +13,9 @@ constexpr int status_usage = 2;
 std::vector<numbered_device> choose(const std::vector<device_handle>& devices,
                                     const std::optional<std::uint64_t>& wanted) {
   std::vector<numbered_device> chosen;
-  for (std::size_t i = 0; i < devices.size(); ++i) {
-    if (!wanted || *wanted == i) {
+  for (std::size_t i = 0; i < devices.size(); ++i)
+    if (!wanted || *wanted == i)
       chosen.push_back({i, devices[i]});
-    }
-  }
   return chosen;
 }
 
@@ -25,12 +23,10 @@ std::vector<numbered_device> choose(const std::vector<device_handle>& devices,
 void write_values(const std::vector<numbered_device>& devices, const std::string& path) {
   for (const numbered_device& device : devices) {
     const property_handle found = find_property(get_root(device.handle), path);
-    if (found->has_data == 0) {
+    if (found->has_data == 0)
       throw std::runtime_error(path + " has no value");
-    }
-    for (const std::string& element : plain_elements(read_property(found).value)) {
+    for (const std::string& element : plain_elements(read_property(found).value))
       std::cout << element << '\n';
-    }
   }
 }
 
@@ -41,9 +37,8 @@ void write_trees(const std::vector<numbered_device>& devices, const arguments& g
     trees.push_back({device.number, read_tree(get_root(device.handle))});
     keep_matching(trees.back().root, given.key_part);
   }
-  if (given.form == output_form::json) {
+  if (given.form == output_form::json)
     return write_json(std::cout, trees);
-  }
   for (const numbered_tree& tree : trees) {
     if (given.form == output_form::raw) {
       write_raw(std::cout, tree.number, tree.root);
@@ -89,9 +84,8 @@ bool run(const arguments& given) {
                              std::to_string(devices.size() - 1));
   }
   if (chosen.empty()) {
-    if (given.form == output_form::json) {
+    if (given.form == output_form::json)
       write_json(std::cout, {});
-    }
     throw std::runtime_error("no OpenCL device");
   }
   return write(chosen, given);

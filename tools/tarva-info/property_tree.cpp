@@ -16,9 +16,8 @@ std::vector<Result> elements_of(const tarva_abi_property_s& property) {
 }
 
 property_value value_of(const tarva_abi_property_s& property) {
-  if (property.has_data == 0) {
+  if (property.has_data == 0)
     return {};
-  }
   switch (property.data_type) {
   case TARVA_ABI_TYPE_STRING:
     return elements_of<std::string, const char*>(property);
@@ -50,9 +49,8 @@ std::vector<property_node> read_known_children(const property_handle& parent) {
   for (const known_key& each : all_known_keys()) {
     if (each.parent == parent->name) {
       property_node child = read_child(parent, each.key);
-      if (!child.key.empty()) {
+      if (!child.key.empty())
         children.push_back(std::move(child));
-      }
     }
   }
   return children;
@@ -66,11 +64,9 @@ std::vector<property_node> read_children(const property_handle& parent) {
     return read_known_children(parent);
   }
   std::vector<property_node> children;
-  for (const property_handle& handle : handles) {
-    if (*handle->name != '\0') { // listed, but not there on this device
+  for (const property_handle& handle : handles)
+    if (*handle->name != '\0') // listed, but not there on this device
       children.push_back(read_tree(handle));
-    }
-  }
   return children;
 }
 
@@ -112,9 +108,8 @@ property_handle find_property(const property_handle& root, std::string_view path
     const std::string key(rest.substr(0, slash));
     rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
     found = get_child(found == nullptr ? root : found, key);
-    if (*found->name == '\0') {
+    if (*found->name == '\0')
       throw std::runtime_error("no property " + std::string(path));
-    }
   } while (!rest.empty());
   return found;
 }
@@ -127,9 +122,8 @@ const property_node* find_child(const property_node& parent, std::string_view ke
 
 void keep_matching(property_node& node, std::string_view part) {
   std::erase_if(node.children, [part](property_node& child) {
-    if (contains(child.key, part)) {
+    if (contains(child.key, part))
       return false;
-    }
     keep_matching(child, part);
     return child.children.empty();
   });

@@ -46,17 +46,13 @@ std::string formatted(const char* format, double number, const char* text) {
 std::size_t character_length(std::string_view text) {
   const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   for (const utf8_range& range : utf8_ranges) {
-    if (byte(0) < range.first || byte(0) > range.last) {
+    if (byte(0) < range.first || byte(0) > range.last)
       continue;
-    }
-    if (text.size() < range.length || (range.length > 1 && (byte(1) < range.low || byte(1) > range.high))) {
+    if (text.size() < range.length || (range.length > 1 && (byte(1) < range.low || byte(1) > range.high)))
       return 0;
-    }
-    for (std::size_t i = 2; i < range.length; ++i) {
-      if ((byte(i) & 0xC0) != 0x80) {
+    for (std::size_t i = 2; i < range.length; ++i)
+      if ((byte(i) & 0xC0) != 0x80)
         return 0;
-      }
-    }
     return range.length;
   }
   return 0;
@@ -83,9 +79,8 @@ std::string printable(std::string_view text) {
 
 std::size_t width_of(std::string_view text) {
   std::size_t width = 0;
-  for (const char byte : text) {
+  for (const char byte : text)
     width += (static_cast<unsigned char>(byte) & 0xC0) != 0x80 ? 1 : 0;
-  }
   return width;
 }
 
@@ -98,13 +93,11 @@ std::string padded(std::string_view text, std::size_t width) {
 
 std::string human_size(std::uint64_t bytes) {
   constexpr const char* units[] = {"KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
-  if (bytes < 1024) {
+  if (bytes < 1024)
     return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-  }
   std::size_t step = 0;
-  while (step < 5 && bytes >> (10 * (step + 2)) != 0) {
+  while (step < 5 && bytes >> (10 * (step + 2)) != 0)
     ++step;
-  }
   const std::uint64_t one = std::uint64_t{1} << (10 * (step + 1));
   const double count = static_cast<double>(bytes) / static_cast<double>(one);
   return formatted(bytes % one == 0 ? "%.0f %s" : "%.2f %s", count, units[step]);
@@ -134,17 +127,15 @@ std::string style::painted(std::string_view text, std::string_view colour) const
 
 style style_of_standard_output() {
   style result;
-  if (isatty(STDOUT_FILENO) == 0) {
+  if (isatty(STDOUT_FILENO) == 0)
     return result;
-  }
   const char* terminal = std::getenv("TERM");
   const char* no_colour = std::getenv("NO_COLOR");
   result.coloured = terminal != nullptr && std::string_view(terminal) != "dumb" &&
                     (no_colour == nullptr || *no_colour == '\0');
   winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0) {
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0)
     result.line_width = size.ws_col;
-  }
   return result;
 }
 

@@ -33,9 +33,8 @@ template <typename T, typename function>
 std::vector<std::string> texts_of(const std::vector<T>& values, function text_of) {
   std::vector<std::string> texts;
   texts.reserve(values.size());
-  for (const auto& value : values) {
+  for (const auto& value : values)
     texts.emplace_back(text_of(value));
-  }
   return texts;
 }
 

@@ -41,9 +41,8 @@ public:
       out_ << padded(label, value_column_);
       write_elements(std::visit(human_text{find_known_key(node.key).counted}, node.value));
     }
-    for (const property_node& child : node.children) {
+    for (const property_node& child : node.children)
       write(child, indent + indent_step);
-    }
   }
 
 private:
@@ -72,9 +71,8 @@ private:
 
 std::size_t label_width(const property_node& node, std::size_t indent) {
   std::size_t width = indent + width_of(label_of(node));
-  for (const property_node& child : node.children) {
+  for (const property_node& child : node.children)
     width = std::max(width, label_width(child, indent + indent_step));
-  }
   return width;
 }
 
@@ -83,9 +81,8 @@ void write_raw_below(std::ostream& out, std::size_t number, const property_node&
   for (const property_node& child : parent.children) {
     if (!child.error.empty() || !std::holds_alternative<std::monostate>(child.value)) {
       std::string text = child.error.empty() ? "" : " error: " + child.error;
-      for (const std::string& element : plain_elements(child.value)) {
+      for (const std::string& element : plain_elements(child.value))
         text += ' ' + element;
-      }
       out << '[' << number << "] " << (text.empty() ? child.key : padded(child.key, key_width))
           << printable(text) << '\n';
     }
@@ -107,17 +104,15 @@ void write_tree(std::ostream& out, std::size_t number, const property_node& root
   tree_writer writer(out, look, value_column);
 
   out << look.heading("Device " + std::to_string(number)) << '\n';
-  for (const property_node& child : object.children) {
+  for (const property_node& child : object.children)
     writer.write(child, indent_step);
-  }
   for (int i = 0; i <= static_cast<int>(section::other); ++i) {
     const auto group = static_cast<section>(i);
     bool is_first = true;
     for (const property_node& child : opencl.children) {
       if (find_known_key(child.key).group == group) {
-        if (is_first) {
+        if (is_first)
           out << '\n' << look.heading(title_of(group)) << '\n';
-        }
         is_first = false;
         writer.write(child, indent_step);
       }
