@@ -2,6 +2,7 @@
 
 #include "objects/element_bytes.h"
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -14,18 +15,11 @@ void require(bool holds, const char* message) {
     throw std::logic_error(message);
 }
 
-// Whether the table's keys are these objects.
+// Whether the replacements are those of these objects.
 bool matches(std::span<const std::shared_ptr<library_memory>> objects,
-             kernel_argument_capture::replacement_table& replacements) {
-  std::size_t used = 0;
-  for (const auto& object : objects) {
-    auto* found = replacements.find(object.get());
-    if (found == nullptr)
-      return false;
-    used += found->is_used ? 0 : 1;
-    found->is_used = true;
-  }
-  return used == replacements.size();
+             const std::vector<kernel_argument_capture::replacement>& replacements) {
+  return std::equal(objects.begin(), objects.end(), replacements.begin(), replacements.end(),
+                    [](const auto& object, const auto& each) { return object.get() == each.object; });
 }
 
 } // namespace
@@ -67,7 +61,7 @@ std::span<const std::shared_ptr<device_memory>> kernel_argument_capture::get_dev
   return *blocks_;
 }
 
-void kernel_argument_capture::replace_library_memory(replacement_table replacements) {
+void kernel_argument_capture::replace_library_memory(std::vector<replacement> replacements) {
   const auto objects = get_library_memory_arguments();
   require(
       matches(objects, replacements),
@@ -82,10 +76,9 @@ void kernel_argument_capture::replace_library_memory(replacement_table replaceme
 
   std::vector<std::shared_ptr<device_memory>> blocks;
   blocks.reserve(objects.size());
-  for (const auto& object : objects) {
-    const replacement* found = replacements.find(object.get());
-    require(found != nullptr, "Expected to find replacement key inside the replacement table.");
-    blocks.push_back(found->block);
+  for (replacement& each : replacements) {
+    require(each.block != nullptr, "Expected to find replacement key inside the replacement table.");
+    blocks.push_back(std::move(each.block));
   }
   blocks_ = std::make_shared<const std::vector<std::shared_ptr<device_memory>>>(std::move(blocks));
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/address_map.h"
 #include "properties/data_type.h"
 
 #include <cstdint>
@@ -106,12 +105,11 @@ private:
 // never changes.
 class kernel_argument_capture {
 public:
+  // A memory object among the arguments, and the block that is to stand in for it.
   struct replacement {
+    const library_memory* object;
     std::shared_ptr<device_memory> block;
-    bool is_used = false;
   };
-  // By the address of the memory object that is replaced.
-  using replacement_table = address_map<replacement>;
 
   kernel_argument_capture() : kernel_argument_capture(kernel_argument_list()) {}
   explicit kernel_argument_capture(kernel_argument_list list)
@@ -140,9 +138,8 @@ public:
   std::span<const std::shared_ptr<library_memory>> get_library_memory_arguments() const;
   std::span<const std::shared_ptr<device_memory>> get_device_memory_arguments() const;
 
-  // Puts the mapped device block in the place of every memory object; the keys must be exactly the capture's
-  // objects.
-  void replace_library_memory(replacement_table replacements);
+  // Puts a device block in the place of every memory object. The replacements are in argument order, with repeats.
+  void replace_library_memory(std::vector<replacement> replacements);
 
 private:
   [[noreturn]] static void refuse_index();

@@ -22,11 +22,11 @@ skerv::opencl::kernel<V> clone(library_kernel& kernel) {
 // A value travels in the byte order of the device; the capture keeps the host's.
 template <version V>
 void set_value(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kernel_argument_pod_value& value,
-               library_device& device) {
+               bool device_is_little_endian) {
   const auto raw = value.get_raw_data();
   if (raw.empty())
     throw std::logic_error("Expected raw data to be non-empty.");
-  if (device.is_little_endian()) {
+  if (device_is_little_endian) {
     kernel.set_value_argument(index, raw.size(), raw.data());
     return;
   }
@@ -37,9 +37,9 @@ void set_value(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kern
 
 template <version V>
 void set_argument(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kernel_argument& argument,
-                  library_device& device) {
+                  bool device_is_little_endian) {
   if (const auto* value = std::get_if<kernel_argument_pod_value>(&argument))
-    set_value<V>(kernel, index, *value, device);
+    set_value<V>(kernel, index, *value, device_is_little_endian);
   else if (std::holds_alternative<kernel_argument_nullptr>(argument))
     kernel.set_null_argument(index);
   else if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument))
@@ -69,9 +69,9 @@ skerv::opencl::event<V> nd_range_kernel<V>::enqueue(dispatch_queue<V>& queue, st
   if (!arguments_.get_library_memory_arguments().empty())
     throw std::logic_error(
         "Expected the library memory arguments to be empty in the kernel argument capture.");
-  library_device& device = this->get_device();
+  const bool device_is_little_endian = this->get_device().is_little_endian();
   for (std::uint32_t index = 0; index < arguments_.get_argument_count(); ++index)
-    detail::set_argument<V>(kernel, index, arguments_.get_argument(index), device);
+    detail::set_argument<V>(kernel, index, arguments_.get_argument(index), device_is_little_endian);
   const auto work_dim = static_cast<std::uint32_t>(range_.work_dim);
   if constexpr (version_traits<V>::has_global_offset)
     return this->submit(queue,

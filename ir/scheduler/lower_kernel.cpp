@@ -62,14 +62,14 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
 void lowering::visit(const logical_ir::kernel& operation) {
   const std::vector<used_object> objects = check_launch(operation);
   const std::shared_ptr<library_device> device = operation.get_kernel_object()->get_program()->get_device();
-  kernel_argument_capture::replacement_table replacement_blocks;
+  std::vector<kernel_argument_capture::replacement> replacement_blocks;
+  replacement_blocks.reserve(objects.size());
   std::vector<physical_pointer> predecessors_of_kernel;
   for (const auto& [memory, state] : objects) {
-    if (replacement_blocks.find(memory.get()) != nullptr)
-      continue;
-    if (const physical_pointer last_step = move_to(device, memory, state))
+    if (const physical_pointer last_step =
+            move_to(device, memory, state)) // none if it is named a second time
       predecessors_of_kernel.push_back(last_step);
-    replacement_blocks.try_emplace(memory.get(), {state.get_device_block()});
+    replacement_blocks.push_back({memory.get(), state.get_device_block()});
   }
   kernel_argument_capture arguments(operation.get_arguments());
   arguments.replace_library_memory(std::move(replacement_blocks));
