@@ -69,7 +69,7 @@ void release_all(conversation& with, void (*function)(void*, Record*)) {
   }
 }
 
-const std::vector<fuzz::step> REFERENCE_STEPS = {
+const std::vector<fuzz::step> reference_steps = {
     {retain<tarva_abi_retain_device, tarva_abi_device_s>},
     {retain<tarva_abi_retain_program, tarva_abi_program_s>},
     {retain<tarva_abi_retain_kernel, tarva_abi_kernel_s>},
@@ -87,7 +87,7 @@ const std::vector<fuzz::step> REFERENCE_STEPS = {
 std::vector<void (*)(conversation&)> all_choices() {
   std::vector<void (*)(conversation&)> choices;
   for (const auto* steps :
-       {&fuzz::PROGRAM_STEPS, &fuzz::MEMORY_STEPS, &fuzz::PROPERTY_STEPS, &REFERENCE_STEPS})
+       {&fuzz::program_steps, &fuzz::memory_steps, &fuzz::property_steps, &reference_steps})
     for (const fuzz::step& one : *steps)
       choices.insert(choices.end(), static_cast<std::size_t>(one.choices), one.run);
   return choices;
@@ -113,6 +113,7 @@ void play(fuzz::input bytes) {
 
 } // namespace
 
+// NOLINTNEXTLINE(readability-identifier-naming): the fuzzing engine has it by this name
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const objects& before = *new objects(start());
   play(fuzz::input(data, size));

@@ -108,7 +108,7 @@ struct step {
   void (*run)(conversation&);
   int choices = 1;
 };
-extern const std::vector<step> PROGRAM_STEPS, MEMORY_STEPS, PROPERTY_STEPS;
+extern const std::vector<step> program_steps, memory_steps, property_steps;
 
 // What all conversations begin with.
 void get_devices(conversation& with);
@@ -117,9 +117,9 @@ void get_kernel(conversation& with);
 void allocate(conversation& with);
 
 // Larger than any memory object that can be made here.
-inline constexpr std::uint64_t MAX_ELEMENTS = 512;
-alignas(128) inline std::uint8_t host_block[MAX_ELEMENTS * 128];
-inline constexpr std::uint64_t FAR = std::uint64_t{1} << 63;
-inline constexpr const char* LABELS[] = {"", "a label", nullptr};
+inline constexpr std::uint64_t max_elements = 512;
+alignas(128) inline std::uint8_t host_block[max_elements * 128];
+inline constexpr std::uint64_t far = std::uint64_t{1} << 63;
+inline constexpr const char* labels[] = {"", "a label", nullptr};
 
 } // namespace fuzz

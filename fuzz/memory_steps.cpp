@@ -15,7 +15,7 @@ struct plan {
   std::int32_t value;
 };
 // What the library has to survive. A queue that refuses a command ends the process, which is right.
-constexpr plan PLANS[] = {
+constexpr plan plans[] = {
     {scripted::fail_event, op::enqueue_write_buffer, -5},
     {scripted::fail_event, op::enqueue_read_buffer, -5},
     {scripted::fail_event, op::enqueue_copy_buffer, -5},
@@ -35,13 +35,13 @@ constexpr plan PLANS[] = {
 };
 
 void plan_failure(conversation& with) {
-  const plan& chosen = with.bytes.one_of(PLANS);
+  const plan& chosen = with.bytes.one_of(plans);
   chosen.make(chosen.operation, 1 + static_cast<int>(with.bytes.below(4)), chosen.value);
 }
 
 std::uint64_t position(conversation& with) {
-  constexpr std::uint64_t POSITIONS[] = {0, 1, 2, 3, 5, 16, 511, MAX_ELEMENTS, FAR, ~std::uint64_t{0}};
-  return with.bytes.one_of(POSITIONS);
+  constexpr std::uint64_t positions[] = {0, 1, 2, 3, 5, 16, 511, max_elements, far, ~std::uint64_t{0}};
+  return with.bytes.one_of(positions);
 }
 
 void fill(conversation& with) {
@@ -86,16 +86,16 @@ void wait(conversation& with) {
 } // namespace
 
 void allocate(conversation& with) {
-  constexpr std::uint64_t COUNTS[] = {16, 1, 3, 0, MAX_ELEMENTS, 64, 5, FAR, FAR + 1, ~std::uint64_t{0}};
-  const char* const label = with.bytes.one_of(LABELS);
+  constexpr std::uint64_t counts[] = {16, 1, 3, 0, max_elements, 64, 5, far, far + 1, ~std::uint64_t{0}};
+  const char* const label = with.bytes.one_of(labels);
   const std::uint64_t type =
       with.bytes.rarely(3) ? with.bytes.below(70) : std::uint64_t{TARVA_ABI_TYPE_INT32};
-  const std::uint64_t count = with.bytes.one_of(COUNTS);
+  const std::uint64_t count = with.bytes.one_of(counts);
   with.keep<tarva_abi_memory_allocate_typed>(
-      type < 1 || type > 68 || count >= FAR ? expected::failure : expected::either, label, type, count);
+      type < 1 || type > 68 || count >= far ? expected::failure : expected::either, label, type, count);
 }
 
-const std::vector<step> MEMORY_STEPS = {
+const std::vector<step> memory_steps = {
     {allocate},
     {fill},
     {copy, 2},

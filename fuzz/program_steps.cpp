@@ -9,7 +9,7 @@ namespace fuzz {
 
 namespace {
 
-const std::string SOURCE = R"(
+const std::string source = R"(
   kernel void add(global int* data, int amount) {}
   kernel void sum(global int* out, global const int* a, global const int* b) {}
   kernel void scratch(global short* data, local float* room, short4 values) {}
@@ -17,16 +17,16 @@ const std::string SOURCE = R"(
   kernel void empty() {}
 )";
 // The first four, each with the type that it is made for, so that half of the choices fit.
-const std::string TEXTS[] = {SOURCE, "BIN:" + SOURCE, "SPV:" + SOURCE, "BC" + SOURCE, "#error", "", "kernel"};
-constexpr tarva_abi_ir_type TYPES[] = {TARVA_ABI_IR_SOURCE_1_0, TARVA_ABI_IR_DEVICE_BINARY,
+const std::string texts[] = {source, "BIN:" + source, "SPV:" + source, "BC" + source, "#error", "", "kernel"};
+constexpr tarva_abi_ir_type types[] = {TARVA_ABI_IR_SOURCE_1_0, TARVA_ABI_IR_DEVICE_BINARY,
                                        TARVA_ABI_IR_SPIR_V, TARVA_ABI_IR_SPIR_1_2};
-constexpr const char* OPTIONS[] = {"", "-w", "-DX=1 -w", "-bad", nullptr};
+constexpr const char* build_options[] = {"", "-w", "-DX=1 -w", "-bad", nullptr};
 
 struct kernel_choice {
   const char* name;
   std::vector<parameter> parameters;
 };
-const kernel_choice KERNELS[] = {
+const kernel_choice kernels[] = {
     {"sum", {parameter::memory, parameter::memory, parameter::memory}},
     {"add", {parameter::memory, parameter::value}},
     {"scratch", {parameter::memory, parameter::local, parameter::value}},
@@ -36,7 +36,7 @@ const kernel_choice KERNELS[] = {
     {"none", {}},
     {nullptr, {}},
 };
-constexpr std::uint64_t SIZES[] = {1, 2, 0, 4, 8, 64, 3, 256, std::uint64_t{1} << 33, FAR};
+constexpr std::uint64_t sizes[] = {1, 2, 0, 4, 8, 64, 3, 256, std::uint64_t{1} << 33, far};
 
 // What makes a program, or does not.
 struct ir_choice {
@@ -45,12 +45,12 @@ struct ir_choice {
       constant = {bytes.below(3), bytes.below(70), bytes.rarely(8) ? nullptr : host_block};
     has_header = bytes.rarely(3);
     header = {bytes.below(4), bytes.rarely(8) ? nullptr : constants, bytes.below(3)};
-    const std::size_t text = bytes.below(std::size(TEXTS));
-    type = text < std::size(TYPES) && !bytes.rarely(4) ? TYPES[text] : bytes.below(11);
+    const std::size_t text = bytes.below(std::size(texts));
+    type = text < std::size(types) && !bytes.rarely(4) ? types[text] : bytes.below(11);
     const bool is_raw = bytes.rarely(8);
-    size = is_raw ? bytes.size() : TEXTS[text].size();
-    data = is_raw ? static_cast<const void*>(bytes.data()) : bytes.rarely(16) ? nullptr : TEXTS[text].data();
-    options = bytes.one_of(OPTIONS);
+    size = is_raw ? bytes.size() : texts[text].size();
+    data = is_raw ? static_cast<const void*>(bytes.data()) : bytes.rarely(16) ? nullptr : texts[text].data();
+    options = bytes.one_of(build_options);
   }
   tarva_abi_ir_header_s* header_or_none() { return has_header ? &header : nullptr; }
 
@@ -89,7 +89,7 @@ tarva_abi_kernel_argument_s choose_argument(conversation& with, parameter takes)
     return {TARVA_ABI_ARGUMENT_VALUE, 7 + bytes.below(64),
             reinterpret_cast<std::uint64_t>(with.rarely_null(host_block, 16))};
   case parameter::local:
-    return {TARVA_ABI_ARGUMENT_LOCAL_MEMORY, 1 + bytes.below(69), bytes.one_of(SIZES)};
+    return {TARVA_ABI_ARGUMENT_LOCAL_MEMORY, 1 + bytes.below(69), bytes.one_of(sizes)};
   default:
     if (bytes.rarely(16))
       return {TARVA_ABI_ARGUMENT_NULL, ~std::uint64_t{0}, ~std::uint64_t{0}};
@@ -100,7 +100,7 @@ tarva_abi_kernel_argument_s choose_argument(conversation& with, parameter takes)
 
 // Behind the end of the input, a launch that works.
 void launch(conversation& with) {
-  constexpr tarva_abi_launch_type LAUNCH_TYPES[] = {3, 1, 2, 4, 5, 6, 0, 7};
+  constexpr tarva_abi_launch_type launch_types[] = {3, 1, 2, 4, 5, 6, 0, 7};
   input& bytes = with.bytes;
   auto* const called = with.pick<tarva_abi_kernel_s>();
   const auto& parameters = with.parameters[called];
@@ -108,9 +108,9 @@ void launch(conversation& with) {
   const std::size_t count = bytes.rarely(16) ? bytes.below(5) : parameters.size();
   for (std::size_t i = 0; i < count; ++i)
     arguments.push_back(choose_argument(with, i < parameters.size() ? parameters[i] : parameter::memory));
-  tarva_abi_launch_range_s choice{bytes.one_of(LAUNCH_TYPES), {}};
+  tarva_abi_launch_range_s choice{bytes.one_of(launch_types), {}};
   for (std::uint64_t& word : choice.words)
-    word = bytes.rarely(4) ? bytes.one_of(SIZES) : 1;
+    word = bytes.rarely(4) ? bytes.one_of(sizes) : 1;
   const auto* const range = with.rarely_null(&choice, 32);
   with.call<tarva_abi_kernel_call>(range ? with.live_only(called) : expected::failure, called,
                                    with.rarely_null(arguments.data(), 32), count, range);
@@ -132,7 +132,7 @@ void load_program(conversation& with) {
   ir_choice ir(with.bytes);
   auto* const result = with.make<tarva_abi_load_device_ir>(
       ir.options ? with.live_only(on) : expected::failure, on, ir.header_or_none(), ir.type, ir.data, ir.size,
-      ir.options, with.bytes.one_of(LABELS));
+      ir.options, with.bytes.one_of(labels));
   if (!result)
     return;
   with.handles.add(result->program);
@@ -146,13 +146,13 @@ void load_program(conversation& with) {
 void get_kernel(conversation& with) {
   scripted::no_failure_left();
   auto* const in = with.pick<tarva_abi_program_s>();
-  const kernel_choice& chosen = with.bytes.one_of(KERNELS);
+  const kernel_choice& chosen = with.bytes.one_of(kernels);
   if (const auto* const made = with.keep<tarva_abi_get_kernel>(
           chosen.name ? with.live_only(in) : expected::failure, in, chosen.name))
     with.parameters[made] = chosen.parameters;
 }
 
-const std::vector<step> PROGRAM_STEPS = {
+const std::vector<step> program_steps = {
     {get_devices}, {load_program}, {get_kernel}, {launch, 4}, {get_builtin_program}, {check_support},
 };
 

@@ -5,7 +5,7 @@ namespace fuzz {
 
 namespace {
 
-constexpr const char* CHILDREN[] = {"OPENCL",
+constexpr const char* children[] = {"OPENCL",
                                     "NAME",
                                     "KERNEL_NAMES",
                                     "CL_PROGRAM_BINARY",
@@ -49,7 +49,7 @@ void get_nested_error(conversation& with) {
 
 void get_child(conversation& with) {
   auto* const of = with.pick<tarva_abi_property_s>();
-  const char* const name = with.bytes.one_of(CHILDREN);
+  const char* const name = with.bytes.one_of(children);
   look_at(with.keep<tarva_abi_get_child_property_by_name>(name ? with.live_only(of) : expected::failure, of,
                                                           name));
 }
@@ -83,7 +83,7 @@ void write_tree(conversation& with) {
 
 } // namespace
 
-const std::vector<step> PROPERTY_STEPS = {
+const std::vector<step> property_steps = {
     {get_nested_error},
     {get_child},
     {get_children},

@@ -4,6 +4,7 @@
 #include <random>
 #include <vector>
 
+// NOLINTNEXTLINE(readability-identifier-naming): the fuzzing engine has it by this name
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int main(int, char** argv) {

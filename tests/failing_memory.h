@@ -5,15 +5,15 @@
 #include <cstdlib>
 #include <new>
 
-inline constexpr std::size_t ENDLESS = SIZE_MAX;
+inline constexpr std::size_t endless = SIZE_MAX;
 // How many allocations of this thread still succeed.
-inline thread_local std::size_t allocations_left = ENDLESS;
+inline thread_local std::size_t allocations_left = endless;
 
 // Inlined, the pair of operators looks to g++ like malloc and free used on each other.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   if (allocations_left == 0)
     throw std::bad_alloc();
-  if (allocations_left != ENDLESS)
+  if (allocations_left != endless)
     --allocations_left;
   if (void* const memory = std::malloc(size != 0 ? size : 1))
     return memory;

@@ -45,6 +45,7 @@ protected:
   opencl_handle(opencl_handle&& other) noexcept
       : call_handle_(std::move(other.call_handle_)), object_(std::exchange(other.object_, nullptr)) {}
 
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): a copy, which it is exchanged for, is safe from it
   opencl_handle& operator=(const opencl_handle& other) requires retainable<Kind> {
     opencl_handle copy(other);
     swap(copy);

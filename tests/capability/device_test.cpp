@@ -191,6 +191,7 @@ TEST_F(capability, closed_handles_stay_closed) {
   const qv::root_device device = only_device("Fake");
   const qv::binding bound{&device, &qv::commands_of_capability(1)};
   for (const std::uintptr_t never_opened : {0, 5, 4095, 4096})
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): it is only ever compared
     EXPECT_EQ(qv::find_binding(reinterpret_cast<qv_call_handle*>(never_opened)), nullptr) << never_opened;
   qv_call_handle* const first = qv::open_call_handle(bound);
   EXPECT_TRUE(qv::any_call_handle_open());

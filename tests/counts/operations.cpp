@@ -14,12 +14,12 @@ extern "C" __attribute__((noinline, visibility("default"))) void begin_operation
 
 namespace {
 
-constexpr int TIMES = 200;
+constexpr int repetitions = 200;
 
 void count(const char* name, const std::function<void()>& operation) {
   operation(); // whatever only the first one does
   begin_operation(name);
-  for (int i = 0; i < TIMES; ++i)
+  for (int i = 0; i < repetitions; ++i)
     operation();
   begin_operation("");
   // Nothing of these calls is to be remembered by the script.

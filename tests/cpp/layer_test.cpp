@@ -41,7 +41,7 @@ protected:
   static tarva::device on(std::uint32_t version) {
     return tarva::devices().at(device_index(version, role::first));
   }
-  static auto adder() { return on(3).build(SOURCE).kernel<tarva::memory<int>, int>("add"); }
+  static auto adder() { return on(3).build(source).kernel<tarva::memory<int>, int>("add"); }
 
   // The message of what `action` throws, which has to be an Exception.
   template <class Exception, class Action>
@@ -77,7 +77,7 @@ TEST_F(cpp_layer, content_goes_the_whole_road) {
 
   // What a kernel is given: bytes of local memory, a vector, and a null buffer.
   const tarva::memory<short> seen(6);
-  on(2).build(SOURCE).kernel("observe")(tarva::range::items(1), seen, tarva::local<float>(5),
+  on(2).build(source).kernel("observe")(tarva::range::items(1), seen, tarva::local<float>(5),
                                         tarva::short4{1, 2, 3, 4}, nullptr);
   EXPECT_EQ(seen.read(), (std::vector<short>{20, 1, 2, 3, 4, 1}));
 }
@@ -153,7 +153,7 @@ TEST_F(cpp_layer, failures_are_exceptions) {
   }
   EXPECT_EQ(data.read(), counted(4));
 
-  EXPECT_EQ(thrown<std::invalid_argument>([&] { (void)on(1).build(SOURCE).kernel<int>("add"); }),
+  EXPECT_EQ(thrown<std::invalid_argument>([&] { (void)on(1).build(source).kernel<int>("add"); }),
             "The kernel has 2 parameters, not 1.");
   EXPECT_EQ(thrown<tarva::logic_failure>([&] { add(tarva::range::items(0), data, 0); }).empty(), false);
 }
@@ -171,7 +171,7 @@ TEST_F(cpp_layer, programs_build_or_tell_why_not) {
 
   static std::map<std::uint32_t, bytes> constants;
   set_kernel("flag", [](const kernel_run& now) { constants = now.constants; });
-  const std::string module = "SPV:" + SOURCE;
+  const std::string module = "SPV:" + source;
   const auto made = on(6).load(tarva::ir::spir_v, tarva::as_bytes(module), "", "module",
                                {{1, 2}, {7, 0.5}, {9, tarva::uchar2{4, 5}}});
   made.kernel("flag")(tarva::range::items(1), tarva::memory<int>(1));

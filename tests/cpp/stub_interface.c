@@ -37,6 +37,13 @@ tarva_abi_result tarva_abi_memory_allocate_typed(void* reserved, const char* lab
   *out_memory = &only_memory;
   return TARVA_ABI_OK;
 }
+/* Never called, but named by the debug information that clang writes of types that have these as arguments. */
+void tarva_abi_retain_kernel(void* reserved, tarva_abi_kernel_s* kernel) {
+  (void)reserved, (void)kernel;
+}
+void tarva_abi_retain_memory(void* reserved, tarva_abi_memory_s* memory) {
+  (void)reserved, (void)memory;
+}
 void tarva_abi_release_memory(void* reserved, tarva_abi_memory_s* memory) {
   (void)reserved, (void)memory;
 }

@@ -76,7 +76,7 @@ std::string flag_line(bool flag) {
   return line(TARVA_ABI_TYPE_BOOLEAN, {flag ? "1" : "0"});
 }
 
-std::string list_line(std::string text, bool at_blanks) {
+std::string list_line(const std::string& text, bool at_blanks) {
   std::vector<std::string> parts;
   std::istringstream in(at_blanks ? text : text + ';');
   for (std::string part; at_blanks ? bool(in >> part) : bool(std::getline(in, part, ';'));)
@@ -85,17 +85,17 @@ std::string list_line(std::string text, bool at_blanks) {
   return line(TARVA_ABI_TYPE_STRING, parts);
 }
 
-const char* const REFUSED = "refused";
-const char* const NO_VALUE = "no value";
+const char* const refused = "refused";
+const char* const no_value = "no value";
 
 // What the property has to say.
 std::string expected(const raw_opencl& raw, cl_device_id device, const row& asked) {
   const auto answer = raw.ask(device, asked.query);
   if (answer == nullptr)
-    return REFUSED;
+    return refused;
   std::uint64_t number = 0;
   std::memcpy(&number, answer->data(), std::min(sizeof number, answer->size()));
-  const std::string text = answer->c_str();
+  const std::string text = answer->substr(0, answer->find('\0'));
   switch (asked.as) {
   case form::number:
     return number_line(number);
@@ -129,7 +129,7 @@ std::string expected(const raw_opencl& raw, cl_device_id device, const row& aske
 
 std::string value_line(const tarva_abi_property_s& of) {
   if (of.has_data == 0)
-    return *of.name == '\0' ? "absent" : NO_VALUE;
+    return *of.name == '\0' ? "absent" : no_value;
   std::vector<std::string> elements;
   for (std::uint64_t i = 0; i < of.element_count; ++i) {
     if (of.data_type == TARVA_ABI_TYPE_STRING)
@@ -147,7 +147,7 @@ std::string told(const property& parent, const std::string& key) {
   tarva_abi_property_s* found = nullptr;
   const outcome ended = call<tarva_abi_get_child_property_by_name>(parent.get(), key.c_str(), &found);
   if (ended.code != TARVA_ABI_OK)
-    return ended.type == 7 ? REFUSED : ended.message;
+    return ended.type == 7 ? refused : ended.message;
   return value_line(*property(found));
 }
 
@@ -156,7 +156,7 @@ using lines = std::map<std::string, std::string>;
 std::string text_of(const lines& all) {
   std::string result;
   for (const auto& [key, value] : all)
-    result += key + ": " + value + '\n';
+    result.append(key).append(": ").append(value).append(1, '\n');
   return result;
 }
 
@@ -173,12 +173,12 @@ bool has_images(const pair& of) {
 
 lines expected_children(const pair& of, const std::string& parent) {
   lines result;
-  for (const block& each : BLOCKS) {
+  for (const block& each : blocks) {
     if (of.version < each.first || of.version > each.last)
       continue;
-    if (parent == OPENCL && each.parent != OPENCL && each.parent != IMAGES)
-      result[each.parent] = NO_VALUE;
-    if (parent == each.parent && (parent != IMAGES || has_images(of)))
+    if (parent == opencl_key && each.parent != opencl_key && each.parent != images_key)
+      result[each.parent] = no_value;
+    if (parent == each.parent && (parent != images_key || has_images(of)))
       for (const row& child : each.rows)
         result[child.key] = expected(of.raw, of.device, child);
   }
@@ -210,16 +210,16 @@ void compare(const pair& of, const property& root) {
   const std::string name = expected(of.raw, of.device, {"", CL_DEVICE_NAME, form::text});
   EXPECT_EQ(told(root, "NAME"), name);
 
-  const property opencl = child(root, OPENCL);
+  const property opencl = child(root, opencl_key);
   const std::size_t counts[] = {45, 56, 60, 69, 72, 72};
-  const lines wanted = expected_children(of, OPENCL);
+  const lines wanted = expected_children(of, opencl_key);
   EXPECT_EQ(wanted.size(), counts[of.version - 1]);
   EXPECT_EQ(text_of(told_children(opencl, wanted)), text_of(wanted));
   EXPECT_EQ(told(opencl, "DEDICATED_LOCAL_MEMORY"),
             expected(of.raw, of.device, {"", CL_DEVICE_LOCAL_MEM_TYPE, form::equals, CL_LOCAL}));
 
   for (const auto& [key, value] : wanted) {
-    if (value != REFUSED) {
+    if (value != refused) {
       const lines below = expected_children(of, key);
       EXPECT_EQ(text_of(told_children(child(opencl, key.c_str()), below)), text_of(below)) << key;
     }

@@ -47,12 +47,12 @@ struct block {
       ASK(CL_DEVICE_##kind##_VECTOR_WIDTH_FLOAT, number),                                                    \
       ASK(CL_DEVICE_##kind##_VECTOR_WIDTH_DOUBLE, number)
 
-constexpr const char* OPENCL = "OPENCL";
-constexpr const char* IMAGES = "CL_DEVICE_IMAGE_SUPPORT";
+constexpr const char* opencl_key = "OPENCL";
+constexpr const char* images_key = "CL_DEVICE_IMAGE_SUPPORT";
 
 // clang-format off
-inline const std::vector<block> BLOCKS = {
-  {OPENCL, 1, 6, {
+inline const std::vector<block> blocks = {
+  {opencl_key, 1, 6, {
     TYPE(DEFAULT), TYPE(CPU), TYPE(GPU), TYPE(ACCELERATOR),
     ASK(CL_DEVICE_VENDOR_ID, number), ASK(CL_DEVICE_MAX_COMPUTE_UNITS, number),
     ASK(CL_DEVICE_MAX_WORK_ITEM_DIMENSIONS, number), ASK(CL_DEVICE_MAX_WORK_GROUP_SIZE, number),
@@ -69,30 +69,30 @@ inline const std::vector<block> BLOCKS = {
     {"CL_DEVICE_PROFILE_FULL", CL_DEVICE_PROFILE, form::full},
     {"CL_DEVICE_PROFILE_EMBEDDED", CL_DEVICE_PROFILE, form::embedded},
     ASK(CL_DEVICE_VERSION, text), ASK(CL_DEVICE_EXTENSIONS, words)}},
-  {OPENCL, 2, 6, {
+  {opencl_key, 2, 6, {
     ASK(CL_DEVICE_PREFERRED_VECTOR_WIDTH_HALF, number), WIDTHS(NATIVE),
     ASK(CL_DEVICE_NATIVE_VECTOR_WIDTH_HALF, number), ASK(CL_DEVICE_OPENCL_C_VERSION, text)}},
-  {OPENCL, 2, 3, {ASK(CL_DEVICE_HOST_UNIFIED_MEMORY, flag)}},
-  {OPENCL, 2, 2, {ASK(CL_DEVICE_MIN_DATA_TYPE_ALIGN_SIZE, number)}},
-  {OPENCL, 3, 6, {
+  {opencl_key, 2, 3, {ASK(CL_DEVICE_HOST_UNIFIED_MEMORY, flag)}},
+  {opencl_key, 2, 2, {ASK(CL_DEVICE_MIN_DATA_TYPE_ALIGN_SIZE, number)}},
+  {opencl_key, 3, 6, {
     TYPE(CUSTOM), ASK(CL_DEVICE_LINKER_AVAILABLE, flag), ASK(CL_DEVICE_BUILT_IN_KERNELS, parts),
     ASK(CL_DEVICE_PREFERRED_INTEROP_USER_SYNC, flag), ASK(CL_DEVICE_PRINTF_BUFFER_SIZE, number)}},
-  {OPENCL, 4, 6, {
+  {opencl_key, 4, 6, {
     ASK(CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, number), ASK(CL_DEVICE_GLOBAL_VARIABLE_PREFERRED_TOTAL_SIZE, number),
     ASK(CL_DEVICE_MAX_PIPE_ARGS, number), ASK(CL_DEVICE_PIPE_MAX_ACTIVE_RESERVATIONS, number),
     ASK(CL_DEVICE_PIPE_MAX_PACKET_SIZE, number), ASK(CL_DEVICE_PREFERRED_PLATFORM_ATOMIC_ALIGNMENT, number),
     ASK(CL_DEVICE_PREFERRED_GLOBAL_ATOMIC_ALIGNMENT, number),
     ASK(CL_DEVICE_PREFERRED_LOCAL_ATOMIC_ALIGNMENT, number)}},
-  {OPENCL, 5, 6, {
+  {opencl_key, 5, 6, {
     ASK(CL_DEVICE_IL_VERSION, text), ASK(CL_DEVICE_MAX_NUM_SUB_GROUPS, number),
     ASK(CL_DEVICE_SUB_GROUP_INDEPENDENT_FORWARD_PROGRESS, flag)}},
-  {IMAGES, 1, 6, {
+  {images_key, 1, 6, {
     ASK(CL_DEVICE_MAX_READ_IMAGE_ARGS, number), ASK(CL_DEVICE_IMAGE2D_MAX_WIDTH, number),
     ASK(CL_DEVICE_IMAGE2D_MAX_HEIGHT, number), ASK(CL_DEVICE_IMAGE3D_MAX_WIDTH, number),
     ASK(CL_DEVICE_IMAGE3D_MAX_HEIGHT, number), ASK(CL_DEVICE_IMAGE3D_MAX_DEPTH, number)}},
-  {IMAGES, 1, 3, {ASK(CL_DEVICE_MAX_WRITE_IMAGE_ARGS, number)}},
-  {IMAGES, 3, 6, {ASK(CL_DEVICE_IMAGE_MAX_BUFFER_SIZE, number), ASK(CL_DEVICE_IMAGE_MAX_ARRAY_SIZE, number)}},
-  {IMAGES, 4, 6, {
+  {images_key, 1, 3, {ASK(CL_DEVICE_MAX_WRITE_IMAGE_ARGS, number)}},
+  {images_key, 3, 6, {ASK(CL_DEVICE_IMAGE_MAX_BUFFER_SIZE, number), ASK(CL_DEVICE_IMAGE_MAX_ARRAY_SIZE, number)}},
+  {images_key, 4, 6, {
     ASK(CL_DEVICE_IMAGE_PITCH_ALIGNMENT, number), ASK(CL_DEVICE_IMAGE_BASE_ADDRESS_ALIGNMENT, number),
     ASK(CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS, number)}},
   {"CL_DEVICE_SINGLE_FP_CONFIG", 1, 6, {FLOATS(SINGLE)}},

@@ -11,9 +11,9 @@ namespace {
 
 using namespace caller;
 
-constexpr std::size_t SIZE = 1000;
+constexpr std::size_t element_count = 1000;
 
-const char* const SOURCE = R"(
+const char* const source = R"(
   kernel void saxpy(global float* y, global const float* x, float a) {
     size_t i = get_global_id(0);
     y[i] = a * x[i] + y[i];
@@ -40,10 +40,10 @@ const char* const SOURCE = R"(
 
 // Bytes of an element, told from the order of the type numbers.
 std::size_t element_bytes(std::uint64_t type) {
-  constexpr std::size_t SCALARS[] = {0, 1, 4, 1, 1, 2, 2, 4, 4, 8, 8, 2, 4, 8};
-  constexpr std::size_t COMPONENTS[] = {1, 1, 2, 2, 4, 4, 8, 8, 2, 4, 8}; // of the vectors, five sizes each
-  constexpr std::size_t WIDTHS[] = {2, 4, 4, 8, 16};                      // three take the room of four
-  return type < 14 ? SCALARS[type] : COMPONENTS[(type - 14) / 5] * WIDTHS[(type - 14) % 5];
+  constexpr std::size_t scalars[] = {0, 1, 4, 1, 1, 2, 2, 4, 4, 8, 8, 2, 4, 8};
+  constexpr std::size_t components[] = {1, 1, 2, 2, 4, 4, 8, 8, 2, 4, 8}; // of the vectors, five sizes each
+  constexpr std::size_t widths[] = {2, 4, 4, 8, 16};                      // three take the room of four
+  return type < 14 ? scalars[type] : components[(type - 14) / 5] * widths[(type - 14) % 5];
 }
 
 std::vector<std::int32_t> counted(std::size_t size, std::int32_t first = 0) {
@@ -58,7 +58,7 @@ protected:
     every_device::SetUpTestSuite();
     for (const caller::device& one : all) {
       std::printf("%s\n", describe(one).c_str());
-      programs.push_back(compile(one, SOURCE));
+      programs.push_back(compile(one, source));
     }
   }
   static void TearDownTestSuite() {
@@ -77,16 +77,17 @@ protected:
 
 TEST_F(road, kernels_compute_what_the_host_does) {
   on_each([](std::size_t i) {
-    std::vector<float> x(SIZE), y(SIZE, 1.0F), expected(SIZE);
-    for (std::size_t k = 0; k < SIZE; ++k) {
+    std::vector<float> x(element_count), y(element_count, 1.0F), expected(element_count);
+    for (std::size_t k = 0; k < element_count; ++k) {
       x[k] = static_cast<float>(k);
       expected[k] = 2.5F * x[k] + 1.0F; // exact in every rounding
     }
     const memory on_x = make(x), on_y = make(y);
     const float factor = 2.5F;
-    EXPECT_EQ(launch(find(i, "saxpy"), {argument(on_y), argument(on_x), argument(factor)}, line(SIZE, 8)),
-              outcome());
-    EXPECT_EQ(read<float>(on_y, SIZE), expected);
+    EXPECT_EQ(
+        launch(find(i, "saxpy"), {argument(on_y), argument(on_x), argument(factor)}, line(element_count, 8)),
+        outcome());
+    EXPECT_EQ(read<float>(on_y, element_count), expected);
 
     const memory numbers = make(counted(24));
     EXPECT_EQ(launch(find(i, "reverse_groups"), {argument(numbers), local_argument(TARVA_ABI_TYPE_INT32, 8)},
@@ -163,18 +164,19 @@ TEST_F(road, all_types_are_allocated_filled_copied_and_read) {
 }
 
 TEST_F(road, an_object_is_used_on_all_devices_in_turn) {
-  const memory numbers = make(counted(SIZE)), copies = make(counted(SIZE));
+  const memory numbers = make(counted(element_count)), copies = make(counted(element_count));
   const std::int32_t amount = 1;
   std::int32_t rounds = 0;
   for (; rounds < 3; ++rounds)
     on_each([&](std::size_t i) {
-      EXPECT_EQ(launch(find(i, "add"), {argument(numbers), argument(amount)}, line(SIZE, 4)), outcome());
-      EXPECT_EQ(copy(numbers, 0, copies, 0, SIZE), outcome()) << "from this device to another";
+      EXPECT_EQ(launch(find(i, "add"), {argument(numbers), argument(amount)}, line(element_count, 4)),
+                outcome());
+      EXPECT_EQ(copy(numbers, 0, copies, 0, element_count), outcome()) << "from this device to another";
     });
-  const auto expected = counted(SIZE, rounds * static_cast<std::int32_t>(all.size()));
-  EXPECT_EQ(read<std::int32_t>(numbers, SIZE), expected);
+  const auto expected = counted(element_count, rounds * static_cast<std::int32_t>(all.size()));
+  EXPECT_EQ(read<std::int32_t>(numbers, element_count), expected);
   EXPECT_EQ(launch(find(0, "add"), {argument(copies), argument(amount)}, line(1)), outcome());
-  EXPECT_EQ(read<std::int32_t>(copies, SIZE - 1, 1),
+  EXPECT_EQ(read<std::int32_t>(copies, element_count - 1, 1),
             std::vector<std::int32_t>(expected.begin() + 1, expected.end()));
 }
 

@@ -93,7 +93,7 @@ protected:
   // ended its work, a an acquire, o an OpenCL command of another version, f one of a false kind, e nothing, each with
   // its number.
   std::shared_ptr<logical_ir::logical_operation> submit(const std::string& words) {
-    const auto request = make_request();
+    auto request = make_request();
     owner->submit_work(make_graph(request, words));
     return request;
   }
@@ -163,7 +163,7 @@ private:
           step, [](const auto&) { throw std::runtime_error("a step that throws"); });
     case 'm':
       return device_ir::host_function_call::create(
-          step, [number](const auto&) { allocations_left = number != 0 ? 0 : ENDLESS; });
+          step, [number](const auto&) { allocations_left = number != 0 ? 0 : endless; });
     case 'g': {
       const auto gone = std::make_shared<fake_device>();
       gone->set_dispatcher(make_work_dispatcher<tested_version>(context, device));
@@ -304,7 +304,7 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
   } catch (const std::bad_alloc&) {
     is_taken = false;
   }
-  allocations_left = ENDLESS;
+  allocations_left = endless;
   EXPECT_TRUE(is_taken);
 }
 

@@ -78,82 +78,82 @@ struct row {
   { expected, CALL(call<function>(__VA_ARGS__)) }
 #define CHECK(function, words, ...) ROW(invalid_argument(#function ": " words), function, __VA_ARGS__)
 
-const outcome UNKNOWN = runtime_failure("Lookup of internal type map failed.");
-const outcome NO_TYPE = runtime_failure("Unknown data type.");
-const outcome NO_IR = runtime_failure("Unknown IR type.");
-const outcome NO_VALUE = logic_failure("NULL pointer provided as a pointer to a value, but "
-                                       "the data type has a non-zero size.");
-const outcome NO_HEADER = logic_failure("Unknown IR header type.");
-const outcome NO_OPTIONS =
+const outcome unknown_handle = runtime_failure("Lookup of internal type map failed.");
+const outcome unknown_type = runtime_failure("Unknown data type.");
+const outcome unknown_ir = runtime_failure("Unknown IR type.");
+const outcome missing_value = logic_failure("NULL pointer provided as a pointer to a value, but "
+                                            "the data type has a non-zero size.");
+const outcome unknown_header = logic_failure("Unknown IR header type.");
+const outcome missing_options =
     logic_failure("Attempting to make a string of the options, but the options argument is NULL.");
 
 #define NO_ROOT                                                                                              \
   "property argument is NULL, but expected a memory "                                                        \
   "location to write the result property."
 
-const row DEVICES_AND_PROGRAMS[] = {
+const row device_and_program_rows[] = {
     CHECK(tarva_abi_get_devices,
           "devices argument is NULL, but expected a memory location to return the device array.", nullptr),
     CHECK(tarva_abi_get_device_root_property, NO_ROOT, unknown, nullptr),
-    ROW(UNKNOWN, tarva_abi_get_device_root_property, unknown, &s.out.property),
+    ROW(unknown_handle, tarva_abi_get_device_root_property, unknown, &s.out.property),
     CHECK(tarva_abi_get_builtin_program,
           "program argument is NULL, but expected a memory location to write the result program.", unknown,
           nullptr),
-    ROW(UNKNOWN, tarva_abi_get_builtin_program, unknown, &s.out.program),
+    ROW(unknown_handle, tarva_abi_get_builtin_program, unknown, &s.out.program),
     {invalid_argument("tarva_abi_check_device_ir_support : supported argument is NULL, but should "
                       "point to a valid memory location to return a result."),
      CALL(s.check_ir<tarva_abi_check_device_ir_support>(unknown, &s.no_header, 0, nullptr, nullptr))},
-    {UNKNOWN, CALL(s.check_ir<tarva_abi_check_device_ir_support>(unknown, &s.no_header, 0, nullptr,
-                                                                 &s.out.supported))},
-    {NO_OPTIONS, CALL(s.check_ir<tarva_abi_check_device_ir_support>(s.device.get(), &s.no_header, 0, nullptr,
+    {unknown_handle, CALL(s.check_ir<tarva_abi_check_device_ir_support>(unknown, &s.no_header, 0, nullptr,
+                                                                        &s.out.supported))},
+    {missing_options, CALL(s.check_ir<tarva_abi_check_device_ir_support>(s.device.get(), &s.no_header, 0,
+                                                                         nullptr, &s.out.supported))},
+    {unknown_ir, CALL(s.check_ir<tarva_abi_check_device_ir_support>(s.device.get(), &s.no_header, 10, "",
                                                                     &s.out.supported))},
-    {NO_IR, CALL(s.check_ir<tarva_abi_check_device_ir_support>(s.device.get(), &s.no_header, 10, "",
-                                                               &s.out.supported))},
-    {NO_HEADER, CALL(s.check_ir<tarva_abi_check_device_ir_support>(s.device.get(), &s.no_header, 9, "",
-                                                                   &s.out.supported))},
+    {unknown_header, CALL(s.check_ir<tarva_abi_check_device_ir_support>(s.device.get(), &s.no_header, 9, "",
+                                                                        &s.out.supported))},
     {invalid_argument("tarva_abi_load_device_ir : result argument is NULL, but should point to "
                       "a valid memory location to return the build result."),
      CALL(s.check_ir<tarva_abi_load_device_ir>(unknown, &s.no_header, 0, nullptr, nullptr, nullptr))},
-    {UNKNOWN,
+    {unknown_handle,
      CALL(s.check_ir<tarva_abi_load_device_ir>(unknown, &s.no_header, 0, nullptr, nullptr, &s.out.build))},
-    {NO_OPTIONS, CALL(s.check_ir<tarva_abi_load_device_ir>(s.device.get(), &s.no_header, 0, nullptr, nullptr,
-                                                           &s.out.build))},
-    {NO_IR,
+    {missing_options, CALL(s.check_ir<tarva_abi_load_device_ir>(s.device.get(), &s.no_header, 0, nullptr,
+                                                                nullptr, &s.out.build))},
+    {unknown_ir,
      CALL(s.check_ir<tarva_abi_load_device_ir>(s.device.get(), &s.no_header, 0, "", nullptr, &s.out.build))},
-    {NO_HEADER,
+    {unknown_header,
      CALL(s.check_ir<tarva_abi_load_device_ir>(s.device.get(), &s.no_header, 1, "", nullptr, &s.out.build))},
-    {NO_TYPE, CALL(s.load_with(69, nullptr))},
-    {NO_VALUE, CALL(s.load_with(TARVA_ABI_TYPE_INT32, nullptr))},
+    {unknown_type, CALL(s.load_with(69, nullptr))},
+    {missing_value, CALL(s.load_with(TARVA_ABI_TYPE_INT32, nullptr))},
     {logic_failure("IR is not supported by the device."),
      CALL(s.check_ir<tarva_abi_load_device_ir>(s.device.get(), nullptr, 5, "", nullptr, &s.out.build))},
     CHECK(tarva_abi_get_program_root_property, NO_ROOT, unknown, nullptr),
-    ROW(UNKNOWN, tarva_abi_get_program_root_property, unknown, &s.out.property),
+    ROW(unknown_handle, tarva_abi_get_program_root_property, unknown, &s.out.property),
     CHECK(tarva_abi_get_kernel,
           "kernel argument is NULL, but expected a memory location to write the result kernel.", unknown,
           nullptr, nullptr),
     CHECK(tarva_abi_get_kernel,
           "kernel name argument is NULL, but expected a kernel name string to extract the kernel.", unknown,
           nullptr, &s.out.kernel),
-    ROW(UNKNOWN, tarva_abi_get_kernel, unknown, "none", &s.out.kernel),
+    ROW(unknown_handle, tarva_abi_get_kernel, unknown, "none", &s.out.kernel),
     {other_failure("Kernel name not found in the program."),
      CALL(call<tarva_abi_get_kernel>(s.program.get(), "none", &s.out.kernel))},
     CHECK(tarva_abi_get_kernel_root_property, NO_ROOT, unknown, nullptr),
-    ROW(UNKNOWN, tarva_abi_get_kernel_root_property, unknown, &s.out.property),
+    ROW(unknown_handle, tarva_abi_get_kernel_root_property, unknown, &s.out.property),
 };
 
-const row LAUNCHES[] = {
+const row launch_rows[] = {
     CHECK(tarva_abi_kernel_call, "argument array is NULL but number of arguments is not zero.", unknown,
           nullptr, 1, nullptr),
     CHECK(tarva_abi_kernel_call, "launch range is NULL, so there is no way to execute the kernel.", unknown,
           nullptr, 0, nullptr),
-    ROW(UNKNOWN, tarva_abi_kernel_call, unknown, nullptr, 0, &s.no_range),
+    ROW(unknown_handle, tarva_abi_kernel_call, unknown, nullptr, 0, &s.no_range),
     CHECK(tarva_abi_kernel_call, "Unknown launch type provided in the launch range argument.", s.kernel.get(),
           nullptr, 0, &s.no_range),
     {runtime_failure("Unsupported argument type."), CALL(s.launch_with({4, 0, 0}))},
-    {NO_TYPE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_VALUE, 0, 0}))},
-    {NO_VALUE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_VALUE, TARVA_ABI_TYPE_INT8, 0}))},
-    {UNKNOWN, CALL(s.launch_with({TARVA_ABI_ARGUMENT_MEMORY, 0, 0}))},
-    {NO_TYPE, CALL(s.launch_with({TARVA_ABI_ARGUMENT_LOCAL_MEMORY, 69, 1}))},
+    {unknown_type, CALL(s.launch_with({TARVA_ABI_ARGUMENT_VALUE, 0, 0}))},
+    {missing_value, CALL(s.launch_with({TARVA_ABI_ARGUMENT_VALUE, TARVA_ABI_TYPE_INT8, 0}))},
+    {unknown_handle, CALL(s.launch_with({TARVA_ABI_ARGUMENT_MEMORY, 0, 0}))},
+    {unknown_type, CALL(s.launch_with({TARVA_ABI_ARGUMENT_LOCAL_MEMORY, 69, 1}))},
     {runtime_failure("Maximum work dimension is 3, but work-dimension of 4 was provided."),
      CALL(launch(s.kernel, {}, {TARVA_ABI_LAUNCH_GLOBAL_SIZE, {4, 1, 1, 1}}))},
     {{TARVA_ABI_LOGIC_FAILURE, 3,
@@ -161,19 +161,19 @@ const row LAUNCHES[] = {
      CALL(s.launch_with({}, ~std::uint64_t{0}))},
 };
 
-const row MEMORY[] = {
+const row memory_rows[] = {
     CHECK(tarva_abi_memory_allocate_typed,
           "allocation result argument is NULL, but expected a memory location to return the memory object.",
           nullptr, 0, 1, nullptr),
-    ROW(NO_TYPE, tarva_abi_memory_allocate_typed, nullptr, 0, 1, &s.out.memory),
+    ROW(unknown_type, tarva_abi_memory_allocate_typed, nullptr, 0, 1, &s.out.memory),
     CHECK(tarva_abi_get_memory_root_property, NO_ROOT, unknown, nullptr),
-    ROW(UNKNOWN, tarva_abi_get_memory_root_property, unknown, &s.out.property),
+    ROW(unknown_handle, tarva_abi_get_memory_root_property, unknown, &s.out.property),
     CHECK(tarva_abi_fill_memory,
           "value argument is NULL, but expected a memory location that contains a value to write.", unknown,
           nullptr, 9, 9),
-    ROW(UNKNOWN, tarva_abi_fill_memory, unknown, &s.value, 9, 9),
-    {UNKNOWN, CALL(copy({}, 9, s.floats, 9, 9))},
-    {UNKNOWN, CALL(copy(s.ints, 9, {}, 9, 9))},
+    ROW(unknown_handle, tarva_abi_fill_memory, unknown, &s.value, 9, 9),
+    {unknown_handle, CALL(copy({}, 9, s.floats, 9, 9))},
+    {unknown_handle, CALL(copy(s.ints, 9, {}, 9, 9))},
     {logic_failure("Cannot copy between memory objects with different types."),
      CALL(copy(s.ints, 9, s.floats, 9, 9))},
     CHECK(tarva_abi_async_read_memory,
@@ -182,28 +182,28 @@ const row MEMORY[] = {
     CHECK(tarva_abi_async_read_memory,
           "dest argument is NULL, but expected a memory location to write memory contents.", unknown, 9, 9,
           nullptr, &s.out.future),
-    ROW(UNKNOWN, tarva_abi_async_read_memory, unknown, 9, 9, &s.value, &s.out.future),
+    ROW(unknown_handle, tarva_abi_async_read_memory, unknown, 9, 9, &s.value, &s.out.future),
     CHECK(tarva_abi_async_write_memory,
           "future argument is NULL, but expected a memory location to store the returned future object.",
           unknown, 9, 9, nullptr, nullptr),
     CHECK(tarva_abi_async_write_memory,
           "src argument is NULL, but expected a memory location to read memory contents.", unknown, 9, 9,
           nullptr, &s.out.future),
-    ROW(UNKNOWN, tarva_abi_async_write_memory, unknown, 9, 9, &s.value, &s.out.future),
+    ROW(unknown_handle, tarva_abi_async_write_memory, unknown, 9, 9, &s.value, &s.out.future),
     CHECK(tarva_abi_wait_future,
           "The argument future_error_code is NULL and a memory "
           "location to return an error code is required.",
           unknown, nullptr, &s.out.error),
-    ROW(UNKNOWN, tarva_abi_wait_future, unknown, &s.out.code, &s.out.error),
+    ROW(unknown_handle, tarva_abi_wait_future, unknown, &s.out.code, &s.out.error),
 };
 
-const row ERRORS_AND_PROPERTIES[] = {
+const row error_and_property_rows[] = {
     CHECK(tarva_abi_get_error_root_property, NO_ROOT, unknown, nullptr),
-    ROW(UNKNOWN, tarva_abi_get_error_root_property, unknown, &s.out.property),
+    ROW(unknown_handle, tarva_abi_get_error_root_property, unknown, &s.out.property),
     CHECK(tarva_abi_get_nested_error,
           "nested_error argument is NULL, but expected a memory location to write the nested error.", unknown,
           nullptr),
-    ROW(UNKNOWN, tarva_abi_get_nested_error, unknown, &s.out.error),
+    ROW(unknown_handle, tarva_abi_get_nested_error, unknown, &s.out.error),
     CHECK(tarva_abi_get_child_property_by_name,
           "parent property argument is NULL, but expected a property to search for its child.", nullptr,
           nullptr, nullptr),
@@ -213,14 +213,14 @@ const row ERRORS_AND_PROPERTIES[] = {
     CHECK(tarva_abi_get_child_property_by_name,
           "property return pointer is NULL, but expected a memory location to write the result.", unknown,
           "NAME", nullptr),
-    ROW(UNKNOWN, tarva_abi_get_child_property_by_name, unknown, "NAME", &s.out.property),
+    ROW(unknown_handle, tarva_abi_get_child_property_by_name, unknown, "NAME", &s.out.property),
     {runtime_failure("tarva_abi_get_all_children_properties: parent property is NULL, but "
                      "expected a property to query for its children."),
      CALL(call<tarva_abi_get_all_children_properties>(nullptr, nullptr))},
     {runtime_failure("tarva_abi_get_all_children_properties: property array return pointer is "
                      "NULL, but expected a memory location to return the result."),
      CALL(call<tarva_abi_get_all_children_properties>(unknown, nullptr))},
-    ROW(UNKNOWN, tarva_abi_get_all_children_properties, unknown, &s.out.properties),
+    ROW(unknown_handle, tarva_abi_get_all_children_properties, unknown, &s.out.properties),
     CHECK(tarva_abi_get_property_tree_string, "property argument is NULL, but a property is expected.",
           nullptr, nullptr, nullptr),
     CHECK(tarva_abi_get_property_tree_string,
@@ -230,7 +230,7 @@ const row ERRORS_AND_PROPERTIES[] = {
           "string return argument is NULL, but a memory location to "
           "return the property tree string is required.",
           unknown, &s.no_format, nullptr),
-    ROW(UNKNOWN, tarva_abi_get_property_tree_string, unknown, &s.no_format, &s.out.text),
+    ROW(unknown_handle, tarva_abi_get_property_tree_string, unknown, &s.no_format, &s.out.text),
     CHECK(tarva_abi_get_property_tree_string, "Unknown property tree string format provided.", s.root.get(),
           &s.no_format, &s.out.text),
 };
@@ -266,7 +266,8 @@ std::string refuse_all(scene& s) {
                                       "ABI " + kind + " argument is not actually a " + kind + " object.",
                                       "ABI type argument is not found."};
   };
-  const std::array<std::string, 3> lookup{UNKNOWN.message, UNKNOWN.message, UNKNOWN.message};
+  const std::array<std::string, 3> lookup{unknown_handle.message, unknown_handle.message,
+                                          unknown_handle.message};
   const std::string property = "Property is not found.  Is this a double-delete or an invalid entry?";
   void* const memory = s.ints.get();
   std::string lines;
@@ -291,7 +292,7 @@ std::string run_rows(std::ostream& faults) {
   scene s;
   auto all = caller::devices();
   s.device = std::move(all[0]);
-  s.program = compile(s.device, SOURCE);
+  s.program = compile(s.device, source);
   s.kernel = find_kernel(s.program, "flag");
   s.ints = allocate(TARVA_ABI_TYPE_INT32, 4);
   s.floats = allocate(TARVA_ABI_TYPE_FLOAT, 4);
@@ -310,10 +311,10 @@ std::string run_rows(std::ostream& faults) {
       lines += converted(one.expected.message);
     }
   };
-  run(DEVICES_AND_PROGRAMS);
-  run(LAUNCHES);
-  run(MEMORY);
-  run(ERRORS_AND_PROPERTIES);
+  run(device_and_program_rows);
+  run(launch_rows);
+  run(memory_rows);
+  run(error_and_property_rows);
   lines += refuse_all(s);
   // What may be NULL is.
   tarva_abi_free_device_array(nullptr, nullptr);

@@ -17,7 +17,7 @@ struct failing {
 };
 
 // A launch of a kernel with three memory objects, which come from the host or from another device.
-const failing LAUNCH_FAILURES[] = {
+const failing launch_failures[] = {
     {"no memory on the device", fail_call, op::create_buffer, -4, 3},
     {"capability library fails", fail_transport, op::create_buffer, -1, 2},
     {"write to the device", fail_event, op::enqueue_write_buffer, -5, 3},
@@ -68,7 +68,7 @@ protected:
     }
 
     EXPECT_EQ(launch(sum, {argument(out), argument(a), argument(b)}, line(5)), outcome());
-    const auto order = [&](std::vector<std::int32_t> v) {
+    const auto order = [&](const std::vector<std::int32_t>& v) {
       return target == role::big_endian ? swapped(v) : v;
     };
     EXPECT_EQ(order(read<std::int32_t>(out, 5)), (std::vector<std::int32_t>{11, 13, 15, 17, 19}));
@@ -76,22 +76,22 @@ protected:
     EXPECT_EQ(order(read<std::int32_t>(b, 5)), counted(5, 10));
   }
 };
-INSTANTIATE_TEST_SUITE_P(scripted, failures, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+INSTANTIATE_TEST_SUITE_P(scripted, failures, ::testing::Range(1u, version_count + 1), version_name);
 
 TEST_P(failures, a_failed_launch_loses_nothing_and_can_be_repeated) {
-  for (const failing& row : LAUNCH_FAILURES)
+  for (const failing& row : launch_failures)
     for (int place = 1; place <= row.places; ++place)
       try_launch(row, place, role::first);
 }
 
 TEST_P(failures, a_failed_change_of_byte_order_is_not_repeated) {
-  for (const failing& row : LAUNCH_FAILURES)
+  for (const failing& row : launch_failures)
     for (int place = 1; place <= row.places && row.moved == 0; ++place)
       try_launch(row, place, role::big_endian);
 }
 
 TEST_P(failures, content_caught_between_big_endian_devices_keeps_its_order) {
-  const std::uint32_t other = version() % VERSION_COUNT + 1;
+  const std::uint32_t other = version() % version_count + 1;
   const auto here = kernel(version(), "add", role::big_endian),
              there = kernel(other, "add", role::big_endian);
   const memory numbers = make(counted(4));
@@ -108,7 +108,7 @@ TEST_P(failures, content_caught_between_big_endian_devices_keeps_its_order) {
 
 // Whether it failed on the way or not: between devices the bytes stay as they are, on each way there and back.
 TEST_P(failures, a_move_to_another_byte_order_goes_on_as_it_began) {
-  const std::uint32_t other = version() % VERSION_COUNT + 1;
+  const std::uint32_t other = version() % version_count + 1;
   const caller::kernel kernels[] = {kernel(version(), "add"), kernel(other, "add", role::big_endian)};
   const std::int32_t amount = 1;
   for (const std::size_t from : {0, 1}) {

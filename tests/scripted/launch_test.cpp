@@ -5,7 +5,7 @@ namespace scripted {
 
 using namespace caller;
 using op = qv::operation;
-constexpr std::uint64_t HUGE = ~std::uint64_t{0};
+constexpr std::uint64_t huge = ~std::uint64_t{0};
 
 class launching : public each_version {
 protected:
@@ -17,7 +17,7 @@ protected:
     return {launches[0].numbers.begin() + 3, launches[0].numbers.end()};
   }
 };
-INSTANTIATE_TEST_SUITE_P(scripted, launching, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+INSTANTIATE_TEST_SUITE_P(scripted, launching, ::testing::Range(1u, version_count + 1), version_name);
 
 TEST_P(launching, each_type_becomes_its_sizes) {
   // The scripted devices: work-groups of 256, so 16 by 16 or 6 by 6 by 6, and 4 compute units.
@@ -36,9 +36,9 @@ TEST_P(launching, each_type_becomes_its_sizes) {
       {{2, 3, 1, 12, 1}, {6, 12, 6, 6, 6, 6}},
       {{3, 5}, {1280, 1, 1, 256, 1, 1}},
       {{4, 2, 3, 8, 4, 1}, {24, 12, 1, 8, 4, 1}},
-      {{4, 1, 3, 8, HUGE, HUGE}, {24, 1, 1, 8, 1, 1}}, // what lies beyond the dimensions does not count
+      {{4, 1, 3, 8, huge, huge}, {24, 1, 1, 8, 1, 1}}, // what lies beyond the dimensions does not count
       {{5, 2}, {2048, 1, 1, 256, 1, 1}},
-      {{6, 3, HUGE, 8, 4, 2}, {32, 16, 8, 8, 4, 2}},
+      {{6, 3, huge, 8, 4, 2}, {32, 16, 8, 8, 4, 2}},
   };
   for (const auto& [words, expected] : rows) {
     forget_calls();
@@ -47,11 +47,11 @@ TEST_P(launching, each_type_becomes_its_sizes) {
   }
   for (const list& words : {list{0},
                             {7},
-                            {HUGE},
-                            {3, HUGE / 256 + 1},
-                            {5, HUGE / 1024 + 1},
-                            {4, 2, HUGE, 1, 2, 1},
-                            {6, 3, 0, 1, 1, HUGE / 4 + 1}})
+                            {huge},
+                            {3, huge / 256 + 1},
+                            {5, huge / 1024 + 1},
+                            {4, 2, huge, 1, 2, 1},
+                            {6, 3, 0, 1, 1, huge / 4 + 1}})
     EXPECT_EQ(launch_words(words).type, 2u) << "unknown, or a size that wraps around: type " << words[0];
   // A size that the compiler fixed is the one that the kernel chooses.
   const memory numbers = make(counted(1));
@@ -115,7 +115,7 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
       {"group too large in the third dimension", add, good, sized(3, {1, 1, 128}, {1, 1, 128})},
       {"global size 0", add, good, sized(1, {0, 1, 1}, {1, 1, 1}), before_2_1},
       {"not the size fixed by the compiler", fixed, {argument(numbers)}, sized(3, {8, 8, 2}, {8, 8, 2})},
-      {"ids beyond all addresses", add, good, line(1, 1, HUGE), true},
+      {"ids beyond all addresses", add, good, line(1, 1, huge), true},
       {"too few arguments", add, {argument(numbers)}, sized(1, {4, 1, 1}, {1, 1, 1})},
       {"too many arguments",
        add,
@@ -152,7 +152,7 @@ TEST_P(launching, ranges_of_transfers_are_checked_without_wrap_around) {
         must(launch(add, {argument(*one), argument(value)}, line(4)));
     const auto content = read<std::int32_t>(numbers, 4);
     for (const auto& [start, size] : std::vector<std::pair<std::uint64_t, std::uint64_t>>{
-             {3, 2}, {5, 0}, {0, 5}, {HUGE, 2}, {2, HUGE}, {0, HUGE / 4 + 2}}) {
+             {3, 2}, {5, 0}, {0, 5}, {huge, 2}, {2, huge}, {0, huge / 4 + 2}}) {
       SCOPED_TRACE(::testing::Message() << (on_device ? "device " : "host ") << start << "+" << size);
       EXPECT_EQ(fill(numbers, &value, start, size),
                 logic_failure("Fill operation would overflow target capacity."));

@@ -46,7 +46,7 @@ void use_two_devices() {
 memory used_on(const caller::device& where) {
   memory numbers = make(counted(4));
   const std::int32_t nothing = 0;
-  must(launch(find_kernel(compile(where, SOURCE), "add"), {argument(numbers), argument(nothing)}, line(4)));
+  must(launch(find_kernel(compile(where, source), "add"), {argument(numbers), argument(nothing)}, line(4)));
   return numbers;
 }
 
@@ -118,7 +118,7 @@ void leave_handles_open() {
   use_two_devices();
   log_to_console("warn");
   auto all = devices();
-  program made = compile(all[0], SOURCE);
+  program made = compile(all[0], source);
   leave_open(used_on(all[1]));
   tarva_abi_retain_program(nullptr, made.get());
   leave_open(find_kernel(made, "add"));
@@ -185,13 +185,14 @@ TEST(lifecycle, nothing_is_printed_unasked) {
 
 [[noreturn]] void start_from_many_threads() {
   use_two_devices();
-  constexpr int THREADS = 32;
+  constexpr int thread_count = 32;
   log_to_console("info");
   ::testing::internal::CaptureStderr();
-  std::latch ready(THREADS);
+  std::latch ready(thread_count);
   std::atomic<int> good = 0;
   std::vector<std::thread> threads;
-  for (int i = 0; i < THREADS; ++i)
+  threads.reserve(thread_count);
+  for (int i = 0; i < thread_count; ++i)
     threads.emplace_back([&] {
       ready.arrive_and_wait();
       if (devices().size() == 2)
@@ -201,7 +202,7 @@ TEST(lifecycle, nothing_is_printed_unasked) {
     one.join();
   const std::string output = ::testing::internal::GetCapturedStderr();
   const bool once = output.find("Starting TARVA.") == output.rfind("Starting TARVA.");
-  std::exit(good == THREADS && once ? 0 : 2);
+  std::exit(good == thread_count && once ? 0 : 2);
 }
 
 TEST(lifecycle, a_start_has_its_banner_and_happens_once) {
@@ -338,7 +339,7 @@ void exit_while_others_work() {
   for (int i = 0; i < 3; ++i)
     std::thread([] {
       const auto all = devices();
-      const auto add = find_kernel(compile(all[0], SOURCE), "add");
+      const auto add = find_kernel(compile(all[0], source), "add");
       const memory numbers = make(counted(64));
       const std::int32_t one = 1;
       ++at_work;
@@ -397,7 +398,7 @@ void exit_in_the_middle_of_a_move() {
   log_to_console("error");
   static const auto& all = *new auto(devices());
   static const auto& numbers = *new memory(used_on(all[1]));
-  static const auto& flag = *new auto(find_kernel(compile(all[0], SOURCE), "flag"));
+  static const auto& flag = *new auto(find_kernel(compile(all[0], source), "flag"));
   set_kernel("flag", [](const kernel_run& now) {
     for (std::size_t i = 0; i < 4; ++i)
       seen.push_back(now.get<std::int32_t>(0, i));
@@ -431,8 +432,8 @@ void exit_with_work_left() {
   use_two_devices();
   log_to_console("info");
   static const auto& all = *new auto(devices());
-  static const auto& blocking = *new auto(find_kernel(compile(all[1], SOURCE), "flag"));
-  static const auto& left = *new auto(find_kernel(compile(all[0], SOURCE), "flag"));
+  static const auto& blocking = *new auto(find_kernel(compile(all[1], source), "flag"));
+  static const auto& left = *new auto(find_kernel(compile(all[0], source), "flag"));
   static const memory* const objects[] = {new memory(make(counted(4))), new memory(used_on(all[1]))};
   static const auto& others = *new memory(make(counted(4)));
   static const auto& fresh = *new memory(make(counted(4)));
@@ -494,7 +495,7 @@ TEST(lifecycle, a_stop_ends_what_has_begun_and_answers_who_is_left) {
   for (std::size_t i = 0; i < 8; ++i)
     std::thread([&all, i] {
       try {
-        const auto add = find_kernel(compile(all[i % 2], SOURCE), "add");
+        const auto add = find_kernel(compile(all[i % 2], source), "add");
         const memory numbers = make(counted(4));
         const std::int32_t amount = 1;
         while (launch(add, {argument(numbers), argument(amount)}, line(4)).code == TARVA_ABI_OK)
@@ -527,7 +528,7 @@ TEST(lifecycle, a_worker_that_cannot_go_on_ends_the_process_though_others_sleep_
     std::exit(7);
   });
   set_kernel("flag", [](const kernel_run&) { pthread_kill(launching, SIGUSR1); });
-  launch(find_kernel(compile(all[0], SOURCE), "flag"), {argument(numbers)}, line(1));
+  launch(find_kernel(compile(all[0], source), "flag"), {argument(numbers)}, line(1));
   std::this_thread::sleep_for(std::chrono::seconds(60));
   _exit(2);
 }
@@ -542,7 +543,7 @@ TEST(lifecycle, a_worker_that_cannot_go_on_ends_the_process_though_others_sleep_
       for (inside = true; !cancelled;)
         std::this_thread::yield();
     });
-    const auto flag = find_kernel(compile(all[0], SOURCE), "flag");
+    const auto flag = find_kernel(compile(all[0], source), "flag");
     std::thread launching([&] {
       launch(flag, {argument(numbers)}, line(1));
       pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
@@ -578,18 +579,18 @@ void end_handles_in_any_order() {
 
 TEST(lifecycle, a_million_handles_may_live) {
 #ifdef __SANITIZE_THREAD__
-  constexpr std::size_t MANY = 100000; // the thread sanitizer takes minutes for more
+  constexpr std::size_t many = 100000; // the thread sanitizer takes minutes for more
 #else
-  constexpr std::size_t MANY = 1000000;
+  constexpr std::size_t many = 1000000;
 #endif
   const memory numbers = make(counted(1));
-  std::vector<tarva_abi_property_s*> all(MANY);
+  std::vector<tarva_abi_property_s*> all(many);
   tarva_abi_error_s* failure = nullptr;
   for (tarva_abi_property_s*& one : all)
     ASSERT_EQ(tarva_abi_get_memory_root_property(nullptr, numbers.get(), &one, &failure), TARVA_ABI_OK);
   EXPECT_STREQ(all.front()->name, "ROOT");
-  for (std::size_t i = 0; i < MANY; ++i) // in an order that is neither theirs nor its reverse
-    tarva_abi_free_property(nullptr, all[i * 7919 % MANY]);
+  for (std::size_t i = 0; i < many; ++i) // in an order that is neither theirs nor its reverse
+    tarva_abi_free_property(nullptr, all[i * 7919 % many]);
 }
 
 TEST(lifecycle, handles_of_one_object_end_in_any_order) {

@@ -5,7 +5,7 @@ namespace scripted {
 
 std::vector<device_options> standard_devices() {
   std::vector<device_options> devices;
-  for (std::uint32_t version = 1; version <= VERSION_COUNT; ++version)
+  for (std::uint32_t version = 1; version <= version_count; ++version)
     for (const char* name : {"first", "second", "big-endian"}) {
       device_options options{name, {version}};
       options.little_endian = std::string(name) != "big-endian";

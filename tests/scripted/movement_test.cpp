@@ -9,7 +9,7 @@ using namespace caller;
 using op = qv::operation;
 
 class movement : public each_version {};
-INSTANTIATE_TEST_SUITE_P(scripted, movement, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+INSTANTIATE_TEST_SUITE_P(scripted, movement, ::testing::Range(1u, version_count + 1), version_name);
 
 TEST_P(movement, content_goes_to_the_device_once_and_stays) {
   const auto add = kernel(version(), "add");

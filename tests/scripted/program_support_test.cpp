@@ -57,7 +57,7 @@ protected:
     return ended;
   }
 };
-INSTANTIATE_TEST_SUITE_P(scripted, program_support, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+INSTANTIATE_TEST_SUITE_P(scripted, program_support, ::testing::Range(1u, version_count + 1), version_name);
 
 using sizes = std::vector<std::uint64_t>;
 
@@ -163,7 +163,7 @@ TEST_P(program_support, bounds_the_global_size_by_addresses_or_by_the_kernel) {
 
 TEST_P(program_support, finds_limits_again_that_could_not_be_read) {
   constexpr std::uint64_t group = 256;
-  const program made = compile(device(version()), SOURCE);
+  const program made = compile(device(version()), source);
   const memory numbers = make(counted(8));
   const std::int32_t amount = 0;
   const auto launch_too_large = [&](const caller::kernel& on) {

@@ -10,7 +10,7 @@ class programs : public each_version {
 protected:
   outcome try_kernel(const program& in, const char* name) {
     tarva_abi_kernel_s* found = nullptr;
-    const outcome ended = call<tarva_abi_get_kernel>(in.get(), name, &found);
+    outcome ended = call<tarva_abi_get_kernel>(in.get(), name, &found);
     const caller::kernel owned(found);
     return ended;
   }
@@ -21,7 +21,7 @@ protected:
     ~extensions() { set_info(index, 0x1030, text_answer("cl_khr_one")); }
   };
 };
-INSTANTIATE_TEST_SUITE_P(scripted, programs, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+INSTANTIATE_TEST_SUITE_P(scripted, programs, ::testing::Range(1u, version_count + 1), version_name);
 
 TEST_P(programs, text_needs_no_zero_at_its_end_and_options_pass) {
   const std::string text = "kernel void one() {}";
@@ -55,7 +55,7 @@ TEST_P(programs, spir_v_goes_by_extension_or_by_command) {
     GTEST_SKIP() << "no SPIR-V before 1.2";
   const extensions more(device_index(version(), role::first), "cl_khr_il_program");
   build result;
-  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, "SPV:" + SOURCE, "", result), outcome());
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, "SPV:" + source, "", result), outcome());
   const auto calls = take_calls();
   EXPECT_EQ(count(calls, op::get_extension_function_address_for_platform), version() <= 4 ? 1u : 0u);
   EXPECT_EQ(count(calls, op::create_program_with_il), version() <= 4 ? 0u : 1u);
@@ -71,7 +71,7 @@ TEST_P(programs, specialisation_constants_are_for_2_2) {
                                                      {3, TARVA_ABI_TYPE_INT64, &large}};
   tarva_abi_ir_header_s header{TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS, constants, 3};
   build result;
-  const std::string module = "SPV:" + SOURCE;
+  const std::string module = "SPV:" + source;
   if (version() < 6) {
     EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header),
               logic_failure("Expected the IR header to be empty."));
@@ -91,7 +91,7 @@ TEST_P(programs, specialisation_constants_are_for_2_2) {
               return one.operation == op::set_program_specialization_constant;
             }));
 
-  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, SOURCE, "", result, &header),
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, source, "", result, &header),
             logic_failure("Expected the IR header to be empty."));
   constants[0].id = std::uint64_t{1} << 32;
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header),
@@ -100,7 +100,7 @@ TEST_P(programs, specialisation_constants_are_for_2_2) {
 }
 
 TEST_P(programs, failing_commands_reach_the_caller_as_errors) {
-  const program made = compile(device(version()), SOURCE);
+  const program made = compile(device(version()), source);
   fail_call(op::create_kernel, 1, -6);
   EXPECT_EQ(try_kernel(made, "add"), other_failure("Failed to allocate memory on the host."));
   fail_call(op::create_kernel, 1, -25);
@@ -114,7 +114,7 @@ TEST_P(programs, failing_commands_reach_the_caller_as_errors) {
   }
   build unused;
   fail_call(op::build_program, 1, -3);
-  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, SOURCE, "", unused),
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, source, "", unused),
             other_failure("A compiler is not available."));
 }
 

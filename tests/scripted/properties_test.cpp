@@ -7,7 +7,7 @@ namespace scripted {
 using namespace caller;
 
 class properties : public each_version {};
-INSTANTIATE_TEST_SUITE_P(scripted, properties, ::testing::Range(1u, VERSION_COUNT + 1), version_name);
+INSTANTIATE_TEST_SUITE_P(scripted, properties, ::testing::Range(1u, version_count + 1), version_name);
 
 std::vector<property> all_children(const property& parent) {
   tarva_abi_property_array_s* all = nullptr;
@@ -56,14 +56,14 @@ std::string tree(const property& from, tarva_abi_tree_kind kind, bool recursive)
   const tarva_abi_tree_format_s format{kind, recursive, 1, 1, 1, 1, 1};
   char* text = nullptr;
   must(call<tarva_abi_get_property_tree_string>(from.get(), &format, &text));
-  const std::string result = text;
+  std::string result = text;
   tarva_abi_free_property_tree_string(nullptr, text);
   return result;
 }
 
 // The tree as it is when each property is asked for by itself.
 std::string gathered(const property& from, tarva_abi_tree_kind kind) {
-  const std::string alone = tree(from, kind, false);
+  std::string alone = tree(from, kind, false);
   if (*from->name == 0)
     return alone;
   const bool is_xml = kind == TARVA_ABI_TREE_XML;
@@ -82,7 +82,7 @@ void expect_tree_of_single_properties(const property& root) {
 TEST_P(properties, of_a_device_are_those_of_its_version) {
   constexpr std::size_t below_opencl[] = {45, 56, 60, 69, 72, 72};
   const auto of_device = root<tarva_abi_get_device_root_property>(device(version()));
-  const std::string summary = "OpenCL " + std::string(VERSION_TEXTS[version() - 1]) + " device named: first";
+  const std::string summary = "OpenCL " + std::string(version_texts[version() - 1]) + " device named: first";
   EXPECT_EQ(children_of(of_device), "FRIENDLY_SHORT_DESCRIPTION=" + summary + " FRIENDLY_SUMMARY=" + summary +
                                         " NAME=first OBJECT_ID OPENCL");
   const property opencl = child(of_device, "OPENCL");
@@ -126,7 +126,7 @@ TEST_P(properties, of_a_device_bear_rare_answers) {
 }
 
 TEST_P(properties, of_programs_kernels_and_memory_are_those_of_the_version) {
-  const program made = compile(device(version()), SOURCE), small = compile(device(version()), "kernel");
+  const program made = compile(device(version()), source), small = compile(device(version()), "kernel");
   const auto of_kernel = root<tarva_abi_get_kernel_root_property>(find_kernel(made, "fixed"));
   EXPECT_EQ(children_of(of_kernel),
             "MAX_WORK_ITEM_DIMENSIONS=3 MAX_WORK_GROUP_SIZE=256 KERNEL_NAME=fixed OPENCL OBJECT_ID "

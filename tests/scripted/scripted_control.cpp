@@ -17,7 +17,7 @@ device* machine::find_device(void* handle) {
     if (&candidate == handle)
       return &candidate;
   complain("use of a handle that is no device");
-  throw refused{INVALID_DEVICE};
+  throw refused{invalid_device};
 }
 
 std::optional<std::int32_t> machine::planned(planned_failure::way how, qv::operation operation) {

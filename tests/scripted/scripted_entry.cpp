@@ -11,7 +11,7 @@ namespace scripted {
 
 namespace {
 
-constexpr std::uint64_t FIRST_ROOT = 0x100, FIRST_NODE = 0x200; // never valid addresses
+constexpr std::uint64_t first_root = 0x100, first_node = 0x200; // never valid addresses
 
 std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t count, std::uint64_t* array,
                         std::uint64_t* out_count) {
@@ -57,7 +57,7 @@ std::int32_t qv_get_root_devices(std::uint64_t count, std::uint64_t* array, std:
   const std::lock_guard guard(machine::get().lock);
   std::vector<std::uint64_t> roots;
   for (const auto& device : machine::get().devices)
-    roots.push_back(scripted::FIRST_ROOT + device.index);
+    roots.push_back(scripted::first_root + device.index);
   return scripted::write_list(roots, count, array, out_count);
 }
 
@@ -67,17 +67,17 @@ std::int32_t qv_find_capability_nodes(std::uint64_t root, std::uint64_t capabili
   const std::lock_guard guard(machine::get().lock);
   std::vector<std::uint64_t> nodes;
   for (const std::uint32_t capability :
-       machine::get().devices.at(root - scripted::FIRST_ROOT).options.capabilities)
+       machine::get().devices.at(root - scripted::first_root).options.capabilities)
     if (capability == capability_id)
-      nodes.push_back(scripted::FIRST_NODE + capability);
+      nodes.push_back(scripted::first_node + capability);
   return scripted::write_list(nodes, count, array, out_count);
 }
 
 std::int32_t qv_create_call_handle(std::uint64_t root, std::uint64_t node, qv_call_handle** out_handle,
                                    std::uint64_t /*reserved*/) {
   const std::lock_guard guard(machine::get().lock);
-  auto& device = machine::get().devices.at(root - scripted::FIRST_ROOT);
-  *out_handle = new qv_call_handle{&device, static_cast<std::uint32_t>(node - scripted::FIRST_NODE)};
+  auto& device = machine::get().devices.at(root - scripted::first_root);
+  *out_handle = new qv_call_handle{&device, static_cast<std::uint32_t>(node - scripted::first_node)};
   machine::get().call_handles.insert(*out_handle);
   return QV_OK;
 }

@@ -13,7 +13,7 @@ struct range_row {
   std::uint32_t first = 1, last = 6;
 };
 
-constexpr range_row NUMBERS[] = {
+constexpr range_row numbers[] = {
     {0x1000, 0x1000, 8},       {0x1001, 0x100E, 4},    {0x100F, 0x100F, 4, 1, 3}, {0x1010, 0x1015, 8},
     {0x1016, 0x1016, 4},       {0x1017, 0x1017, 8},    {0x1018, 0x1019, 4},       {0x101A, 0x101A, 4, 2, 2},
     {0x101B, 0x101B, 8},       {0x101C, 0x101D, 4},    {0x101E, 0x1020, 8},       {0x1021, 0x1022, 4},
@@ -25,7 +25,7 @@ constexpr range_row NUMBERS[] = {
 };
 
 // Those that matter; all others are 1.
-constexpr std::pair<std::uint32_t, std::uint64_t> VALUES[] = {
+constexpr std::pair<std::uint32_t, std::uint64_t> values[] = {
     {0x1000, 4},                      // TYPE: GPU
     {0x1002, 4},                      // MAX_COMPUTE_UNITS
     {0x1003, 3},                      // MAX_WORK_ITEM_DIMENSIONS
@@ -41,7 +41,7 @@ struct text_row {
   std::uint32_t first = 1;
 };
 
-constexpr text_row TEXTS[] = {
+constexpr text_row texts[] = {
     {0x102C, "Scripted Vendor"},          // VENDOR
     {0x102D, "0.1"},                      // DRIVER_VERSION
     {0x102E, "FULL_PROFILE"},             // PROFILE
@@ -73,12 +73,12 @@ std::optional<info_answer> device_info(const device& device, std::uint32_t capab
     break;
   }
   std::uint64_t number = 1;
-  for (const auto& [of, value] : VALUES)
+  for (const auto& [of, value] : values)
     number = of == parameter ? value : number;
-  for (const range_row& row : NUMBERS)
+  for (const range_row& row : numbers)
     if (row.from <= parameter && parameter <= row.to && row.first <= capability && capability <= row.last)
       return row.size == 4 ? value_answer(static_cast<std::uint32_t>(number)) : value_answer(number);
-  for (const text_row& row : TEXTS)
+  for (const text_row& row : texts)
     if (row.parameter == parameter && row.first <= capability)
       return text_answer(row.value);
   return std::nullopt;
@@ -86,7 +86,7 @@ std::optional<info_answer> device_info(const device& device, std::uint32_t capab
 
 std::int32_t answer_query(const info_answer& answer, std::size_t size, void* value, std::size_t* size_out) {
   if (value != nullptr && size < answer.data.size())
-    return INVALID_VALUE;
+    return invalid_value;
   if (value != nullptr && !answer.data.empty())
     std::memcpy(value, answer.data.data(), answer.data.size());
   if (size_out != nullptr)

@@ -13,7 +13,7 @@
 
 namespace scripted {
 
-constexpr std::int32_t INVALID_VALUE = -30, INVALID_DEVICE = -33, INVALID_CONTEXT = -34;
+constexpr std::int32_t invalid_value = -30, invalid_device = -33, invalid_context = -34;
 
 // Ends a command with that status.
 struct refused {
@@ -33,7 +33,7 @@ struct object {
 };
 
 struct context : object {
-  static constexpr std::int32_t invalid = INVALID_CONTEXT;
+  static constexpr std::int32_t invalid = invalid_context;
   static constexpr const char* kind = "context";
   device* owner = nullptr;
   qv::context_callback notify = nullptr;

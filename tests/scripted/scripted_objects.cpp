@@ -37,16 +37,16 @@ std::int32_t device_of_handle(session& now, qv::device_of_handle_record& record)
 std::int32_t get_device_info(session& now, qv::get_device_info_record& record) {
   const device* found = now.world.find_device(record.device);
   const auto answer = device_info(*found, now.log.capability, record.param_name);
-  return answer ? answer_query(*answer, record) : INVALID_VALUE;
+  return answer ? answer_query(*answer, record) : invalid_value;
 }
 
 std::int32_t create_context(session& now, qv::create_context_record& record) {
   if (record.num_devices != 1 || record.devices == nullptr || record.properties != nullptr)
-    return INVALID_VALUE;
+    return invalid_value;
   const auto made = std::make_shared<context>();
   made->owner = now.world.find_device(record.devices[0]);
   if (made->owner != &now.owner)
-    return INVALID_DEVICE;
+    return invalid_device;
   made->notify = record.pfn_notify;
   made->user_data = record.user_data;
   record.result = now.world.add(made);
@@ -55,14 +55,15 @@ std::int32_t create_context(session& now, qv::create_context_record& record) {
 
 std::int32_t get_context_info(session& now, qv::get_context_info_record& record) {
   const auto found = now.world.find<context>(record.context);
-  constexpr std::uint32_t DEVICES = 0x1081;
-  return record.param_name == DEVICES ? answer_query(value_answer(found->owner), record) : INVALID_VALUE;
+  constexpr std::uint32_t context_devices = 0x1081;
+  return record.param_name == context_devices ? answer_query(value_answer(found->owner), record)
+                                              : invalid_value;
 }
 
 std::int32_t create_buffer(session& now, qv::create_buffer_record& record) {
   const auto found = now.world.find<context>(record.context);
   if (record.flags != 1 || record.host_ptr != nullptr)
-    return INVALID_VALUE;
+    return invalid_value;
   device& owner = *found->owner;
   std::uint64_t largest = 0;
   std::memcpy(&largest, device_info(owner, 1, 0x1010)->data.data(), sizeof largest);
@@ -76,7 +77,7 @@ std::int32_t create_buffer(session& now, qv::create_buffer_record& record) {
 
 handler find_object_handler(qv::operation operation) {
   using enum qv::operation;
-  static constexpr handler_row HANDLERS[] = {
+  static constexpr handler_row handlers[] = {
       {device_of_handle, typed<&scripted::device_of_handle>::handle},
       {get_device_info, typed<&scripted::get_device_info>::handle},
       {create_context, typed<&scripted::create_context>::handle},
@@ -94,7 +95,7 @@ handler find_object_handler(qv::operation operation) {
       {release_mem_object, typed<&release<buffer>>::handle},
       {release_program, typed<&release<program>>::handle},
   };
-  return find_handler(HANDLERS, operation);
+  return find_handler(handlers, operation);
 }
 
 } // namespace scripted

@@ -46,13 +46,13 @@ std::int32_t make_program(session& now, void* context_handle, program::origin fr
 
 std::int32_t create_with_source(session& now, qv::create_program_with_source_record& record) {
   if (record.count != 1 || record.lengths != nullptr || record.strings == nullptr)
-    return INVALID_VALUE;
+    return invalid_value;
   return make_program(now, record.context, program::origin::source, record.strings[0], &record.result);
 }
 
 std::int32_t create_with_binary(session& now, qv::create_program_with_binary_record& record) {
   if (record.num_devices != 1 || record.binary_status != nullptr || record.device_list[0] != &now.owner)
-    return INVALID_VALUE;
+    return invalid_value;
   const std::string all(reinterpret_cast<const char*>(record.binaries[0]), record.lengths[0]);
   const std::size_t head = all.compare(0, 4, "BIN:") == 0 ? 4 : all.compare(0, 2, "BC") == 0 ? 2 : 0;
   if (head == 0)
@@ -63,7 +63,7 @@ std::int32_t create_with_binary(session& now, qv::create_program_with_binary_rec
 std::int32_t make_from_il(session& now, void* context, const void* il, std::size_t length, void** result) {
   const std::string all(static_cast<const char*>(il), length);
   if (all.compare(0, 4, "SPV:") != 0)
-    return INVALID_VALUE;
+    return invalid_value;
   const std::int32_t status = make_program(now, context, program::origin::il, all.substr(4), result);
   if (status == 0)
     now.world.find<program>(*result)->il = all;
@@ -95,7 +95,7 @@ std::int32_t get_extension_address(session& now,
 
 std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_kernels_record& record) {
   if (record.num_devices != 1 || record.device_list[0] != &now.owner)
-    return INVALID_VALUE;
+    return invalid_value;
   const std::string names = record.kernel_names;
   const std::int32_t status =
       make_program(now, record.context, program::origin::builtin, names, &record.result);
@@ -113,7 +113,7 @@ std::int32_t build(session& now, qv::build_program_record& record) {
   const auto found = now.world.find<program>(record.program);
   now.log.text = record.options;
   if (record.num_devices != 1 || record.device_list[0] != found->owner || record.pfn_notify != nullptr)
-    return INVALID_VALUE;
+    return invalid_value;
   if (now.log.text.find("-bad") != std::string::npos)
     return -43; // CL_INVALID_BUILD_OPTIONS
   const bool broken = found->text.find("#error") != std::string::npos;
@@ -177,11 +177,11 @@ std::int32_t get_program_info(session& now, qv::get_object_info_record& record) 
     std::memcpy(*static_cast<void**>(record.param_value), binary.data(), binary.size());
     return 0;
   case 0x1168: // KERNEL_NAMES
-    return now.log.capability < 3 ? INVALID_VALUE : answer_query(text_answer(kernel_names(*found)), record);
+    return now.log.capability < 3 ? invalid_value : answer_query(text_answer(kernel_names(*found)), record);
   case 0x1169: // IL
     return answer_query({bytes(found->il.begin(), found->il.end())}, record);
   default:
-    return INVALID_VALUE;
+    return invalid_value;
   }
 }
 
@@ -193,7 +193,7 @@ std::int32_t get_build_info(session& now, qv::get_object_device_info_record& rec
   case 0x1183: // LOG
     return answer_query(text_answer(found->log), record);
   default:
-    return INVALID_VALUE;
+    return invalid_value;
   }
 }
 
@@ -210,11 +210,11 @@ std::int32_t get_kernel_info(session& now, qv::get_object_info_record& record) {
   case 0x1195: // ATTRIBUTES
     return answer_query(text_answer(required[0] != 0 ? "reqd_work_group_size" : ""), record);
   default:
-    return INVALID_VALUE;
+    return invalid_value;
   }
 }
 
-constexpr std::uint64_t CUSTOM = 16;
+constexpr std::uint64_t custom = 16;
 
 std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record& record) {
   const auto found = now.world.find<kernel>(record.object);
@@ -231,11 +231,11 @@ std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record
     return answer_query(value_answer(std::uint64_t{32}), record);
   case 0x11B5: // GLOBAL_WORK_SIZE: of built-in kernels, and of custom devices
     return found->parent->from == program::origin::builtin ||
-                   device_info(now.owner, now.log.capability, 0x1000)->data == value_answer(CUSTOM).data
+                   device_info(now.owner, now.log.capability, 0x1000)->data == value_answer(custom).data
                ? answer_query(value_answer(std::array<std::uint64_t, 3>{1024, 512, 256}), record)
-               : INVALID_VALUE;
+               : invalid_value;
   default:
-    return INVALID_VALUE;
+    return invalid_value;
   }
 }
 
@@ -283,7 +283,7 @@ std::int32_t set_constant(session& now, qv::set_program_specialization_constant_
 
 handler find_program_handler(qv::operation operation) {
   using enum qv::operation;
-  static constexpr handler_row HANDLERS[] = {
+  static constexpr handler_row handlers[] = {
       {create_program_with_source, typed<&create_with_source>::handle},
       {create_program_with_binary, typed<&create_with_binary>::handle},
       {create_program_with_il, typed<&create_with_il>::handle},
@@ -299,7 +299,7 @@ handler find_program_handler(qv::operation operation) {
       {qv::operation::set_kernel_arg, typed<&scripted::set_kernel_arg>::handle},
       {set_program_specialization_constant, typed<&set_constant>::handle},
   };
-  return find_handler(HANDLERS, operation);
+  return find_handler(handlers, operation);
 }
 
 } // namespace scripted

@@ -6,11 +6,11 @@ namespace scripted {
 namespace {
 
 void make_queue(session& now, const context& parent, std::uint64_t properties, void** result) {
-  constexpr std::uint64_t PROFILING = 2, ON_DEVICE = 4;
+  constexpr std::uint64_t profiling = 2, on_device = 4;
   const auto made = std::make_shared<queue>();
   made->owner = parent.owner;
-  made->profiled = (properties & PROFILING) != 0;
-  made->on_host = (properties & ON_DEVICE) == 0;
+  made->profiled = (properties & profiling) != 0;
+  made->on_host = (properties & on_device) == 0;
   *result = now.world.add(made);
 }
 
@@ -18,7 +18,7 @@ std::int32_t create_command_queue(session& now, qv::create_command_queue_record&
   const auto parent = now.world.find<context>(record.context);
   now.log.numbers = {record.properties};
   if (now.world.find_device(record.device) != parent->owner)
-    return INVALID_DEVICE;
+    return invalid_device;
   make_queue(now, *parent, record.properties, &record.result);
   return 0;
 }
@@ -27,12 +27,12 @@ std::int32_t create_command_queue_with_properties(session& now,
                                                   qv::create_command_queue_with_properties_record& record) {
   const auto parent = now.world.find<context>(record.context);
   if (now.world.find_device(record.device) != parent->owner)
-    return INVALID_DEVICE;
-  constexpr std::uint64_t PROPERTIES = 0x1093;
+    return invalid_device;
+  constexpr std::uint64_t queue_properties = 0x1093;
   std::uint64_t properties = 0;
   for (const std::uint64_t* entry = record.properties; *entry != 0; entry += 2) {
     now.log.numbers.insert(now.log.numbers.end(), {entry[0], entry[1]});
-    if (entry[0] == PROPERTIES)
+    if (entry[0] == queue_properties)
       properties = entry[1];
   }
   make_queue(now, *parent, properties, &record.result);
@@ -81,7 +81,7 @@ template <bool Read>
 std::int32_t transfer(session& now, qv::enqueue_transfer_buffer_record& record) {
   const auto found = now.world.find<buffer>(record.buffer);
   if (!in_range(*found, record.offset, record.size) || record.ptr == nullptr)
-    return INVALID_VALUE;
+    return invalid_value;
   if (record.blocking != 0)
     now.world.complain("blocking transfer");
   return enqueue(now, record, [found, offset = record.offset, size = record.size, host = record.ptr] {
@@ -94,9 +94,9 @@ std::int32_t copy(session& now, qv::enqueue_copy_buffer_record& record) {
   const auto from = now.world.find<buffer>(record.src_buffer);
   const auto to = now.world.find<buffer>(record.dst_buffer);
   if (from->owner != to->owner)
-    return INVALID_CONTEXT;
+    return invalid_context;
   if (!in_range(*from, record.src_offset, record.size) || !in_range(*to, record.dst_offset, record.size))
-    return INVALID_VALUE;
+    return invalid_value;
   if (from == to && record.src_offset < record.dst_offset + record.size &&
       record.dst_offset < record.src_offset + record.size)
     return -8; // CL_MEM_COPY_OVERLAP
@@ -108,10 +108,10 @@ std::int32_t copy(session& now, qv::enqueue_copy_buffer_record& record) {
 std::int32_t fill(session& now, qv::enqueue_fill_buffer_record& record) {
   const auto found = now.world.find<buffer>(record.buffer);
   const std::size_t step = record.pattern_size;
-  constexpr std::size_t LARGEST_PATTERN = 128;
-  if (step == 0 || step > LARGEST_PATTERN || (step & (step - 1)) != 0 || record.offset % step != 0 ||
+  constexpr std::size_t largest_pattern = 128;
+  if (step == 0 || step > largest_pattern || (step & (step - 1)) != 0 || record.offset % step != 0 ||
       record.size % step != 0 || !in_range(*found, record.offset, record.size))
-    return INVALID_VALUE;
+    return invalid_value;
   const auto* first = static_cast<const unsigned char*>(record.pattern);
   const bytes pattern(first, first + step);
   now.log.data = pattern;
@@ -178,24 +178,25 @@ std::int32_t launch_kernel(session& now, qv::enqueue_nd_range_kernel_record& rec
 
 std::int32_t get_event_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<event>(record.object);
-  constexpr std::uint32_t EXECUTION_STATUS = 0x11D3;
-  return record.param_name == EXECUTION_STATUS ? answer_query(value_answer(found->status), record)
-                                               : INVALID_VALUE;
+  constexpr std::uint32_t execution_status = 0x11D3;
+  return record.param_name == execution_status ? answer_query(value_answer(found->status), record)
+                                               : invalid_value;
 }
 
 std::int32_t get_event_profiling_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<event>(record.object);
   if (!found->profiled)
     return -7; // CL_PROFILING_INFO_NOT_AVAILABLE
-  constexpr std::uint32_t START = 0x1282;
-  return answer_query(value_answer(std::uint64_t{record.param_name == START ? 1000u : 1500u}), record);
+  constexpr std::uint32_t profiling_start = 0x1282;
+  return answer_query(value_answer(std::uint64_t{record.param_name == profiling_start ? 1000u : 1500u}),
+                      record);
 }
 
 } // namespace
 
 handler find_queue_handler(qv::operation operation) {
   using enum qv::operation;
-  static constexpr handler_row HANDLERS[] = {
+  static constexpr handler_row handlers[] = {
       {create_command_queue, typed<&scripted::create_command_queue>::handle},
       {create_command_queue_with_properties, typed<&scripted::create_command_queue_with_properties>::handle},
       {qv::operation::finish, typed<&scripted::finish>::handle},
@@ -207,7 +208,7 @@ handler find_queue_handler(qv::operation operation) {
       {get_event_info, typed<&scripted::get_event_info>::handle},
       {get_event_profiling_info, typed<&scripted::get_event_profiling_info>::handle},
   };
-  return find_handler(HANDLERS, operation);
+  return find_handler(handlers, operation);
 }
 
 } // namespace scripted

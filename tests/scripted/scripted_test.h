@@ -14,8 +14,8 @@ namespace scripted {
 // Three devices a version: two little-endian ones and a big-endian one. They stand in the library's list and
 // in the script in the same order.
 enum class role : std::size_t { first, second, big_endian };
-constexpr std::uint32_t VERSION_COUNT = 6;
-constexpr const char* VERSION_TEXTS[] = {"1.0", "1.1", "1.2", "2.0", "2.1", "2.2"};
+constexpr std::uint32_t version_count = 6;
+constexpr const char* version_texts[] = {"1.0", "1.1", "1.2", "2.0", "2.1", "2.2"};
 
 inline std::size_t device_index(std::uint32_t version, role which) {
   return (version - 1) * 3 + static_cast<std::size_t>(which);
@@ -23,10 +23,10 @@ inline std::size_t device_index(std::uint32_t version, role which) {
 
 // What a machine of those devices is set up from.
 std::vector<device_options> standard_devices();
-// The bodies of the kernels of SOURCE.
+// The bodies of the kernels of the source.
 void register_kernels();
 
-inline const std::string SOURCE = R"(
+inline const std::string source = R"(
   kernel void add(global int* data, int amount) {}
   kernel void sum(global int* out, global const int* a, global const int* b) {}
   kernel void observe(global short* data, local float* scratch, short4 values, global int* nothing) {}
@@ -51,7 +51,7 @@ class scripted_test : public ::testing::Test {
 protected:
   void SetUp() override {
     devices = caller::devices();
-    ASSERT_EQ(devices.size(), 3 * VERSION_COUNT);
+    ASSERT_EQ(devices.size(), 3 * version_count);
     before_ = live_objects();
     forget_calls();
   }
@@ -69,7 +69,7 @@ protected:
     return devices.at(device_index(version, which));
   }
   caller::kernel kernel(std::uint32_t version, const char* name, role which = role::first) const {
-    return caller::find_kernel(caller::compile(device(version, which), SOURCE), name);
+    return caller::find_kernel(caller::compile(device(version, which), source), name);
   }
 
   std::vector<caller::device> devices;
@@ -84,7 +84,7 @@ protected:
 };
 
 inline std::string version_name(const ::testing::TestParamInfo<std::uint32_t>& info) {
-  std::string text = VERSION_TEXTS[info.param - 1];
+  std::string text = version_texts[info.param - 1];
   text[1] = '_';
   return "opencl_" + text;
 }

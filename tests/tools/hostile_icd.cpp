@@ -39,8 +39,8 @@ void change_manners(cl_platform_id platform) {
   if (table->clGetDeviceInfo == hostile_device_info)
     return;
   const auto page_size = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-  const auto page = reinterpret_cast<std::uintptr_t>(table) / page_size * page_size;
-  mprotect(reinterpret_cast<void*>(page), 2 * page_size, PROT_READ | PROT_WRITE);
+  char* const page = reinterpret_cast<char*>(table) - reinterpret_cast<std::uintptr_t>(table) % page_size;
+  mprotect(page, 2 * page_size, PROT_READ | PROT_WRITE);
   polite_device_info = table->clGetDeviceInfo;
   table->clGetDeviceInfo = hostile_device_info;
 }

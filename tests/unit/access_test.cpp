@@ -103,9 +103,9 @@ using all_versions = testing::Types<tag<version::v1_0>, tag<version::v1_1>, tag<
 TYPED_TEST_SUITE(every_version, all_versions);
 
 TYPED_TEST(every_version, counts_references_of_what_can_be_copied) {
-  constexpr version V = TypeParam::value;
-  const int counted = V >= version::v1_2 ? 1 : 0;
-  auto device = the_device<V>();
+  constexpr version tested = TypeParam::value;
+  const int counted = tested >= version::v1_2 ? 1 : 0;
+  auto device = the_device<tested>();
   {
     auto copy = device;
     EXPECT_EQ(scripted::live_objects()["device"], 2 * counted);
@@ -114,30 +114,31 @@ TYPED_TEST(every_version, counts_references_of_what_can_be_copied) {
     EXPECT_EQ(moved.get_handle(), device.get_handle());
   }
   EXPECT_EQ(scripted::live_objects()["device"], counted);
-  auto context = the_context<V>();
+  auto context = the_context<tested>();
   {
     auto copy = context;
-    copy = the_context<V>();
+    copy = the_context<tested>();
     copy = context;
     EXPECT_EQ(scripted::live_objects()["context"], 2);
   }
   scripted::fail_call(op::retain_context, 1, -5);
-  EXPECT_THROW(opencl::context<V>(context).get_handle(), common::out_of_resources);
+  EXPECT_THROW(opencl::context<tested>(context).get_handle(), common::out_of_resources);
   if (counted != 0) {
     scripted::fail_call(op::retain_device, 1, -6);
-    EXPECT_THROW(opencl::find_devices<V>(), common::out_of_host_memory);
+    EXPECT_THROW(opencl::find_devices<tested>(), common::out_of_host_memory);
   }
 }
 
 TYPED_TEST(every_version, sizes_of_binaries_are_not_taken_on_trust) {
-  constexpr version V = TypeParam::value;
-  const auto context = the_context<V>();
+  constexpr version tested = TypeParam::value;
+  const auto context = the_context<tested>();
   EXPECT_THROW(context.create_program_with_binaries({}), std::logic_error);
-  const auto program = context.create_program_with_binaries({{the_device<V>(), {'B', 'C', '7'}}});
+  const auto program = context.create_program_with_binaries({{the_device<tested>(), {'B', 'C', '7'}}});
   EXPECT_EQ(program.get_binaries().at(0).binary, (scripted::bytes{'B', 'I', 'N', ':', '7'}));
   meddle = [](std::uint64_t command, void* record) {
     auto& query = *static_cast<qv::get_object_info_record*>(record);
-    if (command == qv::command_number(op::get_program_info, capability_of(V)) && query.param_name == 0x1165)
+    if (command == qv::command_number(op::get_program_info, capability_of(tested)) &&
+        query.param_name == 0x1165)
       *query.param_value_size_ret = 16; // two sizes for one device
   };
   EXPECT_THROW(program.get_binaries(), common::bad_implementation);
@@ -234,8 +235,8 @@ TEST_F(access_test, a_release_that_fails_is_logged) {
     EXPECT_EQ(text.substr(std::min(text.find("Exception"), text.size())),
               "Exception caught in " + name + "::~" + name + "().\n");
   };
-  const auto device = the_device<version::v2_0>();
-  const auto context = the_context<version::v2_0>();
+  auto device = the_device<version::v2_0>();
+  auto context = the_context<version::v2_0>();
   const opencl_2_0::host_command_queue queue(context, device, false, false);
   const auto buffer = context.create_buffer(1, 8, nullptr);
   expect_line(op::release_device, "device", [&] { return device; });

@@ -38,8 +38,8 @@ void expect_failure(const char* message, action&& act) {
 }
 
 // The words for every kind of bad handle are checked through the exported functions.
-constexpr const char* UNKNOWN_AT_LOOKUP = "Lookup of internal type map failed.";
-constexpr const char* UNKNOWN_AT_COUNT = "ABI type argument is not found.";
+constexpr const char* unknown_at_lookup = "Lookup of internal type map failed.";
+constexpr const char* unknown_at_count = "ABI type argument is not found.";
 
 TEST(bridge, keeps_objects_alive_while_handles_live_and_no_longer) {
   abi_bridge bridge;
@@ -54,7 +54,7 @@ TEST(bridge, keeps_objects_alive_while_handles_live_and_no_longer) {
   bridge.retain(first);
   EXPECT_FALSE(bridge.release(first));
   EXPECT_TRUE(bridge.release(first));
-  expect_failure(UNKNOWN_AT_COUNT, [&] { bridge.release(first); });
+  expect_failure(unknown_at_count, [&] { bridge.release(first); });
   EXPECT_EQ(4U, bridge.get_library_object(second)->get_num_elements());
   EXPECT_TRUE(bridge.release(second));
   EXPECT_TRUE(watch.expired());
@@ -140,7 +140,7 @@ TEST(bridge, teardown_drops_objects_once_and_survives_a_held_lock) {
   bridge.teardown();
   EXPECT_EQ(1, memory.use_count());
   EXPECT_EQ(TARVA_ABI_OBJECT_MEMORY, handle->kind);
-  expect_failure(UNKNOWN_AT_LOOKUP, [&] { bridge.get_library_object(handle); });
+  expect_failure(unknown_at_lookup, [&] { bridge.get_library_object(handle); });
   std::free(handle);
 }
 

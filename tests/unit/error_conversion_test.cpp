@@ -105,7 +105,7 @@ TEST(error_conversion, gives_minus_one_and_no_object_when_memory_runs_out_at_any
     abi_bridge bridge;
     allocations_left = points;
     const auto [result, error] = convert_exception(bridge, failure);
-    allocations_left = ENDLESS;
+    allocations_left = endless;
     handle = error;
     EXPECT_EQ(result, handle ? TARVA_ABI_LOGIC_FAILURE : TARVA_ABI_UNKNOWN_FAILURE) << points;
     if (handle)

@@ -40,13 +40,14 @@ std::optional<std::string> read_file(const fs::path& path) {
 }
 
 class logging_test : public testing::Test {
-protected:
+public:
   logging_test() {
     std::string pattern = fs::temp_directory_path() / "tarva_logging_XXXXXX";
     directory = mkdtemp(pattern.data());
   }
   ~logging_test() override { fs::remove_all(directory); }
 
+protected:
   traces play(const scene& played) {
     const pid_t child = fork();
     if (child == 0) {

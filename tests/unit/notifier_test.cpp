@@ -17,8 +17,10 @@ using namespace std::chrono_literals;
 
 // A notifier that is closed when the test ends, as every notifier should be.
 class notifier_test : public testing::Test {
-protected:
+public:
   ~notifier_test() override { bell.close(); }
+
+protected:
   notifier bell;
 };
 
@@ -55,6 +57,7 @@ TEST_F(notifier_test, every_waiter_wakes) {
   std::atomic<int> asleep = 0;
   std::atomic<bool> rung = false;
   std::vector<std::thread> waiters;
+  waiters.reserve(8);
   for (int waiter = 0; waiter < 8; ++waiter)
     waiters.emplace_back([&] {
       ++asleep;
@@ -71,19 +74,19 @@ TEST_F(notifier_test, every_waiter_wakes) {
 
 // The sender changes the condition and rings at any moment of the waiter's way into its sleep.
 TEST_F(notifier_test, no_wake_up_is_lost) {
-  constexpr int ROUNDS = 20000;
+  constexpr int rounds = 20000;
   notifier answer;
   std::atomic<int> sent = 0;
   std::atomic<int> seen = 0;
   std::thread waiter([&] {
-    for (int round = 1; round <= ROUNDS; ++round) {
+    for (int round = 1; round <= rounds; ++round) {
       while (sent < round)
         bell.wait([&] { return sent >= round; });
       seen = round;
       answer.notify();
     }
   });
-  for (int round = 1; round <= ROUNDS; ++round) {
+  for (int round = 1; round <= rounds; ++round) {
     sent = round;
     bell.notify();
     while (seen < round)
@@ -95,7 +98,7 @@ TEST_F(notifier_test, no_wake_up_is_lost) {
 
 // Both bells ring in turn, and at the end both are closed.
 TEST_F(notifier_test, one_waiter_hears_several) {
-  constexpr int ROUNDS = 5000;
+  constexpr int rounds = 5000;
   notifier other;
   const auto events = std::make_shared<event_count>();
   std::atomic<int> sent = 0, heard = 0;
@@ -106,7 +109,7 @@ TEST_F(notifier_test, one_waiter_hears_several) {
     };
     for (const notifier& each : {bell, other})
       each.register_wait_any(events);
-    for (int round = 1; round <= ROUNDS; ++round) {
+    for (int round = 1; round <= rounds; ++round) {
       wait_until([&] { return sent >= round; });
       heard = round;
     }
@@ -114,7 +117,7 @@ TEST_F(notifier_test, one_waiter_hears_several) {
     for (const notifier& each : {bell, other})
       each.unregister_wait_any(events);
   });
-  for (int round = 1; round <= ROUNDS; ++round) {
+  for (int round = 1; round <= rounds; ++round) {
     sent = round;
     (round % 2 ? bell : other).notify();
     while (heard < round)
