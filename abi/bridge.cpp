@@ -1,6 +1,7 @@
 #include "abi/bridge.h"
 
 #include "base/logging.h"
+#include "base/process_fault.h"
 #include "properties/property_base.h"
 
 #include <algorithm>
@@ -107,7 +108,7 @@ tarva_abi_property_array_s* abi_bridge::make_property_array(const std::vector<ow
       log_error(
           "Encountered an exception while recovering from another exception.  The library is probably in "
           "an undefined state, so halting execution.");
-      std::exit(1);
+      fail_process();
     }
   }
   array->count = properties.size();

@@ -1,6 +1,7 @@
 #include "abi/argument_checks.h"
 #include "abi/tarva_singleton.h"
 #include "ir/logical/operations.h"
+#include "ir/scheduler/scheduler.h"
 #include "memory/library_memory.h"
 
 // Memory objects and the operations on them.
@@ -17,7 +18,7 @@ void tarva_singleton::tarva_abi_memory_allocate_typed(const char* user_label, ta
   try {
     *out_memory = bridge_.make_handle<tarva_abi_memory_s>(memory);
   } catch (...) {
-    submit_without_future(logical_ir::free_memory::create(std::move(memory)));
+    free_memory(memory);
     throw;
   }
 }
@@ -71,9 +72,19 @@ void tarva_singleton::tarva_abi_retain_memory(tarva_abi_memory_s* memory) {
 
 // The object is held beyond its last handle, until the scheduler has dealt with it.
 void tarva_singleton::tarva_abi_release_memory(tarva_abi_memory_s* memory) {
-  auto object = bridge_.get_library_object(memory);
+  const auto object = bridge_.get_library_object(memory);
   if (bridge_.release(memory))
-    submit_without_future(logical_ir::free_memory::create(std::move(object)));
+    free_memory(object);
+}
+
+// Without memory for the operation the storage must go all the same: nobody can name the object any more.
+void tarva_singleton::free_memory(const std::shared_ptr<library_memory>& object) {
+  try {
+    submit_without_future(logical_ir::free_memory::create(object));
+  } catch (...) {
+    scheduler_->forget(object);
+    throw;
+  }
 }
 
 } // namespace oryn::tarva::library

@@ -94,7 +94,7 @@ public:
     note_end_of_process();
     the_gate.close();
     if (process_has_failed()) {
-      // Callers sleep inside for ever, and workers may still be at work: all of it is left as it is.
+      // Callers sleep inside for ever, and workers may still be at work: none is waited for, and what they use stays.
       library_->shut_down();
       return;
     }

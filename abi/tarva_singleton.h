@@ -112,6 +112,7 @@ private:
 
   void submit(const std::shared_ptr<logical_ir::logical_operation>& operation);
   // For operations whose end nobody can ask for: what went wrong goes to the log.
+  void free_memory(const std::shared_ptr<library_memory>& object);
   void submit_without_future(const std::shared_ptr<logical_ir::logical_operation>& operation);
   tarva_abi_future_s* submit_with_future(const std::shared_ptr<logical_ir::logical_operation>& operation);
 

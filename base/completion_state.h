@@ -76,7 +76,7 @@ private:
   const completion_texts& texts_;
   mutable std::mutex lock_;
   mutable std::optional<notifier> pipe_;
-  mutable std::atomic<bool> has_pipe_ = false; // or is about to have one
+  mutable std::atomic<bool> has_pipe_ = false;
   std::atomic<bool> profiling_enabled_ = false;
   std::atomic<bool> submitted_ = false;
   std::atomic<outcome> outcome_ = outcome::pending;

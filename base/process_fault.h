@@ -8,16 +8,21 @@ namespace internal {
 extern std::atomic<bool> process_has_failed;
 }
 
-// True once a worker has met what the library cannot go on from. From then on calls are refused, and those that wait
-// stay asleep: the process is about to end with status 1, and nobody's return may overtake that.
+// True once a worker has met what the library cannot go on from, or is itself ending the process. From then on calls
+// are refused, and those that wait stay asleep: the process is about to end, and nobody's return may overtake that.
 inline bool process_has_failed() noexcept {
   return internal::process_has_failed.load(std::memory_order_relaxed);
 }
 
-// From then on the exit handlers of the process are running, or the library is being unloaded.
+// The calling thread works for the library. What OpenCL runs on it may end the process, too.
+void note_worker() noexcept;
+
+// From then on the library's exit handler is running, or the library is being unloaded. A worker that runs it can wait
+// for no worker.
 void note_end_of_process() noexcept;
 
-// Ends the process with status 1. Exit handlers run on this thread. A second thread that comes here only waits.
+// Ends the process with status 1. Exit handlers run on this thread, unless the library's own is running already. A second
+// thread that comes here only waits.
 [[noreturn]] void fail_process() noexcept;
 
 } // namespace oryn::tarva::library

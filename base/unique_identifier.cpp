@@ -1,8 +1,8 @@
 #include "base/unique_identifier.h"
 
 #include "base/logging.h"
+#include "base/process_fault.h"
 
-#include <cstdlib>
 #include <limits>
 
 namespace oryn::tarva::library {
@@ -13,7 +13,7 @@ std::uint64_t draw_identifier(std::atomic<std::uint64_t>& pool) {
   const std::uint64_t identifier = pool.fetch_add(1, std::memory_order_relaxed);
   if (identifier == std::numeric_limits<std::uint64_t>::max()) {
     log_critical("Pool of unique identifiers within the library has been exhausted.");
-    std::exit(1);
+    fail_process();
   }
   return identifier;
 }

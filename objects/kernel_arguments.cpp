@@ -76,7 +76,7 @@ void kernel_argument_capture::replace_library_memory(std::vector<replacement> re
 
   std::vector<std::shared_ptr<device_memory>> blocks;
   blocks.reserve(objects.size());
-  for (replacement& each : replacements) {
+  for (replacement& each : replacements) { // the object is the key, and the list the table
     require(each.block != nullptr, "Expected to find replacement key inside the replacement table.");
     blocks.push_back(std::move(each.block));
   }

@@ -56,7 +56,7 @@ void opencl_device_work_dispatcher<V>::take_in(Taking taking) {
   }
   try {
     work_pipe_.notify();
-  } catch (const std::logic_error&) {
+  } catch (...) {
     // Closed by a shutdown that came in between.
   }
 }
@@ -109,6 +109,7 @@ void opencl_device_work_dispatcher<V>::shutdown() {
     if (shutdown_requested_.exchange(true))
       throw std::logic_error("Attempting to shutdown a work dispatcher that was already shutdown.");
   }
+  became_idle_.notify_all();
   work_pipe_.close();
   // A worker that ends the process runs the exit handlers itself: it cannot join itself, must not wait for another
   // worker that may have failed too, and must wake no caller.
@@ -177,6 +178,7 @@ bool opencl_device_work_dispatcher<V>::can_advance(const work_list<V>& waiting) 
 
 template <version V>
 void opencl_device_work_dispatcher<V>::worker_main() noexcept {
+  note_worker();
   try {
     run_until_shutdown();
     if (!work_lists_.empty())

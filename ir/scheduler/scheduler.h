@@ -4,6 +4,8 @@
 
 namespace oryn::tarva::library {
 
+class library_memory;
+
 namespace logical_ir {
 class logical_operation;
 }
@@ -19,6 +21,8 @@ public:
   // Runs the operation. Throws what is wrong with the request; a failure of the work itself stays in the
   // operation.
   virtual void submit(const std::shared_ptr<logical_ir::logical_operation>& operation) = 0;
+  // Gives up the object's content at once, where an operation that would free it could not be run.
+  virtual void forget(const std::shared_ptr<library_memory>& memory) noexcept = 0;
   // Called before a thread begins to wait for the operation.
   virtual void prepare_wait(const std::shared_ptr<logical_ir::logical_operation>& operation) = 0;
 };

@@ -27,6 +27,7 @@ public:
 
   // Returns when every command of the operation has ended.
   void submit(const std::shared_ptr<logical_ir::logical_operation>& operation) override;
+  void forget(const std::shared_ptr<library_memory>& memory) noexcept override;
   // The work has ended before submit() returned.
   void prepare_wait(const std::shared_ptr<logical_ir::logical_operation>&) override {}
 

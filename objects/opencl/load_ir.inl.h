@@ -15,7 +15,7 @@ namespace oryn::tarva::library {
 
 namespace detail {
 
-// Which kinds a version takes without a condition, by its capability number.
+// Which kinds a version takes without a condition, by its version.
 struct ir_row {
   std::uint64_t type;
   version first;

@@ -509,6 +509,20 @@ TEST(lifecycle, a_stop_ends_what_has_begun_and_answers_who_is_left) {
   _exit(2);
 }
 
+// As a compiler's handler of fatal errors may do.
+void end_the_process_on_a_worker() {
+  use_two_devices();
+  check_at_exit(false); // the work under way goes with the process
+  const auto kernel = find_kernel(compile(devices()[0], source), "flag");
+  const memory numbers = make(counted(4));
+  before_call(op::finish, 1, [] { std::exit(3); });
+  must(launch(kernel, {argument(numbers)}, line(1)));
+}
+
+TEST(lifecycle, an_exit_on_a_worker_waits_for_no_worker) {
+  EXPECT_EXIT(run(end_the_process_on_a_worker), ExitedWithCode(3), ::testing::Eq(""));
+}
+
 TEST(lifecycle, a_worker_that_cannot_go_on_ends_the_process_though_others_sleep_in_the_library) {
   for (const op operation : {op::enqueue_nd_range_kernel, op::finish})
     EXPECT_EXIT(
