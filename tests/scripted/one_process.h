@@ -1,0 +1,54 @@
+// What the cases of a process of their own have in common.
+#pragma once
+
+#include "tests/scripted/scripted_test.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace scripted {
+
+using namespace caller;
+using op = qv::operation;
+using ::testing::ExitedWithCode;
+
+// A pattern for output that holds the texts in this order.
+inline std::string lines(const std::vector<std::string>& texts) {
+  std::string pattern;
+  for (const std::string& text : texts) {
+    for (const char letter : text)
+      pattern += (std::strchr("[](){}.*+?|^$\\", letter) ? "\\" : "") + std::string(1, letter);
+    pattern += ".*";
+  }
+  return pattern;
+}
+
+inline void log_to_console(const char* level) {
+  for (const char* layer : {"TARVA", "SKERV"}) {
+    setenv((std::string(layer) + "_LOG_TARGET").c_str(), "console", 1);
+    setenv((std::string(layer) + "_LOG_LEVEL").c_str(), level, 1);
+  }
+}
+
+// A 1.2 device without built-in kernels and a 2.0 device with two.
+inline void use_two_devices() {
+  device_options two{"two", {4}};
+  two.info[0x103F] = text_answer("copy_all;;sort_all");
+  set_devices({{"one", {3}}, two});
+}
+
+inline memory used_on(const caller::device& where) {
+  memory numbers = make(counted(4));
+  const std::int32_t nothing = 0;
+  must(launch(find_kernel(compile(where, source), "add"), {argument(numbers), argument(nothing)}, line(4)));
+  return numbers;
+}
+
+[[noreturn]] inline void run(void (*body)()) {
+  body();
+  std::exit(0);
+}
+
+} // namespace scripted

@@ -1,0 +1,280 @@
+// The stop of the library while others are at work, and threads that end the process or are ended. Each case runs in a process
+// of its own, with its own machine.
+#include "tests/scripted/one_process.h"
+
+#include <atomic>
+#include <csignal>
+#include <pthread.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace scripted {
+
+namespace {
+
+tarva_abi_memory_s* survivor = nullptr;
+
+void call_after_the_stop() {
+  // Registered before the library starts, so that it runs after its exit handler.
+  std::atexit([] {
+    tarva_abi_device_array_s* array = nullptr;
+    auto* failure = reinterpret_cast<tarva_abi_error_s*>(&array);
+    if (tarva_abi_get_devices(nullptr, &array, &failure) != TARVA_ABI_UNKNOWN_FAILURE || failure != nullptr)
+      _exit(2);
+    tarva_abi_release_memory(nullptr, survivor);
+  });
+  use_two_devices();
+  survivor = make(counted(4)).release();
+}
+
+void exit_while_others_work() {
+  use_two_devices();
+  check_at_exit(false);
+  static std::atomic<int> at_work = 0;
+  for (int i = 0; i < 3; ++i)
+    std::thread([] {
+      const auto all = devices();
+      const auto add = find_kernel(compile(all[0], source), "add");
+      const memory numbers = make(counted(64));
+      const std::int32_t one = 1;
+      ++at_work;
+      while (launch(add, {argument(numbers), argument(one)}, line(64)).code == TARVA_ABI_OK)
+        ;
+      std::this_thread::sleep_for(std::chrono::seconds(60)); // nothing more is to be had from the library
+    }).detach();
+  while (at_work < 3)
+    std::this_thread::yield();
+}
+
+void call_in_a_forked_child() {
+  use_two_devices();
+  const auto all = devices();
+  memory numbers = make(counted(4));
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(30);
+    std::int32_t value = 0;
+    const outcome ended = read_raw(numbers, 0, 1, &value);
+    numbers.reset();
+    _exit(ended.code == TARVA_ABI_UNKNOWN_FAILURE ? 0 : 2);
+  }
+  int status = -1;
+  if (waitpid(child, &status, 0) != child || status != 0 || read<std::int32_t>(numbers, 4) != counted(4))
+    std::exit(3);
+}
+
+TEST(stop, late_and_concurrent_calls_survive_the_stop) {
+  EXPECT_EXIT(run(call_after_the_stop), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(exit_while_others_work), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(call_in_a_forked_child), ExitedWithCode(0), ::testing::Eq(""));
+}
+
+// The threads of a case take turns; none comes back.
+std::atomic<int> turn = 0;
+void await_turn(int wanted) {
+  while (turn < wanted)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+void pause(int milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+// The second half of the move comes long after the exit has begun, on the device that is asked to stop first.
+void exit_in_the_middle_of_a_move() {
+  static outcome ended{-1};
+  static std::vector<std::int32_t> seen;
+  static std::thread moving;
+  std::atexit([] { // when the library has stopped
+    moving.join();
+    if (ended != outcome() || seen != counted(4))
+      _exit(2);
+  });
+  use_two_devices();
+  log_to_console("error");
+  static const auto& all = *new auto(devices());
+  static const auto& numbers = *new memory(used_on(all[1]));
+  static const auto& flag = *new auto(find_kernel(compile(all[0], source), "flag"));
+  set_kernel("flag", [](const kernel_run& now) {
+    for (std::size_t i = 0; i < 4; ++i)
+      seen.push_back(now.get<std::int32_t>(0, i));
+  });
+  std::atexit([] { turn = 2; }); // before it stops
+  before_call(op::finish, 1, [] {
+    turn = 1;
+    await_turn(2);
+    pause(300);
+  });
+  before_call(op::enqueue_write_buffer, 1, [] { pause(300); });
+  moving = std::thread([] { ended = launch(flag, {argument(numbers)}, line(1)); });
+  await_turn(1);
+}
+
+// The first device is asked to stop in the middle of a launch that got to it when the others had ended their work, and
+// other callers stand behind. To that end the library is held up where it tells that it stops.
+void exit_with_work_left() {
+  static outcome first{-1}, second{-1};
+  static std::vector<std::int32_t> contents[] = {{0, 0, 0, 0}, {0, 0, 0, 0}};
+  static tarva_abi_future_s* futures[2]; // where leak checkers see them: they can no longer be given up
+  static tarva_abi_error_s* errors[2];
+  static std::atomic<int> answered = 0;
+  static std::vector<std::thread> threads;
+  std::atexit([] {
+    for (std::thread& each : threads)
+      each.join();
+    if (first != outcome() || second != outcome() || answered != 2)
+      _exit(2);
+  });
+  use_two_devices();
+  log_to_console("info");
+  static const auto& all = *new auto(devices());
+  static const auto& blocking = *new auto(find_kernel(compile(all[1], source), "flag"));
+  static const auto& left = *new auto(find_kernel(compile(all[0], source), "flag"));
+  static const memory* const objects[] = {new memory(make(counted(4))), new memory(used_on(all[1]))};
+  static const auto& others = *new memory(make(counted(4)));
+  static const auto& fresh = *new memory(make(counted(4)));
+  must(launch(blocking, {argument(others)}, line(1)));
+  set_kernel("flag", [](const kernel_run&) {
+    turn = 1;
+    await_turn(3);
+  });
+  std::atexit([] { turn = 2; });
+  threads.emplace_back([] { first = launch(blocking, {argument(others)}, line(1)); });
+  await_turn(1);
+  before_call(op::enqueue_write_buffer, 1, [] {
+    turn = 4;
+    await_turn(5);
+  });
+  threads.emplace_back([] { second = launch(left, {argument(fresh)}, line(1)); });
+  // A read that is not refused leaves a future that nobody can ask any more, and all of the content or nothing.
+  for (std::size_t i = 0; i < 2; ++i)
+    threads.emplace_back([i] {
+      const auto read = tarva_abi_async_read_memory(nullptr, objects[i]->get(), 0, 4, contents[i].data(),
+                                                    &futures[i], &errors[i]);
+      long code = 0;
+      const auto waited = tarva_abi_wait_future(nullptr, futures[i], &code, nullptr, nullptr);
+      const bool is_complete = contents[i] == counted(4),
+                 is_untouched = contents[i] == std::vector<std::int32_t>(4);
+      answered += waited == TARVA_ABI_UNKNOWN_FAILURE &&
+                  (read == TARVA_ABI_OK ? is_complete || is_untouched
+                                        : read == TARVA_ABI_LOGIC_FAILURE && is_untouched);
+    });
+  threads.emplace_back([] {
+    await_turn(2);
+    pause(500); // the library waits for the devices
+    flockfile(stderr);
+    turn = 3;
+    await_turn(4);
+    funlockfile(stderr);
+    pause(500); // it stops the first device
+    turn = 5;
+  });
+  pause(300); // all callers are inside
+}
+
+TEST(stop, a_stop_ends_what_has_begun_and_answers_who_is_left) {
+  EXPECT_EXIT(run(exit_in_the_middle_of_a_move), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(exit_with_work_left), ExitedWithCode(0),
+              lines({"Releasing device 1 of 2.",
+                     "] [tarva] [warning] About to shutdown work dispatcher thread, but work remains.",
+                     "] [tarva] [error] ", "kernel: {work_dim=1",
+                     "The work dispatcher was shut down before the command could be run."}));
+}
+
+// Threads that sleep inside the library, or are on their way into it or out of it.
+[[noreturn]] void fail_among_others(op operation) {
+  use_two_devices();
+  check_at_exit(false); // the work under way goes with the process
+  log_to_console("critical");
+  const auto all = devices();
+  fail_call(operation, 200, -5);
+  for (std::size_t i = 0; i < 8; ++i)
+    std::thread([&all, i] {
+      try {
+        const auto add = find_kernel(compile(all[i % 2], source), "add");
+        const memory numbers = make(counted(4));
+        const std::int32_t amount = 1;
+        while (launch(add, {argument(numbers), argument(amount)}, line(4)).code == TARVA_ABI_OK)
+          ;
+        std::this_thread::sleep_for(std::chrono::seconds(60)); // nothing more is to be had from the library
+      } catch (const std::exception&) {
+        // A thread that comes late is refused.
+      }
+    }).detach();
+  std::this_thread::sleep_for(std::chrono::seconds(30));
+  _exit(2);
+}
+
+// As a compiler's handler of fatal errors may do.
+void end_the_process_on_a_worker() {
+  use_two_devices();
+  check_at_exit(false); // the work under way goes with the process
+  const auto kernel = find_kernel(compile(devices()[0], source), "flag");
+  const memory numbers = make(counted(4));
+  before_call(op::finish, 1, [] { std::exit(3); });
+  must(launch(kernel, {argument(numbers)}, line(1)));
+}
+
+TEST(stop, an_exit_on_a_worker_waits_for_no_worker) {
+  EXPECT_EXIT(run(end_the_process_on_a_worker), ExitedWithCode(3), ::testing::Eq(""));
+}
+
+TEST(stop, a_worker_that_cannot_go_on_ends_the_process_though_others_sleep_in_the_library) {
+  for (const op operation : {op::enqueue_nd_range_kernel, op::finish})
+    EXPECT_EXIT(
+        fail_among_others(operation), ExitedWithCode(1),
+        "\\[critical\\] \\[device dispatcher\\] worker thread encountered an exception.  Aborting program. "
+        "Exception: Failed to allocate resources on the device.\n");
+}
+
+// The handler of a signal gives a handle up and ends the process, all in the middle of a launch of its thread.
+[[noreturn, maybe_unused]] void exit_in_the_middle_of_a_launch() {
+  check_at_exit(false); // the caller inside never gets to give its handles up
+  static const auto& all = *new auto(devices());
+  static const auto& numbers = *new memory(make(counted(1)));
+  static const pthread_t launching = pthread_self();
+  std::signal(SIGUSR1, [](int) {
+    tarva_abi_release_memory(nullptr, numbers.get());
+    std::exit(7);
+  });
+  set_kernel("flag", [](const kernel_run&) { pthread_kill(launching, SIGUSR1); });
+  launch(find_kernel(compile(all[0], source), "flag"), {argument(numbers)}, line(1));
+  std::this_thread::sleep_for(std::chrono::seconds(60));
+  _exit(2);
+}
+
+// A thread that is cancelled in the middle of a launch comes to the end of it.
+[[noreturn]] void cancel_a_launch() {
+  static std::atomic<bool> inside = false, cancelled = false, ended = false;
+  {
+    const auto all = devices();
+    const memory numbers = make(counted(1));
+    set_kernel("flag", [](const kernel_run&) {
+      for (inside = true; !cancelled;)
+        std::this_thread::yield();
+    });
+    const auto flag = find_kernel(compile(all[0], source), "flag");
+    std::thread launching([&] {
+      launch(flag, {argument(numbers)}, line(1));
+      pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+      ended = true;
+    });
+    while (!inside)
+      std::this_thread::yield();
+    pthread_cancel(launching.native_handle());
+    cancelled = true;
+    launching.join();
+  }
+  std::exit(ended ? 7 : 2);
+}
+
+TEST(stop, survives_threads_that_end_the_process_or_are_ended) {
+#ifndef __SANITIZE_THREAD__ // which takes any memory given back in a signal's handler for a fault
+  EXPECT_EXIT(exit_in_the_middle_of_a_launch(), ExitedWithCode(7), ::testing::Eq(""));
+#endif
+  EXPECT_EXIT(cancel_a_launch(), ExitedWithCode(7), ::testing::Eq(""));
+}
+
+} // namespace
+
+} // namespace scripted
