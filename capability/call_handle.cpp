@@ -73,11 +73,6 @@ bool close_call_handle(qv_call_handle* handle) {
   return true;
 }
 
-const binding* find_binding(qv_call_handle* handle) noexcept {
-  const slot* open = find_slot(handle);
-  return open == nullptr ? nullptr : &open->bound;
-}
-
 bool any_call_handle_open() noexcept {
   return open_count != 0;
 }

@@ -18,12 +18,9 @@ qv_call_handle* open_call_handle(const binding& bound);
 // False if the handle is not open.
 bool close_call_handle(qv_call_handle* handle);
 
-// Null if the handle is not open. Takes no lock.
-const binding* find_binding(qv_call_handle* handle) noexcept;
-
 bool any_call_handle_open() noexcept;
 
-// Performs a command on a binding, or on that of an open handle: a transport code.
+// Performs a command on a binding, or on that of an open handle, which takes no lock: a transport code.
 std::int32_t call_command(const binding& bound, std::uint64_t number, void* record);
 std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record);
 
