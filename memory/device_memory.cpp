@@ -70,12 +70,10 @@ void device_memory::free() {
   device_->free_memory(allocation);
 }
 
-device_memory_allocation& device_memory::get_allocation() const {
-  if (!allocation_)
-    throw std::logic_error(
-        "Attempting to obtain a reference to a device allocation from a device memory object "
-        "that does not contain an allocation.");
-  return *allocation_;
+void device_memory::refuse_missing_allocation() {
+  throw std::logic_error(
+      "Attempting to obtain a reference to a device allocation from a device memory object "
+      "that does not contain an allocation.");
 }
 
 } // namespace oryn::tarva::library

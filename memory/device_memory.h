@@ -29,9 +29,15 @@ public:
   void set_allocation(data_type type, std::uint64_t size);
   void allocate();
   void free();
-  device_memory_allocation& get_allocation() const;
+  device_memory_allocation& get_allocation() const {
+    if (!allocation_)
+      refuse_missing_allocation();
+    return *allocation_;
+  }
 
 private:
+  [[noreturn]] static void refuse_missing_allocation();
+
   const std::uint64_t identifier_;
   const std::shared_ptr<library_device> device_; // outlives the allocation below
   std::unique_ptr<device_memory_allocation> allocation_;

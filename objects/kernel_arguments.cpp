@@ -48,6 +48,10 @@ void kernel_argument_capture::refuse_index() {
   throw std::logic_error("Accessing argument index from the kernel argument capture that is out-of-bounds.");
 }
 
+void kernel_argument_capture::refuse_kind() {
+  throw std::logic_error("Unexpected kernel argument type.");
+}
+
 std::span<const std::shared_ptr<library_memory>>
 kernel_argument_capture::get_library_memory_arguments() const {
   if (blocks_)

@@ -119,20 +119,13 @@ public:
   kernel_argument get_argument(std::uint64_t index) const {
     if (index >= get_argument_count())
       refuse_index();
-    const kernel_argument_list::argument& found = list_->arguments_[index];
-    const auto type = static_cast<data_type>(found.type);
-    switch (found.of) {
-    case kernel_argument_list::kind::value:
-      return kernel_argument_pod_value(type, list_->values_[found.number].bytes);
-    case kernel_argument_list::kind::local_memory:
-      return kernel_argument_local_memory(type, found.number);
-    case kernel_argument_list::kind::memory:
-      if (blocks_)
-        return kernel_argument_typed_device_memory_array((*blocks_)[found.number]);
-      return kernel_argument_typed_library_memory_array(list_->memory_[found.number]);
-    default:
-      return kernel_argument_nullptr();
-    }
+    return show<kernel_argument>(list_->arguments_[index], [](const auto& argument) { return argument; });
+  }
+  // Calls `visit` with each argument in turn, as what it is.
+  template <typename Visitor>
+  void for_each_argument(Visitor&& visit) const {
+    for (const kernel_argument_list::argument& each : list_->arguments_)
+      show<void>(each, visit);
   }
   // In argument order, with repeats.
   std::span<const std::shared_ptr<library_memory>> get_library_memory_arguments() const;
@@ -142,7 +135,28 @@ public:
   void replace_library_memory(std::vector<replacement> replacements);
 
 private:
+  using kind = kernel_argument_list::kind;
+
   [[noreturn]] static void refuse_index();
+  [[noreturn]] static void refuse_kind();
+
+  template <typename Result, typename Visitor>
+  Result show(const kernel_argument_list::argument& shown, Visitor&& visit) const {
+    const auto type = static_cast<data_type>(shown.type);
+    switch (shown.of) {
+    case kind::null:
+      return visit(kernel_argument_nullptr());
+    case kind::value:
+      return visit(kernel_argument_pod_value(type, list_->values_[shown.number].bytes));
+    case kind::local_memory:
+      return visit(kernel_argument_local_memory(type, shown.number));
+    case kind::memory:
+      if (blocks_)
+        return visit(kernel_argument_typed_device_memory_array((*blocks_)[shown.number]));
+      return visit(kernel_argument_typed_library_memory_array(list_->memory_[shown.number]));
+    }
+    refuse_kind();
+  }
 
   std::shared_ptr<const kernel_argument_list> list_;
   std::shared_ptr<const std::vector<std::shared_ptr<device_memory>>>

@@ -9,7 +9,10 @@ void refuse_data_type() {
 }
 
 const char* data_type_name(data_type type) {
-  return get_data_type_row(type).name;
+  const data_type_row* row = find_data_type(type);
+  if (row == nullptr)
+    refuse_data_type();
+  return row->name;
 }
 
 } // namespace oryn::tarva::library

@@ -179,19 +179,23 @@ constexpr const data_type_row* find_data_type(data_type type) noexcept {
   return value < first_data_type || value > last_data_type ? nullptr : &data_type_table[value - 1];
 }
 
+// std::logic_error: not a data type.
 [[noreturn]] void refuse_data_type();
 
-// The row of a type; std::logic_error for a value that is no data type.
-inline const data_type_row& get_data_type_row(data_type type) {
-  const data_type_row* row = find_data_type(type);
-  if (row == nullptr)
-    refuse_data_type();
-  return *row;
-}
+// Of each type, by its number; 0 where there is none.
+inline constexpr auto element_sizes = [] {
+  std::array<std::uint8_t, last_data_type + 1> sizes{};
+  for (std::uint64_t value = first_data_type; value <= last_data_type; ++value)
+    sizes[value] = static_cast<std::uint8_t>(data_type_table[value - 1].element_bytes());
+  return sizes;
+}();
 
-// Bytes from one element to the next.
+// Bytes from one element to the next; std::logic_error for a value that is no data type.
 inline std::uint64_t element_size(data_type type) {
-  return get_data_type_row(type).element_bytes();
+  const auto value = static_cast<std::uint64_t>(type);
+  if (value < first_data_type || value > last_data_type)
+    refuse_data_type();
+  return element_sizes[value];
 }
 
 const char* data_type_name(data_type type);

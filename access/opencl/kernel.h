@@ -71,7 +71,14 @@ public:
 private:
   std::uint64_t get_number(std::uint32_t parameter, const device<V>& device) const;
   std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter, const device<V>& device) const;
-  void set_argument(std::uint32_t index, std::size_t size, const void* value);
+  void set_argument(std::uint32_t index, std::size_t size, const void* value) {
+    qv::set_kernel_arg_record record{};
+    record.kernel = this->get_handle();
+    record.arg_index = index;
+    record.arg_size = size;
+    record.arg_value = value;
+    call<V, qv::operation::set_kernel_arg>(this->get_call_handle(), record);
+  }
 
   common::info_query<qv::operation::get_kernel_info> info(std::uint32_t parameter) const {
     return this->template query<qv::operation::get_kernel_info>(parameter);
@@ -116,16 +123,6 @@ template <version V>
 std::array<std::uint64_t, 3> kernel<V>::get_sizes(std::uint32_t parameter, const device<V>& device) const {
   return common::get_fixed_array_info<std::uint64_t, 3>(
       this->template query<qv::operation::get_kernel_work_group_info>(parameter, device.get_handle()));
-}
-
-template <version V>
-void kernel<V>::set_argument(std::uint32_t index, std::size_t size, const void* value) {
-  qv::set_kernel_arg_record record{};
-  record.kernel = this->get_handle();
-  record.arg_index = index;
-  record.arg_size = size;
-  record.arg_value = value;
-  call<V, qv::operation::set_kernel_arg>(this->get_call_handle(), record);
 }
 
 extern template class kernel<version::v1_0>;

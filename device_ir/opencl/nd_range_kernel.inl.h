@@ -19,40 +19,44 @@ skerv::opencl::kernel<V> clone(library_kernel& kernel) {
   return typed->clone_kernel();
 }
 
-// A value travels in the byte order of the device; the capture keeps the host's.
+// Sets the arguments of one kernel, in order. A value travels in the byte order of the device; the capture keeps the
+// host's.
 template <version V>
-void set_value(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kernel_argument_pod_value& value,
-               bool device_is_little_endian) {
-  const auto raw = value.get_raw_data();
-  if (raw.empty())
-    throw std::logic_error("Expected raw data to be non-empty.");
-  if (device_is_little_endian) {
-    kernel.set_value_argument(index, raw.size(), raw.data());
-    return;
-  }
-  std::vector<std::uint8_t> bytes(raw.begin(), raw.end());
-  swap_endianness(bytes.data(), value.get_type(), 0, 1);
-  kernel.set_value_argument(index, bytes.size(), bytes.data());
-}
+class argument_setter {
+public:
+  argument_setter(skerv::opencl::kernel<V>& kernel, bool device_is_little_endian)
+      : kernel_(kernel), device_is_little_endian_(device_is_little_endian) {}
 
-template <version V>
-void set_argument(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kernel_argument& argument,
-                  bool device_is_little_endian) {
-  if (const auto* value = std::get_if<kernel_argument_pod_value>(&argument))
-    set_value<V>(kernel, index, *value, device_is_little_endian);
-  else if (std::holds_alternative<kernel_argument_nullptr>(argument))
-    kernel.set_null_argument(index);
-  else if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument))
-    kernel.set_local_argument(index, element_size(local->get_type()) * local->get_num_elements());
-  else if (std::holds_alternative<kernel_argument_typed_library_memory_array>(argument))
+  void operator()(const kernel_argument_nullptr&) { kernel_.set_null_argument(index_++); }
+  void operator()(const kernel_argument_pod_value& value) {
+    const auto raw = value.get_raw_data();
+    if (raw.empty())
+      throw std::logic_error("Expected raw data to be non-empty.");
+    if (device_is_little_endian_) {
+      kernel_.set_value_argument(index_++, raw.size(), raw.data());
+      return;
+    }
+    std::vector<std::uint8_t> bytes(raw.begin(), raw.end());
+    swap_endianness(bytes.data(), value.get_type(), 0, 1);
+    kernel_.set_value_argument(index_++, bytes.size(), bytes.data());
+  }
+  void operator()(const kernel_argument_local_memory& local) {
+    kernel_.set_local_argument(index_++, element_size(local.get_type()) * local.get_num_elements());
+  }
+  void operator()(const kernel_argument_typed_device_memory_array& memory) {
+    kernel_.set_memory_argument(index_++, buffer_of<V>(*memory.get_memory()));
+  }
+  [[noreturn]] void operator()(const kernel_argument_typed_library_memory_array&) {
     throw std::logic_error(
         "Unexpected type of library memory in the kernel argument capture.  This should not "
         "be possible.");
-  else if (const auto* memory = std::get_if<kernel_argument_typed_device_memory_array>(&argument))
-    kernel.set_memory_argument(index, buffer_of<V>(*memory->get_memory()));
-  else
-    throw std::logic_error("Unexpected kernel argument type.");
-}
+  }
+
+private:
+  skerv::opencl::kernel<V>& kernel_;
+  const bool device_is_little_endian_;
+  std::uint32_t index_ = 0;
+};
 
 } // namespace detail
 
@@ -69,9 +73,7 @@ skerv::opencl::event<V> nd_range_kernel<V>::enqueue(dispatch_queue<V>& queue, st
   if (!arguments_.get_library_memory_arguments().empty())
     throw std::logic_error(
         "Expected the library memory arguments to be empty in the kernel argument capture.");
-  const bool device_is_little_endian = this->get_device().is_little_endian();
-  for (std::uint32_t index = 0; index < arguments_.get_argument_count(); ++index)
-    detail::set_argument<V>(kernel, index, arguments_.get_argument(index), device_is_little_endian);
+  arguments_.for_each_argument(detail::argument_setter<V>(kernel, this->get_device().is_little_endian()));
   const auto work_dim = static_cast<std::uint32_t>(range_.work_dim);
   if constexpr (version_traits<V>::has_global_offset)
     return this->submit(queue,

@@ -8,6 +8,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
 namespace oryn::tarva::library {
 
@@ -37,10 +38,11 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
   std::vector<used_object> objects;
   objects.reserve(arguments.get_library_memory_arguments().size());
   std::uint64_t local_bytes = 0;
-  for (std::uint64_t index = 0; index < arguments.get_argument_count(); ++index) {
-    const kernel_argument argument = arguments.get_argument(index);
-    if (const auto* global = std::get_if<kernel_argument_typed_library_memory_array>(&argument)) {
-      const std::shared_ptr<library_memory>& memory = global->get_memory();
+  std::uint64_t index = 0;
+  arguments.for_each_argument([&](const auto& argument) {
+    using kind = std::remove_cvref_t<decltype(argument)>;
+    if constexpr (std::is_same_v<kind, kernel_argument_typed_library_memory_array>) {
+      const std::shared_ptr<library_memory>& memory = argument.get_memory();
       memory_state& state = table_.find(memory);
       if (memory->get_num_elements() == 0)
         refuse_empty_argument("Memory", index);
@@ -48,13 +50,14 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
         static_cast<void>(
             state.get_host_block()->get_read_pointer(0)); // an allocation that failed left no storage
       objects.push_back({memory, state});
-    } else if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument)) {
-      if (local->get_num_elements() == 0)
+    } else if constexpr (std::is_same_v<kind, kernel_argument_local_memory>) {
+      if (argument.get_num_elements() == 0)
         refuse_empty_argument("Local memory", index);
-      add_bytes_of(*local, local_bytes);
+      add_bytes_of(argument, local_bytes);
       check_local_memory(local_bytes, limits);
     }
-  }
+    ++index;
+  });
   check_sizes(operation.get_range(), limits);
   return objects;
 }
