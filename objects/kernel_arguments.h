@@ -6,7 +6,6 @@
 #include <memory>
 #include <span>
 #include <utility>
-#include <variant>
 #include <vector>
 
 namespace oryn::tarva::library {
@@ -60,10 +59,6 @@ private:
 using kernel_argument_typed_library_memory_array = kernel_argument_typed_memory_array<library_memory>;
 using kernel_argument_typed_device_memory_array = kernel_argument_typed_memory_array<device_memory>;
 
-using kernel_argument =
-    std::variant<kernel_argument_nullptr, kernel_argument_pod_value, kernel_argument_local_memory,
-                 kernel_argument_typed_library_memory_array, kernel_argument_typed_device_memory_array>;
-
 // The arguments of a launch in the making, in the order of the kernel's parameters. What they hold stands together by
 // kind, so that many arguments take few and small allocations.
 class kernel_argument_list {
@@ -116,16 +111,27 @@ public:
       : list_(std::make_shared<const kernel_argument_list>(std::move(list))) {}
 
   std::uint64_t get_argument_count() const { return list_->arguments_.size(); }
-  kernel_argument get_argument(std::uint64_t index) const {
+  // Calls `visit` with the argument as what it is. Inlined, since a launch does it twice for each.
+  template <typename Visitor>
+  [[gnu::always_inline]] void visit_argument(std::uint64_t index, Visitor&& visit) const {
     if (index >= get_argument_count())
       refuse_index();
-    return show<kernel_argument>(list_->arguments_[index], [](const auto& argument) { return argument; });
-  }
-  // Calls `visit` with each argument in turn, as what it is.
-  template <typename Visitor>
-  void for_each_argument(Visitor&& visit) const {
-    for (const kernel_argument_list::argument& each : list_->arguments_)
-      show<void>(each, visit);
+    using kind = kernel_argument_list::kind;
+    const kernel_argument_list::argument& found = list_->arguments_[index];
+    const auto type = static_cast<data_type>(found.type);
+    switch (found.of) {
+    case kind::null:
+      return visit(kernel_argument_nullptr());
+    case kind::value:
+      return visit(kernel_argument_pod_value(type, list_->values_[found.number].bytes));
+    case kind::local_memory:
+      return visit(kernel_argument_local_memory(type, found.number));
+    case kind::memory:
+      if (blocks_)
+        return visit(kernel_argument_typed_device_memory_array((*blocks_)[found.number]));
+      return visit(kernel_argument_typed_library_memory_array(list_->memory_[found.number]));
+    }
+    refuse_kind();
   }
   // In argument order, with repeats.
   std::span<const std::shared_ptr<library_memory>> get_library_memory_arguments() const;
@@ -135,28 +141,8 @@ public:
   void replace_library_memory(std::vector<replacement> replacements);
 
 private:
-  using kind = kernel_argument_list::kind;
-
   [[noreturn]] static void refuse_index();
   [[noreturn]] static void refuse_kind();
-
-  template <typename Result, typename Visitor>
-  Result show(const kernel_argument_list::argument& shown, Visitor&& visit) const {
-    const auto type = static_cast<data_type>(shown.type);
-    switch (shown.of) {
-    case kind::null:
-      return visit(kernel_argument_nullptr());
-    case kind::value:
-      return visit(kernel_argument_pod_value(type, list_->values_[shown.number].bytes));
-    case kind::local_memory:
-      return visit(kernel_argument_local_memory(type, shown.number));
-    case kind::memory:
-      if (blocks_)
-        return visit(kernel_argument_typed_device_memory_array((*blocks_)[shown.number]));
-      return visit(kernel_argument_typed_library_memory_array(list_->memory_[shown.number]));
-    }
-    refuse_kind();
-  }
 
   std::shared_ptr<const kernel_argument_list> list_;
   std::shared_ptr<const std::vector<std::shared_ptr<device_memory>>>

@@ -19,34 +19,34 @@ skerv::opencl::kernel<V> clone(library_kernel& kernel) {
   return typed->clone_kernel();
 }
 
-// Sets the arguments of one kernel, in order. A value travels in the byte order of the device; the capture keeps the
-// host's.
+// Sets one argument of a kernel.
 template <version V>
 class argument_setter {
 public:
-  argument_setter(skerv::opencl::kernel<V>& kernel, bool device_is_little_endian)
-      : kernel_(kernel), device_is_little_endian_(device_is_little_endian) {}
+  argument_setter(skerv::opencl::kernel<V>& kernel, std::uint32_t index, bool device_is_little_endian)
+      : kernel_(kernel), index_(index), device_is_little_endian_(device_is_little_endian) {}
 
-  void operator()(const kernel_argument_nullptr&) { kernel_.set_null_argument(index_++); }
-  void operator()(const kernel_argument_pod_value& value) {
+  void operator()(const kernel_argument_nullptr&) const { kernel_.set_null_argument(index_); }
+  // It travels in the byte order of the device; the capture keeps the host's.
+  void operator()(const kernel_argument_pod_value& value) const {
     const auto raw = value.get_raw_data();
     if (raw.empty())
       throw std::logic_error("Expected raw data to be non-empty.");
     if (device_is_little_endian_) {
-      kernel_.set_value_argument(index_++, raw.size(), raw.data());
+      kernel_.set_value_argument(index_, raw.size(), raw.data());
       return;
     }
     std::vector<std::uint8_t> bytes(raw.begin(), raw.end());
     swap_endianness(bytes.data(), value.get_type(), 0, 1);
-    kernel_.set_value_argument(index_++, bytes.size(), bytes.data());
+    kernel_.set_value_argument(index_, bytes.size(), bytes.data());
   }
-  void operator()(const kernel_argument_local_memory& local) {
-    kernel_.set_local_argument(index_++, element_size(local.get_type()) * local.get_num_elements());
+  void operator()(const kernel_argument_local_memory& local) const {
+    kernel_.set_local_argument(index_, element_size(local.get_type()) * local.get_num_elements());
   }
-  void operator()(const kernel_argument_typed_device_memory_array& memory) {
-    kernel_.set_memory_argument(index_++, buffer_of<V>(*memory.get_memory()));
+  void operator()(const kernel_argument_typed_device_memory_array& memory) const {
+    kernel_.set_memory_argument(index_, buffer_of<V>(*memory.get_memory()));
   }
-  [[noreturn]] void operator()(const kernel_argument_typed_library_memory_array&) {
+  [[noreturn]] void operator()(const kernel_argument_typed_library_memory_array&) const {
     throw std::logic_error(
         "Unexpected type of library memory in the kernel argument capture.  This should not "
         "be possible.");
@@ -54,8 +54,8 @@ public:
 
 private:
   skerv::opencl::kernel<V>& kernel_;
+  const std::uint32_t index_;
   const bool device_is_little_endian_;
-  std::uint32_t index_ = 0;
 };
 
 } // namespace detail
@@ -73,7 +73,10 @@ skerv::opencl::event<V> nd_range_kernel<V>::enqueue(dispatch_queue<V>& queue, st
   if (!arguments_.get_library_memory_arguments().empty())
     throw std::logic_error(
         "Expected the library memory arguments to be empty in the kernel argument capture.");
-  arguments_.for_each_argument(detail::argument_setter<V>(kernel, this->get_device().is_little_endian()));
+  const bool device_is_little_endian = this->get_device().is_little_endian();
+  const std::uint64_t count = arguments_.get_argument_count();
+  for (std::uint32_t index = 0; index < count; ++index)
+    arguments_.visit_argument(index, detail::argument_setter<V>(kernel, index, device_is_little_endian));
   const auto work_dim = static_cast<std::uint32_t>(range_.work_dim);
   if constexpr (version_traits<V>::has_global_offset)
     return this->submit(queue,

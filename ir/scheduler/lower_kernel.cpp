@@ -34,30 +34,31 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
   const launch_limits& limits = operation.get_kernel_object()->get_launch_limits();
   const kernel_argument_capture& arguments = operation.get_arguments();
   check_work_dimension(operation.get_range(), limits.has_global_offset);
-  check_argument_count(arguments.get_argument_count(), limits);
+  const std::uint64_t count = arguments.get_argument_count();
+  check_argument_count(count, limits);
   std::vector<used_object> objects;
   objects.reserve(arguments.get_library_memory_arguments().size());
   std::uint64_t local_bytes = 0;
-  std::uint64_t index = 0;
-  arguments.for_each_argument([&](const auto& argument) {
-    using kind = std::remove_cvref_t<decltype(argument)>;
-    if constexpr (std::is_same_v<kind, kernel_argument_typed_library_memory_array>) {
-      const std::shared_ptr<library_memory>& memory = argument.get_memory();
-      memory_state& state = table_.find(memory);
-      if (memory->get_num_elements() == 0)
-        refuse_empty_argument("Memory", index);
-      if (state.is_on_host())
-        static_cast<void>(
-            state.get_host_block()->get_read_pointer(0)); // an allocation that failed left no storage
-      objects.push_back({memory, state});
-    } else if constexpr (std::is_same_v<kind, kernel_argument_local_memory>) {
-      if (argument.get_num_elements() == 0)
-        refuse_empty_argument("Local memory", index);
-      add_bytes_of(argument, local_bytes);
-      check_local_memory(local_bytes, limits);
-    }
-    ++index;
-  });
+  for (std::uint64_t index = 0; index < count; ++index) {
+    arguments.visit_argument(index, [&](const auto& argument) {
+      using kind = std::remove_cvref_t<decltype(argument)>;
+      if constexpr (std::is_same_v<kind, kernel_argument_typed_library_memory_array>) {
+        const std::shared_ptr<library_memory>& memory = argument.get_memory();
+        memory_state& state = table_.find(memory);
+        if (memory->get_num_elements() == 0)
+          refuse_empty_argument("Memory", index);
+        if (state.is_on_host())
+          static_cast<void>(
+              state.get_host_block()->get_read_pointer(0)); // an allocation that failed left no storage
+        objects.push_back({memory, state});
+      } else if constexpr (std::is_same_v<kind, kernel_argument_local_memory>) {
+        if (argument.get_num_elements() == 0)
+          refuse_empty_argument("Local memory", index);
+        add_bytes_of(argument, local_bytes);
+        check_local_memory(local_bytes, limits);
+      }
+    });
+  }
   check_sizes(operation.get_range(), limits);
   return objects;
 }
