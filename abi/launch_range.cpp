@@ -38,6 +38,12 @@ nd_range preferred_groups(library_kernel& kernel, std::uint64_t groups) {
   return {1, {}, {multiply(length, groups), 1, 1}, {length, 1, 1}};
 }
 
+nd_range preferred_groups_per_unit(library_kernel& kernel, std::uint64_t groups) {
+  nd_range range = preferred_groups(kernel, groups);
+  range.global_size[0] = multiply(range.global_size[0], kernel.get_max_compute_units());
+  return range;
+}
+
 nd_range wanted_global_size(library_kernel& kernel, std::uint64_t work_dim, const size_triple& wanted) {
   const size_triple preferred = kernel.get_preferred_work_group_size(work_dim);
   nd_range range{work_dim, {}, {}, preferred};
@@ -67,7 +73,7 @@ nd_range make_range(library_kernel& kernel, const tarva_abi_launch_range_s& laun
   case TARVA_ABI_LAUNCH_GROUPS_SIZED:
     return sized_groups(words[0], words[1], three_words(words + 2));
   case TARVA_ABI_LAUNCH_GROUPS_PER_UNIT:
-    return preferred_groups(kernel, multiply(words[0], kernel.get_max_compute_units()));
+    return preferred_groups_per_unit(kernel, words[0]);
   default:
     return sized_groups(words[0], kernel.get_max_compute_units(), three_words(words + 2));
   }

@@ -53,6 +53,11 @@ TEST_P(launching, each_type_becomes_its_sizes) {
                             {4, 2, huge, 1, 2, 1},
                             {6, 3, 0, 1, 1, huge / 4 + 1}})
     EXPECT_EQ(launch_words(words).type, 2u) << "unknown, or a size that wraps around: type " << words[0];
+  // The kernel is asked for its size before the device is asked for its units.
+  fail_call(op::get_kernel_work_group_info, 1, -6);
+  fail_call(op::get_device_info, 1, -5);
+  EXPECT_EQ(launch_words({5, 1}), other_failure("Failed to allocate memory on the host."));
+  EXPECT_FALSE(no_failure_left());
   // A size that the compiler fixed is the one that the kernel chooses.
   const memory numbers = make(counted(1));
   const auto fixed = kernel(version(), "fixed");
