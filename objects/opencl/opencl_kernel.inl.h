@@ -82,6 +82,10 @@ launch_limits opencl_version_kernel<V>::read_limits() const {
   limits.local_size_must_divide = !has_non_uniform_groups();
   limits.argument_count = ask([this] { return std::uint64_t{kernel_.get_num_args()}; });
   limits.work_group_size = limit([this] { return kernel_.get_work_group_size(device_); });
+  // A device may allow less than it tells of a kernel, or tell nothing of the kernel.
+  if (const auto of_device =
+          limit([this] { return device_.template get<device_parameter::max_work_group_size>(); }))
+    limits.work_group_size = std::min(limits.work_group_size.value_or(*of_device), *of_device);
   limits.compile_work_group_size = ask([this] { return kernel_.get_compile_work_group_size(device_); });
   limits.work_item_sizes =
       limit([this] { return device_.template get<device_parameter::max_work_item_sizes>(); });

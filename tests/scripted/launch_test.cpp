@@ -144,6 +144,14 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
   EXPECT_EQ(launch(add, good, sized(4, {4, 1, 1}, {1, 1, 1})),
             logic_failure("Work dimension must be 1, 2, or 3."));
   EXPECT_EQ(launch(add, good, line(4)), outcome());
+  // The device may allow fewer work-items than it tells of the kernel, which is asked when it is made.
+  constexpr std::uint32_t max_work_group_size = 0x1004;
+  const auto set_largest = [&](std::uint64_t items) {
+    set_info(device_index(version(), role::first), max_work_group_size, value_answer(items));
+  };
+  set_largest(2);
+  EXPECT_NE(launch(kernel(version(), "add"), good, sized(1, {4, 1, 1}, {4, 1, 1})).code, 0);
+  set_largest(256);
 }
 
 TEST_P(launching, ranges_of_transfers_are_checked_without_wrap_around) {

@@ -185,6 +185,13 @@ void start_without_default_queue() {
   devices();
 }
 
+void start_without_context_for_the_dispatcher() {
+  use_two_devices();
+  check_at_exit(false);
+  fail_call(op::retain_context, 2, -34);
+  devices();
+}
+
 TEST(lifecycle, a_start_that_fails_ends_the_process_in_words) {
   EXPECT_EXIT(
       run(start_with_wrong_version), ExitedWithCode(1),
@@ -193,6 +200,10 @@ TEST(lifecycle, a_start_that_fails_ends_the_process_in_words) {
   EXPECT_EXIT(
       run(start_with_failing_device), ExitedWithCode(1),
       ::testing::Eq("Failed to initialize the TARVA library: Failed to allocate memory on the host.\n"));
+  EXPECT_EXIT(
+      run(start_without_context_for_the_dispatcher), ExitedWithCode(1),
+      ::testing::Eq("Failed to initialize the TARVA library: Context provided was not the right one or "
+                    "invalid.\n"));
   EXPECT_EXIT(run(start_without_default_queue), ExitedWithCode(1),
               ::testing::Eq("Failed to initialize the TARVA library: Queue properties are not supported by "
                             "the device.\n"));
