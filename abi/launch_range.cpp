@@ -32,10 +32,11 @@ nd_range sized_groups(std::uint64_t work_dim, std::uint64_t groups, const size_t
   return range;
 }
 
-// `groups` groups in one dimension, of the size that the kernel prefers.
-nd_range preferred_groups(library_kernel& kernel, std::uint64_t groups) {
+// `groups` groups in one dimension, of the size that the kernel prefers; or as many for each compute unit.
+nd_range preferred_groups(library_kernel& kernel, std::uint64_t groups, bool for_each_unit) {
   const std::uint64_t length = kernel.get_preferred_work_group_size(1)[0];
-  return {1, {}, {multiply(length, groups), 1, 1}, {length, 1, 1}};
+  const std::uint64_t units = for_each_unit ? kernel.get_max_compute_units() : 1;
+  return {1, {}, {multiply(multiply(length, groups), units), 1, 1}, {length, 1, 1}};
 }
 
 nd_range wanted_global_size(library_kernel& kernel, std::uint64_t work_dim, const size_triple& wanted) {
@@ -63,11 +64,11 @@ nd_range make_range(library_kernel& kernel, const tarva_abi_launch_range_s& laun
   case TARVA_ABI_LAUNCH_GLOBAL_SIZE:
     return wanted_global_size(kernel, words[0], three_words(words + 1));
   case TARVA_ABI_LAUNCH_GROUPS:
-    return preferred_groups(kernel, words[0]);
+    return preferred_groups(kernel, words[0], false);
   case TARVA_ABI_LAUNCH_GROUPS_SIZED:
     return sized_groups(words[0], words[1], three_words(words + 2));
   case TARVA_ABI_LAUNCH_GROUPS_PER_UNIT:
-    return preferred_groups(kernel, multiply(words[0], kernel.get_max_compute_units()));
+    return preferred_groups(kernel, words[0], true);
   default:
     return sized_groups(words[0], kernel.get_max_compute_units(), three_words(words + 2));
   }
