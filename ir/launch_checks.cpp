@@ -32,11 +32,11 @@ std::uint64_t work_items_of_group(const nd_range& range) {
   return product;
 }
 
-bool is_compile_size(const nd_range& range, const size_triple& fixed) {
-  for (std::uint64_t dimension = 0; dimension < 3; ++dimension)
-    if (fixed[dimension] != (dimension < range.work_dim ? range.local_size[dimension] : 1))
-      return false;
-  return true;
+// The local size as it counts: groups have a length of 1 in the dimensions that the launch does not have.
+size_triple shape_of_group(const nd_range& range) {
+  size_triple shape = range.local_size;
+  std::fill(shape.begin() + static_cast<std::ptrdiff_t>(range.work_dim), shape.end(), 1);
+  return shape;
 }
 
 void check_global_size(const nd_range& range, const launch_limits& limits) {
@@ -101,8 +101,8 @@ void check_sizes(const nd_range& range, const launch_limits& limits) {
   check_global_size(range, limits);
   const bool device_chooses = !any_dimension(range, [&](auto d) { return range.local_size[d] != 0; });
   const size_triple fixed = limits.compile_work_group_size.value_or(size_triple{});
-  refuse_if(fixed != size_triple{} && !is_compile_size(range, fixed), [&] {
-    return "Local size " + to_string(range.local_size) + " must be the size " + to_string(fixed) +
+  refuse_if(fixed != size_triple{} && shape_of_group(range) != fixed, [&] {
+    return "Local size " + to_string(shape_of_group(range)) + " must be the size " + to_string(fixed) +
            " that was fixed when the kernel was compiled.";
   });
   if (!device_chooses)

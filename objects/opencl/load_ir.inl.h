@@ -81,8 +81,11 @@ bool opencl_version_device<V>::is_ir_supported(const std::shared_ptr<const ir_he
 template <version V>
 skerv::opencl::program<V>
 opencl_version_device<V>::make_program(std::uint64_t type, const std::vector<std::uint8_t>& data) const {
-  if (type == ir_type::device_binary || type == ir_type::spir_1_2 || type == ir_type::spir_2_0)
-    return context_->create_program_with_binaries({skerv::opencl::device_binary<V>{*device_, data}});
+  if (type == ir_type::device_binary || type == ir_type::spir_1_2 || type == ir_type::spir_2_0) {
+    std::vector<skerv::opencl::device_binary<V>> binaries;
+    binaries.push_back({*device_, data});
+    return context_->create_program_with_binaries(binaries);
+  }
   if (type == ir_type::spir_v) {
     if constexpr (version_traits<V>::has_il)
       return context_->create_program_with_il(data);
@@ -126,7 +129,7 @@ build_result opencl_version_device<V>::load_ir(const std::shared_ptr<const ir_he
   skerv::opencl::program<V> program = make_program(type, data);
   if (type == ir_type::spir_v)
     set_specialization_constants(program, *header);
-  program.build({*device_}, options, nullptr, nullptr);
+  program.build(list_of_this(), options, nullptr, nullptr);
   std::shared_ptr<library_program> made;
   const bool success = program.get_build_status(*device_) == build_success;
   if (success)

@@ -62,6 +62,8 @@ private:
   };
 
   std::string get_name() const;
+  // What the commands that take several devices are given. A list in braces would copy the device twice.
+  std::vector<access_device> list_of_this() const { return std::vector<access_device>(1, *device_); }
   std::shared_ptr<library_program> make_builtin_program();
   void make_default_device_queue();
   bool has_spir_version(const char* wanted) const;

@@ -53,9 +53,9 @@ void opencl_version_device<V>::initialize() {
   const std::string name = get_name();
   log_info("Begin initialization of OpenCL {} device {} named: {}", version_traits<V>::text,
            static_cast<const void*>(this), name);
-  context_ = std::make_unique<skerv::opencl::context<V>>(
-      std::vector<std::uint64_t>{}, std::vector<access_device>{*device_}, &detail::on_context_error,
-      static_cast<library_device*>(this));
+  context_ = std::make_unique<skerv::opencl::context<V>>(std::vector<std::uint64_t>{}, list_of_this(),
+                                                         &detail::on_context_error,
+                                                         static_cast<library_device*>(this));
   builtin_program_ = make_builtin_program();
   make_default_device_queue();
   little_endian_ = device_->template get<skerv::opencl::device_parameter::endian_little>();
@@ -82,8 +82,8 @@ std::shared_ptr<library_program> opencl_version_device<V>::make_builtin_program(
     log_info(count_text, names.size());
     if (!names.empty())
       return std::make_shared<opencl_version_program<V>>(
-          true, this->shared_from_this(), context_->create_program_with_builtin_kernels({*device_}, names),
-          detail::builtin_program_name);
+          true, this->shared_from_this(),
+          context_->create_program_with_builtin_kernels(list_of_this(), names), detail::builtin_program_name);
   }
   return std::make_shared<empty_program>(true, this->shared_from_this(), detail::builtin_program_name);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "access/common/errors.h"
+#include "access/common/transport.h"
 #include "access/opencl/program.h"
 #include "objects/integer_root.h"
 #include "objects/library_program.h"
@@ -21,8 +22,8 @@ const skerv::opencl::device<V>& access_device_of(const std::shared_ptr<library_p
   return dynamic_cast<const opencl_version_device<V>&>(*program->get_device()).get_access_device();
 }
 
-// What the device tells. A query that it does not know, or answers wrongly, tells nothing; any other failure
-// is one of the moment.
+// What the device tells. A query or command that it does not know, or a query that it answers wrongly, tells
+// nothing; any other failure is one of the moment.
 template <class Read>
 auto ask(Read read) -> std::optional<decltype(read())> {
   try {
@@ -30,6 +31,8 @@ auto ask(Read read) -> std::optional<decltype(read())> {
   } catch (const skerv::common::bad_implementation&) {
     return std::nullopt;
   } catch (const skerv::common::logic_error&) {
+    return std::nullopt;
+  } catch (const qv::invalid_command_id&) {
     return std::nullopt;
   }
 }

@@ -143,6 +143,10 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
   }
   EXPECT_EQ(launch(add, good, sized(4, {4, 1, 1}, {1, 1, 1})),
             logic_failure("Work dimension must be 1, 2, or 3."));
+  EXPECT_EQ(
+      launch(fixed, {argument(numbers)}, sized(2, {8, 4, 2}, {8, 4, 2})),
+      logic_failure("Local size (8, 4, 1) must be the size (8, 4, 2) that was fixed when the kernel was "
+                    "compiled."));
   EXPECT_EQ(launch(add, good, line(4)), outcome());
   // The device may allow fewer work-items than it tells of the kernel, which is asked when it is made.
   constexpr std::uint32_t max_work_group_size = 0x1004;
