@@ -59,7 +59,8 @@ void opencl_version_device<V>::initialize() {
   builtin_program_ = make_builtin_program();
   make_default_device_queue();
   little_endian_ = device_->template get<skerv::opencl::device_parameter::endian_little>();
-  this->set_dispatcher(make_work_dispatcher<V>(*context_, *device_));
+  // Of a copy: whoever makes queues in a context counts as a user of it meanwhile.
+  this->set_dispatcher(make_work_dispatcher<V>(skerv::opencl::context<V>(*context_), *device_));
   this->get_dispatcher().start();
   log_info("Completed initialization of OpenCL {} device named: {}", version_traits<V>::text, name);
 }

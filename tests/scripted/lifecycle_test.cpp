@@ -161,7 +161,29 @@ TEST(lifecycle, nothing_is_printed_unasked) {
   std::exit(good == thread_count && once ? 0 : 2);
 }
 
+void start_in_order() {
+  use_two_devices();
+  const auto all = devices();
+  std::vector<op> made;
+  for (const call_record& one : take_calls())
+    if (one.device == 1 && one.operation != op::get_device_info && one.operation != op::device_of_handle &&
+        one.operation != op::retain_device && one.operation != op::release_device)
+      made.push_back(one.operation);
+  const auto queue = op::create_command_queue_with_properties;
+  const std::vector<op> expected{op::create_context,
+                                 op::create_program_with_builtin_kernels,
+                                 op::retain_program,
+                                 op::release_program,
+                                 queue,
+                                 op::retain_context,
+                                 queue,
+                                 queue,
+                                 op::release_context};
+  std::exit(made == expected ? 0 : 2);
+}
+
 TEST(lifecycle, a_start_has_its_banner_and_happens_once) {
+  EXPECT_EXIT(start_in_order(), ExitedWithCode(0), "");
   EXPECT_EXIT(start_with_banner(), ExitedWithCode(0), "");
   EXPECT_EXIT(start_from_many_threads(), ExitedWithCode(0), "");
 }
