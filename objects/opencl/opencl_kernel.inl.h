@@ -2,6 +2,7 @@
 #pragma once
 
 #include "access/common/errors.h"
+#include "access/common/transport.h"
 #include "access/opencl/program.h"
 #include "objects/integer_root.h"
 #include "objects/library_program.h"
@@ -27,9 +28,11 @@ template <class Read>
 auto ask(Read read) -> std::optional<decltype(read())> {
   try {
     return read();
-  } catch (const skerv::common::bad_implementation&) {
+  } catch (const skerv::common::runtime_error&) {
+    throw;
+  } catch (const skerv::common::error&) {
     return std::nullopt;
-  } catch (const skerv::common::logic_error&) {
+  } catch (const qv::recoverable_error&) {
     return std::nullopt;
   }
 }
