@@ -51,6 +51,10 @@ cl_program CL_API_CALL create_program_with_checked_il(cl_context context, const 
 } // namespace
 
 void create_program_with_source(const root_device& device, create_program_with_source_record& record) {
+  if (record.count == 0 || record.strings == nullptr) {
+    refuse(record, CL_INVALID_VALUE);
+    return;
+  }
   // OpenCL's own prototype wants strings that it could write to, and leaves them alone.
   create_or_refuse(record, device.cl.create_program_with_source, static_cast<cl_context>(record.context),
                    record.count, const_cast<const char**>(record.strings), record.lengths);

@@ -28,11 +28,21 @@ template <class Read>
 auto ask(Read read) -> std::optional<decltype(read())> {
   try {
     return read();
-  } catch (const skerv::common::bad_implementation&) {
+  } catch (const skerv::common::runtime_error&) {
+    throw;
+  } catch (const skerv::common::error&) {
     return std::nullopt;
-  } catch (const skerv::common::logic_error&) {
+  } catch (const qv::recoverable_error&) {
     return std::nullopt;
-  } catch (const qv::invalid_command_id&) {
+  }
+}
+
+// For what is asked beyond what every device must answer: any failure means that it is not told.
+template <class Read>
+auto ask_beyond(Read read) -> std::optional<decltype(read())> {
+  try {
+    return read();
+  } catch (...) {
     return std::nullopt;
   }
 }
@@ -95,7 +105,8 @@ launch_limits opencl_version_kernel<V>::read_limits() const {
   limits.local_memory_bytes =
       limit([this] { return device_.template get<device_parameter::local_mem_size>(); });
   // The kernel's own local variables take room from its arguments.
-  const auto own_bytes = ask([this] { return kernel_.get_local_memory_size(device_); }).value_or(0);
+  const auto own_bytes =
+      detail::ask_beyond([this] { return kernel_.get_local_memory_size(device_); }).value_or(0);
   if (limits.local_memory_bytes)
     *limits.local_memory_bytes -= std::min(own_bytes, *limits.local_memory_bytes);
   limits.address_bits = limit([this] { return device_.template get<device_parameter::address_bits>(); });
@@ -109,11 +120,15 @@ bool opencl_version_kernel<V>::has_non_uniform_groups() const {
   constexpr std::uint32_t non_uniform_work_group_support = 0x1065;
   if constexpr (V < version::v2_0)
     return false;
-  const auto reported =
-      detail::ask([this] { return device_.template get<skerv::opencl::device_parameter::version>(); });
-  if (reported && reported->rfind("OpenCL 1.", 0) == 0)
+  const std::string reported = detail::ask([this] {
+                                 return device_.template get<skerv::opencl::device_parameter::version>();
+                               }).value_or("");
+  if (reported.rfind("OpenCL 1.", 0) == 0)
     return false;
-  return detail::ask([this] { return device_.get_bool(non_uniform_work_group_support); }).value_or(true);
+  if (reported.rfind("OpenCL 2.", 0) == 0)
+    return true;
+  return detail::ask_beyond([this] { return device_.get_bool(non_uniform_work_group_support); })
+      .value_or(true);
 }
 
 template <version V>

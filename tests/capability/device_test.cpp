@@ -249,6 +249,7 @@ TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
         row{~0u, {0, 0, 0}, -53, false}}) {
     calls.clear();
     qv::enqueue_nd_range_kernel_record record{};
+    record.kernel = &calls;
     record.work_dim = launch.dimensions;
     record.global_work_size = global.data();
     record.local_work_size = launch.local.data();

@@ -90,6 +90,7 @@ TEST(refusal, of_more_groups_than_can_be_counted) {
         row{1, {4 * giga * 64, 0, 0}, {0, 0, 0}, true, true},
         row{2, {0, ~std::size_t{0}, 0}, {1, 1, 0}, false, true}}) {
     qv::enqueue_nd_range_kernel_record record{};
+    record.kernel = &calls;
     record.work_dim = launch.dimensions;
     record.global_work_size = launch.global.data();
     record.local_work_size = launch.local.data();
@@ -106,6 +107,33 @@ TEST(refusal, of_more_groups_than_can_be_counted) {
                 refused ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS)
           << implementation << " " << launch.global[0] << " in groups of " << launch.local[0];
     }
+  }
+}
+
+TEST(refusal, of_what_is_not_there_or_has_no_end) {
+  using op = qv::operation;
+  const qv::root_device device = device_of("another");
+  qv::create_program_with_source_record source{};
+  source.count = 1;
+  EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_INVALID_VALUE);
+  qv::enqueue_nd_range_kernel_record launch{};
+  launch.work_dim = 1;
+  EXPECT_EQ(status_of<op::enqueue_nd_range_kernel>(device, launch), CL_INVALID_KERNEL);
+  qv::enqueue_transfer_buffer_record transfer{};
+  transfer.num_events_in_wait_list = 1;
+  EXPECT_EQ(status_of<op::enqueue_write_buffer>(device, transfer), CL_INVALID_EVENT_WAIT_LIST);
+
+  transfer = {};
+  qv::enqueue_copy_buffer_record from{}, to{};
+  qv::enqueue_fill_buffer_record fill{};
+  transfer.offset = from.src_offset = to.dst_offset = fill.offset = ~std::size_t{3};
+  for (const std::size_t size : {3, 4}) {
+    const cl_int expected = size == 3 ? CL_SUCCESS : CL_INVALID_VALUE;
+    transfer.size = from.size = to.size = fill.size = size;
+    EXPECT_EQ(status_of<op::enqueue_read_buffer>(device, transfer), expected);
+    EXPECT_EQ(status_of<op::enqueue_copy_buffer>(device, from), expected);
+    EXPECT_EQ(status_of<op::enqueue_copy_buffer>(device, to), expected);
+    EXPECT_EQ(status_of<op::enqueue_fill_buffer>(device, fill), expected);
   }
 }
 
