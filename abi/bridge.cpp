@@ -45,7 +45,7 @@ record_ptr<record*> new_pointers(std::size_t count) {
 } // namespace
 
 abi_bridge::owned_property abi_bridge::get_property_and_owner(const tarva_abi_property_s* handle) const {
-  const std::lock_guard guard(lock_);
+  const auto guard = lock_.lock_shared();
   const auto& found = table<tarva_abi_property_s>().look_up(handle);
   return {found.object, found.owner};
 }
@@ -132,13 +132,20 @@ void abi_bridge::test_kind(const record* handle) const {
 
 template <counted_handle record>
 void abi_bridge::retain(const record* handle) {
-  const std::lock_guard guard(lock_);
+  const auto guard = lock_.lock_shared();
   test_kind(handle);
   table<record>().retain(handle);
 }
 
 template <counted_handle record>
 bool abi_bridge::release(record* handle) {
+  {
+    const auto guard = lock_.lock_shared();
+    test_kind(handle);
+    if (table<record>().release_unless_last(handle))
+      return false;
+  }
+  // Until the lock is taken alone, others may retain the handle again or end it.
   typename handle_table<record>::node ended; // dropped after the unlock
   void* oldest = nullptr;
   {

@@ -2,9 +2,9 @@
 
 #include "abi/handle_table.h"
 #include "abi/retired_records.h"
+#include "base/reader_writer_lock.h"
 #include "properties/data_type.h"
 
-#include <mutex>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -12,7 +12,8 @@
 namespace oryn::tarva::library {
 
 // The one place where the caller's handles and the library's shared objects meet. One lock covers all tables
-// and nothing else: no library object is called, and none is destroyed, while it is held.
+// and nothing else: no library object is called, and none is destroyed, while it is held. Look-ups and counting are
+// readers, and do not wait for each other.
 class abi_bridge {
 public:
   struct owned_property {
@@ -28,7 +29,7 @@ public:
   // Looks up any number of handles under one lock.
   class reading {
   public:
-    explicit reading(const abi_bridge& bridge) : bridge_(bridge), guard_(bridge.lock_) {}
+    explicit reading(const abi_bridge& bridge) : bridge_(bridge), guard_(bridge.lock_.lock_shared()) {}
 
     template <typename record>
     const std::shared_ptr<object_of<record>>& get_library_object(const record* handle) const {
@@ -37,7 +38,7 @@ public:
 
   private:
     const abi_bridge& bridge_;
-    const std::lock_guard<std::mutex> guard_;
+    const reader_writer_lock::shared_guard guard_;
   };
 
   template <typename record>
@@ -88,12 +89,12 @@ private:
   record* store(record_ptr<record> handle, handle_entry<record> new_entry);
   template <typename record>
   void remove(record* handle);
-  // With the lock held.
+  // With the lock held, by a reader at least.
   template <typename record>
   void test_kind(const record* handle) const;
   void report_leaks() const;
 
-  mutable std::mutex lock_;
+  mutable reader_writer_lock lock_;
   handle_tables tables_;
   retired_records retired_;
 };

@@ -3,6 +3,7 @@
 #include "abi/handle_traits.h"
 #include "base/address_map.h"
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
@@ -52,7 +53,7 @@ record_ptr<record> allocate_records(std::size_t count = 1) {
 }
 
 // The live handles of one kind. An address that is not in the table is never followed. Not locked: the bridge
-// is.
+// is. Readers look up and count, so counts change in atomic steps; all else is a writer's.
 //
 // Each handle has an entry of its own, also if its object has several, so that each of them ends by itself.
 template <typename record>
@@ -84,21 +85,31 @@ public:
   }
 
   void retain(const record* handle) requires counted_handle<record> {
-    std::uint64_t& count = counted(handle).count;
-    if (count == std::numeric_limits<std::uint64_t>::max())
-      throw std::runtime_error("Reference count increment would overflow.  This should be impossible.");
-    ++count;
+    const std::atomic_ref count(counted(handle).count);
+    std::uint64_t before = count;
+    do {
+      if (before == std::numeric_limits<std::uint64_t>::max())
+        throw std::runtime_error("Reference count increment would overflow.  This should be impossible.");
+    } while (!count.compare_exchange_weak(before, before + 1));
   }
 
-  // Takes one reference. The last one yields the entry, so that the caller can drop it after the unlock.
+  // False, with nothing changed, if the reference is the last one.
+  bool release_unless_last(const record* handle) requires counted_handle<record> {
+    const std::atomic_ref count(counted(handle).count);
+    std::uint64_t before = count;
+    do {
+      if (before == 0)
+        throw std::runtime_error("Reference count is zero. This should be impossible.");
+      if (before == 1)
+        return false;
+    } while (!count.compare_exchange_weak(before, before - 1));
+    return true;
+  }
+
+  // The last reference yields the entry, so that the caller can drop it after the unlock.
   node release(const record* handle) requires counted_handle<record> {
-    entry& found = counted(handle);
-    if (found.count == 0)
-      throw std::runtime_error("Reference count is zero. This should be impossible.");
-    if (found.count > 1) {
-      --found.count;
+    if (release_unless_last(handle))
       return {};
-    }
     return entries_.extract(handle);
   }
 

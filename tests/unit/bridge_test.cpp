@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <barrier>
 #include <chrono>
 #include <thread>
 
@@ -18,7 +19,7 @@ struct abi_bridge_test_access {
   static void set_count(abi_bridge& bridge, const tarva_abi_memory_s* handle, std::uint64_t count) {
     std::get<handle_table<tarva_abi_memory_s>>(bridge.tables_).set_count(handle, count);
   }
-  static std::mutex& lock(abi_bridge& bridge) { return bridge.lock_; }
+  static reader_writer_lock& lock(abi_bridge& bridge) { return bridge.lock_; }
 };
 
 namespace {
@@ -74,6 +75,36 @@ TEST(bridge, refuses_impossible_counts_and_leaves_them_as_they_are) {
   expect_failure("Reference count is zero. This should be impossible.", [&] { bridge.release(handle); });
   abi_bridge_test_access::set_count(bridge, handle, 1);
   EXPECT_TRUE(bridge.release(handle));
+}
+
+TEST(bridge, ends_a_handle_once_if_it_is_retained_meanwhile) {
+  for (int round = 0; round < 200; ++round) {
+    abi_bridge bridge;
+    auto* handle = bridge.make_handle<tarva_abi_memory_s>(make_memory());
+    std::atomic<int> ends = 0;
+    std::barrier gate(2);
+    const auto retains = [&] {
+      try {
+        bridge.retain(handle);
+        return true;
+      } catch (const std::runtime_error&) {
+        return false;
+      }
+    };
+    std::thread other([&] {
+      gate.arrive_and_wait();
+      while (retains())
+        ends += bridge.release(handle) ? 1 : 0;
+    });
+    gate.arrive_and_wait();
+    for (int i = 0; i < 100; ++i) {
+      bridge.retain(handle);
+      bridge.release(handle);
+    }
+    ends += bridge.release(handle) ? 1 : 0;
+    other.join();
+    EXPECT_EQ(1, ends);
+  }
 }
 
 TEST(bridge, keeps_the_owners_of_properties) {
@@ -133,7 +164,7 @@ TEST(bridge, teardown_drops_objects_once_and_survives_a_held_lock) {
   auto memory = make_memory();
   auto* handle = bridge.make_handle<tarva_abi_memory_s>(memory);
   {
-    const std::lock_guard guard(abi_bridge_test_access::lock(bridge));
+    const auto guard = abi_bridge_test_access::lock(bridge).lock_shared();
     std::thread([&] { bridge.teardown(); }).join();
   }
   EXPECT_EQ(memory, bridge.get_library_object(handle));
