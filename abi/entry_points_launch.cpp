@@ -61,6 +61,7 @@ void tarva_singleton::tarva_abi_kernel_call(tarva_abi_kernel_s* kernel,
   const nd_range range = make_range(*library_kernel, *launch_range);
   auto captured = make_arguments(bridge_, arguments, argument_count);
   submit_without_future(logical_ir::kernel::create(std::move(library_kernel), std::move(captured), range));
+  note_compilation(); // some compile a kernel for a device or a local size when it is launched
 }
 
 } // namespace oryn::tarva::library

@@ -12,6 +12,8 @@
 #include "properties/kernel_catalogue.h"
 #include "properties/program_catalogue.h"
 
+#include <atomic>
+#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -26,11 +28,12 @@ namespace {
 
 constinit call_gate the_gate;
 
-// How long the end of the process waits for calls of other threads: first for those that are about to return,
-// and when the devices have ended their work, for those that an OpenCL compiler holds, which does not survive
-// the end.
+// How long the end of the process waits for calls of other threads: for those that are about to return, and for
+// those that an OpenCL compiler holds, which does not survive the end.
 constexpr std::chrono::milliseconds patience_with_short_calls{100};
 constexpr std::chrono::milliseconds patience_with_long_calls{10000};
+
+constinit std::atomic<bool> patience_is_spent = false;
 
 std::string compose_banner() {
   const std::string dashes = std::string(59, '-') + '\n';
@@ -100,7 +103,7 @@ public:
     }
     the_gate.wait_for_other_threads(patience_with_short_calls);
     library_->shut_down();
-    the_gate.wait_for_other_threads(patience_with_long_calls);
+    the_gate.wait_for_other_threads(patience_is_spent ? patience_with_short_calls : patience_with_long_calls);
     // A call that is still inside, or that is itself ending the process, keeps the library.
     if (the_gate.is_idle())
       delete library_;
@@ -113,7 +116,27 @@ private:
   tarva_singleton* library_ = nullptr;
 };
 
+// Runs before the objects go that a compiler had made when it was registered. The library has not stopped yet: what
+// the host's own handlers call until then is served. New calls of other threads only stand back meanwhile, lest they
+// get into a compiler that is going.
+void let_calls_end() noexcept {
+  if (!the_gate.is_open())
+    return; // in a forked child, or done already
+  note_end_of_process();
+  if (!process_has_failed())
+    patience_is_spent =
+        !the_gate.let_other_threads_leave(patience_with_long_calls, patience_with_short_calls);
+}
+
 } // namespace
+
+// Compilers make static objects when they first need them, which therefore go before the library stops, in the
+// middle of the calls that it would then wait for. Most are made by the first programs and launches and few later,
+// hence the powers of two. Against the end of the process in the middle of those first ones there is no remedy.
+void tarva_singleton::note_compilation() noexcept {
+  if (std::has_single_bit(++compilations_))
+    static_cast<void>(std::atexit(let_calls_end)); // without memory for it the end is as safe as before
+}
 
 tarva_singleton& tarva_singleton::get_instance() {
   static const library_holder holder;

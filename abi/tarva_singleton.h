@@ -3,6 +3,7 @@
 #include "abi/bridge.h"
 #include "include/tarva_abi.h"
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -103,6 +104,8 @@ public:
   void tarva_abi_free_property_tree_string(char* string);
 
 private:
+  // To be called behind whatever may have used an OpenCL compiler.
+  void note_compilation() noexcept;
   void start();
   void initialize_devices();
   void release_devices();
@@ -119,6 +122,7 @@ private:
   std::vector<std::shared_ptr<library_device>> devices_;
   abi_bridge bridge_;
   std::shared_ptr<scheduler> scheduler_;
+  std::atomic<std::uint64_t> compilations_{0};
 };
 
 } // namespace oryn::tarva::library

@@ -17,11 +17,11 @@ inline bool process_has_failed() noexcept {
 // The calling thread works for the library. What OpenCL runs on it may end the process, too.
 void note_worker() noexcept;
 
-// From then on the library's exit handler is running, or the library is being unloaded. A worker that runs it can wait
-// for no worker.
+// The first of the library's exit handlers runs, or the library is being unloaded. A worker that runs them can wait for no
+// worker.
 void note_end_of_process() noexcept;
 
-// Ends the process with status 1. Exit handlers run on this thread, unless the library's own is running already. A second
+// Ends the process with status 1. Exit handlers run on this thread, unless the library's own have begun already. A second
 // thread that comes here only waits.
 [[noreturn]] void fail_process() noexcept;
 

@@ -45,6 +45,7 @@ void exit_while_others_work() {
     }).detach();
   while (at_work < 3)
     std::this_thread::yield();
+  alarm(8); // however many calls they make
 }
 
 void call_in_a_forked_child() {
@@ -111,7 +112,8 @@ void exit_in_the_middle_of_a_move() {
 }
 
 // The first device is asked to stop in the middle of a launch that got to it when the others had ended their work, and
-// other callers stand behind. To that end the library is held up where it tells that it stops.
+// other callers stand behind. To that end the library is held up until it waits for callers no longer, and where it
+// tells that it stops.
 void exit_with_work_left() {
   static outcome first{-1}, second{-1};
   static std::vector<std::int32_t> contents[] = {{0, 0, 0, 0}, {0, 0, 0, 0}};
@@ -161,7 +163,7 @@ void exit_with_work_left() {
     });
   threads.emplace_back([] {
     await_turn(2);
-    pause(500); // the library waits for the devices
+    pause(11000); // the library waits for the devices
     flockfile(stderr);
     turn = 3;
     await_turn(4);
@@ -179,6 +181,55 @@ TEST(stop, a_stop_ends_what_has_begun_and_answers_who_is_left) {
                      "] [tarva] [warning] About to shutdown work dispatcher thread, but work remains.",
                      "] [tarva] [error] ", "kernel: {work_dim=1",
                      "The work dispatcher was shut down before the command could be run."}));
+}
+
+// A compiler makes an object for itself when it is first used, which therefore goes before the library stops. At the
+// end it is at work for a thread that the host waits for in a handler of its own.
+void exit_in_the_middle_of_a_compilation(op operation, void (*use_compiler)()) {
+  static std::atomic<bool> is_gone = false;
+  static std::thread compiling;
+  before_call(operation, 1, [] {
+    std::atexit([] {
+      is_gone = true;
+      compiling.join();
+      if (devices().size() != 2)
+        _exit(3);
+    });
+  });
+  use_compiler();
+  before_call(operation, 1, [] {
+    turn = 1;
+    await_turn(2);
+    pause(300);
+    if (is_gone)
+      _exit(2);
+  });
+  compiling = std::thread([use_compiler] {
+    use_compiler();
+    devices();
+  });
+  await_turn(1);
+  std::atexit([] { turn = 2; });
+}
+
+void exit_in_the_middle_of_a_load() {
+  use_two_devices();
+  static const auto& all = *new auto(devices());
+  exit_in_the_middle_of_a_compilation(op::build_program, [] { compile(all[0], source); });
+}
+
+void exit_in_the_middle_of_a_launch_that_compiles() {
+  use_two_devices();
+  static const auto& flag = *new auto(find_kernel(compile(devices()[0], source), "flag"));
+  exit_in_the_middle_of_a_compilation(op::enqueue_nd_range_kernel, [] {
+    const memory numbers = make(counted(1));
+    must(launch(flag, {argument(numbers)}, line(1)));
+  });
+}
+
+TEST(stop, a_compiler_outlives_the_calls_that_use_it) {
+  EXPECT_EXIT(run(exit_in_the_middle_of_a_load), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(exit_in_the_middle_of_a_launch_that_compiles), ExitedWithCode(0), ::testing::Eq(""));
 }
 
 // Threads that sleep inside the library, or are on their way into it or out of it.
