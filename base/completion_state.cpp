@@ -22,25 +22,26 @@ completion_state::~completion_state() {
 // Whoever ends the operation sees that there is a pipe, or the maker of the pipe sees that it has ended: both of them
 // write before they read.
 
-notifier completion_state::get_pipe() const {
+const notifier& completion_state::get_pipe() const {
+  if (!has_pipe_)
+    make_pipe();
+  return *pipe_;
+}
+
+void completion_state::make_pipe() const {
   std::unique_lock guard(lock_);
-  if (!pipe_)
-    pipe_.emplace();
+  if (pipe_)
+    return;
+  pipe_.emplace();
   has_pipe_ = true;
-  const notifier pipe = *pipe_;
   guard.unlock();
   if (is_complete())
-    pipe.close(); // nobody did, if it is new
-  return pipe;
+    pipe_->close(); // nobody else did
 }
 
 void completion_state::close_pipe() const {
-  if (!has_pipe_)
-    return;
-  std::unique_lock guard(lock_);
-  const notifier pipe = *pipe_;
-  guard.unlock();
-  pipe.close();
+  if (has_pipe_)
+    pipe_->close();
 }
 
 void completion_state::enable_profiling() {

@@ -42,8 +42,8 @@ public:
   completion_state(const completion_state&) = delete;
   completion_state& operator=(const completion_state&) = delete;
 
-  // Made for the first who asks, since few are ever waited for.
-  notifier get_pipe() const;
+  // Made for the first who asks, since few are ever waited for; from then on always the same.
+  const notifier& get_pipe() const;
   bool is_complete() const { return has_failed() || has_succeeded(); }
   bool has_failed() const { return outcome_ == outcome::failed; }
   // Complete without an error.
@@ -71,6 +71,7 @@ private:
   enum class outcome : std::uint8_t { pending, failing, failed, succeeded };
 
   bool succeed();
+  void make_pipe() const;
   void close_pipe() const;
 
   const completion_texts& texts_;

@@ -20,7 +20,7 @@ enum class command_kind : std::uint32_t {
 
 // The unit of execution: one step that a work dispatcher carries out for one physical operation, to which it
 // reports its end. Driven by the dispatcher's thread alone.
-class device_command : public std::enable_shared_from_this<device_command> {
+class device_command {
 public:
   virtual ~device_command();
   device_command(const device_command&) = delete;

@@ -68,7 +68,7 @@ prepared_piece prepare_piece(const physical_graph& piece) {
 }
 
 void submit_piece(const physical_graph& piece, prepared_piece&& prepared) {
-  const auto request = piece.nodes().front()->get_logical_operation();
+  const auto& request = piece.nodes().front()->get_logical_operation();
   request->add_device_commands(prepared.command_count);
   try {
     dispatcher_of(piece).submit_work(std::move(prepared.work));

@@ -7,7 +7,8 @@
 namespace oryn::tarva::library::device_ir {
 
 // A step on the host: allocation, freeing, host copies and fills.
-class host_function_call final : public device_command {
+class host_function_call final : public device_command,
+                                 public std::enable_shared_from_this<host_function_call> {
 public:
   using function = std::function<void(const std::shared_ptr<device_command>&)>;
 

@@ -44,7 +44,7 @@ public:
   virtual const launch_limits& get_launch_limits() const = 0;
 
   std::uint64_t get_unique_identifier() const { return unique_identifier_; }
-  std::shared_ptr<library_program> get_program() const { return program_; }
+  const std::shared_ptr<library_program>& get_program() const { return program_; }
 
 private:
   const std::uint64_t unique_identifier_;

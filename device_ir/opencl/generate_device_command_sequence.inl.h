@@ -18,8 +18,8 @@ class command_generator final : public physical_ir::operation_visitor {
 public:
   using sequence = std::vector<std::shared_ptr<device_command>>;
 
-  explicit command_generator(std::shared_ptr<physical_ir::physical_operation> operation)
-      : operation_(std::move(operation)) {}
+  explicit command_generator(const std::shared_ptr<physical_ir::physical_operation>& operation)
+      : operation_(operation) {}
 
   sequence take() { return std::move(sequence_); }
 
@@ -133,7 +133,7 @@ private:
     host_step([staging](const auto&) { staging->free(); });
   }
 
-  std::shared_ptr<physical_ir::physical_operation> operation_;
+  const std::shared_ptr<physical_ir::physical_operation>& operation_; // the caller's
   sequence sequence_;
 };
 

@@ -43,14 +43,14 @@ std::shared_ptr<library_future> logical_operation::get_future() {
 }
 
 void logical_operation::add_device_commands(std::uint64_t count) {
-  static_cast<void>(get_notification_pipe());
+  static_cast<void>(state_.get_pipe());
   running_commands_ += count;
 }
 
 // A notifier wakes for any reason, so the condition is asked again each time.
 void logical_operation::wait_until_complete() const {
   while (!is_complete())
-    get_notification_pipe().wait([this] { return is_complete(); });
+    state_.get_pipe().wait([this] { return is_complete(); });
 }
 
 // Every command reports its own error before its end, so whoever takes the last one sees the error. Without one

@@ -14,7 +14,7 @@ namespace oryn::tarva::library::physical_ir {
 
 // One step with a decided place. Counts its device commands down and passes completion, errors and times on
 // to its logical operation.
-class physical_operation : public std::enable_shared_from_this<physical_operation> {
+class physical_operation {
 public:
   using visitor = operation_visitor;
 

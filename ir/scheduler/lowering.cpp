@@ -61,11 +61,10 @@ std::exception_ptr check_user_copy(const library_memory& memory, std::uint64_t s
 
 } // namespace
 
-lowering::lowering(std::shared_ptr<logical_ir::logical_operation> operation,
-                   std::shared_ptr<library_device> host_device, memory_table& table,
+lowering::lowering(const std::shared_ptr<logical_ir::logical_operation>& operation,
+                   const std::shared_ptr<library_device>& host_device, memory_table& table,
                    std::uint64_t& last_sync_id)
-    : operation_(std::move(operation)), host_device_(std::move(host_device)), table_(table),
-      last_sync_id_(last_sync_id) {}
+    : operation_(operation), host_device_(host_device), table_(table), last_sync_id_(last_sync_id) {}
 
 void lowering::add_chain(const std::vector<physical_pointer>& steps) {
   for (std::size_t i = 1; i < steps.size(); ++i)

@@ -18,8 +18,10 @@ namespace oryn::tarva::library {
 // before anything changes.
 class lowering final : public logical_ir::operation_visitor {
 public:
-  lowering(std::shared_ptr<logical_ir::logical_operation> operation,
-           std::shared_ptr<library_device> host_device, memory_table& table, std::uint64_t& last_sync_id);
+  // Refers to all four for as long as it lives.
+  lowering(const std::shared_ptr<logical_ir::logical_operation>& operation,
+           const std::shared_ptr<library_device>& host_device, memory_table& table,
+           std::uint64_t& last_sync_id);
 
   // Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
   const physical_graph& get_graph() const { return graph_; }
@@ -66,8 +68,8 @@ private:
   physical_pointer move_between_devices(const std::shared_ptr<library_device>& device,
                                         const std::shared_ptr<library_memory>& memory, memory_state& state);
 
-  std::shared_ptr<logical_ir::logical_operation> operation_;
-  std::shared_ptr<library_device> host_device_;
+  const std::shared_ptr<logical_ir::logical_operation>& operation_;
+  const std::shared_ptr<library_device>& host_device_;
   memory_table& table_;
   std::uint64_t& last_sync_id_;
   physical_graph graph_;
