@@ -40,9 +40,7 @@ public:
                count = step.get_count()](const auto&) { memory->fill(value, start, count); });
   }
 
-  void visit(const physical_ir::kernel& step) override {
-    add<nd_range_kernel<V>>(step.get_kernel_object(), step.get_arguments(), step.get_range());
-  }
+  void visit(const physical_ir::kernel& step) override { add<nd_range_kernel<V>>(step); }
 
   void visit(const physical_ir::copy_same_device& step) override { copy<copy_same_device<V>>(step); }
   void visit(const physical_ir::copy_host_to_device& step) override { copy<copy_host_to_device<V>>(step); }

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "device_ir/opencl/opencl_device_command.h"
-#include "ir/nd_range.h"
-#include "objects/kernel_arguments.h"
-#include "objects/library_kernel.h"
+#include "ir/physical/operations.h"
 
 namespace oryn::tarva::library::device_ir::opencl {
 
@@ -11,19 +9,15 @@ namespace oryn::tarva::library::device_ir::opencl {
 template <version V>
 class nd_range_kernel final : public opencl_device_command<V> {
 public:
-  nd_range_kernel(std::shared_ptr<physical_ir::physical_operation> operation,
-                  std::shared_ptr<library_kernel> kernel, kernel_argument_capture arguments,
-                  const nd_range& range)
-      : opencl_device_command<V>(std::move(operation)), kernel_(std::move(kernel)),
-        arguments_(std::move(arguments)), range_(range) {}
+  // `step` is what `operation` points to.
+  nd_range_kernel(std::shared_ptr<physical_ir::physical_operation> operation, const physical_ir::kernel& step)
+      : opencl_device_command<V>(std::move(operation)), step_(step) {}
   std::string to_string() const override;
   skerv::opencl::event<V> enqueue(dispatch_queue<V>& queue, std::uint32_t wait_count,
                                   void* const* wait_list) override;
 
 private:
-  std::shared_ptr<library_kernel> kernel_;
-  kernel_argument_capture arguments_;
-  nd_range range_;
+  const physical_ir::kernel& step_;
 };
 
 } // namespace oryn::tarva::library::device_ir::opencl

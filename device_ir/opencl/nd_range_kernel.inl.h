@@ -62,30 +62,32 @@ private:
 
 template <version V>
 std::string nd_range_kernel<V>::to_string() const {
-  return class_text<V>("nd_range_kernel") + library::to_string(range_) + "}";
+  return class_text<V>("nd_range_kernel") + library::to_string(step_.get_range()) + "}";
 }
 
 template <version V>
 skerv::opencl::event<V> nd_range_kernel<V>::enqueue(dispatch_queue<V>& queue, std::uint32_t wait_count,
                                                     void* const* wait_list) {
-  check_work_dimension(range_, version_traits<V>::has_global_offset);
-  skerv::opencl::kernel<V> kernel = detail::clone<V>(*kernel_);
-  if (!arguments_.get_library_memory_arguments().empty())
+  const nd_range& range = step_.get_range();
+  const kernel_argument_capture& arguments = step_.get_arguments();
+  check_work_dimension(range, version_traits<V>::has_global_offset);
+  skerv::opencl::kernel<V> kernel = detail::clone<V>(*step_.get_kernel_object());
+  if (!arguments.get_library_memory_arguments().empty())
     throw std::logic_error(
         "Expected the library memory arguments to be empty in the kernel argument capture.");
   const bool device_is_little_endian = this->get_device().is_little_endian();
-  const std::uint64_t count = arguments_.get_argument_count();
+  const std::uint64_t count = arguments.get_argument_count();
   for (std::uint32_t index = 0; index < count; ++index)
-    arguments_.visit_argument(index, detail::argument_setter<V>(kernel, index, device_is_little_endian));
-  const auto work_dim = static_cast<std::uint32_t>(range_.work_dim);
+    arguments.visit_argument(index, detail::argument_setter<V>(kernel, index, device_is_little_endian));
+  const auto work_dim = static_cast<std::uint32_t>(range.work_dim);
   if constexpr (version_traits<V>::has_global_offset)
     return this->submit(queue,
-                        skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range_.global_offset,
-                                                          range_.global_size, range_.local_size),
+                        skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_offset,
+                                                          range.global_size, range.local_size),
                         wait_count, wait_list);
   else
     return this->submit(
-        queue, skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range_.global_size, range_.local_size),
+        queue, skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_size, range.local_size),
         wait_count, wait_list);
 }
 
