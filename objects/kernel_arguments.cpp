@@ -59,13 +59,13 @@ kernel_argument_capture::get_library_memory_arguments() const {
   return list_->memory_;
 }
 
-std::span<const std::shared_ptr<device_memory>> kernel_argument_capture::get_device_memory_arguments() const {
+std::span<const device_memory* const> kernel_argument_capture::get_device_memory_arguments() const {
   if (!blocks_)
     return {};
   return *blocks_;
 }
 
-void kernel_argument_capture::replace_library_memory(std::vector<replacement> replacements) {
+void kernel_argument_capture::replace_library_memory(const std::vector<replacement>& replacements) {
   const auto objects = get_library_memory_arguments();
   require(
       matches(objects, replacements),
@@ -78,13 +78,13 @@ void kernel_argument_capture::replace_library_memory(std::vector<replacement> re
   if (objects.empty())
     return;
 
-  std::vector<std::shared_ptr<device_memory>> blocks;
+  std::vector<const device_memory*> blocks;
   blocks.reserve(objects.size());
-  for (replacement& each : replacements) { // the object is the key, and the list the table
+  for (const replacement& each : replacements) { // the object is the key, and the list the table
     require(each.block != nullptr, "Expected to find replacement key inside the replacement table.");
-    blocks.push_back(std::move(each.block));
+    blocks.push_back(each.block);
   }
-  blocks_ = std::make_shared<const std::vector<std::shared_ptr<device_memory>>>(std::move(blocks));
+  blocks_ = std::make_shared<const std::vector<const device_memory*>>(std::move(blocks));
 }
 
 } // namespace oryn::tarva::library

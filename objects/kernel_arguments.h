@@ -44,20 +44,28 @@ private:
   std::uint64_t count_;
 };
 
-template <class Memory>
-class kernel_argument_typed_memory_array {
+// A memory object as the user named it.
+class kernel_argument_typed_library_memory_array {
 public:
-  explicit kernel_argument_typed_memory_array(const std::shared_ptr<Memory>& memory) : memory_(&memory) {}
+  explicit kernel_argument_typed_library_memory_array(const std::shared_ptr<library_memory>& memory)
+      : memory_(memory) {}
 
-  const std::shared_ptr<Memory>& get_memory() const { return *memory_; }
+  const std::shared_ptr<library_memory>& get_memory() const { return memory_; }
 
 private:
-  const std::shared_ptr<Memory>* memory_;
+  const std::shared_ptr<library_memory>& memory_;
 };
 
-// A memory object as the user named it, and the device block that stands in for it in one launch.
-using kernel_argument_typed_library_memory_array = kernel_argument_typed_memory_array<library_memory>;
-using kernel_argument_typed_device_memory_array = kernel_argument_typed_memory_array<device_memory>;
+// The device block that stands in for a memory object in one launch.
+class kernel_argument_typed_device_memory_array {
+public:
+  explicit kernel_argument_typed_device_memory_array(const device_memory& memory) : memory_(memory) {}
+
+  const device_memory& get_memory() const { return memory_; }
+
+private:
+  const device_memory& memory_;
+};
 
 // The arguments of a launch in the making, in the order of the kernel's parameters. What they hold stands together by
 // kind, so that many arguments take few and small allocations.
@@ -100,10 +108,12 @@ private:
 // never changes.
 class kernel_argument_capture {
 public:
-  // A memory object among the arguments, and the block that is to stand in for it.
+  // A memory object among the arguments, and the block that is to stand in for it. The block stays the scheduler's, which
+  // keeps it where it is until the launch has ended: counting its users for each launch would cost as much as all else
+  // that is done for an argument.
   struct replacement {
     const library_memory* object;
-    std::shared_ptr<device_memory> block;
+    const device_memory* block;
   };
 
   kernel_argument_capture() : kernel_argument_capture(kernel_argument_list()) {}
@@ -128,25 +138,25 @@ public:
       return visit(kernel_argument_local_memory(type, found.number));
     case kind::memory:
       if (blocks_)
-        return visit(kernel_argument_typed_device_memory_array((*blocks_)[found.number]));
+        return visit(kernel_argument_typed_device_memory_array(*(*blocks_)[found.number]));
       return visit(kernel_argument_typed_library_memory_array(list_->memory_[found.number]));
     }
     refuse_kind();
   }
   // In argument order, with repeats.
   std::span<const std::shared_ptr<library_memory>> get_library_memory_arguments() const;
-  std::span<const std::shared_ptr<device_memory>> get_device_memory_arguments() const;
+  std::span<const device_memory* const> get_device_memory_arguments() const;
 
   // Puts a device block in the place of every memory object. The replacements are in argument order, with repeats.
-  void replace_library_memory(std::vector<replacement> replacements);
+  void replace_library_memory(const std::vector<replacement>& replacements);
 
 private:
   [[noreturn]] static void refuse_index();
   [[noreturn]] static void refuse_kind();
 
   std::shared_ptr<const kernel_argument_list> list_;
-  std::shared_ptr<const std::vector<std::shared_ptr<device_memory>>>
-      blocks_; // one for each memory object, or none yet
+  // One for each memory object, or none yet.
+  std::shared_ptr<const std::vector<const device_memory*>> blocks_;
 };
 
 } // namespace oryn::tarva::library

@@ -44,7 +44,7 @@ public:
     kernel_.set_local_argument(index_, element_size(local.get_type()) * local.get_num_elements());
   }
   void operator()(const kernel_argument_typed_device_memory_array& memory) const {
-    kernel_.set_memory_argument(index_, buffer_of<V>(*memory.get_memory()));
+    kernel_.set_memory_argument(index_, buffer_of<V>(memory.get_memory()));
   }
   [[noreturn]] void operator()(const kernel_argument_typed_library_memory_array&) const {
     throw std::logic_error(

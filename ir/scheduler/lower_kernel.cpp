@@ -73,10 +73,10 @@ void lowering::visit(const logical_ir::kernel& operation) {
     if (const physical_pointer last_step =
             move_to(device, memory, state)) // none if it is named a second time
       predecessors_of_kernel.push_back(last_step);
-    replacement_blocks.push_back({memory.get(), state.get_device_block()});
+    replacement_blocks.push_back({memory.get(), state.get_device_block().get()});
   }
   kernel_argument_capture arguments(operation.get_arguments());
-  arguments.replace_library_memory(std::move(replacement_blocks));
+  arguments.replace_library_memory(replacement_blocks);
   const physical_pointer launch = add<physical_ir::kernel>(device, operation.get_kernel_object(),
                                                            std::move(arguments), operation.get_range());
   for (const auto& step : predecessors_of_kernel)
