@@ -131,6 +131,7 @@ def more(results):
          times(basic, "retain_or_release/threads:1") + ", " + times(free, "retain_or_release/threads:8")),
         ("a fill of one memory object with 1, a thousand and a million alive",
          times(basic, *(f"fill_on_host/same/live:{count}" for count in (1, 1000, 1000000)))),
+        ("the same, to the floor", ratios(basic, "floor", *(f"fill_on_host/same/live:{count}" for count in (1, 1000, 1000000)))),
         ("the same, of one picked at random, which misses the processor's caches",
          times(basic, *(f"fill_on_host/random/live:{count}" for count in (1, 1000, 1000000)))),
         ("launches by 1, 4 and 16 threads, per launch", times(basic, *threads)),

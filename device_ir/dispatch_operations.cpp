@@ -16,7 +16,6 @@ namespace {
 
 using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
 using command_pointer = std::shared_ptr<device_ir::device_command>;
-using command_graph = dag<command_pointer>;
 using command_sequence = std::vector<command_pointer>;
 using sequence_generator = command_sequence (*)(const physical_pointer&);
 
@@ -48,32 +47,18 @@ void mark_submitted(const physical_pointer& operation, const command_sequence& c
   operation->set_submitted();
 }
 
-command_graph generate_commands(const physical_graph& piece) {
-  const library_device* device = piece.nodes().front()->get_device().get();
-  return command_graph(piece, generator_for(device), mark_submitted);
-}
-
 device_work_dispatcher& dispatcher_of(const physical_graph& piece) {
   return piece.nodes().front()->get_device()->get_dispatcher();
 }
 
-struct prepared_piece {
-  std::unique_ptr<prepared_work> work;
-  std::uint64_t command_count;
-};
-
-prepared_piece prepare_piece(const physical_graph& piece) {
-  const command_graph commands = generate_commands(piece);
-  return {dispatcher_of(piece).prepare_work(commands), commands.nodes().size()};
-}
-
-void submit_piece(const physical_graph& piece, prepared_piece&& prepared) {
+void submit_piece(const physical_graph& piece, std::unique_ptr<prepared_work> work,
+                  std::uint64_t command_count) {
   const auto& request = piece.nodes().front()->get_logical_operation();
-  request->add_device_commands(prepared.command_count);
+  request->add_device_commands(command_count);
   try {
-    dispatcher_of(piece).submit_work(std::move(prepared.work));
+    dispatcher_of(piece).submit_work(std::move(work));
   } catch (...) {
-    request->device_commands_ended(prepared.command_count);
+    request->device_commands_ended(command_count);
     throw;
   }
 }
@@ -113,27 +98,32 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
 
 namespace {
 
-void dispatch_pieces(std::span<const physical_graph> pieces) {
+std::vector<command_graph> dispatch_pieces(std::span<const physical_graph> pieces) {
   for (const auto& piece : pieces)
     check_piece(piece);
   // All commands are made, and all room for them, before any is handed over: a piece that waits for another device
   // must not run if the other device's piece cannot be handed over, too.
-  std::vector<prepared_piece> prepared;
+  std::vector<command_graph> commands;
+  std::vector<std::unique_ptr<prepared_work>> prepared;
+  commands.reserve(pieces.size());
   prepared.reserve(pieces.size());
-  for (const auto& piece : pieces)
-    prepared.push_back(prepare_piece(piece));
+  for (const auto& piece : pieces) {
+    const auto generate = generator_for(piece.nodes().front()->get_device().get());
+    const command_graph& made = commands.emplace_back(piece, generate, mark_submitted);
+    prepared.push_back(dispatcher_of(piece).prepare_work(made));
+  }
   for (std::size_t i = 0; i < pieces.size(); ++i)
-    submit_piece(pieces[i], std::move(prepared[i]));
+    submit_piece(pieces[i], std::move(prepared[i]), commands[i].nodes().size());
+  return commands;
 }
 
 } // namespace
 
-void dispatch_operations(const physical_graph& graph) {
+std::vector<command_graph> dispatch_operations(const physical_graph& graph) {
   // Most requests are one step: that graph is its own only piece.
   if (graph.nodes().size() == 1)
-    dispatch_pieces({&graph, 1});
-  else
-    dispatch_pieces(device_subgraphs(graph));
+    return dispatch_pieces({&graph, 1});
+  return dispatch_pieces(device_subgraphs(graph));
 }
 
 } // namespace oryn::tarva::library

@@ -56,8 +56,9 @@ void ultra_naive_scheduler::run(logical_ir::logical_operation& operation, const 
   }
   operation.set_physical_operation_count(lowered.get_graph().nodes().size());
   operation.set_submitted();
+  std::vector<command_graph> commands; // freed here, and not by the worker
   try {
-    dispatch_operations(lowered.get_graph());
+    commands = dispatch_operations(lowered.get_graph());
   } catch (...) {
     // Pieces that were handed over may be running.
     operation.set_error(std::current_exception());
