@@ -70,9 +70,8 @@ void lowering::visit(const logical_ir::kernel& operation) {
   replacement_blocks.reserve(objects.size());
   std::vector<physical_pointer> predecessors_of_kernel;
   for (const auto& [memory, state] : objects) {
-    if (const physical_pointer last_step =
-            move_to(device, memory, state)) // none if it is named a second time
-      predecessors_of_kernel.push_back(last_step);
+    if (!state.is_on_device() || state.get_device_block()->get_device() != device)
+      predecessors_of_kernel.push_back(move_to(device, memory, state));
     replacement_blocks.push_back({memory.get(), state.get_device_block().get()});
   }
   kernel_argument_capture arguments(operation.get_arguments());
@@ -83,15 +82,12 @@ void lowering::visit(const logical_ir::kernel& operation) {
     graph_.insert_edge(step, launch);
 }
 
-// The step that the launch must wait for; none if the object is on the device already.
+// The step that the launch must wait for.
 lowering::physical_pointer lowering::move_to(const std::shared_ptr<library_device>& device,
                                              const std::shared_ptr<library_memory>& memory,
                                              memory_state& state) {
-  if (state.is_on_host())
-    return move_from_host(device, memory, state);
-  if (state.get_device_block()->get_device() != device)
-    return move_between_devices(device, memory, state);
-  return {};
+  return state.is_on_host() ? move_from_host(device, memory, state)
+                            : move_between_devices(device, memory, state);
 }
 
 lowering::physical_pointer lowering::move_from_host(const std::shared_ptr<library_device>& device,
