@@ -54,18 +54,19 @@ void kernel_argument_capture::refuse_kind() {
 
 std::span<const std::shared_ptr<library_memory>>
 kernel_argument_capture::get_library_memory_arguments() const {
-  if (blocks_)
+  if (replacements_)
     return {};
   return list_->memory_;
 }
 
-std::span<const device_memory* const> kernel_argument_capture::get_device_memory_arguments() const {
-  if (!blocks_)
+std::span<const kernel_argument_capture::replacement>
+kernel_argument_capture::get_device_memory_arguments() const {
+  if (!replacements_)
     return {};
-  return *blocks_;
+  return *replacements_;
 }
 
-void kernel_argument_capture::replace_library_memory(const std::vector<replacement>& replacements) {
+void kernel_argument_capture::replace_library_memory(std::vector<replacement> replacements) {
   const auto objects = get_library_memory_arguments();
   require(
       matches(objects, replacements),
@@ -78,13 +79,9 @@ void kernel_argument_capture::replace_library_memory(const std::vector<replaceme
   if (objects.empty())
     return;
 
-  std::vector<const device_memory*> blocks;
-  blocks.reserve(objects.size());
-  for (const replacement& each : replacements) { // the object is the key, and the list the table
+  for (const replacement& each : replacements) // the object is the key, and the list the table
     require(each.block != nullptr, "Expected to find replacement key inside the replacement table.");
-    blocks.push_back(each.block);
-  }
-  blocks_ = std::make_shared<const std::vector<const device_memory*>>(std::move(blocks));
+  replacements_ = std::make_shared<const std::vector<replacement>>(std::move(replacements));
 }
 
 } // namespace oryn::tarva::library

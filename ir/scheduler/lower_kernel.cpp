@@ -75,7 +75,7 @@ void lowering::visit(const logical_ir::kernel& operation) {
     replacement_blocks.push_back({memory.get(), state.get_device_block().get()});
   }
   kernel_argument_capture arguments(operation.get_arguments());
-  arguments.replace_library_memory(replacement_blocks);
+  arguments.replace_library_memory(std::move(replacement_blocks));
   const physical_pointer launch = add<physical_ir::kernel>(device, operation.get_kernel_object(),
                                                            std::move(arguments), operation.get_range());
   for (const auto& step : predecessors_of_kernel)
