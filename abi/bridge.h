@@ -13,7 +13,7 @@ namespace oryn::tarva::library {
 
 // The one place where the caller's handles and the library's shared objects meet. One lock covers all tables
 // and nothing else: no library object is called, and none is destroyed, while it is held. Look-ups and counting are
-// readers, and do not wait for each other.
+// readers: a few of them go on side by side.
 class abi_bridge {
 public:
   struct owned_property {

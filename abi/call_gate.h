@@ -18,6 +18,7 @@ public:
   call_gate(const call_gate&) = delete;
   call_gate& operator=(const call_gate&) = delete;
 
+  // Not once it has been closed, nor once calls have had to stand outside.
   bool is_open() const noexcept { return opening_.load() == open; }
   void close() noexcept { opening_.store(never); }
   bool is_idle() const noexcept { return calls_inside() == 0; }
@@ -76,7 +77,7 @@ private:
   static thread_local constinit bool has_precedence;
 
   std::array<shard, 1U << shard_bits> shards_{};
-  std::atomic<clock::time_point> opening_{open};
+  std::atomic<clock::time_point> opening_{open}; // from when on calls are let in
 };
 
 } // namespace oryn::tarva::library

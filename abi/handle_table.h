@@ -42,7 +42,6 @@ using record_ptr = std::unique_ptr<record, record_deleter>;
 template <typename record>
 record_ptr<record> allocate_records(std::size_t count = 1) {
   // NOLINTBEGIN(bugprone-sizeof-expression): an array of pointers is asked for, too
-
   if (count > std::numeric_limits<std::size_t>::max() / sizeof(record))
     throw std::bad_alloc();
   auto* memory = static_cast<record*>(std::malloc(count * sizeof(record)));

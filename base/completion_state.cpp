@@ -36,7 +36,7 @@ void completion_state::make_pipe() const {
   has_pipe_ = true;
   guard.unlock();
   if (is_complete())
-    pipe_->close(); // nobody else did
+    pipe_->close(); // whoever ended it may have looked too early
 }
 
 void completion_state::close_pipe() const {

@@ -15,7 +15,7 @@ class reader_writer_lock {
 public:
   using shared_guard = std::lock_guard<std::mutex>;
 
-  // More than these wait for one of them. Each further one costs every writer a mutex.
+  // At a time; a further one waits for one of these. Room for one more would cost every writer one more mutex.
   static constexpr std::size_t most_readers = 2;
 
   reader_writer_lock() = default;

@@ -24,9 +24,10 @@ void write_tree(const caller::property& root, tarva_abi_tree_kind kind) {
   tarva_abi_free_property_tree_string(nullptr, text);
 }
 
+constexpr version_number opencl_1_2 = 3;
+
 // What the values below a node are read from, in their order, with repeats: several keys are bits of one parameter.
 void add_parameters(const device_catalogue::node& parent, std::vector<cl_device_info>& parameters) {
-  constexpr version_number opencl_1_2 = 3;
   for (const device_catalogue::node* child : parent.children) {
     const device_catalogue::row& row = *child->self;
     if (!row.versions.contains(opencl_1_2))
@@ -41,7 +42,7 @@ void add_parameters(const device_catalogue::node& parent, std::vector<cl_device_
 
 std::vector<cl_device_info> parameters_of_tree() {
   std::vector<cl_device_info> parameters;
-  add_parameters(*get_device_catalogue().find(3, {"ROOT"}), parameters);
+  add_parameters(*get_device_catalogue().find(opencl_1_2, {"ROOT"}), parameters);
   return parameters;
 }
 

@@ -16,8 +16,9 @@ using command_graph = dag<std::shared_ptr<device_ir::device_command>>;
 // to the device's dispatcher. Each piece may be running as soon as it is handed over; if a later one fails,
 // those before it are not recalled.
 //
-// Returns the commands. Who keeps them until they have ended is the one to free them: storage that the thread which
-// obtained it frees is at hand for the next request, while malloc has to put that of other threads back in order.
+// Returns the commands. Who keeps them until they have ended is nearly always the one to free them: storage that is freed
+// by the thread which obtained it is at hand for the next request, while malloc has to put that of other threads back in
+// order.
 [[nodiscard]] std::vector<command_graph> dispatch_operations(const physical_graph& graph);
 
 // The pieces: connected sets of nodes of one device each.

@@ -130,10 +130,10 @@
  * library cannot start, it writes the reason to the standard error stream and ends the process with status 1.
  * It stops by itself when the process exits or the library is unloaded. From then on, a call returns
  * TARVA_ABI_UNKNOWN_FAILURE or does nothing. Calls of other threads that are inside the library at that
- * moment are waited for: up to about ten seconds, but as long as it takes for what a device is doing. A
- * process should not exit while another thread is loading its very first program or launching its very first
- * kernel, since many OpenCL compilers do not survive that. A child that was forked after the start has no
- * library: its calls end like those after the stop.
+ * moment are waited for: up to about ten seconds, but as long as it takes for what a device is doing; calls
+ * that other threads begin meanwhile may be held up for as long. A process should not exit while its first
+ * program is being loaded or its first kernel launched, since many OpenCL compilers do not survive that. A
+ * child that was forked after the start has no library: its calls end like those after the stop.
  *
  * LOG
  *

@@ -120,7 +120,7 @@ public:
       : list_(std::make_shared<const kernel_argument_list>(std::move(list))) {}
 
   std::uint64_t get_argument_count() const { return list_->arguments_.size(); }
-  // Calls `visit` with the argument as what it is. Inlined, since a launch does it twice for each.
+  // Calls `visit` with the argument as what it is. Inlined, since a launch visits each argument twice.
   template <typename Visitor>
   [[gnu::always_inline]] void visit_argument(std::uint64_t index, Visitor&& visit) const {
     if (index >= get_argument_count())

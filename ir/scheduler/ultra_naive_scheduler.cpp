@@ -56,7 +56,7 @@ void ultra_naive_scheduler::run(logical_ir::logical_operation& operation, const 
   }
   operation.set_physical_operation_count(lowered.get_graph().nodes().size());
   operation.set_submitted();
-  std::vector<command_graph> commands; // freed here, and not by the worker
+  std::vector<command_graph> commands; // freed here, unless the worker still holds them for a moment
   try {
     commands = dispatch_operations(lowered.get_graph());
   } catch (...) {

@@ -37,9 +37,9 @@ auto ask(Read read) -> std::optional<decltype(read())> {
   }
 }
 
-// For what is asked beyond what every device must answer: any failure means that it is not told.
+// For what a launch can do without: any failure means that it is not told.
 template <class Read>
-auto ask_beyond(Read read) -> std::optional<decltype(read())> {
+auto try_to_ask(Read read) -> std::optional<decltype(read())> {
   try {
     return read();
   } catch (...) {
@@ -106,7 +106,7 @@ launch_limits opencl_version_kernel<V>::read_limits() const {
       limit([this] { return device_.template get<device_parameter::local_mem_size>(); });
   // The kernel's own local variables take room from its arguments.
   const auto own_bytes =
-      detail::ask_beyond([this] { return kernel_.get_local_memory_size(device_); }).value_or(0);
+      detail::try_to_ask([this] { return kernel_.get_local_memory_size(device_); }).value_or(0);
   if (limits.local_memory_bytes)
     *limits.local_memory_bytes -= std::min(own_bytes, *limits.local_memory_bytes);
   limits.address_bits = limit([this] { return device_.template get<device_parameter::address_bits>(); });
@@ -127,7 +127,7 @@ bool opencl_version_kernel<V>::has_non_uniform_groups() const {
     return false;
   if (reported.rfind("OpenCL 2.", 0) == 0)
     return true;
-  return detail::ask_beyond([this] { return device_.get_bool(non_uniform_work_group_support); })
+  return detail::try_to_ask([this] { return device_.get_bool(non_uniform_work_group_support); })
       .value_or(true);
 }
 

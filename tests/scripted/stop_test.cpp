@@ -45,7 +45,7 @@ void exit_while_others_work() {
     }).detach();
   while (at_work < 3)
     std::this_thread::yield();
-  alarm(8); // however many calls they make
+  alarm(8); // new calls must not use up the time that the end waits for those inside
 }
 
 void call_in_a_forked_child() {
