@@ -10,8 +10,15 @@
 
 namespace oryn::tarva::library {
 
+// How long the end of the process waits for calls of other threads that an OpenCL compiler or a device holds.
+inline constexpr std::chrono::milliseconds patience_with_long_calls{10000};
+
 // Counts the calls that are inside the library, and lets none in once it is closed. Nothing of it is ever
-// destroyed, so that it can be asked until the very end of the process.
+// destroyed, so that it can be asked until the very end of the process. There is one in a process: what it knows of a
+// thread is not kept apart for several.
+//
+// Whoever waits at the end looks again and again, for a bounded time: a call that leaves should not pay for an end that
+// comes once.
 class call_gate {
 public:
   constexpr call_gate() noexcept = default;

@@ -52,8 +52,8 @@ void tarva_singleton::tarva_abi_load_device_ir(tarva_abi_device_s* device,
   const auto library_device = bridge_.get_library_object(device);
   const std::string label = user_label ? user_label : "";
   const ir_arguments ir(ir_header, ir_type, data, data_size, options);
+  const use_of_compiler use(*this);
   build_result built = library_device->load_ir(ir.header, ir.type, ir.data, ir.options, label);
-  note_compilation();
 
   auto result = allocate_records<tarva_abi_build_result_s>();
   record_ptr<char> log(built.log.empty() ? nullptr : copy_string(built.log));

@@ -60,8 +60,8 @@ void tarva_singleton::tarva_abi_kernel_call(tarva_abi_kernel_s* kernel,
   auto library_kernel = bridge_.get_library_object(kernel);
   const nd_range range = make_range(*library_kernel, *launch_range);
   auto captured = make_arguments(bridge_, arguments, argument_count);
+  const use_of_compiler use(*this); // some compile a kernel for a device or a local size when it is launched
   submit_without_future(logical_ir::kernel::create(std::move(library_kernel), std::move(captured), range));
-  note_compilation(); // some compile a kernel for a device or a local size when it is launched
 }
 
 } // namespace oryn::tarva::library

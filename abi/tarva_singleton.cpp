@@ -28,10 +28,8 @@ namespace {
 
 constinit call_gate the_gate;
 
-// How long the end of the process waits for calls of other threads: for those that are about to return, and for
-// those that an OpenCL compiler holds, which does not survive the end.
+// How long the end of the process waits for calls of other threads that are about to return.
 constexpr std::chrono::milliseconds patience_with_short_calls{100};
-constexpr std::chrono::milliseconds patience_with_long_calls{10000};
 
 constinit std::atomic<bool> patience_is_spent = false;
 

@@ -104,7 +104,18 @@ public:
   void tarva_abi_free_property_tree_string(char* string);
 
 private:
-  // To be called behind whatever may have used an OpenCL compiler.
+  // Lives while an OpenCL compiler may be used, and notes it then, however that ends.
+  class use_of_compiler {
+  public:
+    explicit use_of_compiler(tarva_singleton& library) : library_(library) {}
+    use_of_compiler(const use_of_compiler&) = delete;
+    use_of_compiler& operator=(const use_of_compiler&) = delete;
+    ~use_of_compiler() { library_.note_compilation(); }
+
+  private:
+    tarva_singleton& library_;
+  };
+
   void note_compilation() noexcept;
   void start();
   void initialize_devices();

