@@ -20,10 +20,12 @@ cl_event* event_of(const Record& record) {
   return reinterpret_cast<cl_event*>(record.event);
 }
 
-// True for what some implementations follow blindly: a list of events that is not there.
+// True for what some implementations follow blindly: events, or a list of them, that are not there.
 template <typename Record>
 bool refuse_missing_events(Record& record) {
-  if (record.num_events_in_wait_list == 0 || record.event_wait_list != nullptr)
+  const cl_uint count = record.num_events_in_wait_list;
+  const cl_event* const events = wait_list_of(record);
+  if (count == 0 || (events != nullptr && std::find(events, events + count, nullptr) == events + count))
     return false;
   record.status = CL_INVALID_EVENT_WAIT_LIST;
   return true;

@@ -51,7 +51,9 @@ cl_program CL_API_CALL create_program_with_checked_il(cl_context context, const 
 } // namespace
 
 void create_program_with_source(const root_device& device, create_program_with_source_record& record) {
-  if (record.count == 0 || record.strings == nullptr) {
+  // Some implementations follow a string that is not there.
+  if (record.count == 0 || record.strings == nullptr ||
+      std::find(record.strings, record.strings + record.count, nullptr) != record.strings + record.count) {
     refuse(record, CL_INVALID_VALUE);
     return;
   }

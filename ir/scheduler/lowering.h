@@ -22,6 +22,9 @@ public:
   lowering(const std::shared_ptr<logical_ir::logical_operation>& operation,
            const std::shared_ptr<library_device>& host_device, memory_table& table,
            std::uint64_t& last_sync_id);
+  // A pointer to a derived class would be turned into a temporary one.
+  lowering(std::shared_ptr<logical_ir::logical_operation>&&, const std::shared_ptr<library_device>&,
+           memory_table&, std::uint64_t&) = delete;
 
   // Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
   const physical_graph& get_graph() const { return graph_; }

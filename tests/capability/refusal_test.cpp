@@ -116,11 +116,19 @@ TEST(refusal, of_what_is_not_there_or_has_no_end) {
   qv::create_program_with_source_record source{};
   source.count = 1;
   EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_INVALID_VALUE);
+  const char* const strings[] = {"", nullptr};
+  source.strings = strings;
+  EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_SUCCESS);
+  source.count = 2;
+  EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_INVALID_VALUE);
   qv::enqueue_nd_range_kernel_record launch{};
   launch.work_dim = 1;
   EXPECT_EQ(status_of<op::enqueue_nd_range_kernel>(device, launch), CL_INVALID_KERNEL);
   qv::enqueue_transfer_buffer_record transfer{};
   transfer.num_events_in_wait_list = 1;
+  EXPECT_EQ(status_of<op::enqueue_write_buffer>(device, transfer), CL_INVALID_EVENT_WAIT_LIST);
+  void* const events[] = {nullptr};
+  transfer.event_wait_list = events;
   EXPECT_EQ(status_of<op::enqueue_write_buffer>(device, transfer), CL_INVALID_EVENT_WAIT_LIST);
 
   transfer = {};

@@ -272,15 +272,15 @@ using allocation = lowering_of;
 
 TEST_F(allocation, is_entered_once_and_its_absence_is_told) {
   const auto object = std::make_shared<library_memory>(data_type::uint8v16_, object_size, "");
-  const auto request = logical_ir::allocate_memory::create(object);
+  const std::shared_ptr<logical_ir::logical_operation> request = logical_ir::allocate_memory::create(object);
   lowering first(request, devices_.at('H'), table, last_sync_id),
       second(request, devices_.at('H'), table, last_sync_id);
-  first.visit(*request);
+  request->accept(first);
   ASSERT_EQ(first.get_graph().nodes().size(), 1U);
   EXPECT_EQ(readable(*first.get_graph().nodes()[0]),
             "allocate_host_memory: {memory_id=1, type=uint8v16_t, count=6} H");
   EXPECT_EQ(place_of(object), 'h');
-  EXPECT_EQ(message_of([&] { second.visit(*request); }),
+  EXPECT_EQ(message_of([&] { request->accept(second); }),
             "Last memory state already exists in the tracking table, but it should not.");
   first.withdraw_allocation();
   for (const decltype(lowered_row::request) one : {+read, +write, +fill, +free_object})
