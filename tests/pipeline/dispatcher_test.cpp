@@ -45,17 +45,6 @@ private:
   const std::uint8_t number_;
 };
 
-// One that belongs to another version, and is never run.
-class foreign_command final : public device_ir::opencl::opencl_device_command<version::v1_0> {
-public:
-  using opencl_device_command::opencl_device_command;
-  std::string to_string() const override { return "foreign_command"; }
-  skerv::opencl::event<version::v1_0> enqueue(device_ir::opencl::dispatch_queue<version::v1_0>&,
-                                              std::uint32_t, void* const*) override {
-    throw std::logic_error("a command of another version was taken up");
-  }
-};
-
 // One that is not of the class that its kind stands for.
 class false_command final : public device_ir::device_command {
 public:
@@ -90,8 +79,7 @@ protected:
 
   // One list, given in words: k an OpenCL command, p the same with profiling, h a step on the host, x one that
   // throws, m one that takes the worker's memory away or (0) gives it back, r a release, g one to a device that has
-  // ended its work, a an acquire, o an OpenCL command of another version, f one of a false kind, e nothing, each with
-  // its number.
+  // ended its work, a an acquire, f one of a false kind, e nothing, each with its number.
   std::shared_ptr<logical_ir::logical_operation> submit(const std::string& words) {
     auto request = make_request();
     owner->submit_work(make_graph(request, words));
@@ -154,15 +142,16 @@ private:
   command_pointer make(const std::shared_ptr<physical_ir::physical_operation>& step,
                        const std::string& word) {
     const auto number = static_cast<std::uint8_t>(word[1] - '0');
+    using device_ir::host_function_call;
     switch (word[0]) {
     case 'h':
-      return device_ir::host_function_call::create(
+      return host_function_call::create(
           step, [this, number](const auto&) { context.create_buffer(1, number, nullptr); });
     case 'x':
-      return device_ir::host_function_call::create(
-          step, [](const auto&) { throw std::runtime_error("a step that throws"); });
+      return host_function_call::create(step,
+                                        [](const auto&) { throw std::runtime_error("a step that throws"); });
     case 'm':
-      return device_ir::host_function_call::create(
+      return host_function_call::create(
           step, [number](const auto&) { allocations_left = number != 0 ? 0 : endless; });
     case 'g': {
       const auto gone = std::make_shared<fake_device>();
@@ -171,9 +160,7 @@ private:
       return std::make_shared<device_ir::synchronization_release>(step, owner, gone, number);
     }
     case 'e':
-      return device_ir::host_function_call::create(step, [](const auto&) {});
-    case 'o':
-      return std::make_shared<foreign_command>(step);
+      return host_function_call::create(step, [](const auto&) {});
     case 'f':
       return std::make_shared<false_command>(step, number);
     case 'r':
@@ -329,7 +316,7 @@ TEST_F(dispatcher, ends_the_process_on_what_cannot_be) {
 
 TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
   start();
-  const auto blocked = submit("h1 a1 k2"), foreign = submit("h1 o k2"), done = submit("h1");
+  const auto blocked = submit("h1 a1 k2"), done = submit("h1");
   let_sweeps_pass();
   testing::internal::CaptureStderr();
   shut_down();
@@ -337,11 +324,9 @@ TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
   EXPECT_NE(output.find("] [tarva] [warning] About to shutdown work dispatcher thread, but work remains.\n"),
             std::string::npos);
   EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
-  for (const auto& request : {blocked, foreign}) {
-    request->wait_until_commands_ended();
-    EXPECT_EQ(message_of([&] { std::rethrow_exception(request->get_error()); }),
-              "The work dispatcher was shut down before the command could be run.");
-  }
+  blocked->wait_until_commands_ended();
+  EXPECT_EQ(message_of([&] { std::rethrow_exception(blocked->get_error()); }),
+            "The work dispatcher was shut down before the command could be run.");
   EXPECT_EQ(done->get_error(), nullptr);
 
   const std::string refused = "Cannot submit work to a dispatcher that has been shutdown.";
