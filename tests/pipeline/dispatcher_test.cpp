@@ -48,13 +48,8 @@ private:
 // One that is not of the class that its kind stands for.
 class false_command final : public device_ir::device_command {
 public:
-  false_command(std::shared_ptr<physical_ir::physical_operation> step, std::uint32_t place)
-      : device_command(std::array{device_ir::opencl::opencl_kind<tested_version>,
-                                  device_ir::command_kind::host_function_call,
-                                  device_ir::command_kind::synchronization_release,
-                                  device_ir::command_kind::synchronization_acquire}
-                           .at(place),
-                       std::move(step)) {}
+  explicit false_command(std::shared_ptr<physical_ir::physical_operation> step)
+      : device_command(device_ir::command_kind::host_function_call, std::move(step)) {}
   std::string to_string() const override { return "false_command"; }
 };
 
@@ -62,20 +57,12 @@ public:
 class dispatcher : public testing::Test {
 protected:
   dispatcher() { owner->set_dispatcher(make_work_dispatcher<tested_version>(context, device)); }
+  // Throws if the test has done it already.
   void TearDown() override {
-    if (is_started_ && !is_shut_down_)
-      worker().shutdown();
+    message_of([this] { worker().shutdown(); });
   }
 
   device_work_dispatcher& worker() { return owner->get_dispatcher(); }
-  void start() {
-    is_started_ = true;
-    worker().start();
-  }
-  void shut_down() {
-    is_shut_down_ = true;
-    worker().shutdown();
-  }
 
   // One list, given in words: k an OpenCL command, p the same with profiling, h a step on the host, x one that
   // throws, m one that takes the worker's memory away or (0) gives it back, r a release, g one to a device that has
@@ -162,7 +149,7 @@ private:
     case 'e':
       return host_function_call::create(step, [](const auto&) {});
     case 'f':
-      return std::make_shared<false_command>(step, number);
+      return std::make_shared<false_command>(step);
     case 'r':
       return std::make_shared<device_ir::synchronization_release>(step, owner, owner, number);
     case 'a':
@@ -175,8 +162,6 @@ private:
       made->enable_profiling();
     return made;
   }
-
-  bool is_started_ = false, is_shut_down_ = false;
 };
 
 struct order_row {
@@ -198,7 +183,7 @@ TEST_P(order, is_that_of_runs_and_sweeps) {
     requests.push_back(submit(words));
   for (const std::uint64_t id : row.signals)
     signal(id);
-  start();
+  worker().start();
   let_sweeps_pass();
   EXPECT_EQ(record(), row.expected);
   for (const std::uint64_t id : row.later)
@@ -239,7 +224,7 @@ TEST_P(failing_list, ends_with_the_first_error_and_runs_no_further_command) {
   scripted::forget_calls();
   GetParam().plan();
   const auto request = submit(GetParam().list);
-  start();
+  worker().start();
   request->wait_until_complete();
   request->wait_until_commands_ended();
   worker().wait_until_idle();
@@ -276,7 +261,7 @@ TEST(signals, count_once_they_have_been_taken_over_and_until_they_are_taken) {
 }
 
 TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
-  start();
+  worker().start();
   submit("m1"); // from here on the worker has none
   worker().wait_until_idle();
   const auto request = make_request();
@@ -298,15 +283,12 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
 TEST_F(dispatcher, ends_the_process_on_what_cannot_be) {
   const auto sleep_until_the_end = [this](const char* words) {
     const auto request = submit(words);
-    start();
+    worker().start();
     request->wait_until_complete();
   };
   const std::map<const char*, const char*> fatal = {
       {"h1 h2 cycle", "Attempting to perform a topological sort on a graph that is not a DAG"},
-      {"h1 f0", "Impossible situation.  Expected an OpenCL command, but did not get one."},
-      {"h1 f1", "Impossible situation.  Expected a host command, but did not get one."},
-      {"h1 f2", "Impossible situation.  Expected a release command, but did not get one."},
-      {"h1 f3", "Impossible situation.  Expected an acquire command, but did not get one."}};
+      {"h1 f1", "Impossible situation.  Expected a host command, but did not get one."}};
   for (const auto& [words, message] : fatal)
     EXPECT_EXIT(sleep_until_the_end(words), testing::ExitedWithCode(1),
                 std::string("\\[critical\\] \\[device dispatcher\\] worker thread encountered an exception.  "
@@ -314,21 +296,10 @@ TEST_F(dispatcher, ends_the_process_on_what_cannot_be) {
                     message);
 }
 
-TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
-  start();
-  const auto blocked = submit("h1 a1 k2"), done = submit("h1");
-  let_sweeps_pass();
-  testing::internal::CaptureStderr();
-  shut_down();
-  const std::string output = testing::internal::GetCapturedStderr();
-  EXPECT_NE(output.find("] [tarva] [warning] About to shutdown work dispatcher thread, but work remains.\n"),
-            std::string::npos);
-  EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 1) << output;
-  blocked->wait_until_commands_ended();
-  EXPECT_EQ(message_of([&] { std::rethrow_exception(blocked->get_error()); }),
-            "The work dispatcher was shut down before the command could be run.");
-  EXPECT_EQ(done->get_error(), nullptr);
-
+// What it does to work that is left is to be seen at a stop of the library.
+TEST_F(dispatcher, refuses_all_when_it_has_been_shut_down) {
+  worker().start();
+  worker().shutdown();
   const std::string refused = "Cannot submit work to a dispatcher that has been shutdown.";
   EXPECT_EQ(message_of([&] { owner->submit_work({}); }), refused);
   EXPECT_EQ(message_of([&] { signal(1); }), refused);

@@ -17,6 +17,17 @@ constexpr struct {
   }
 } unknown;
 
+// A place for what a call could write, whatever it is.
+constexpr std::uint64_t untouched = 0x5555555555555555;
+std::uint64_t written = untouched;
+constexpr struct {
+  template <class T>
+  operator T*() const {
+    static_assert(sizeof(T) == sizeof written);
+    return reinterpret_cast<T*>(&written);
+  }
+} out;
+
 const outcome unknown_handle = runtime_failure("Lookup of internal type map failed.");
 const outcome unknown_type = runtime_failure("Unknown data type.");
 const outcome unknown_ir = runtime_failure("Unknown IR type.");
@@ -28,12 +39,9 @@ const outcome missing_options =
 const std::string no_root =
     "property argument is NULL, but expected a memory location to write the result property.";
 
-// Good arguments, and a place for everything that a call could write. Gathers what went wrong, and what the log has
-// to hold.
+// Has good arguments, and gathers what went wrong and what the log has to hold.
 class argument_checks {
 public:
-  argument_checks() { std::memset(&out, 0x55, sizeof out); }
-
   void run() {
     check_devices_and_programs();
     check_launches();
@@ -54,8 +62,7 @@ private:
   void expect(const outcome& expected, const outcome& ended) {
     if (ended != expected)
       faults << "expected " << expected << "\n     got " << ended << "\n";
-    const auto* const first = reinterpret_cast<const unsigned char*>(&out);
-    if (std::count(first, first + sizeof out, 0x55) != sizeof out)
+    if (written != untouched)
       faults << "wrote a result in spite of: " << expected << "\n";
     lines +=
         "[tarva] [error] Caught an exception within TARVA that will be converted into an error object: " +
@@ -103,42 +110,42 @@ private:
     CHECK(tarva_abi_get_devices,
           "devices argument is NULL, but expected a memory location to return the device array.", nullptr);
     CHECK(tarva_abi_get_device_root_property, no_root, unknown, nullptr);
-    expect(unknown_handle, call<tarva_abi_get_device_root_property>(unknown, &out.property));
+    expect(unknown_handle, call<tarva_abi_get_device_root_property>(unknown, out));
     CHECK(tarva_abi_get_builtin_program,
           "program argument is NULL, but expected a memory location to write the result program.", unknown,
           nullptr);
-    expect(unknown_handle, call<tarva_abi_get_builtin_program>(unknown, &out.program));
+    expect(unknown_handle, call<tarva_abi_get_builtin_program>(unknown, out));
 
     expect(invalid_argument("tarva_abi_check_device_ir_support : supported argument is NULL, but should "
                             "point to a valid memory location to return a result."),
            ask(unknown, 0, nullptr, nullptr));
-    expect(unknown_handle, ask(unknown, 0, nullptr, &out.supported));
-    expect(missing_options, ask(device.get(), 0, nullptr, &out.supported));
-    expect(unknown_ir, ask(device.get(), 10, "", &out.supported));
-    expect(unknown_header, ask(device.get(), 9, "", &out.supported));
+    expect(unknown_handle, ask(unknown, 0, nullptr, out));
+    expect(missing_options, ask(device.get(), 0, nullptr, out));
+    expect(unknown_ir, ask(device.get(), 10, "", out));
+    expect(unknown_header, ask(device.get(), 9, "", out));
     expect(invalid_argument("tarva_abi_load_device_ir : result argument is NULL, but should point to "
                             "a valid memory location to return the build result."),
            load_ir(unknown, 0, nullptr, nullptr));
-    expect(unknown_handle, load_ir(unknown, 0, nullptr, &out.build));
-    expect(missing_options, load_ir(device.get(), 0, nullptr, &out.build));
-    expect(unknown_ir, load_ir(device.get(), 0, "", &out.build));
-    expect(unknown_header, load_ir(device.get(), 1, "", &out.build));
+    expect(unknown_handle, load_ir(unknown, 0, nullptr, out));
+    expect(missing_options, load_ir(device.get(), 0, nullptr, out));
+    expect(unknown_ir, load_ir(device.get(), 0, "", out));
+    expect(unknown_header, load_ir(device.get(), 1, "", out));
     expect(unknown_type, load_with(69, nullptr));
     expect(missing_value, load_with(TARVA_ABI_TYPE_INT32, nullptr));
 
     CHECK(tarva_abi_get_program_root_property, no_root, unknown, nullptr);
-    expect(unknown_handle, call<tarva_abi_get_program_root_property>(unknown, &out.property));
+    expect(unknown_handle, call<tarva_abi_get_program_root_property>(unknown, out));
     CHECK(tarva_abi_get_kernel,
           "kernel argument is NULL, but expected a memory location to write the result kernel.", unknown,
           nullptr, nullptr);
     CHECK(tarva_abi_get_kernel,
           "kernel name argument is NULL, but expected a kernel name string to extract the kernel.", unknown,
-          nullptr, &out.kernel);
-    expect(unknown_handle, call<tarva_abi_get_kernel>(unknown, "none", &out.kernel));
+          nullptr, out);
+    expect(unknown_handle, call<tarva_abi_get_kernel>(unknown, "none", out));
     expect(other_failure("Kernel name not found in the program."),
-           call<tarva_abi_get_kernel>(program.get(), "none", &out.kernel));
+           call<tarva_abi_get_kernel>(program.get(), "none", out));
     CHECK(tarva_abi_get_kernel_root_property, no_root, unknown, nullptr);
-    expect(unknown_handle, call<tarva_abi_get_kernel_root_property>(unknown, &out.property));
+    expect(unknown_handle, call<tarva_abi_get_kernel_root_property>(unknown, out));
   }
 
   void check_launches() {
@@ -170,9 +177,13 @@ private:
           "allocation result argument is NULL, but expected a memory location to return the memory object.",
           nullptr, 0, 1, nullptr);
     for (const std::uint64_t type : {0, 69})
-      expect(unknown_type, call<tarva_abi_memory_allocate_typed>(nullptr, type, 1, &out.memory));
+      expect(unknown_type, call<tarva_abi_memory_allocate_typed>(nullptr, type, 1, out));
+    for (const std::uint64_t count : {std::uint64_t{1} << 62, ~std::uint64_t{0} / 4 + 2, ~std::uint64_t{0}})
+      expect(logic_failure("Memory allocation of " + std::to_string(count) +
+                           " elements of 4 bytes would overflow the address space."),
+             call<tarva_abi_memory_allocate_typed>(nullptr, TARVA_ABI_TYPE_INT32, count, out));
     CHECK(tarva_abi_get_memory_root_property, no_root, unknown, nullptr);
-    expect(unknown_handle, call<tarva_abi_get_memory_root_property>(unknown, &out.property));
+    expect(unknown_handle, call<tarva_abi_get_memory_root_property>(unknown, out));
     CHECK(tarva_abi_fill_memory,
           "value argument is NULL, but expected a memory location that contains a value to write.", unknown,
           nullptr, 9, 9);
@@ -184,28 +195,28 @@ private:
     CHECK(tarva_abi_async_read_memory, no_future, unknown, 9, 9, nullptr, nullptr);
     CHECK(tarva_abi_async_read_memory,
           "dest argument is NULL, but expected a memory location to write memory contents.", unknown, 9, 9,
-          nullptr, &out.future);
-    expect(unknown_handle, call<tarva_abi_async_read_memory>(unknown, 9, 9, &value, &out.future));
+          nullptr, out);
+    expect(unknown_handle, call<tarva_abi_async_read_memory>(unknown, 9, 9, &value, out));
     CHECK(tarva_abi_async_write_memory, no_future, unknown, 9, 9, nullptr, nullptr);
     CHECK(tarva_abi_async_write_memory,
           "src argument is NULL, but expected a memory location to read memory contents.", unknown, 9, 9,
-          nullptr, &out.future);
-    expect(unknown_handle, call<tarva_abi_async_write_memory>(unknown, 9, 9, &value, &out.future));
+          nullptr, out);
+    expect(unknown_handle, call<tarva_abi_async_write_memory>(unknown, 9, 9, &value, out));
     CHECK(tarva_abi_wait_future,
           "The argument future_error_code is NULL and a memory location to return an error code is required.",
-          unknown, nullptr, &out.error);
-    expect(unknown_handle, call<tarva_abi_wait_future>(unknown, &out.code, &out.error));
+          unknown, nullptr, out);
+    expect(unknown_handle, call<tarva_abi_wait_future>(unknown, out, out));
   }
 
   void check_errors_and_properties() {
     const tarva_abi_tree_format_s no_format{3, 1, 1, 1, 1, 1, 1};
     const auto of_memory = root<tarva_abi_get_memory_root_property>(ints);
     CHECK(tarva_abi_get_error_root_property, no_root, unknown, nullptr);
-    expect(unknown_handle, call<tarva_abi_get_error_root_property>(unknown, &out.property));
+    expect(unknown_handle, call<tarva_abi_get_error_root_property>(unknown, out));
     CHECK(tarva_abi_get_nested_error,
           "nested_error argument is NULL, but expected a memory location to write the nested error.", unknown,
           nullptr);
-    expect(unknown_handle, call<tarva_abi_get_nested_error>(unknown, &out.error));
+    expect(unknown_handle, call<tarva_abi_get_nested_error>(unknown, out));
     CHECK(tarva_abi_get_child_property_by_name,
           "parent property argument is NULL, but expected a property to search for its child.", nullptr,
           nullptr, nullptr);
@@ -215,14 +226,14 @@ private:
     CHECK(tarva_abi_get_child_property_by_name,
           "property return pointer is NULL, but expected a memory location to write the result.", unknown,
           "NAME", nullptr);
-    expect(unknown_handle, call<tarva_abi_get_child_property_by_name>(unknown, "NAME", &out.property));
+    expect(unknown_handle, call<tarva_abi_get_child_property_by_name>(unknown, "NAME", out));
     expect(runtime_failure("tarva_abi_get_all_children_properties: parent property is NULL, but "
                            "expected a property to query for its children."),
            call<tarva_abi_get_all_children_properties>(nullptr, nullptr));
     expect(runtime_failure("tarva_abi_get_all_children_properties: property array return pointer is "
                            "NULL, but expected a memory location to return the result."),
            call<tarva_abi_get_all_children_properties>(unknown, nullptr));
-    expect(unknown_handle, call<tarva_abi_get_all_children_properties>(unknown, &out.properties));
+    expect(unknown_handle, call<tarva_abi_get_all_children_properties>(unknown, out));
     CHECK(tarva_abi_get_property_tree_string, "property argument is NULL, but a property is expected.",
           nullptr, nullptr, nullptr);
     CHECK(tarva_abi_get_property_tree_string,
@@ -232,9 +243,9 @@ private:
           "string return argument is NULL, but a memory location to return the property tree string is "
           "required.",
           unknown, &no_format, nullptr);
-    expect(unknown_handle, call<tarva_abi_get_property_tree_string>(unknown, &no_format, &out.text));
+    expect(unknown_handle, call<tarva_abi_get_property_tree_string>(unknown, &no_format, out));
     CHECK(tarva_abi_get_property_tree_string, "Unknown property tree string format provided.",
-          of_memory.get(), &no_format, &out.text);
+          of_memory.get(), &no_format, out);
   }
 
 #undef CHECK
@@ -268,20 +279,6 @@ private:
   const memory ints = allocate(TARVA_ABI_TYPE_INT32, 4), floats = allocate(TARVA_ABI_TYPE_FLOAT, 4);
   const tarva_abi_launch_range_s range{TARVA_ABI_LAUNCH_GROUPS, {1}};
   tarva_abi_ir_header_s no_header{3, nullptr, 0};
-  struct {
-    tarva_abi_device_array_s* devices;
-    tarva_abi_property_s* property;
-    tarva_abi_program_s* program;
-    tarva_abi_kernel_s* kernel;
-    tarva_abi_memory_s* memory;
-    tarva_abi_future_s* future;
-    tarva_abi_error_s* error;
-    tarva_abi_build_result_s* build;
-    tarva_abi_property_array_s* properties;
-    char* text;
-    std::uint64_t supported;
-    long code;
-  } out;
 };
 
 void check_arguments() {
@@ -291,11 +288,11 @@ void check_arguments() {
   argument_checks checks;
   checks.run();
   std::istringstream log(::testing::internal::GetCapturedStderr());
-  std::string written;
+  std::string log_lines;
   for (std::string line; std::getline(log, line);)
-    written += line.substr(std::min(line.find("[tarva]"), line.size())) + "\n";
-  if (written != checks.lines)
-    checks.faults << "expected log:\n" << checks.lines << "written log:\n" << written;
+    log_lines += line.substr(std::min(line.find("[tarva]"), line.size())) + "\n";
+  if (log_lines != checks.lines)
+    checks.faults << "expected log:\n" << checks.lines << "written log:\n" << log_lines;
   std::cerr << checks.faults.str();
 }
 

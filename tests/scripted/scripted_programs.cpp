@@ -19,13 +19,9 @@ std::vector<kernel_description> find_kernels(const std::string& text) {
       kernel.required_size = {std::stoul((*match)[1]), std::stoul((*match)[2]), std::stoul((*match)[3])};
     std::istringstream parameters((*match)[5].str());
     for (std::string one; std::getline(parameters, one, ',');) {
-      if (one.find_first_not_of(" \n") == std::string::npos || one == "void")
-        continue;
-      const bool local = one.find("local ") != std::string::npos;
-      const bool pointer = one.find('*') != std::string::npos;
-      kernel.parameters.push_back(local     ? argument_kind::local
-                                  : pointer ? argument_kind::memory
-                                            : argument_kind::value);
+      kernel.parameters.push_back(one.find("local ") != std::string::npos ? argument_kind::local
+                                  : one.find('*') != std::string::npos    ? argument_kind::memory
+                                                                          : argument_kind::value);
     }
     found.push_back(kernel);
   }
