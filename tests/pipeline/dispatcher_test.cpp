@@ -202,7 +202,7 @@ const order_row order_rows[] = {
     {"lists_of_different_kinds_advance_in_turn", {"k1 h2 k3", "h4 h5"}, "h4 h5 k1 ffse h2 k3 ffse "},
     {"a_signal_long_before", {"h1 a1 h2"}, "h1 h2 ", {1}},
     {"a_signal_long_after", {"h1 a1 h2", "h3 k4"}, "h3 h1 k4 ffse ", {}, {1}, "h2 "},
-    {"equal_signals_count_once", {"a1 h1"}, "h1 ", {1, 1}},
+    {"equal_signals_count_once", {"a1 h1 a1 h2"}, "h1 ", {1, 1}, {1}, "h2 "},
     {"two_acquires_in_a_row", {"a2 a1 h1", "h2"}, "h2 h1 ", {1, 2}},
     {"a_signal_for_another_wakes_nobody", {"a1 h1"}, "", {2}, {1}, "h1 "},
     {"a_release_is_heard_in_the_next_sweep", {"a1 h1 h2", "h3 r1 k4"}, "h3 k4 ffse h1 h2 "},

@@ -283,7 +283,6 @@ private:
 
 void check_arguments() {
   log_to_console("error");
-  use_two_devices();
   ::testing::internal::CaptureStderr();
   argument_checks checks;
   checks.run();

@@ -46,6 +46,7 @@ inline memory used_on(const caller::device& where) {
 }
 
 [[noreturn]] inline void run(void (*body)()) {
+  use_two_devices();
   body();
   std::exit(0);
 }

@@ -117,10 +117,6 @@ std::vector<call_record> take_calls() {
   return std::exchange(machine::get().calls, {});
 }
 
-void forget_calls() {
-  take_calls();
-}
-
 std::map<std::string, std::int64_t> live_objects() {
   const auto guard = locked();
   return machine::get().live();

@@ -122,8 +122,10 @@ SCRIPTED_API void before_call(qv::operation operation, int nth, std::function<vo
 // True if no failure that was asked for is still to come. Forgets those that are.
 SCRIPTED_API bool no_failure_left();
 
-SCRIPTED_API std::vector<call_record> take_calls(); // those since the last take_calls() or forget_calls()
-SCRIPTED_API void forget_calls();
+SCRIPTED_API std::vector<call_record> take_calls(); // those since the last time
+inline void forget_calls() {
+  take_calls();
+}
 
 // References that the caller holds, by kind: "call handle", "device", "context", "queue", "buffer", "event",
 // "program", "kernel". Kinds without a reference are left out.

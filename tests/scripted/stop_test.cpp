@@ -27,7 +27,6 @@ void call_after_the_stop() {
       _exit(2);
     tarva_abi_release_memory(nullptr, survivor);
   });
-  use_two_devices();
   survivor = make(counted(4)).release();
 }
 
@@ -53,7 +52,6 @@ void start_workers(int count) {
 }
 
 void exit_while_others_work() {
-  use_two_devices();
   start_workers(3);
   while (at_work < 3)
     std::this_thread::yield();
@@ -62,7 +60,6 @@ void exit_while_others_work() {
 }
 
 void call_in_a_forked_child() {
-  use_two_devices();
   const auto all = devices();
   memory numbers = make(counted(4));
   const pid_t child = fork();
@@ -102,7 +99,6 @@ void exit_in_the_middle_of_a_move() {
     if (ended != outcome() || seen != counted(4))
       _exit(2);
   });
-  use_two_devices();
   log_to_console("error");
   static const auto& all = *new auto(devices());
   static const auto& numbers = *new memory(used_on(all[1]));
@@ -138,7 +134,6 @@ void exit_with_work_left() {
     if (first != outcome() || second != outcome() || answered != 2)
       _exit(2);
   });
-  use_two_devices();
   log_to_console("info");
   static const auto& all = *new auto(devices());
   static const auto& blocking = *new auto(find_kernel(compile(all[1], source), "flag"));
@@ -224,13 +219,11 @@ void exit_in_the_middle_of_a_compilation(op operation, void (*use_compiler)()) {
 }
 
 void exit_in_the_middle_of_a_load() {
-  use_two_devices();
   static const auto& all = *new auto(devices());
   exit_in_the_middle_of_a_compilation(op::build_program, [] { compile(all[0], source); });
 }
 
 void exit_in_the_middle_of_a_launch_that_compiles() {
-  use_two_devices();
   static const auto& flag = *new auto(find_kernel(compile(devices()[0], source), "flag"));
   exit_in_the_middle_of_a_compilation(op::enqueue_nd_range_kernel, [] {
     const memory numbers = make(counted(1));
@@ -255,7 +248,6 @@ TEST(stop, a_compiler_outlives_the_calls_that_use_it) {
 
 // As a compiler's handler of fatal errors may do.
 void end_the_process_on_a_worker() {
-  use_two_devices();
   check_at_exit(false); // the work under way goes with the process
   const auto kernel = find_kernel(compile(devices()[0], source), "flag");
   const memory numbers = make(counted(4));
