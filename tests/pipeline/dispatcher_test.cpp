@@ -57,10 +57,8 @@ public:
 class dispatcher : public testing::Test {
 protected:
   dispatcher() { owner->set_dispatcher(make_work_dispatcher<tested_version>(context, device)); }
-  // Throws if the test has done it already.
-  void TearDown() override {
-    message_of([this] { worker().shutdown(); });
-  }
+  // What it still held would otherwise go after it.
+  void TearDown() override { worker().wait_until_idle(); }
 
   device_work_dispatcher& worker() { return owner->get_dispatcher(); }
 
@@ -296,10 +294,15 @@ TEST_F(dispatcher, ends_the_process_on_what_cannot_be) {
                     message);
 }
 
-// What it does to work that is left is to be seen at a stop of the library.
-TEST_F(dispatcher, refuses_all_when_it_has_been_shut_down) {
+TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
   worker().start();
+  const auto blocked = submit("h1 a1 k2");
+  let_sweeps_pass();
   worker().shutdown();
+  blocked->wait_until_commands_ended();
+  EXPECT_EQ(message_of([&] { std::rethrow_exception(blocked->get_error()); }),
+            "The work dispatcher was shut down before the command could be run.");
+
   const std::string refused = "Cannot submit work to a dispatcher that has been shutdown.";
   EXPECT_EQ(message_of([&] { owner->submit_work({}); }), refused);
   EXPECT_EQ(message_of([&] { signal(1); }), refused);
