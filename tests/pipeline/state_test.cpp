@@ -61,6 +61,19 @@ std::shared_ptr<logical_ir::logical_operation> make_request() {
   return logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
 }
 
+void count_or_end(logical_ir::logical_operation& request, char letter) {
+  letter == 'p' ? request.physical_operation_complete()
+                : request.set_physical_operation_count(static_cast<std::uint64_t>(letter - '0'));
+}
+void count_or_end(physical_ir::physical_operation& step, char letter) {
+  letter == 'p' ? step.device_command_complete()
+                : step.set_device_command_count(static_cast<std::uint64_t>(letter - '0'));
+}
+void count_or_end(device_ir::device_command& of, char letter) {
+  if (letter == 'p')
+    of.set_complete();
+}
+
 // Performs the letters in turn, and compares what the last one throws, and what the request tells afterwards.
 template <class Machine>
 void play(const transition_row& row, const level& of, Machine& machine,
@@ -69,7 +82,6 @@ void play(const transition_row& row, const level& of, Machine& machine,
     return;
   SCOPED_TRACE(std::string(of.whole) + ": " + row.script);
   int errors = 0;
-  [[maybe_unused]] const auto count_of = [](char letter) { return static_cast<std::uint64_t>(letter - '0'); };
   const auto perform = [&](char letter) {
     if (letter == 'f')
       machine.enable_profiling();
@@ -77,13 +89,8 @@ void play(const transition_row& row, const level& of, Machine& machine,
       machine.set_submitted();
     else if (letter == 'e')
       machine.set_error(std::make_exception_ptr(std::runtime_error("failure " + std::to_string(++errors))));
-    else if constexpr (requires { machine.physical_operation_complete(); })
-      letter == 'p' ? machine.physical_operation_complete()
-                    : machine.set_physical_operation_count(count_of(letter));
-    else if constexpr (requires { machine.device_command_complete(); })
-      letter == 'p' ? machine.device_command_complete() : machine.set_device_command_count(count_of(letter));
-    else if (letter == 'p')
-      machine.set_complete();
+    else
+      count_or_end(machine, letter);
   };
   const std::string script = row.script;
   for (std::size_t i = 0; i + 1 < script.size(); ++i)

@@ -17,13 +17,12 @@ constexpr struct {
   }
 } unknown;
 
-// A place for what a call could write, whatever it is.
+// A place for what a call could write: all of it has 8 bytes.
 constexpr std::uint64_t untouched = 0x5555555555555555;
 std::uint64_t written = untouched;
 constexpr struct {
   template <class T>
   operator T*() const {
-    static_assert(sizeof(T) == sizeof written);
     return reinterpret_cast<T*>(&written);
   }
 } out;
@@ -40,8 +39,7 @@ const std::string no_root =
     "property argument is NULL, but expected a memory location to write the result property.";
 
 // Has good arguments, and gathers what went wrong and what the log has to hold.
-class argument_checks {
-public:
+struct argument_checks {
   void run() {
     check_devices_and_programs();
     check_launches();
@@ -58,7 +56,6 @@ public:
   std::string lines;
   std::ostringstream faults;
 
-private:
   void expect(const outcome& expected, const outcome& ended) {
     if (ended != expected)
       faults << "expected " << expected << "\n     got " << ended << "\n";

@@ -92,6 +92,9 @@ TEST(lifecycle, what_is_left_open_is_reported_and_released_all_the_same) {
 
 void start_in_silence() {
   used_on(devices()[0]);
+  // The default queue of the device, of the size that it prefers.
+  demand(only(take_calls(), op::create_command_queue_with_properties).at(0).numbers ==
+         std::vector<std::uint64_t>{0x1093, 13, 0x1094, 16384});
   tarva_abi_release_device(nullptr, nullptr);
 }
 
@@ -131,6 +134,7 @@ void start_from_many_threads() {
   std::atomic<int> good = 0;
   {
     std::vector<std::jthread> threads;
+    threads.reserve(thread_count);
     for (int i = 0; i < thread_count; ++i)
       threads.emplace_back([&] {
         ready.arrive_and_wait();
