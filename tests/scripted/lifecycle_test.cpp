@@ -307,6 +307,24 @@ void end_handles_in_any_order() {
   }
 }
 
+void take_signals_on_a_worker() {
+  use_two_devices();
+  static std::atomic<bool> handled = false, masked = false;
+  std::signal(SIGFPE, [](int) { handled = true; });
+  set_kernel("add", [](const kernel_run&) {
+    sigset_t blocked;
+    masked = pthread_sigmask(SIG_BLOCK, nullptr, &blocked) == 0 && sigismember(&blocked, SIGTERM) == 1;
+    std::raise(SIGFPE);
+  });
+  used_on(devices()[0]);
+  if (!handled || !masked)
+    std::exit(2);
+}
+
+TEST(lifecycle, workers_leave_the_hosts_signals_alone_but_not_their_own_faults) {
+  EXPECT_EXIT(run(take_signals_on_a_worker), ExitedWithCode(0), ::testing::Eq(""));
+}
+
 TEST(lifecycle, a_million_handles_may_live) {
 #ifdef __SANITIZE_THREAD__
   constexpr std::size_t many = 100000; // the thread sanitizer takes minutes for more
