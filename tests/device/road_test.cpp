@@ -195,28 +195,6 @@ TEST_F(road, threads_work_on_all_devices_at_once) {
     one.join();
 }
 
-TEST_F(road, binaries_make_the_same_program_again) {
-  on_each([](std::size_t i) {
-    const auto root_property = root<tarva_abi_get_program_root_property>(programs[i]);
-    const auto binary = child(child(root_property, "OPENCL"), "CL_PROGRAM_BINARY");
-    ASSERT_GT(binary->element_count, 0u);
-    build again;
-    const std::string data(static_cast<const char*>(binary->data), binary->element_count);
-    ASSERT_EQ(load(all[i], TARVA_ABI_IR_DEVICE_BINARY, data, "", again), outcome());
-    ASSERT_TRUE(again.success) << again.log;
-    const memory numbers = make(counted(8));
-    const std::int32_t amount = 5;
-    EXPECT_EQ(launch(find_kernel(again.made, "add"), {argument(numbers), argument(amount)}, line(8)),
-              outcome());
-    EXPECT_EQ(read<std::int32_t>(numbers, 8), counted(8, 5));
-    for (const std::size_t wrong : {data.size() / 2, std::size_t{0}}) {
-      build refused;
-      const outcome ended = load(all[i], TARVA_ABI_IR_DEVICE_BINARY, data.substr(0, wrong), "", refused);
-      EXPECT_TRUE(ended.code != TARVA_ABI_OK || !refused.success) << "a binary cut to " << wrong << " bytes";
-    }
-  });
-}
-
 TEST_F(road, bad_input_never_reaches_opencl) {
   on_each([](std::size_t i) {
     const auto add = find(i, "add"), scratch = find(i, "reverse_groups"), fixed = find(i, "fixed");
