@@ -1,5 +1,5 @@
 // The access layer over the scripted capability library, where a caller of the exported functions does not reach:
-// references of every kind, what a version can do, and answers that lie.
+// references of every kind, and answers that lie.
 #include "access/opencl/opencl_1_0.h"
 #include "access/opencl/opencl_1_1.h"
 #include "access/opencl/opencl_1_2.h"
@@ -142,34 +142,6 @@ TYPED_TEST(every_version, sizes_of_binaries_are_not_taken_on_trust) {
       *query.param_value_size_ret = 16; // two sizes for one device
   };
   EXPECT_THROW(program.get_binaries(), common::bad_implementation);
-}
-
-// What a version can do, one letter a member that not all have.
-template <version V>
-std::string abilities() {
-  // clang-format off
-  return []<class D, class C, class P, class K>(std::type_identity<std::tuple<D, C, P, K>>) {
-    std::string result;
-    result += requires(P p) { p.create_kernels(); } ? "K" : "";
-    result += requires(P p) { p.get_kernel_names(); } ? "N" : "";
-    result += requires(K k) { k.get_attributes(); } ? "A" : "";
-    result += requires(K k, D d) { k.get_preferred_work_group_size_multiple(d); } ? "M" : "";
-    result += requires(C c, std::vector<D> d) { c.create_program_with_builtin_kernels(d, names{}); } ? "B" : "";
-    result += requires(C c) { c.create_program_with_il(nullptr, 0); } ? "X" : "";
-    result += requires(C c) { c.create_program_with_il(scripted::bytes{}); } ? "I" : "";
-    result += requires(P p) { p.set_specialization_constant(1, true); } ? "S" : "";
-    result += requires(D d) { d.template get<opencl::device_parameter::max_write_image_args>(); } ? "w" : "";
-    result += requires(D d) { d.template get<opencl::device_parameter::il_version>(); } ? "l" : "";
-    result += requires(D d) { d.template is<opencl::device_flag::double_fp_software_emulated>(); } ? "6" : "";
-    return result;
-  }(std::type_identity<std::tuple<opencl::device<V>, opencl::context<V>, opencl::program<V>, opencl::kernel<V>>>());
-  // clang-format on
-}
-
-TEST(versions, differ_in_what_they_can_do) {
-  EXPECT_EQ((names{abilities<version::v1_0>(), abilities<version::v1_1>(), abilities<version::v1_2>(),
-                   abilities<version::v2_0>(), abilities<version::v2_1>(), abilities<version::v2_2>()}),
-            (names{"Kw", "KMw6", "NAMBXw6", "NAMBX6", "NAMBIl6", "NAMBISl6"}));
 }
 
 TEST_F(access_test, devices_may_vanish_while_they_are_asked_for) {
