@@ -1,9 +1,6 @@
 // What would end the process in one implementation or another, and is refused before it gets there; and that
 // what is valid passes everywhere.
-#include "capability/call_handle.h"
 #include "tests/capability/recording_opencl.h"
-
-#include <gtest/gtest.h>
 
 namespace capability_test {
 namespace {
@@ -18,15 +15,6 @@ qv::root_device device_of(const char* implementation) {
   device.cl = recording_functions();
   device.faults = qv::faults_of_platform(implementation);
   return device;
-}
-
-template <qv::operation Op>
-cl_int status_of(const qv::root_device& device, qv::record<Op> record) {
-  calls.clear();
-  EXPECT_EQ(qv::call_command({&device, &qv::commands_of_capability(6)}, qv::command_number(Op, 6), &record),
-            QV_OK);
-  EXPECT_EQ(calls.empty(), record.status != CL_SUCCESS) << "refused, or passed on";
-  return record.status;
 }
 
 cl_int build(const char* implementation, const char* options) {

@@ -4,7 +4,7 @@
 #include "base/unique_identifier.h"
 #include "memory/library_memory.h"
 #include "objects/library_future.h"
-#include "properties/property_base.h"
+#include "tests/error_of.h"
 
 #include <gtest/gtest.h>
 
@@ -28,28 +28,19 @@ std::shared_ptr<library_memory> make_memory() {
   return std::make_shared<library_memory>(data_type::float_, 4, "label");
 }
 
-template <typename action>
-void expect_failure(const char* message, action&& act) {
-  try {
-    act();
-    FAIL() << "expected: " << message;
-  } catch (const std::runtime_error& failure) {
-    EXPECT_STREQ(message, failure.what());
-  }
-}
-
 TEST(bridge, refuses_impossible_counts_and_leaves_them_as_they_are) {
   abi_bridge bridge;
   auto* handle = bridge.make_handle<tarva_abi_memory_s>(make_memory());
   abi_bridge_test_access::set_count(bridge, handle, std::numeric_limits<std::uint64_t>::max() - 1);
   bridge.retain(handle);
   for (int attempt = 0; attempt < 2; ++attempt)
-    expect_failure("Reference count increment would overflow.  This should be impossible.",
-                   [&] { bridge.retain(handle); });
+    EXPECT_EQ(error_of<std::runtime_error>([&] { bridge.retain(handle); }),
+              "Reference count increment would overflow.  This should be impossible.");
   EXPECT_FALSE(bridge.release(handle));
 
   abi_bridge_test_access::set_count(bridge, handle, 0);
-  expect_failure("Reference count is zero. This should be impossible.", [&] { bridge.release(handle); });
+  EXPECT_EQ(error_of<std::runtime_error>([&] { bridge.release(handle); }),
+            "Reference count is zero. This should be impossible.");
   abi_bridge_test_access::set_count(bridge, handle, 1);
   EXPECT_TRUE(bridge.release(handle));
 }
@@ -131,7 +122,8 @@ TEST(bridge, teardown_drops_objects_once_and_survives_a_held_lock) {
   bridge.teardown();
   EXPECT_EQ(1, memory.use_count());
   EXPECT_EQ(TARVA_ABI_OBJECT_MEMORY, handle->kind);
-  expect_failure("Lookup of internal type map failed.", [&] { bridge.get_library_object(handle); });
+  EXPECT_EQ(error_of<std::runtime_error>([&] { bridge.get_library_object(handle); }),
+            "Lookup of internal type map failed.");
   std::free(handle);
 }
 
