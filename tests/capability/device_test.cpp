@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <tuple>
 
 using namespace capability_test;
 using qv::operation;
@@ -235,51 +236,42 @@ TEST_F(capability, handles_open_and_close_on_many_threads) {
 }
 
 TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
-  struct row {
-    std::uint32_t dimensions;
-    std::array<std::size_t, 3> local;
-    cl_int status;
-    bool given;
-  };
+  using row = std::tuple<std::uint32_t, std::array<std::size_t, 3>, cl_int, bool>;
   const qv::root_device device = only_device("Fake");
   const std::array<std::size_t, 3> global{64, 64, 64};
-  for (const row& launch :
+  for (const auto& [dimensions, local, status, given] :
        {row{1, {0, 0, 0}, 0, false}, row{3, {0, 0, 0}, 0, false}, row{1, {0, 8, 8}, 0, false},
         row{1, {8, 0, 0}, 0, true}, row{2, {8, 4, 0}, 0, true}, row{2, {8, 0, 4}, -54, false},
         row{3, {0, 0, 1}, -54, false}, row{0, {1, 1, 1}, -53, false}, row{4, {1, 1, 1}, -53, false},
         row{~0u, {0, 0, 0}, -53, false}}) {
     qv::enqueue_nd_range_kernel_record record{};
     record.kernel = &calls;
-    record.work_dim = launch.dimensions;
+    record.work_dim = dimensions;
     record.global_work_size = global.data();
-    record.local_work_size = launch.local.data();
+    record.local_work_size = local.data();
     record.status = 77;
-    EXPECT_EQ(status_of<operation::enqueue_nd_range_kernel>(device, record), launch.status);
-    EXPECT_EQ(!calls.empty() && calls[0].arguments[5] != 0, launch.given);
+    EXPECT_EQ(status_of<operation::enqueue_nd_range_kernel>(device, record), status);
+    EXPECT_EQ(!calls.empty() && calls[0].arguments[5] != 0, given);
   }
 }
 
 TEST_F(capability, plain_queues_stand_in_for_queues_that_a_device_lacks) {
-  struct row {
-    const char* platform_version;
-    bool device_queues;
-    std::uint64_t bits;
-    std::vector<std::uint64_t> expected; // bits alone: by the older function
-  };
-  for (const row& queue :
+  // The words of the queue that is made; bits alone: by the older function.
+  using row = std::tuple<const char*, bool, std::uint64_t, std::vector<std::uint64_t>>;
+  for (const auto& [platform_version, device_queues, bits, expected] :
        {row{"OpenCL 3.0", true, 13, {0x1093, 13, 0x1094, 512}}, row{"OpenCL 3.0", false, 13, {0}},
         row{"OpenCL 3.0", false, 15, {2}}, row{"OpenCL 3.0", false, 3, {0x1093, 3, 0x1094, 512}},
         row{"OpenCL 1.2", true, 13, {0}}, row{"OpenCL 1.2", false, 3, {3}}}) {
     fake_platform platform;
-    platform.version = queue.platform_version;
+    platform.version = platform_version;
     const qv::root_device device =
-        only_device(platform, queue.device_queues ? full_device() : plain_device("OpenCL 3.0"));
-    const std::array<std::uint64_t, 5> words{0x1093, queue.bits, 0x1094, 512, 0};
+        only_device(platform, device_queues ? full_device() : plain_device("OpenCL 3.0"));
+    const std::array<std::uint64_t, 5> words{0x1093, bits, 0x1094, 512, 0};
     qv::create_command_queue_with_properties_record record{};
     record.properties = words.data();
     ASSERT_EQ(call<operation::create_command_queue_with_properties>(device, 4, record), QV_OK);
     EXPECT_EQ(record.status, CL_SUCCESS);
-    EXPECT_EQ(opencl_.queue_words, queue.expected) << queue.platform_version << " " << queue.bits;
+    EXPECT_EQ(opencl_.queue_words, expected) << platform_version << " " << bits;
   }
 }
 
@@ -311,45 +303,33 @@ TEST_F(capability, platforms_are_not_asked_for_what_came_after_them) {
 
 TEST_F(capability, older_devices_answer_what_a_start_asks) {
   const qv::root_device device = only_device({}, plain_device("OpenCL 1.1"));
-  struct row {
-    std::uint32_t query;
-    std::size_t room;
-    cl_int status;
-    std::uint32_t value;
-    std::size_t size;
-  };
-  for (const row& asked : {row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 4, CL_SUCCESS, 0, 4},
-                           row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 2, CL_INVALID_VALUE, ~0u, 9},
-                           row{CL_DEVICE_BUILT_IN_KERNELS, 1, CL_SUCCESS, ~0xffu, 1},
-                           row{CL_DEVICE_PIPE_SUPPORT, 4, CL_INVALID_VALUE, ~0u, 9}}) {
+  using row = std::tuple<std::uint32_t, std::size_t, cl_int, std::uint32_t, std::size_t>;
+  for (const auto& [query, room, expected_status, expected_value, expected_size] :
+       {row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 4, CL_SUCCESS, 0, 4},
+        row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 2, CL_INVALID_VALUE, ~0u, 9},
+        row{CL_DEVICE_BUILT_IN_KERNELS, 1, CL_SUCCESS, ~0xffu, 1},
+        row{CL_DEVICE_PIPE_SUPPORT, 4, CL_INVALID_VALUE, ~0u, 9}}) {
     std::uint32_t value = ~0u;
     std::size_t size = 9;
-    qv::get_device_info_record record{device.id, &value, &size, asked.query, asked.room, 77};
+    qv::get_device_info_record record{device.id, &value, &size, query, room, 77};
     call<operation::get_device_info>(device, 4, record);
-    EXPECT_EQ(record.status, asked.status) << std::hex << asked.query;
-    EXPECT_EQ(value, asked.value);
-    EXPECT_EQ(size, asked.size);
+    EXPECT_EQ(record.status, expected_status) << std::hex << query;
+    EXPECT_EQ(value, expected_value);
+    EXPECT_EQ(size, expected_size);
   }
 }
 
 TEST_F(capability, arguments_that_end_the_process_are_refused) {
-  struct row {
-    const char* platform;
-    std::uint32_t index;
-    std::size_t size;
-    bool null;
-    cl_int status;
-  };
+  using row = std::tuple<const char*, std::uint32_t, std::size_t, bool, cl_int>;
   const std::size_t value = 0;
-  for (const row& argument :
+  for (const auto& [platform, index, size, is_null, status] :
        {row{"Oclgrind", 1, 4, true, -50}, row{"Oclgrind", 1, 4, false, 0}, row{"Oclgrind", 0, 8, true, 0},
         row{"Oclgrind", 2, 4096, true, 0}, row{"Oclgrind", 9, 4, true, 0}, row{"Fake", 1, 4, true, 0},
         row{"Portable Computing Language", 2, 1024, true, 0},
         row{"Portable Computing Language", 2, 1025, true, -5}}) {
-    const qv::set_kernel_arg_record record{nullptr, argument.size, argument.null ? nullptr : &value, 77,
-                                           argument.index};
-    EXPECT_EQ(status_of<operation::set_kernel_arg>(only_device(argument.platform), record), argument.status)
-        << argument.platform << " " << argument.index;
+    const qv::set_kernel_arg_record record{nullptr, size, is_null ? nullptr : &value, 77, index};
+    EXPECT_EQ(status_of<operation::set_kernel_arg>(only_device(platform), record), status)
+        << platform << " " << index;
   }
 }
 

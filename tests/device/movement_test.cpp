@@ -31,15 +31,10 @@ protected:
   }();
 };
 
-struct element {
-  tarva_abi_data_type type;
-  std::size_t bytes;
-};
-
 TEST_F(movement, content_survives_the_way_from_each_device_to_each_other) {
   constexpr std::size_t count = 37;
-  for (const auto& [type, bytes] : {element{TARVA_ABI_TYPE_UINT8, 1}, element{TARVA_ABI_TYPE_INT16V3, 8},
-                                    element{TARVA_ABI_TYPE_INT64V16, 128}})
+  for (const auto& [type, bytes] :
+       {std::pair{TARVA_ABI_TYPE_UINT8, 1}, {TARVA_ABI_TYPE_INT16V3, 8}, {TARVA_ABI_TYPE_INT64V16, 128}})
     for (std::size_t from = 0; from < all.size(); ++from)
       for (std::size_t to = 0; to < all.size(); ++to) {
         SCOPED_TRACE(describe(all[from]) + " to " + describe(all[to]) + ", element of " +
@@ -56,8 +51,7 @@ TEST_F(movement, content_survives_the_way_from_each_device_to_each_other) {
         must(launch(there, {argument(moved)}, line(1)));
         first[0] = static_cast<unsigned char>(first[0] + 2);
         second[0] = static_cast<unsigned char>(second[0] + 1);
-        std::copy_n(first.begin() + static_cast<std::ptrdiff_t>(bytes), 30 * bytes,
-                    second.begin() + static_cast<std::ptrdiff_t>(5 * bytes));
+        std::copy_n(first.begin() + bytes, 30 * bytes, second.begin() + 5 * bytes);
         content result(count * bytes);
         must(read_raw(moved, 0, count, result.data()));
         EXPECT_EQ(result, first);
