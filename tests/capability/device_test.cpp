@@ -20,24 +20,26 @@ fake_device plain_device(const std::string& version) {
   return {{{CL_DEVICE_AVAILABLE, 1}, {CL_DEVICE_LOCAL_MEM_SIZE, 1024}}, {{CL_DEVICE_VERSION, version}}};
 }
 
-// A device of version 3.0 that has all of 2.2.
+// What a device of version 3.0 need not have, but 2.0 does.
+const std::map<cl_uint, std::uint64_t> features_of_2_0{{CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 3},
+                                                       {CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES, 3},
+                                                       {CL_DEVICE_MAX_ON_DEVICE_QUEUES, 1},
+                                                       {CL_DEVICE_SVM_CAPABILITIES, 1},
+                                                       {CL_DEVICE_ATOMIC_MEMORY_CAPABILITIES, 0x7f},
+                                                       {CL_DEVICE_GENERIC_ADDRESS_SPACE_SUPPORT, 1},
+                                                       {CL_DEVICE_NON_UNIFORM_WORK_GROUP_SUPPORT, 1},
+                                                       {CL_DEVICE_WORK_GROUP_COLLECTIVE_FUNCTIONS_SUPPORT, 1},
+                                                       {CL_DEVICE_PIPE_SUPPORT, 1},
+                                                       {CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 65536},
+                                                       {CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS, 64},
+                                                       {CL_DEVICE_IMAGE_PITCH_ALIGNMENT, 1}};
+
+// One that has all of 2.2.
 fake_device full_device() {
   fake_device device = plain_device("OpenCL 3.0 full");
   device.texts[CL_DEVICE_IL_VERSION] = "SPIR-V_1.0 SPIR-V_1.2";
-  device.numbers.insert({{CL_DEVICE_IMAGE_SUPPORT, 1},
-                         {CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 3},
-                         {CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES, 3},
-                         {CL_DEVICE_MAX_ON_DEVICE_QUEUES, 1},
-                         {CL_DEVICE_SVM_CAPABILITIES, 1},
-                         {CL_DEVICE_ATOMIC_MEMORY_CAPABILITIES, 0x7f},
-                         {CL_DEVICE_GENERIC_ADDRESS_SPACE_SUPPORT, 1},
-                         {CL_DEVICE_NON_UNIFORM_WORK_GROUP_SUPPORT, 1},
-                         {CL_DEVICE_WORK_GROUP_COLLECTIVE_FUNCTIONS_SUPPORT, 1},
-                         {CL_DEVICE_PIPE_SUPPORT, 1},
-                         {CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 65536},
-                         {CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS, 64},
-                         {CL_DEVICE_IMAGE_PITCH_ALIGNMENT, 1},
-                         {CL_DEVICE_MAX_NUM_SUB_GROUPS, 1}});
+  device.numbers.insert(features_of_2_0.begin(), features_of_2_0.end());
+  device.numbers.insert({{CL_DEVICE_IMAGE_SUPPORT, 1}, {CL_DEVICE_MAX_NUM_SUB_GROUPS, 1}});
   return device;
 }
 
@@ -72,20 +74,16 @@ protected:
 };
 
 TEST_F(capability, lists_of_versions_are_read_leniently) {
-  const std::vector<std::pair<const char*, const char*>> rows{{"1.0,1.1 , 2.0", "0010110"},
-                                                              {"2.2", "1000000"},
-                                                              {"", "0000000"},
-                                                              {" ,,\t1.2\n,", "0001000"},
-                                                              {"3.0,9.9", "0000000"},
-                                                              {"1.2x,1,.2,1.,a,2.1", "0100000"},
-                                                              {"1.0,1.0", "0000010"},
-                                                              {"-1.0,1.99999999999", "0000000"}};
+  const std::pair<const char*, const char*> rows[] = {
+      {"1.0,1.1 , 2.0", "0010110"},     {"2.2", "1000000"},     {"", "0000000"},
+      {" ,,\t1.2\n,", "0001000"},       {"3.0,9.9", "0000000"}, {"1.2x,1,.2,1.,a,2.1", "0100000"},
+      {"-1.0,1.99999999999", "0000000"}};
   for (const auto& [list, expected] : rows)
     EXPECT_EQ(qv::parse_capability_list(list).to_string(), expected) << list;
 }
 
 TEST_F(capability, older_devices_have_the_capability_of_their_version) {
-  const std::vector<std::pair<const char*, std::string>> rows{
+  const std::pair<const char*, const char*> rows[] = {
       {"OpenCL 1.0 x", "0000010"},     {"OpenCL 1.1", "0000100"},   {"OpenCL 1.2 (x)", "0001000"},
       {"OpenCL 2.0 CUDA", "0010000"},  {"OpenCL 2.1 x", "0100000"}, {"OpenCL 2.2 x", "1000000"},
       {"OpenCL 3.0 plain", "0001000"}, {"OpenCL 4.1", "0001000"},   {"OpenCL 1.7", "0000000"}};
@@ -110,12 +108,7 @@ TEST_F(capability, newer_devices_get_the_highest_version_that_they_have_whole) {
     return result();
   };
   EXPECT_EQ(result(), 6u);
-  for (const cl_device_info name :
-       {CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES,
-        CL_DEVICE_SVM_CAPABILITIES, CL_DEVICE_ATOMIC_MEMORY_CAPABILITIES,
-        CL_DEVICE_GENERIC_ADDRESS_SPACE_SUPPORT, CL_DEVICE_NON_UNIFORM_WORK_GROUP_SUPPORT,
-        CL_DEVICE_WORK_GROUP_COLLECTIVE_FUNCTIONS_SUPPORT, CL_DEVICE_PIPE_SUPPORT,
-        CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS})
+  for (const auto& [name, value] : features_of_2_0)
     EXPECT_EQ(result_with(name, 0), 3u) << std::hex << name;
   EXPECT_EQ(result_with(CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 1024), 3u);
   EXPECT_EQ(result_with(CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 1), 4u);
@@ -198,6 +191,7 @@ TEST_F(capability, closed_handles_stay_closed) {
     // NOLINTNEXTLINE(performance-no-int-to-ptr): it is only ever compared
     EXPECT_FALSE(is_open(reinterpret_cast<qv_call_handle*>(never_opened))) << never_opened;
   qv_call_handle* const first = qv::open_call_handle(bound);
+  qv_call_handle* const held = qv::open_call_handle(bound);
   EXPECT_TRUE(qv::any_call_handle_open());
   EXPECT_TRUE(qv::close_call_handle(first));
   EXPECT_FALSE(qv::close_call_handle(first));
@@ -209,7 +203,9 @@ TEST_F(capability, closed_handles_stay_closed) {
     ASSERT_TRUE(is_open(next));
     ASSERT_FALSE(is_open(first));
     ASSERT_TRUE(qv::close_call_handle(next));
+    ASSERT_TRUE(is_open(held));
   }
+  EXPECT_TRUE(qv::close_call_handle(held));
   EXPECT_FALSE(qv::any_call_handle_open());
 }
 
