@@ -43,6 +43,7 @@ TEST_F(notifier_test, no_wake_up_is_lost) {
   notifier answer;
   std::atomic<int> sent = 0, seen = 0;
   std::vector<std::thread> waiters;
+  waiters.reserve(waiter_count);
   for (int waiter = 0; waiter < waiter_count; ++waiter)
     waiters.emplace_back([&] {
       for (int round = 1; round <= rounds; ++round) {
