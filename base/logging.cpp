@@ -10,6 +10,7 @@
 #include <fmt/args.h>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <unistd.h>
@@ -42,8 +43,14 @@ log_level read_level(const char* variable) {
 
 std::shared_ptr<spdlog::logger> create_lines(const logger_description& description) {
   const std::string_view target = read_environment(description.target_variable, "none");
-  if (target == "file")
-    return spdlog::basic_logger_mt(description.name, description.file_name);
+  if (target == "file") {
+    // No line waits in a buffer, which a forked child would write once more when it exits.
+    spdlog::file_event_handlers handlers;
+    handlers.after_open = [](const std::string&, std::FILE* file) {
+      static_cast<void>(std::setvbuf(file, nullptr, _IOLBF, BUFSIZ));
+    };
+    return spdlog::basic_logger_mt(description.name, description.file_name, false, handlers);
+  }
   if (target == "console")
     return spdlog::stderr_color_mt(description.name);
   return std::make_shared<spdlog::logger>(description.name, std::make_shared<spdlog::sinks::null_sink_mt>());

@@ -1,16 +1,21 @@
 #pragma once
 
 #include <csignal>
+#include <initializer_list>
 
 namespace oryn::tarva::library {
 
-// Blocks all signals in this thread while it lives, so that a thread started meanwhile never receives one.
+// Blocks in this thread while it lives all signals that are sent to the process, so that a thread started meanwhile
+// never receives one. Those that tell of a thread's own fault stay: blocked, they would end the process without the
+// handler of the host, or of an OpenCL implementation that passes over divisions by zero with one.
 class masked_signals {
 public:
   masked_signals() noexcept {
-    sigset_t all;
-    sigfillset(&all);
-    is_masked_ = pthread_sigmask(SIG_SETMASK, &all, &before_) == 0;
+    sigset_t sent;
+    sigfillset(&sent);
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS})
+      sigdelset(&sent, fault);
+    is_masked_ = pthread_sigmask(SIG_SETMASK, &sent, &before_) == 0;
   }
   ~masked_signals() {
     if (is_masked_)

@@ -5,19 +5,9 @@ namespace fuzz {
 
 namespace {
 
-constexpr const char* children[] = {"OPENCL",
-                                    "NAME",
-                                    "KERNEL_NAMES",
-                                    "CL_PROGRAM_BINARY",
-                                    "CL_DEVICE_NAME",
-                                    "TYPE",
-                                    "EXCEPTION_TYPE",
-                                    "EXCEPTION_MESSAGE",
-                                    "OBJECT_ID",
-                                    "none",
-                                    "",
-                                    "ROOT",
-                                    nullptr};
+constexpr const char* children[] = {"OPENCL", "NAME",           "KERNEL_NAMES",      "CL_DEVICE_NAME",
+                                    "TYPE",   "EXCEPTION_TYPE", "OBJECT_ID",         "none",
+                                    "",       "ROOT",           "CL_PROGRAM_BINARY", nullptr};
 
 void look_at(const tarva_abi_property_s* property) {
   if (!property)

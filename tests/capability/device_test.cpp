@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <tuple>
 
 using namespace capability_test;
 using qv::operation;
@@ -19,24 +20,26 @@ fake_device plain_device(const std::string& version) {
   return {{{CL_DEVICE_AVAILABLE, 1}, {CL_DEVICE_LOCAL_MEM_SIZE, 1024}}, {{CL_DEVICE_VERSION, version}}};
 }
 
-// A device of version 3.0 that has all of 2.2.
+// What a device of version 3.0 need not have, but 2.0 does.
+const std::map<cl_uint, std::uint64_t> features_of_2_0{{CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 3},
+                                                       {CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES, 3},
+                                                       {CL_DEVICE_MAX_ON_DEVICE_QUEUES, 1},
+                                                       {CL_DEVICE_SVM_CAPABILITIES, 1},
+                                                       {CL_DEVICE_ATOMIC_MEMORY_CAPABILITIES, 0x7f},
+                                                       {CL_DEVICE_GENERIC_ADDRESS_SPACE_SUPPORT, 1},
+                                                       {CL_DEVICE_NON_UNIFORM_WORK_GROUP_SUPPORT, 1},
+                                                       {CL_DEVICE_WORK_GROUP_COLLECTIVE_FUNCTIONS_SUPPORT, 1},
+                                                       {CL_DEVICE_PIPE_SUPPORT, 1},
+                                                       {CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 65536},
+                                                       {CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS, 64},
+                                                       {CL_DEVICE_IMAGE_PITCH_ALIGNMENT, 1}};
+
+// One that has all of 2.2.
 fake_device full_device() {
   fake_device device = plain_device("OpenCL 3.0 full");
   device.texts[CL_DEVICE_IL_VERSION] = "SPIR-V_1.0 SPIR-V_1.2";
-  device.numbers.insert({{CL_DEVICE_IMAGE_SUPPORT, 1},
-                         {CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 3},
-                         {CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES, 3},
-                         {CL_DEVICE_MAX_ON_DEVICE_QUEUES, 1},
-                         {CL_DEVICE_SVM_CAPABILITIES, 1},
-                         {CL_DEVICE_ATOMIC_MEMORY_CAPABILITIES, 0x7f},
-                         {CL_DEVICE_GENERIC_ADDRESS_SPACE_SUPPORT, 1},
-                         {CL_DEVICE_NON_UNIFORM_WORK_GROUP_SUPPORT, 1},
-                         {CL_DEVICE_WORK_GROUP_COLLECTIVE_FUNCTIONS_SUPPORT, 1},
-                         {CL_DEVICE_PIPE_SUPPORT, 1},
-                         {CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 65536},
-                         {CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS, 64},
-                         {CL_DEVICE_IMAGE_PITCH_ALIGNMENT, 1},
-                         {CL_DEVICE_MAX_NUM_SUB_GROUPS, 1}});
+  device.numbers.insert(features_of_2_0.begin(), features_of_2_0.end());
+  device.numbers.insert({{CL_DEVICE_IMAGE_SUPPORT, 1}, {CL_DEVICE_MAX_NUM_SUB_GROUPS, 1}});
   return device;
 }
 
@@ -50,6 +53,7 @@ protected:
   // The one device of a machine, offered under all capabilities.
   qv::root_device only_device(fake_platform platform, fake_device device) {
     platform.devices.push_back(std::move(device));
+    opencl_.platforms.clear();
     opencl_.platforms.push_back(std::move(platform));
     return qv::find_root_devices(fake_functions(), qv::parse_capability_list("1.0,1.1,1.2,2.0,2.1,2.2"))
         .at(0);
@@ -70,20 +74,16 @@ protected:
 };
 
 TEST_F(capability, lists_of_versions_are_read_leniently) {
-  const std::vector<std::pair<const char*, const char*>> rows{{"1.0,1.1 , 2.0", "0010110"},
-                                                              {"2.2", "1000000"},
-                                                              {"", "0000000"},
-                                                              {" ,,\t1.2\n,", "0001000"},
-                                                              {"3.0,9.9", "0000000"},
-                                                              {"1.2x,1,.2,1.,a,2.1", "0100000"},
-                                                              {"1.0,1.0", "0000010"},
-                                                              {"-1.0,1.99999999999", "0000000"}};
+  const std::pair<const char*, const char*> rows[] = {
+      {"1.0,1.1 , 2.0", "0010110"},     {"2.2", "1000000"},     {"", "0000000"},
+      {" ,,\t1.2\n,", "0001000"},       {"3.0,9.9", "0000000"}, {"1.2x,1,.2,1.,a,2.1", "0100000"},
+      {"-1.0,1.99999999999", "0000000"}};
   for (const auto& [list, expected] : rows)
     EXPECT_EQ(qv::parse_capability_list(list).to_string(), expected) << list;
 }
 
 TEST_F(capability, older_devices_have_the_capability_of_their_version) {
-  const std::vector<std::pair<const char*, std::string>> rows{
+  const std::pair<const char*, const char*> rows[] = {
       {"OpenCL 1.0 x", "0000010"},     {"OpenCL 1.1", "0000100"},   {"OpenCL 1.2 (x)", "0001000"},
       {"OpenCL 2.0 CUDA", "0010000"},  {"OpenCL 2.1 x", "0100000"}, {"OpenCL 2.2 x", "1000000"},
       {"OpenCL 3.0 plain", "0001000"}, {"OpenCL 4.1", "0001000"},   {"OpenCL 1.7", "0000000"}};
@@ -108,12 +108,7 @@ TEST_F(capability, newer_devices_get_the_highest_version_that_they_have_whole) {
     return result();
   };
   EXPECT_EQ(result(), 6u);
-  for (const cl_device_info name :
-       {CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES,
-        CL_DEVICE_SVM_CAPABILITIES, CL_DEVICE_ATOMIC_MEMORY_CAPABILITIES,
-        CL_DEVICE_GENERIC_ADDRESS_SPACE_SUPPORT, CL_DEVICE_NON_UNIFORM_WORK_GROUP_SUPPORT,
-        CL_DEVICE_WORK_GROUP_COLLECTIVE_FUNCTIONS_SUPPORT, CL_DEVICE_PIPE_SUPPORT,
-        CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS})
+  for (const auto& [name, value] : features_of_2_0)
     EXPECT_EQ(result_with(name, 0), 3u) << std::hex << name;
   EXPECT_EQ(result_with(CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 1024), 3u);
   EXPECT_EQ(result_with(CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 1), 4u);
@@ -196,6 +191,7 @@ TEST_F(capability, closed_handles_stay_closed) {
     // NOLINTNEXTLINE(performance-no-int-to-ptr): it is only ever compared
     EXPECT_FALSE(is_open(reinterpret_cast<qv_call_handle*>(never_opened))) << never_opened;
   qv_call_handle* const first = qv::open_call_handle(bound);
+  qv_call_handle* const held = qv::open_call_handle(bound);
   EXPECT_TRUE(qv::any_call_handle_open());
   EXPECT_TRUE(qv::close_call_handle(first));
   EXPECT_FALSE(qv::close_call_handle(first));
@@ -207,7 +203,9 @@ TEST_F(capability, closed_handles_stay_closed) {
     ASSERT_TRUE(is_open(next));
     ASSERT_FALSE(is_open(first));
     ASSERT_TRUE(qv::close_call_handle(next));
+    ASSERT_TRUE(is_open(held));
   }
+  EXPECT_TRUE(qv::close_call_handle(held));
   EXPECT_FALSE(qv::any_call_handle_open());
 }
 
@@ -234,55 +232,42 @@ TEST_F(capability, handles_open_and_close_on_many_threads) {
 }
 
 TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
-  struct row {
-    std::uint32_t dimensions;
-    std::array<std::size_t, 3> local;
-    cl_int status;
-    bool given;
-  };
+  using row = std::tuple<std::uint32_t, std::array<std::size_t, 3>, cl_int, bool>;
   const qv::root_device device = only_device("Fake");
   const std::array<std::size_t, 3> global{64, 64, 64};
-  for (const row& launch :
+  for (const auto& [dimensions, local, status, given] :
        {row{1, {0, 0, 0}, 0, false}, row{3, {0, 0, 0}, 0, false}, row{1, {0, 8, 8}, 0, false},
         row{1, {8, 0, 0}, 0, true}, row{2, {8, 4, 0}, 0, true}, row{2, {8, 0, 4}, -54, false},
         row{3, {0, 0, 1}, -54, false}, row{0, {1, 1, 1}, -53, false}, row{4, {1, 1, 1}, -53, false},
         row{~0u, {0, 0, 0}, -53, false}}) {
-    calls.clear();
     qv::enqueue_nd_range_kernel_record record{};
     record.kernel = &calls;
-    record.work_dim = launch.dimensions;
+    record.work_dim = dimensions;
     record.global_work_size = global.data();
-    record.local_work_size = launch.local.data();
+    record.local_work_size = local.data();
     record.status = 77;
-    ASSERT_EQ(call<operation::enqueue_nd_range_kernel>(device, 3, record), QV_OK);
-    EXPECT_EQ(record.status, launch.status);
-    ASSERT_EQ(calls.size(), launch.status == 0 ? 1u : 0u);
-    EXPECT_EQ(!calls.empty() && calls[0].arguments[5] != 0, launch.given);
+    EXPECT_EQ(status_of<operation::enqueue_nd_range_kernel>(device, record), status);
+    EXPECT_EQ(!calls.empty() && calls[0].arguments[5] != 0, given);
   }
 }
 
 TEST_F(capability, plain_queues_stand_in_for_queues_that_a_device_lacks) {
-  struct row {
-    const char* platform_version;
-    bool device_queues;
-    std::uint64_t bits;
-    std::vector<std::uint64_t> expected; // bits alone: by the older function
-  };
-  for (const row& queue :
+  // The words of the queue that is made; bits alone: by the older function.
+  using row = std::tuple<const char*, bool, std::uint64_t, std::vector<std::uint64_t>>;
+  for (const auto& [platform_version, device_queues, bits, expected] :
        {row{"OpenCL 3.0", true, 13, {0x1093, 13, 0x1094, 512}}, row{"OpenCL 3.0", false, 13, {0}},
         row{"OpenCL 3.0", false, 15, {2}}, row{"OpenCL 3.0", false, 3, {0x1093, 3, 0x1094, 512}},
         row{"OpenCL 1.2", true, 13, {0}}, row{"OpenCL 1.2", false, 3, {3}}}) {
-    opencl_.platforms.clear();
     fake_platform platform;
-    platform.version = queue.platform_version;
+    platform.version = platform_version;
     const qv::root_device device =
-        only_device(platform, queue.device_queues ? full_device() : plain_device("OpenCL 3.0"));
-    const std::array<std::uint64_t, 5> words{0x1093, queue.bits, 0x1094, 512, 0};
+        only_device(platform, device_queues ? full_device() : plain_device("OpenCL 3.0"));
+    const std::array<std::uint64_t, 5> words{0x1093, bits, 0x1094, 512, 0};
     qv::create_command_queue_with_properties_record record{};
     record.properties = words.data();
     ASSERT_EQ(call<operation::create_command_queue_with_properties>(device, 4, record), QV_OK);
     EXPECT_EQ(record.status, CL_SUCCESS);
-    EXPECT_EQ(opencl_.queue_words, queue.expected) << queue.platform_version << " " << queue.bits;
+    EXPECT_EQ(opencl_.queue_words, expected) << platform_version << " " << bits;
   }
 }
 
@@ -291,21 +276,14 @@ TEST_F(capability, platforms_are_not_asked_for_what_came_after_them) {
   platform.version = "OpenCL 1.1 old";
   const qv::root_device device = only_device(platform, plain_device("OpenCL 1.1"));
 
-  qv::create_program_with_il_record il{};
-  qv::set_program_specialization_constant_record constant{};
-  qv::enqueue_fill_buffer_record fill{};
+  EXPECT_EQ(status_of<operation::create_program_with_il>(device, {}), CL_INVALID_OPERATION);
+  EXPECT_EQ(status_of<operation::set_program_specialization_constant>(device, {}), CL_INVALID_OPERATION);
+  EXPECT_EQ(status_of<operation::enqueue_fill_buffer>(device, {}), CL_INVALID_OPERATION);
   qv::create_program_with_builtin_kernels_record builtin{};
-  builtin.kernel_names = "some";
-  call<operation::create_program_with_il>(device, 6, il);
-  call<operation::set_program_specialization_constant>(device, 6, constant);
-  call<operation::enqueue_fill_buffer>(device, 6, fill);
-  call<operation::create_program_with_builtin_kernels>(device, 6, builtin);
-  for (const cl_int status : {il.status, constant.status, fill.status, builtin.status})
-    EXPECT_EQ(status, CL_INVALID_OPERATION);
-  for (const char* none : {static_cast<const char*>(nullptr), ""}) {
-    builtin.kernel_names = none;
-    call<operation::create_program_with_builtin_kernels>(device, 6, builtin);
-    EXPECT_EQ(builtin.status, CL_INVALID_VALUE);
+  for (const auto& [names, status] :
+       {std::pair{"some", CL_INVALID_OPERATION}, {"", CL_INVALID_VALUE}, {nullptr, CL_INVALID_VALUE}}) {
+    builtin.kernel_names = names;
+    EXPECT_EQ(status_of<operation::create_program_with_builtin_kernels>(device, builtin), status);
   }
 
   qv::object_record retained{device.id, 77};
@@ -316,63 +294,43 @@ TEST_F(capability, platforms_are_not_asked_for_what_came_after_them) {
   EXPECT_EQ(address.result, nullptr);
   EXPECT_TRUE(calls.empty());
 
-  opencl_.platforms.clear();
-  const qv::root_device newer = only_device("Fake");
-  call<operation::create_program_with_il>(newer, 6, il);
-  EXPECT_EQ(il.status, CL_SUCCESS);
+  EXPECT_EQ(status_of<operation::create_program_with_il>(only_device("Fake"), {}), CL_SUCCESS);
 }
 
 TEST_F(capability, older_devices_answer_what_a_start_asks) {
   const qv::root_device device = only_device({}, plain_device("OpenCL 1.1"));
-  struct row {
-    std::uint32_t query;
-    std::size_t room;
-    cl_int status;
-    std::uint32_t value;
-    std::size_t size;
-  };
-  for (const row& asked : {row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 4, CL_SUCCESS, 0, 4},
-                           row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 2, CL_INVALID_VALUE, ~0u, 9},
-                           row{CL_DEVICE_BUILT_IN_KERNELS, 1, CL_SUCCESS, ~0xffu, 1},
-                           row{CL_DEVICE_PIPE_SUPPORT, 4, CL_INVALID_VALUE, ~0u, 9}}) {
+  using row = std::tuple<std::uint32_t, std::size_t, cl_int, std::uint32_t, std::size_t>;
+  for (const auto& [query, room, expected_status, expected_value, expected_size] :
+       {row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 4, CL_SUCCESS, 0, 4},
+        row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 2, CL_INVALID_VALUE, ~0u, 9},
+        row{CL_DEVICE_BUILT_IN_KERNELS, 1, CL_SUCCESS, ~0xffu, 1},
+        row{CL_DEVICE_PIPE_SUPPORT, 4, CL_INVALID_VALUE, ~0u, 9}}) {
     std::uint32_t value = ~0u;
     std::size_t size = 9;
-    qv::get_device_info_record record{device.id, &value, &size, asked.query, asked.room, 77};
+    qv::get_device_info_record record{device.id, &value, &size, query, room, 77};
     call<operation::get_device_info>(device, 4, record);
-    EXPECT_EQ(record.status, asked.status) << std::hex << asked.query;
-    EXPECT_EQ(value, asked.value);
-    EXPECT_EQ(size, asked.size);
+    EXPECT_EQ(record.status, expected_status) << std::hex << query;
+    EXPECT_EQ(value, expected_value);
+    EXPECT_EQ(size, expected_size);
   }
 }
 
 TEST_F(capability, arguments_that_end_the_process_are_refused) {
-  struct row {
-    const char* platform;
-    std::uint32_t index;
-    std::size_t size;
-    bool null;
-    cl_int status;
-  };
+  using row = std::tuple<const char*, std::uint32_t, std::size_t, bool, cl_int>;
   const std::size_t value = 0;
-  for (const row& argument :
+  for (const auto& [platform, index, size, is_null, status] :
        {row{"Oclgrind", 1, 4, true, -50}, row{"Oclgrind", 1, 4, false, 0}, row{"Oclgrind", 0, 8, true, 0},
         row{"Oclgrind", 2, 4096, true, 0}, row{"Oclgrind", 9, 4, true, 0}, row{"Fake", 1, 4, true, 0},
         row{"Portable Computing Language", 2, 1024, true, 0},
         row{"Portable Computing Language", 2, 1025, true, -5}}) {
-    opencl_.platforms.clear();
-    calls.clear();
-    const qv::root_device device = only_device(argument.platform);
-    qv::set_kernel_arg_record record{nullptr, argument.size, argument.null ? nullptr : &value, 77,
-                                     argument.index};
-    call<operation::set_kernel_arg>(device, 3, record);
-    EXPECT_EQ(record.status, argument.status) << argument.platform << " " << argument.index;
-    EXPECT_EQ(!calls.empty(), argument.status == 0);
+    const qv::set_kernel_arg_record record{nullptr, size, is_null ? nullptr : &value, 77, index};
+    EXPECT_EQ(status_of<operation::set_kernel_arg>(only_device(platform), record), status)
+        << platform << " " << index;
   }
 }
 
 TEST_F(capability, attributes_of_freed_memory_are_not_read) {
   for (const auto& [platform, expected] : {std::pair{"Oclgrind", ""}, std::pair{"Fake", "garbage"}}) {
-    opencl_.platforms.clear();
     const qv::root_device device = only_device(platform);
     std::array<char, 8> text{};
     qv::get_object_info_record record{fake, text.size(), text.data(), nullptr, 77, CL_KERNEL_ATTRIBUTES};

@@ -1,9 +1,10 @@
 // An OpenCL whose entry points all note how they were called and succeed.
 #pragma once
 
-#include "capability/opencl_functions.h"
+#include "capability/call_handle.h"
 
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -80,6 +81,16 @@ inline qv::opencl_functions recording_functions() {
       &cl::get_program_build_info, &cl::retain_program, &cl::release_program,
       &cl::get_extension_function_address, &cl::create_kernel, &cl::create_kernels_in_program,
       &cl::set_kernel_arg, &cl::get_kernel_info, &cl::get_kernel_work_group_info, &cl::release_kernel>();
+}
+
+// How a command ends under 2.2. It reaches OpenCL, or it fails.
+template <qv::operation Op>
+cl_int status_of(const qv::root_device& device, qv::record<Op> record) {
+  calls.clear();
+  EXPECT_EQ(qv::call_command({&device, &qv::commands_of_capability(6)}, qv::command_number(Op, 6), &record),
+            QV_OK);
+  EXPECT_EQ(calls.empty(), record.status != CL_SUCCESS);
+  return record.status;
 }
 
 } // namespace capability_test

@@ -30,52 +30,18 @@ void finish(tarva_abi_future_s* future) {
   check(code);
 }
 
-[[gnu::noinline]] void launch_in_c(tarva_abi_kernel_s* const& kernel, tarva_abi_memory_s* const& memory,
-                                   float factor) {
-  const tarva_abi_launch_range_s range = {TARVA_ABI_LAUNCH_EXPLICIT, {1, 0, 0, 0, 64}};
-  const tarva_abi_kernel_argument_s arguments[] = {
-      {TARVA_ABI_ARGUMENT_VALUE, TARVA_ABI_TYPE_FLOAT, reinterpret_cast<std::uintptr_t>(&factor)},
-      {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uintptr_t>(memory), 0},
-      {TARVA_ABI_ARGUMENT_LOCAL_MEMORY, TARVA_ABI_TYPE_FLOAT, 64}};
-  tarva_abi_error_s* error = nullptr;
-  check(tarva_abi_kernel_call(nullptr, kernel, arguments, 3, &range, &error));
-}
-[[gnu::noinline]] void launch_in_cpp(const tarva::kernel& kernel, const tarva::memory<float>& memory,
-                                     float factor) {
-  kernel(tarva::range::items(64), factor, memory, tarva::local<float>(64));
-}
+// One piece of work, with a number that is not known when it is compiled.
+using work = void (*)(float number);
 
-[[gnu::noinline]] void transfer_in_c(tarva_abi_memory_s* const& memory) {
-  tarva_abi_future_s* future = nullptr;
-  tarva_abi_error_s* error = nullptr;
-  check(tarva_abi_async_write_memory(nullptr, memory, 0, 64, numbers, &future, &error));
-  finish(future);
-  check(tarva_abi_async_read_memory(nullptr, memory, 0, 64, numbers, &future, &error));
-  finish(future);
-}
-[[gnu::noinline]] void transfer_in_cpp(const tarva::memory<float>& memory) {
-  memory.write(numbers);
-  memory.read(numbers);
-}
-
-[[gnu::noinline]] void fill_in_c(tarva_abi_memory_s* const& memory, float value) {
-  tarva_abi_error_s* error = nullptr;
-  check(tarva_abi_fill_memory(nullptr, memory, &value, 0, 64, &error));
-}
-[[gnu::noinline]] void fill_in_cpp(const tarva::memory<float>& memory, float value) {
-  memory.fill(value);
-}
-
-// The instructions of `work`, or -1 if the machine does not let processes be stepped.
-template <class Work>
-long count_instructions(Work work) {
+// Its instructions, or -1 if the machine does not let processes be stepped.
+long count_instructions(work piece) {
   const pid_t child = fork();
   if (child == 0) {
     if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
       _exit(1);
-    work(); // once before, so that every function has been resolved
+    piece(2.0F); // once before, so that every function has been resolved
     raise(SIGSTOP);
-    work();
+    piece(2.0F);
     raise(SIGSTOP);
     _exit(failed ? 1 : 0);
   }
@@ -92,35 +58,59 @@ long count_instructions(Work work) {
   return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? count : -1;
 }
 
-class cost : public ::testing::Test {
-protected:
-  // The two ways of one piece of work. The work may add `allowed` instructions.
-  template <class InC, class InCpp>
-  void compare(InC in_c, InCpp in_cpp, long allowed) {
+// Compares the two ways of one piece of work. C++ may add `allowed` instructions.
+void compare(work in_c, work in_cpp, long allowed) {
 #ifdef COST_IS_UNKNOWN
-    GTEST_SKIP() << "only an optimised build without sanitizers tells what things cost";
+  GTEST_SKIP() << "only an optimised build without sanitizers tells what things cost";
 #endif
-    const long nothing = count_instructions([] {}), c = count_instructions(in_c),
-               cpp = count_instructions(in_cpp);
-    if (nothing < 0 || c < 0 || cpp < 0)
-      GTEST_SKIP() << "processes cannot be single-stepped here";
-    EXPECT_GT(c, nothing) << "the work was optimised away";
-    EXPECT_LE(cpp, c + allowed) << c - nothing << " instructions in C";
-    RecordProperty("added", static_cast<int>(cpp - c));
-  }
-};
+  const long nothing = count_instructions([](float) {}), c = count_instructions(in_c),
+             cpp = count_instructions(in_cpp);
+  if (nothing < 0 || c < 0 || cpp < 0)
+    GTEST_SKIP() << "processes cannot be single-stepped here";
+  EXPECT_GT(c, nothing) << "the work was optimised away";
+  EXPECT_LE(cpp, c + allowed) << c - nothing << " instructions in C";
+  ::testing::Test::RecordProperty("added", static_cast<int>(cpp - c));
+}
 
-TEST_F(cost, a_launch_adds_nothing) {
-  compare([] { launch_in_c(raw_kernel, raw_memory, 2.0F); }, [] { launch_in_cpp(kernel, memory, 2.0F); }, 0);
+TEST(cost, a_launch_adds_nothing) {
+  const work in_c = [](float number) {
+    const tarva_abi_launch_range_s range = {TARVA_ABI_LAUNCH_EXPLICIT, {1, 0, 0, 0, 64}};
+    const tarva_abi_kernel_argument_s arguments[] = {
+        {TARVA_ABI_ARGUMENT_VALUE, TARVA_ABI_TYPE_FLOAT, reinterpret_cast<std::uintptr_t>(&number)},
+        {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uintptr_t>(raw_memory), 0},
+        {TARVA_ABI_ARGUMENT_LOCAL_MEMORY, TARVA_ABI_TYPE_FLOAT, 64}};
+    tarva_abi_error_s* error = nullptr;
+    check(tarva_abi_kernel_call(nullptr, raw_kernel, arguments, 3, &range, &error));
+  };
+  compare(
+      in_c, [](float number) { kernel(tarva::range::items(64), number, memory, tarva::local<float>(64)); },
+      0);
 }
 
 // Each of the two transfers compares the numbers of elements.
-TEST_F(cost, a_transfer_adds_the_check_of_its_size) {
-  compare([] { transfer_in_c(raw_memory); }, [] { transfer_in_cpp(memory); }, 10);
+TEST(cost, a_transfer_adds_the_check_of_its_size) {
+  const work in_c = [](float) {
+    tarva_abi_future_s* future = nullptr;
+    tarva_abi_error_s* error = nullptr;
+    check(tarva_abi_async_write_memory(nullptr, raw_memory, 0, 64, numbers, &future, &error));
+    finish(future);
+    check(tarva_abi_async_read_memory(nullptr, raw_memory, 0, 64, numbers, &future, &error));
+    finish(future);
+  };
+  const work in_cpp = [](float) {
+    memory.write(numbers);
+    memory.read(numbers);
+  };
+  compare(in_c, in_cpp, 10);
 }
 
-TEST_F(cost, a_fill_adds_nothing) {
-  compare([] { fill_in_c(raw_memory, 2.0F); }, [] { fill_in_cpp(memory, 2.0F); }, 0);
+TEST(cost, a_fill_adds_nothing) {
+  const work in_c = [](float number) {
+    tarva_abi_error_s* error = nullptr;
+    check(tarva_abi_fill_memory(nullptr, raw_memory, &number, 0, 64, &error));
+  };
+  compare(
+      in_c, [](float number) { memory.fill(number); }, 0);
 }
 
 } // namespace

@@ -10,9 +10,9 @@ TEST(futures, end_exactly_once) {
   const tarva::memory<float> memory(4);
   std::vector<float> numbers(4);
   const auto ended_by = [&](auto use) {
-    const int before = stub_ended_futures();
+    const int before = stub.ended_futures;
     use(memory.async_read(numbers));
-    return stub_ended_futures() - before;
+    return stub.ended_futures - before;
   };
   EXPECT_EQ(ended_by([](tarva::future<> left) { EXPECT_TRUE(left.valid()); }), 1);
   EXPECT_EQ(ended_by([](tarva::future<> waited) { waited.get(); }), 1);
@@ -23,7 +23,7 @@ TEST(futures, end_exactly_once) {
 
 TEST(failures, tell_the_whole_chain) {
   const tarva::memory<float> memory(1);
-  stub_fail_next_read();
+  stub.next_read_fails = true;
   try {
     (void)memory.read();
     ADD_FAILURE();
@@ -33,7 +33,7 @@ TEST(failures, tell_the_whole_chain) {
     EXPECT_EQ(caught.kind(), tarva::failure_kind::other);
     EXPECT_EQ(caught.chain()[1].kind, tarva::failure_kind::out_of_range);
   }
-  EXPECT_EQ(stub_freed_errors(), 2);
+  EXPECT_EQ(stub.freed_errors, 2);
 }
 
 } // namespace

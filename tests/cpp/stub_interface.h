@@ -1,19 +1,10 @@
-/* What the tests ask of the functions of the interface that do nothing. */
-#ifndef TESTS_CPP_STUB_INTERFACE_H
-#define TESTS_CPP_STUB_INTERFACE_H
+// What the tests ask of the functions of the interface that do nothing.
+#pragma once
 
 #include <tarva_abi.h>
 
-#ifdef __cplusplus
-extern "C" {
-#endif
-
-void stub_fail_next_read(void);
-int stub_freed_errors(void);
-int stub_ended_futures(void);
-
-#ifdef __cplusplus
-}
-#endif
-
-#endif
+struct stub_record {
+  bool next_read_fails;
+  int freed_errors, ended_futures;
+};
+extern stub_record stub;

@@ -31,15 +31,10 @@ protected:
   }();
 };
 
-struct element {
-  tarva_abi_data_type type;
-  std::size_t bytes;
-};
-
 TEST_F(movement, content_survives_the_way_from_each_device_to_each_other) {
   constexpr std::size_t count = 37;
-  for (const auto& [type, bytes] : {element{TARVA_ABI_TYPE_UINT8, 1}, element{TARVA_ABI_TYPE_INT16V3, 8},
-                                    element{TARVA_ABI_TYPE_INT64V16, 128}})
+  for (const auto& [type, bytes] :
+       {std::pair{TARVA_ABI_TYPE_UINT8, 1}, {TARVA_ABI_TYPE_INT16V3, 8}, {TARVA_ABI_TYPE_INT64V16, 128}})
     for (std::size_t from = 0; from < all.size(); ++from)
       for (std::size_t to = 0; to < all.size(); ++to) {
         SCOPED_TRACE(describe(all[from]) + " to " + describe(all[to]) + ", element of " +
@@ -56,8 +51,7 @@ TEST_F(movement, content_survives_the_way_from_each_device_to_each_other) {
         must(launch(there, {argument(moved)}, line(1)));
         first[0] = static_cast<unsigned char>(first[0] + 2);
         second[0] = static_cast<unsigned char>(second[0] + 1);
-        std::copy_n(first.begin() + static_cast<std::ptrdiff_t>(bytes), 30 * bytes,
-                    second.begin() + static_cast<std::ptrdiff_t>(5 * bytes));
+        std::copy_n(first.begin() + bytes, 30 * bytes, second.begin() + 5 * bytes);
         content result(count * bytes);
         must(read_raw(moved, 0, count, result.data()));
         EXPECT_EQ(result, first);
@@ -66,48 +60,38 @@ TEST_F(movement, content_survives_the_way_from_each_device_to_each_other) {
       }
 }
 
-// Large objects, of which only the ends are looked at: what the host never touches costs it nothing.
-class exhaustion : public movement {
-protected:
-  struct large_object {
-    memory object;
-    std::uint64_t size;
-  };
-  static large_object make_large(std::uint64_t size, unsigned char mark) {
-    large_object made{allocate(TARVA_ABI_TYPE_UINT8, size), size};
-    for (const std::uint64_t place : {std::uint64_t{0}, size - 1})
-      must(write_raw(made.object, place, 1, &mark));
-    return made;
-  }
-  static void expect_ends(const large_object& of, int first, int last) {
-    std::array<unsigned char, 2> ends{};
-    must(read_raw(of.object, 0, 1, &ends[0]));
-    must(read_raw(of.object, of.size - 1, 1, &ends[1]));
-    EXPECT_EQ(ends[0], first);
-    EXPECT_EQ(ends[1], last);
-  }
-  std::uint64_t limit(const char* key) const {
-    const auto opencl = child(root<tarva_abi_get_device_root_property>(all.at(0)), "OPENCL");
-    return *static_cast<const std::uint64_t*>(child(opencl, key)->data);
-  }
-};
+class exhaustion : public movement {};
 
-// The limit that OpenCL itself keeps: what it grants and has no room for later ends the process within it.
+// The limit that OpenCL itself keeps: what it grants and has no room for later ends the process within it. Of large
+// objects only the ends are looked at: what the host never touches costs it nothing.
 TEST_F(exhaustion, of_the_device_in_the_second_of_three_arguments_is_survived) {
-  const std::uint64_t largest = limit("CL_DEVICE_MAX_MEM_ALLOC_SIZE");
+  const auto opencl = child(root<tarva_abi_get_device_root_property>(all.at(0)), "OPENCL");
+  const auto largest =
+      *static_cast<const std::uint64_t*>(child(opencl, "CL_DEVICE_MAX_MEM_ALLOC_SIZE")->data);
   if (largest > std::uint64_t{1} << 28)
     GTEST_SKIP() << "the device takes too large objects";
-  const auto three = find(0, "bump_three");
-  auto a = make_large(64, 1), b = make_large(largest + 1, 2), c = make_large(64, 3);
-  EXPECT_EQ(launch(three, {argument(a.object), argument(b.object), argument(c.object)}, line(1)), outcome());
-  expect_ends(a, 1, 1);
-  expect_ends(b, 2, 2);
-  expect_ends(c, 3, 3);
-  b = make_large(64, 2);
-  EXPECT_EQ(launch(three, {argument(a.object), argument(b.object), argument(c.object)}, line(1)), outcome());
-  expect_ends(a, 2, 1);
-  expect_ends(b, 3, 2);
-  expect_ends(c, 4, 3);
+  std::array<memory, 3> objects;
+  std::array<std::uint64_t, 3> sizes{64, largest + 1, 64};
+  const auto make_object = [&](std::size_t i) {
+    objects[i] = allocate(TARVA_ABI_TYPE_UINT8, sizes[i]);
+    const auto mark = static_cast<unsigned char>(i + 1);
+    for (const std::uint64_t place : {std::uint64_t{0}, sizes[i] - 1})
+      must(write_raw(objects[i], place, 1, &mark));
+  };
+  const auto launch_and_see_ends = [&] {
+    const arguments all_three{argument(objects[0]), argument(objects[1]), argument(objects[2])};
+    EXPECT_EQ(launch(find(0, "bump_three"), all_three, line(1)), outcome());
+    content ends(6);
+    for (std::size_t i = 0; i < 6; ++i)
+      must(read_raw(objects[i / 2], i % 2 == 0 ? 0 : sizes[i / 2] - 1, 1, &ends[i]));
+    return ends;
+  };
+  for (const std::size_t i : {0, 1, 2})
+    make_object(i);
+  EXPECT_EQ(launch_and_see_ends(), (content{1, 1, 2, 2, 3, 3}));
+  sizes[1] = 64;
+  make_object(1);
+  EXPECT_EQ(launch_and_see_ends(), (content{2, 1, 3, 2, 4, 3}));
 }
 
 } // namespace

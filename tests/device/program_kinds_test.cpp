@@ -42,6 +42,9 @@ protected:
               outcome());
     EXPECT_EQ(read<std::int32_t>(numbers, 16), std::vector<std::int32_t>(16, 5));
   }
+  static property opencl_of(const caller::device& of) {
+    return child(root<tarva_abi_get_device_root_property>(of), "OPENCL");
+  }
   static void expect_works(const caller::device& on) { expect_adds(compile(on, source)); }
   static void expect_loads(const caller::device& on, std::uint64_t type, const std::string& data,
                            const char* options = "") {
@@ -49,6 +52,14 @@ protected:
     ASSERT_EQ(load(on, type, data, options, result), outcome());
     ASSERT_TRUE(result.success) << result.log;
     expect_adds(result.made);
+  }
+  static void expect_loads_or_words(const caller::device& on, std::uint64_t type, const std::string& data,
+                                    const char* options = "") {
+    build result;
+    const outcome ended = load(on, type, data, options, result);
+    EXPECT_TRUE(ended.code == TARVA_ABI_OK || !ended.message.empty()) << options;
+    if (ended.code == TARVA_ABI_OK && result.success)
+      expect_adds(result.made);
   }
   // In one way or the other: an error object, or a program that was not built.
   static void expect_refused(const caller::device& on, std::uint64_t type, const std::string& data,
@@ -74,12 +85,20 @@ TEST_F(program_kinds, spir_runs_where_it_is_taken) {
                 logic_failure("IR is not supported by the device."));
     }
     // Some take it for a binary of their own all the same.
-    build result;
-    const outcome ended = load(on, TARVA_ABI_IR_DEVICE_BINARY, spir, "", result);
-    if (ended.code == TARVA_ABI_OK && result.success)
-      expect_adds(result.made);
+    expect_loads_or_words(on, TARVA_ABI_IR_DEVICE_BINARY, spir);
     for (std::size_t length = 0; length < spir.size(); length += spir.size() / 7)
       expect_refused(on, TARVA_ABI_IR_DEVICE_BINARY, spir.substr(0, length));
+  });
+}
+
+TEST_F(program_kinds, binaries_make_the_same_program_again) {
+  on_each([](const caller::device& on, const std::string&) {
+    const auto of_program = root<tarva_abi_get_program_root_property>(compile(on, source));
+    const auto binary = child(child(of_program, "OPENCL"), "CL_PROGRAM_BINARY");
+    const std::string data(static_cast<const char*>(binary->data), binary->element_count);
+    expect_loads(on, TARVA_ABI_IR_DEVICE_BINARY, data);
+    for (const std::size_t wrong : {data.size() / 2, std::size_t{0}})
+      expect_refused(on, TARVA_ABI_IR_DEVICE_BINARY, data.substr(0, wrong));
   });
 }
 
@@ -95,8 +114,7 @@ TEST_F(program_kinds, spir_v_runs_by_extension_and_by_command) {
       return;
     }
     // A device that is used as 2.1 need not be one.
-    const auto opencl = child(root<tarva_abi_get_device_root_property>(on), "OPENCL");
-    if (always && text(child(opencl, "CL_DEVICE_IL_VERSION")).empty())
+    if (always && text(child(opencl_of(on), "CL_DEVICE_IL_VERSION")).empty())
       expect_refused(on, TARVA_ABI_IR_SPIR_V, spirv);
     else
       expect_loads(on, TARVA_ABI_IR_SPIR_V, spirv);
@@ -124,8 +142,7 @@ TEST_F(program_kinds, specialisation_constants_reach_the_module) {
   on_each([&](const caller::device& on, const std::string& version) {
     if (version != "2.2")
       return;
-    const auto opencl = child(root<tarva_abi_get_device_root_property>(on), "OPENCL");
-    const bool real_device = !text(child(opencl, "CL_DEVICE_IL_VERSION")).empty();
+    const bool real_device = !text(child(opencl_of(on), "CL_DEVICE_IL_VERSION")).empty();
     for (const std::uint64_t count : {0, 2, 5}) {
       tarva_abi_ir_header_s header{TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS, constants, count};
       build result;
@@ -156,8 +173,7 @@ TEST_F(program_kinds, built_in_kernels_work_or_are_refused_in_words) {
     const program builtin(handle);
     std::vector<std::string> kernels{"none"};
     if (version >= "1.2") {
-      const auto opencl = child(root<tarva_abi_get_device_root_property>(on), "OPENCL");
-      const auto listed = child(opencl, "CL_DEVICE_BUILT_IN_KERNELS");
+      const auto listed = child(opencl_of(on), "CL_DEVICE_BUILT_IN_KERNELS");
       for (std::uint64_t i = 0; i < listed->element_count; ++i)
         kernels.push_back(text(listed, i));
     }
@@ -175,9 +191,8 @@ TEST_F(program_kinds, kernels_enqueue_kernels_on_the_default_queue) {
   on_each([](const caller::device& on, const std::string& version) {
     if (version < "2.0")
       return;
-    const auto opencl = child(root<tarva_abi_get_device_root_property>(on), "OPENCL");
     const auto queues =
-        child(child(opencl, "CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES"), "CL_DEVICE_MAX_ON_DEVICE_QUEUES");
+        child(child(opencl_of(on), "CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES"), "CL_DEVICE_MAX_ON_DEVICE_QUEUES");
     if (*static_cast<const std::uint32_t*>(queues->data) == 0)
       return; // a device that is used as 2.x without being one
     build result;
@@ -199,20 +214,11 @@ TEST_F(program_kinds, odd_build_options_never_end_the_process) {
   on_each([](const caller::device& on, const std::string&) {
     for (const char* valid : {" ", "-w", "-DX=1 -cl-mad-enable", "-D XY=1", "-I /tmp", "-cl-std=CL1.2"})
       expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, source, valid);
-    for (const char* wrong : {"-cl-std=CL9.9 -nonsense", "-D", "-D ", "-I -D -D", "-", "word", "-w word"}) {
-      // Some devices ignore a name that is missing.
-      build result;
-      const outcome ended = load(on, TARVA_ABI_IR_SOURCE_1_0, source, wrong, result);
-      EXPECT_TRUE(ended.code == TARVA_ABI_OK || !ended.message.empty()) << wrong;
-    }
-    for (const char* odd : {"\"", "'", "-w \"", "-DX='a b'", "-DX=\"a b\"", "\\", "-D X", "-DX=\xFF", "\t",
-                            "''", "@file", "-DX=\"\\\"1\\\"\"", "-s word", "-I"}) {
-      build result;
-      const outcome ended = load(on, TARVA_ABI_IR_SOURCE_1_0, source, odd, result);
-      EXPECT_TRUE(ended.code == TARVA_ABI_OK || !ended.message.empty()) << odd;
-      if (ended.code == TARVA_ABI_OK && result.success)
-        expect_adds(result.made);
-    }
+    // Some devices ignore a name that is missing.
+    for (const char* odd :
+         {"-D", "-D ", "-I -D -D", "-", "-w word", "\"", "'", "-DX='a b'", "-DX=\"a b\"", "\\", "-D X",
+          "-DX=\xFF", "\t", "''", "@file", "-DX=\"\\\"1\\\"\"", "-s word", "-I"})
+      expect_loads_or_words(on, TARVA_ABI_IR_SOURCE_1_0, source, odd);
     expect_refused(on, TARVA_ABI_IR_SOURCE_1_0, source, "-nonsense-option=1");
   });
 }

@@ -101,6 +101,7 @@ const lowered_row rows[] = {
     {"free_host", "h", free_object, "host_memory: {memory_object_id=1} H\n", "", "-"},
     {"free_device", "P", free_object, "free_device_memory: {memory_object_id=1} P\n", "", "-"},
     {"copy_host_host", "hh", copy, copy_step("copy_host_to_host", "12", "1", "2", "3", 'H'), "", "hh"},
+    {"copy_no_storage", "nn", copy, copy_step("copy_host_to_host", "12", "1", "2", "3", 'H'), "", "hh"},
     {"copy_host_device", "hP", copy, copy_step("copy_host_to_device", "12", "1", "2", "3", 'P'), "", "hP"},
     {"copy_device_host", "Ph", copy, copy_step("copy_device_to_host", "12", "1", "2", "3", 'P'), "", "Ph"},
     {"copy_same_device", "PP", copy, copy_step("copy_same_device", "12", "1", "2", "3", 'P'), "", "PP"},
@@ -142,10 +143,11 @@ protected:
 
   void place(const std::shared_ptr<library_memory>& object, char where) {
     memory_state& state = table.add(object);
-    if (where == 'h' || where == 'b') {
+    if (where == 'h' || where == 'b' || where == 'n') {
       const auto block = std::make_shared<host_memory>();
       block->set_allocation(object->get_type(), object->get_num_elements());
-      block->allocate();
+      if (where != 'n') // an allocation that failed left no storage
+        block->allocate();
       state.set_host_block(block);
     } else {
       const auto block = std::make_shared<device_memory>(devices_.at(where));

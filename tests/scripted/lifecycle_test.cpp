@@ -2,8 +2,11 @@
 #include "tests/scripted/one_process.h"
 
 #include <atomic>
+#include <csignal>
+#include <fstream>
 #include <latch>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace scripted {
@@ -188,14 +191,38 @@ void start_without_devices() {
   demand(ended == logic_failure("The scheduler expected at least one device to exist."), 3);
 }
 
-void log_into_a_file_that_may_not_grow() {
+std::string log_to_file_in_new_folder() {
   log_to_console("info");
   setenv("TARVA_LOG_TARGET", "file", 1);
   std::string folder = ::testing::TempDir() + "tarva_XXXXXX";
-  const rlimit nothing{0, 0};
-  demand(mkdtemp(folder.data()) && chdir(folder.c_str()) == 0 && setrlimit(RLIMIT_FSIZE, &nothing) == 0);
-  used_on(devices()[0]);
+  demand(mkdtemp(folder.data()) && chdir(folder.c_str()) == 0);
+  return folder;
+}
+
+void remove_log_in(const std::string& folder) {
   demand(unlink("tarva.log") == 0 && rmdir(folder.c_str()) == 0, 3);
+}
+
+void log_into_a_file_that_may_not_grow() {
+  const std::string folder = log_to_file_in_new_folder();
+  const rlimit nothing{0, 0};
+  demand(setrlimit(RLIMIT_FSIZE, &nothing) == 0);
+  used_on(devices()[0]);
+  remove_log_in(folder);
+}
+
+void log_into_a_file_and_fork() {
+  const std::string folder = log_to_file_in_new_folder();
+  devices();
+  const auto size_of_log = [] { return std::ifstream("tarva.log", std::ios::ate).tellg(); };
+  const auto before = size_of_log();
+  const pid_t child = fork();
+  if (child == 0) {
+    check_at_exit(false); // a child has no library to leave in order
+    std::exit(0);
+  }
+  demand(waitpid(child, nullptr, 0) == child && before > 0 && size_of_log() == before, 4);
+  remove_log_in(folder);
 }
 
 void log_into_a_pipe_without_a_reader() {
@@ -207,8 +234,9 @@ void log_into_a_pipe_without_a_reader() {
 
 TEST(lifecycle, a_start_bears_a_bare_machine_and_a_log_that_cannot_be_written) {
   EXPECT_EXIT(run(start_without_devices), ExitedWithCode(0), ::testing::Eq(""));
-  for (const auto work : {log_into_a_file_that_may_not_grow, log_into_a_pipe_without_a_reader})
-    EXPECT_EXIT(run(work), ExitedWithCode(0), "");
+  EXPECT_EXIT(run(log_into_a_file_that_may_not_grow), ExitedWithCode(0), "");
+  EXPECT_EXIT(run(log_into_a_file_and_fork), ExitedWithCode(0), ::testing::Eq(""));
+  EXPECT_EXIT(run(log_into_a_pipe_without_a_reader), ExitedWithCode(0), "");
 }
 
 void fail_without_future() {
@@ -253,6 +281,22 @@ void end_handles_in_any_order() {
     const auto properties = root<tarva_abi_get_device_root_property>(newest_first ? old : fresh);
     demand(are_two && text(child(properties, "NAME")) == "two");
   }
+}
+
+void take_signals_on_a_worker() {
+  static std::atomic<bool> handled = false, masked = false;
+  std::signal(SIGFPE, [](int) { handled = true; });
+  set_kernel("add", [](const kernel_run&) {
+    sigset_t blocked;
+    masked = pthread_sigmask(SIG_BLOCK, nullptr, &blocked) == 0 && sigismember(&blocked, SIGTERM) == 1;
+    std::raise(SIGFPE);
+  });
+  used_on(devices()[0]);
+  demand(handled && masked);
+}
+
+TEST(lifecycle, workers_leave_the_hosts_signals_alone_but_not_their_own_faults) {
+  EXPECT_EXIT(run(take_signals_on_a_worker), ExitedWithCode(0), ::testing::Eq(""));
 }
 
 TEST(lifecycle, a_million_handles_may_live) {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace oryn::tarva::library {
@@ -44,19 +45,10 @@ std::exception_ptr nest(const std::exception_ptr& cause, const std::vector<std::
 }
 
 // EXCEPTION_TYPE and EXCEPTION_MESSAGE.
-struct link {
-  std::uint64_t type;
-  std::string message;
-};
-
-struct conversion_case {
-  std::exception_ptr exception;
-  tarva_abi_result result;
-  std::vector<link> links;
-};
+using link = std::pair<std::uint64_t, std::string>;
 
 TEST(error_conversion, gives_result_type_and_message_of_the_nearest_class_and_follows_nested_exceptions) {
-  const conversion_case cases[] = {
+  const std::tuple<std::exception_ptr, tarva_abi_result, std::vector<link>> cases[] = {
       {made(std::logic_error("a")), -3, {{1, "a"}}},
       {made(std::domain_error("b")), -3, {{1, "b"}}},
       {made(std::invalid_argument("c")), -3, {{2, "c"}}},
@@ -75,16 +67,13 @@ TEST(error_conversion, gives_result_type_and_message_of_the_nearest_class_and_fo
       // Inside a chain, lack of memory is an exception like others.
       {nest(made(std::bad_alloc()), {"outer"}), -3, {{2, "outer"}, {7, "std::bad_alloc"}}},
   };
-  for (const conversion_case& each : cases) {
-    auto [result, error] = describe_exception(each.exception);
-    EXPECT_EQ(each.result, result) << each.links[0].message;
-    for (const link& expected : each.links) {
-      ASSERT_TRUE(error) << expected.message;
-      EXPECT_EQ(expected.type, error->get_exception_type()) << expected.message;
-      EXPECT_EQ(expected.message, error->get_message());
-      error = error->get_nested_error();
-    }
-    EXPECT_FALSE(error);
+  for (const auto& [exception, expected_result, expected_links] : cases) {
+    auto [result, error] = describe_exception(exception);
+    EXPECT_EQ(expected_result, result) << expected_links[0].second;
+    std::vector<link> links;
+    for (; error; error = error->get_nested_error())
+      links.emplace_back(error->get_exception_type(), error->get_message());
+    EXPECT_EQ(expected_links, links);
   }
 }
 

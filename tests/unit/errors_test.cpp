@@ -1,5 +1,6 @@
 #include "access/common/errors.h"
 #include "access/common/info_forms.h"
+#include "tests/error_of.h"
 
 #include <gtest/gtest.h>
 
@@ -107,14 +108,11 @@ TEST(info_forms, what_has_one_size_counts_only_if_the_second_report_fits) {
     EXPECT_EQ(query.asked, (sizes{0, first == 0 ? 8u : 4u}));
   }
   for (const std::size_t first : {8, 4, 0})
-    try {
-      read_scalar({{first, 8}});
-      ADD_FAILURE() << "nothing was thrown";
-    } catch (const bad_implementation& fault) {
-      EXPECT_STREQ(fault.what(),
-                   "OpenCL implementation did not provide expected size of data.  Expected: 4 bytes, "
-                   "but implementation provided 8 bytes.");
-    }
+    EXPECT_EQ(
+        error_of<bad_implementation>([=] {
+          read_scalar({{first, 8}});
+        }),
+        "OpenCL implementation did not provide expected size of data.  Expected: 4 bytes, but implementation provided 8 bytes.");
   const scripted_query query{{0, 24}};
   EXPECT_EQ(read_three(query)[2], 0x1817161514131211u);
   EXPECT_EQ(query.asked, (sizes{0, 48}));

@@ -3,6 +3,7 @@
 #include "memory/host_memory.h"
 #include "memory/swap_endianness.h"
 #include "objects/integer_root.h"
+#include "tests/error_of.h"
 
 #include <gtest/gtest.h>
 
@@ -12,16 +13,6 @@
 
 namespace oryn::tarva::library {
 namespace {
-
-template <class Error = std::logic_error, class Action>
-std::string error_of(Action action) {
-  try {
-    action();
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return "nothing was thrown";
-}
 
 using number = std::shared_ptr<int>;
 
