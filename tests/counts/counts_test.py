@@ -68,7 +68,8 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         counts = {name: count(part, library) for name, part in run(program, folder)}
     if action == "record":
-        RECORD.write_text(json.dumps({"build": build, "counts": counts}, indent=2) + "\n")
+        rows = ",\n".join(f"    {json.dumps(name)}: {json.dumps(numbers)}" for name, numbers in counts.items())
+        RECORD.write_text(f'{{\n  "build": {json.dumps(build)},\n  "counts": {{\n{rows}\n  }}\n}}\n')
         return 0
     failed = set(counts) != set(record["counts"])
     for name, now in counts.items():

@@ -1,4 +1,4 @@
-// The commands that a step becomes under each version, and the pieces in which a graph reaches its devices.
+// The commands that a step becomes, and the pieces in which a graph reaches its devices.
 #include "access/opencl/discovery.h"
 #include "device_ir/dispatch_operations.h"
 #include "device_ir/opencl/generate_device_command_sequence.h"
@@ -15,95 +15,61 @@ namespace oryn::tarva::library {
 namespace {
 
 using step_pointer = std::shared_ptr<physical_ir::physical_operation>;
-using generator = std::vector<std::shared_ptr<device_ir::device_command>> (*)(const step_pointer&);
-
-struct version_row {
-  const char* name;
-  generator generate;
-  bool has_fill;
-};
-
-template <version V>
-constexpr version_row row_of() {
-  return {version_traits<V>::name, &device_ir::opencl::generate_device_command_sequence<V>,
-          version_traits<V>::has_fill_buffer};
+std::string commands_of(const step_pointer& step) {
+  std::string texts;
+  for (const auto& command : device_ir::opencl::generate_device_command_sequence<version::v1_2>(step))
+    texts += command->to_string() + "\n";
+  return texts;
 }
 
-class generation : public testing::TestWithParam<version_row> {
-protected:
-  generation() {
-    host->set_allocation(data_type::int32_, 8);
-    for (const auto& block : {on_device, beside})
-      block->set_allocation(data_type::int32_, 8);
-    testing::internal::CaptureStderr(); // nothing is ever run
-  }
-  void TearDown() override {
-    request.reset();
-    testing::internal::GetCapturedStderr();
-  }
-  std::string texts(const step_pointer& step) const {
-    std::string result;
-    for (const auto& command : GetParam().generate(step))
-      result += command->to_string() + "\n";
-    return result;
-  }
-  std::string opencl(const std::string& text) const {
-    return std::string("opencl_") + GetParam().name + "::" + text + "\n";
-  }
-  template <class Source, class Destination>
-  std::string copy(const char* name, const Source& from, const Destination& to) const {
-    return opencl(std::string(name) + ": {src_object_id=" + std::to_string(from->get_unique_identifier()) +
-                  ", dest_object_id=" + std::to_string(to->get_unique_identifier()) +
-                  ", src_start_pos=1, dest_start_pos=2, count=3}");
-  }
-
-  const std::shared_ptr<fake_device> device = std::make_shared<fake_device>();
-  std::shared_ptr<logical_ir::logical_operation> request =
-      logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::int32_, 8, ""));
-  const std::shared_ptr<host_memory> host = std::make_shared<host_memory>();
-  const std::shared_ptr<device_memory> on_device = std::make_shared<device_memory>(device),
-                                       beside = std::make_shared<device_memory>(device);
-};
-
-TEST_P(generation, gives_each_step_its_commands) {
+// Of one version: all have one text, and what the commands do is seen where they run.
+TEST(generation, gives_each_step_its_commands) {
   using namespace physical_ir;
-  const std::string host_step = "host_function_call: { }\n";
-  const std::vector<std::uint8_t> value(4);
-  const auto lines_of = [&](const std::string& commands) {
-    return std::count(commands.begin(), commands.end(), '\n');
-  };
-  EXPECT_EQ(texts(free_host_memory::create(request, device, host)), host_step);
-  EXPECT_EQ(texts(free_device_memory::create(request, on_device)), host_step);
-  EXPECT_EQ(texts(fill_on_host::create(request, device, host, value, 0, 1)), host_step);
-  EXPECT_EQ(texts(convert_endianness_host::create(request, device, host)), host_step);
-  EXPECT_EQ(texts(copy_host_to_host::create(request, device, host, host, 1, 2, 3)), host_step);
-  EXPECT_EQ(texts(copy_host_to_device::create(request, host, on_device, 1, 2, 3)),
-            copy("copy_host_to_device", host, on_device));
-  EXPECT_EQ(texts(copy_device_to_host::create(request, on_device, host, 1, 2, 3)),
-            copy("copy_device_to_host", on_device, host));
-  EXPECT_EQ(texts(copy_same_device::create(request, on_device, beside, 1, 2, 3)),
-            copy("copy_same_device", on_device, beside));
-  EXPECT_EQ(
-      texts(kernel::create(request, device, std::make_shared<fake_kernel>(device), kernel_argument_capture(),
-                           nd_range{1, {0, 0, 0}, {8, 1, 1}, {4, 1, 1}})),
-      opencl(
-          "nd_range_kernel: {work_dim=1, global_offset=(0, 0, 0), global_size=(8, 1, 1), local_size=(4, 1, "
-          "1)}"));
-  const std::string filled = texts(fill_on_device::create(request, on_device, value, 2, 3));
-  if (GetParam().has_fill)
-    EXPECT_EQ(filled, opencl("fill_on_device: {mem_object_id=" +
-                             std::to_string(on_device->get_unique_identifier()) + ", start_pos=2, count=3}"));
-  else
-    EXPECT_EQ(lines_of(filled), 3) << filled;
-  EXPECT_EQ(lines_of(texts(convert_endianness_device::create(request, on_device))), 5);
-  EXPECT_EQ(message_of([&] { texts(nullptr); }), "Unknown physical IR node type.");
+  testing::internal::CaptureStderr(); // nothing is ever run
+  {
+    const auto device = std::make_shared<fake_device>();
+    const auto host = std::make_shared<host_memory>();
+    const auto block = std::make_shared<device_memory>(device),
+               beside = std::make_shared<device_memory>(device);
+    host->set_allocation(data_type::int32_, 8);
+    block->set_allocation(data_type::int32_, 8);
+    beside->set_allocation(data_type::int32_, 8);
+    const auto request =
+        logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::int32_, 8, ""));
+    const std::vector<std::uint8_t> value(4);
+    const std::string host_step = "host_function_call: { }\n";
+    const auto copied = [](const char* name, const auto& from, const auto& to) {
+      return "opencl_1_2::" + std::string(name) +
+             ": {src_object_id=" + std::to_string(from->get_unique_identifier()) +
+             ", dest_object_id=" + std::to_string(to->get_unique_identifier()) +
+             ", src_start_pos=1, dest_start_pos=2, count=3}\n";
+    };
+    const std::pair<step_pointer, std::string> rows[] = {
+        {free_host_memory::create(request, device, host), host_step},
+        {free_device_memory::create(request, block), host_step},
+        {fill_on_host::create(request, device, host, value, 0, 1), host_step},
+        {convert_endianness_host::create(request, device, host), host_step},
+        {copy_host_to_host::create(request, device, host, host, 1, 2, 3), host_step},
+        {copy_host_to_device::create(request, host, block, 1, 2, 3),
+         copied("copy_host_to_device", host, block)},
+        {copy_device_to_host::create(request, block, host, 1, 2, 3),
+         copied("copy_device_to_host", block, host)},
+        {copy_same_device::create(request, block, beside, 1, 2, 3),
+         copied("copy_same_device", block, beside)},
+        {kernel::create(request, device, std::make_shared<fake_kernel>(device), kernel_argument_capture(),
+                        nd_range{1, {0, 0, 0}, {8, 1, 1}, {4, 1, 1}}),
+         "opencl_1_2::nd_range_kernel: {work_dim=1, global_offset=(0, 0, 0), global_size=(8, 1, 1), "
+         "local_size=(4, 1, 1)}\n"},
+        {fill_on_device::create(request, block, value, 2, 3),
+         "opencl_1_2::fill_on_device: {mem_object_id=" + std::to_string(block->get_unique_identifier()) +
+             ", start_pos=2, count=3}\n"},
+    };
+    for (const auto& [step, texts] : rows)
+      EXPECT_EQ(commands_of(step), texts);
+    EXPECT_EQ(message_of([] { commands_of(nullptr); }), "Unknown physical IR node type.");
+  }
+  testing::internal::GetCapturedStderr();
 }
-
-INSTANTIATE_TEST_SUITE_P(each, generation,
-                         testing::Values(row_of<version::v1_0>(), row_of<version::v1_1>(),
-                                         row_of<version::v1_2>(), row_of<version::v2_0>(),
-                                         row_of<version::v2_1>(), row_of<version::v2_2>()),
-                         [](const auto& info) { return std::string("opencl_") + info.param.name; });
 
 class dispatching : public testing::Test {
 protected:

@@ -178,7 +178,6 @@ TEST(text_form, of_requests_and_commands) {
                            ", sync_id=9}";
   std::uint16_t value = 0;
   auto* const address = reinterpret_cast<void*>(0x1234);
-  std::string texts;
   const std::pair<std::shared_ptr<logical_ir::logical_operation>, std::string> requests[] = {
       {logical_ir::allocate_memory::create(first),
        "allocate_memory: {mem_object_id=" + one + ", type=half, count=4}"},

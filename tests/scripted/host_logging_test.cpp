@@ -1,12 +1,9 @@
 // A host program with loggers of its own under the library's names: neither sees anything of the other.
-#include "tests/device/caller.h"
-#include "tests/scripted/scripted_qv.h"
+#include "tests/scripted/one_process.h"
 
-#include <gtest/gtest.h>
 #include <spdlog/sinks/ostream_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <cstdlib>
 #include <sstream>
 
 namespace {
@@ -19,10 +16,7 @@ TEST(host_logging, stays_apart_from_the_librarys) {
     spdlog::register_logger(std::shared_ptr<spdlog::logger>(one, [](spdlog::logger*) {}));
   spdlog::set_pattern("host %n: %v");
 
-  for (const char* layer : {"TARVA", "SKERV"}) {
-    setenv((std::string(layer) + "_LOG_TARGET").c_str(), "console", 1);
-    setenv((std::string(layer) + "_LOG_LEVEL").c_str(), "trace", 1);
-  }
+  scripted::log_to_console("trace");
   scripted::set_devices({{"one", {3}}});
   ::testing::internal::CaptureStderr();
   EXPECT_EQ(caller::devices().size(), 1U);

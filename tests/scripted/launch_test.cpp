@@ -26,8 +26,7 @@ TEST_P(launching, each_type_becomes_its_sizes) {
   // Of a record no more is there than its type needs, so that a sanitizer sees who reads on.
   const auto launch_words = [&](const list& words) {
     const auto* const record = reinterpret_cast<const tarva_abi_launch_range_s*>(words.data());
-    const tarva_abi_kernel_argument_s* const no_arguments = nullptr;
-    return call<tarva_abi_kernel_call>(empty.get(), no_arguments, std::uint64_t{0}, record);
+    return call<tarva_abi_kernel_call>(empty.get(), nullptr, 0, record);
   };
   const std::vector<std::pair<list, list>> rows{
       {{1, 2, 0, 0, 0, 8, 6, 9, 4, 3, 9}, {8, 6, 1, 4, 3, 1}},
@@ -98,6 +97,8 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
     return arguments{argument(shorts), local_argument(TARVA_ABI_TYPE_FLOAT, elements),
                      argument(values, TARVA_ABI_TYPE_INT16V4), null_argument()};
   };
+  const arguments too_many{argument(numbers), argument(amount), argument(amount)};
+  constexpr std::uint64_t large = std::uint64_t{1} << 33;
   struct row {
     const char* what;
     const caller::kernel& called;
@@ -108,29 +109,22 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
   const bool before_2_0 = version() < 4, before_2_1 = version() < 5;
   const std::vector<row> rows{
       {"work dimension 0", add, good, sized(0, {4, 1, 1}, {1, 1, 1})},
-      {"work dimension 4", add, good, sized(4, {4, 1, 1}, {1, 1, 1})},
       {"work dimension far too large", add, good, sized(std::uint64_t{1} << 32 | 1, {4, 1, 1}, {1, 1, 1})},
       {"one zero in the local size", add, good, sized(2, {4, 4, 1}, {4, 0, 1})},
-      {"local size that does not divide", add, good, sized(1, {4, 1, 1}, {3, 1, 1}), before_2_0},
-      {"group too large", add, good, sized(1, {512, 1, 1}, {512, 1, 1})},
+      {"local size that does not divide", add, good, line(4, 3), before_2_0},
+      {"group too large", add, good, line(512, 512)},
       {"group too large in all", add, good, sized(2, {32, 32, 1}, {32, 32, 1})},
-      {"group whose size wraps around", add, good,
-       sized(2, {std::uint64_t{1} << 33, std::uint64_t{1} << 33, 1},
-             {std::uint64_t{1} << 33, std::uint64_t{1} << 33, 1})},
+      {"group whose size wraps around", add, good, sized(2, {large, large, 1}, {large, large, 1})},
       {"group too large in the third dimension", add, good, sized(3, {1, 1, 128}, {1, 1, 128})},
-      {"global size 0", add, good, sized(1, {0, 1, 1}, {1, 1, 1}), before_2_1},
+      {"global size 0", add, good, line(0), before_2_1},
       {"not the size fixed by the compiler", fixed, {argument(numbers)}, sized(3, {8, 8, 2}, {8, 8, 2})},
-      {"ids beyond all addresses", add, good, line(1, 1, huge), true},
-      {"too few arguments", add, {argument(numbers)}, sized(1, {4, 1, 1}, {1, 1, 1})},
-      {"too many arguments",
-       add,
-       {argument(numbers), argument(amount), argument(amount)},
-       sized(1, {4, 1, 1}, {1, 1, 1})},
-      {"memory of 0 elements", add, {argument(none), argument(amount)}, sized(1, {4, 1, 1}, {1, 1, 1})},
-      {"local memory of 0 elements", observe, with_local(0), sized(1, {1, 1, 1}, {1, 1, 1})},
-      {"more local memory than there is", observe, with_local(8193), sized(1, {1, 1, 1}, {1, 1, 1})},
-      {"local memory whose size wraps around", observe, with_local(std::uint64_t{1} << 62 | 1),
-       sized(1, {1, 1, 1}, {1, 1, 1})},
+      {"ids beyond all addresses", add, good, line(1, 1, huge)},
+      {"too few arguments", add, {argument(numbers)}, line(4)},
+      {"too many arguments", add, too_many, line(4)},
+      {"memory of 0 elements", add, {argument(none), argument(amount)}, line(4)},
+      {"local memory of 0 elements", observe, with_local(0), line(1)},
+      {"more local memory than there is", observe, with_local(8193), line(1)},
+      {"local memory whose size wraps around", observe, with_local(std::uint64_t{1} << 62 | 1), line(1)},
   };
   for (const row& one : rows) {
     forget_calls();
@@ -147,27 +141,21 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
       launch(fixed, {argument(numbers)}, sized(2, {8, 4, 2}, {8, 4, 2})),
       logic_failure("Local size (8, 4, 1) must be the size (8, 4, 2) that was fixed when the kernel was "
                     "compiled."));
-  EXPECT_EQ(launch(add, good, line(4)), outcome());
   // The device may allow fewer work-items than it tells of the kernel, which is asked when it is made.
   constexpr std::uint32_t max_work_group_size = 0x1004;
-  const auto set_largest = [&](std::uint64_t items) {
+  for (const std::uint64_t items : {2, 256}) {
     set_info(device_index(version(), role::first), max_work_group_size, value_answer(items));
-  };
-  set_largest(2);
-  EXPECT_NE(launch(kernel(version(), "add"), good, sized(1, {4, 1, 1}, {4, 1, 1})).code, 0);
-  set_largest(256);
+    EXPECT_EQ(launch(kernel(version(), "add"), good, line(4, 4)).code == 0, items == 256);
+  }
 }
 
 TEST_P(launching, ranges_of_transfers_are_checked_without_wrap_around) {
-  const auto add = kernel(version(), "add");
   const std::int32_t value = 1;
   std::array<std::int32_t, 8> host{};
   for (const bool on_device : {false, true}) {
-    const memory numbers = make(counted(4)), others = make(counted(4)), floats = make(std::vector<float>(4));
+    const memory numbers = make(counted(4)), others = make(counted(4));
     if (on_device)
-      for (const memory* one : {&numbers, &others})
-        must(launch(add, {argument(*one), argument(value)}, line(4)));
-    const auto content = read<std::int32_t>(numbers, 4);
+      bring(kernel(version(), "add"), {&numbers, &others});
     for (const auto& [start, size] : std::vector<std::pair<std::uint64_t, std::uint64_t>>{
              {3, 2}, {5, 0}, {0, 5}, {huge, 2}, {2, huge}, {0, huge / 4 + 2}}) {
       SCOPED_TRACE(::testing::Message() << (on_device ? "device " : "host ") << start << "+" << size);
@@ -178,15 +166,13 @@ TEST_P(launching, ranges_of_transfers_are_checked_without_wrap_around) {
       EXPECT_NE(read_raw(numbers, start, size, host.data()).code, 0);
       EXPECT_NE(write_raw(numbers, start, size, host.data()).code, 0);
     }
-    EXPECT_EQ(copy(numbers, 0, floats, 0, 1),
-              logic_failure("Cannot copy between memory objects with different types."));
     EXPECT_NE(copy(numbers, 0, numbers, 1, 2).code, 0) << "overlapping ranges";
     const outcome at_host = logic_failure("Memory copy would overflow allocation capacity.");
     EXPECT_EQ(read_raw(numbers, 1, 4, host.data()),
               on_device ? logic_failure("Copy operation would overflow source capacity.") : at_host);
     EXPECT_EQ(write_raw(numbers, 1, 4, host.data()),
               on_device ? logic_failure("Copy operation would overflow destination capacity.") : at_host);
-    EXPECT_EQ(read<std::int32_t>(numbers, 4), content);
+    EXPECT_EQ(read<std::int32_t>(numbers, 4), counted(4));
   }
 }
 

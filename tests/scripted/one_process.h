@@ -41,14 +41,20 @@ inline void use_two_devices() {
 
 inline memory used_on(const caller::device& where) {
   memory numbers = make(counted(4));
-  const std::int32_t nothing = 0;
-  must(launch(find_kernel(compile(where, source), "add"), {argument(numbers), argument(nothing)}, line(4)));
+  bring(find_kernel(compile(where, source), "add"), {&numbers});
   return numbers;
 }
 
 [[noreturn]] inline void run(void (*body)()) {
+  use_two_devices();
   body();
   std::exit(0);
+}
+
+// Ends the process with that status if what the case is about does not hold.
+inline void demand(bool holds, int status = 2) {
+  if (!holds)
+    std::exit(status);
 }
 
 } // namespace scripted

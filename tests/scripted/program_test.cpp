@@ -14,12 +14,6 @@ protected:
     const caller::kernel owned(found);
     return ended;
   }
-  // For the rest of this process; the standard answer is put back by the destructor.
-  struct extensions {
-    std::size_t index;
-    extensions(std::size_t of, const char* list) : index(of) { set_info(index, 0x1030, text_answer(list)); }
-    ~extensions() { set_info(index, 0x1030, text_answer("cl_khr_one")); }
-  };
 };
 INSTANTIATE_TEST_SUITE_P(scripted, programs, ::testing::Range(1u, version_count + 1), version_name);
 
@@ -34,7 +28,6 @@ TEST_P(programs, text_needs_no_zero_at_its_end_and_options_pass) {
   EXPECT_EQ(only(calls, op::build_program).at(0).text, "-DSIZE=4 -w");
   EXPECT_EQ(count(calls, op::retain_device), version() < 3 ? 0u : 1u) << "one copy, for the list of devices";
   EXPECT_EQ(try_kernel(result.made, "one"), outcome());
-  EXPECT_EQ(try_kernel(result.made, "two"), other_failure("Kernel name not found in the program."));
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, text, "-bad", result),
             other_failure("Build options provided are not valid."));
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_DEVICE_BINARY, "garbage", "", result),
@@ -54,13 +47,16 @@ TEST_P(programs, a_failed_build_is_an_empty_program_with_a_log) {
 TEST_P(programs, spir_v_goes_by_extension_or_by_command) {
   if (version() < 3)
     GTEST_SKIP() << "no SPIR-V before 1.2";
-  const extensions more(device_index(version(), role::first), "cl_khr_il_program");
+  constexpr std::uint32_t extensions = 0x1030;
+  const std::size_t index = device_index(version(), role::first);
+  set_info(index, extensions, text_answer("cl_khr_il_program"));
   build result;
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, "SPV:" + source, "", result), outcome());
   const auto calls = take_calls();
   EXPECT_EQ(count(calls, op::get_extension_function_address_for_platform), version() <= 4 ? 1u : 0u);
   EXPECT_EQ(count(calls, op::create_program_with_il), version() <= 4 ? 0u : 1u);
   EXPECT_EQ(try_kernel(result.made, "sum"), outcome());
+  set_info(index, extensions, text_answer("cl_khr_one"));
 }
 
 TEST_P(programs, specialisation_constants_are_for_2_2) {
@@ -73,27 +69,22 @@ TEST_P(programs, specialisation_constants_are_for_2_2) {
   tarva_abi_ir_header_s header{TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS, constants, 3};
   build result;
   const std::string module = "SPV:" + source;
-  if (version() < 6) {
-    EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header),
-              logic_failure("Expected the IR header to be empty."));
-    return;
-  }
-  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header), outcome());
-  const auto calls = take_calls();
-  const auto set = only(calls, op::set_program_specialization_constant);
-  ASSERT_EQ(set.size(), 3u);
-  EXPECT_EQ(set[0].data, bytes{5});
-  EXPECT_EQ(set[1].data, bytes{1});
-  EXPECT_EQ(set[2].data, value_answer(large).data);
-  EXPECT_EQ(set[2].as<op::set_program_specialization_constant>().spec_id, 3u);
-  EXPECT_GT(std::find_if(calls.begin(), calls.end(),
-                         [](const call_record& one) { return one.operation == op::build_program; }),
-            std::find_if(calls.begin(), calls.end(), [](const call_record& one) {
-              return one.operation == op::set_program_specialization_constant;
-            }));
-
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, source, "", result, &header),
             logic_failure("Expected the IR header to be empty."));
+  if (version() < 6)
+    return;
+  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header), outcome());
+  auto calls = take_calls();
+  std::erase_if(calls, [](const call_record& one) {
+    return one.operation != op::set_program_specialization_constant && one.operation != op::build_program;
+  });
+  ASSERT_EQ(calls.size(), 4u);
+  EXPECT_EQ(calls[0].data, bytes{5});
+  EXPECT_EQ(calls[1].data, bytes{1});
+  EXPECT_EQ(calls[2].data, value_answer(large));
+  EXPECT_EQ(calls[2].as<op::set_program_specialization_constant>().spec_id, 3u);
+  EXPECT_EQ(calls[3].operation, op::build_program);
+
   constants[0].id = std::uint64_t{1} << 32;
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, module, "", result, &header),
             logic_failure(
@@ -106,10 +97,9 @@ TEST_P(programs, failing_commands_reach_the_caller_as_errors) {
   EXPECT_EQ(try_kernel(made, "add"), other_failure("Failed to allocate memory on the host."));
   fail_call(op::create_kernel, 1, -25);
   EXPECT_EQ(try_kernel(made, "add"), other_failure("Unknown OpenCL Error Code: -25"));
-  const std::pair<int, const char*> codes[] = {{-1, ""},
-                                               {-2, "Invalid command ID provided to capability call."},
-                                               {5, "Unknown error code returned by libqv."}};
-  for (const auto& [code, text] : codes) {
+  for (const auto& [code, text] : {std::pair(-1, ""),
+                                   {-2, "Invalid command ID provided to capability call."},
+                                   {5, "Unknown error code returned by libqv."}}) {
     fail_transport(op::create_kernel, 1, code);
     EXPECT_EQ(try_kernel(made, "add"), other_failure(text));
   }

@@ -20,26 +20,15 @@ device* machine::find_device(void* handle) {
   throw refused{invalid_device};
 }
 
-std::optional<std::int32_t> machine::planned(planned_failure::way how, qv::operation operation) {
-  for (auto failure = failures.begin(); failure != failures.end(); ++failure) {
-    if (failure->how != how || failure->operation != operation || --failure->countdown > 0)
+std::optional<plan> machine::take_plan(way how, qv::operation operation) {
+  for (auto one = plans.begin(); one != plans.end(); ++one) {
+    if (one->how != how || one->operation != operation || --one->countdown > 0)
       continue;
-    const std::int32_t value = failure->value;
-    failures.erase(failure);
-    return value;
+    plan found = std::move(*one);
+    plans.erase(one);
+    return found;
   }
   return std::nullopt;
-}
-
-std::function<void()> machine::planned_action_before(qv::operation operation) {
-  for (auto action = actions.begin(); action != actions.end(); ++action) {
-    if (action->operation != operation || --action->countdown > 0)
-      continue;
-    auto run = std::move(action->run);
-    actions.erase(action);
-    return run;
-  }
-  return {};
 }
 
 std::map<std::string, std::int64_t> machine::live() const {
@@ -60,9 +49,9 @@ std::unique_lock<std::mutex> locked() {
   return std::unique_lock(machine::get().lock);
 }
 
-void plan(planned_failure::way how, qv::operation operation, int nth, std::int32_t value) {
+void add_plan(plan added) {
   const auto guard = locked();
-  machine::get().failures.push_back({how, operation, nth, value});
+  machine::get().plans.push_back(std::move(added));
 }
 
 void report_balance() {
@@ -97,40 +86,35 @@ void set_kernel(const std::string& name, kernel_function body) {
   machine::get().kernels[name] = std::move(body);
 }
 
-void set_info(std::size_t device, std::uint32_t parameter, const info_answer& answer) {
+void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer) {
   const auto guard = locked();
   machine::get().devices.at(device).options.info[parameter] = answer;
 }
 
 void fail_call(qv::operation operation, int nth, std::int32_t status) {
-  plan(planned_failure::way::status, operation, nth, status);
+  add_plan({way::status, operation, nth, status});
 }
 
 void fail_transport(qv::operation operation, int nth, std::int32_t code) {
-  plan(planned_failure::way::transport, operation, nth, code);
+  add_plan({way::transport, operation, nth, code});
 }
 
 void fail_event(qv::operation operation, int nth, std::int32_t status) {
-  plan(planned_failure::way::event, operation, nth, status);
+  add_plan({way::event, operation, nth, status});
 }
 
 void before_call(qv::operation operation, int nth, std::function<void()> action) {
-  const auto guard = locked();
-  machine::get().actions.push_back({operation, nth, std::move(action)});
+  add_plan({way::action, operation, nth, 0, std::move(action)});
 }
 
 bool no_failure_left() {
   const auto guard = locked();
-  return std::exchange(machine::get().failures, {}).empty();
+  return std::erase_if(machine::get().plans, [](const plan& one) { return one.how != way::action; }) == 0;
 }
 
 std::vector<call_record> take_calls() {
   const auto guard = locked();
   return std::exchange(machine::get().calls, {});
-}
-
-void forget_calls() {
-  take_calls();
 }
 
 std::map<std::string, std::int64_t> live_objects() {

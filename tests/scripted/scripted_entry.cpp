@@ -21,6 +21,26 @@ std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t co
   return 0;
 }
 
+// Performs the operation on its record and returns the transport code.
+std::int32_t perform(session& now, qv::operation operation, void* record) {
+  if (const auto planned = now.world.take_plan(way::action, operation)) {
+    now.lock.unlock();
+    planned->run();
+    now.lock.lock();
+  }
+  if (const auto failure = now.world.take_plan(way::transport, operation))
+    return failure->value;
+  const auto failure = now.world.take_plan(way::status, operation);
+  for (const auto& handlers : {object_handlers, queue_handlers, program_handlers})
+    for (const handler_row& row : handlers)
+      if (row.operation == operation) {
+        row.run(now, record, failure ? std::optional(failure->value) : std::nullopt);
+        return 0;
+      }
+  now.world.complain("a command that is not simulated");
+  return QV_INVALID_COMMAND_ID;
+}
+
 } // namespace
 
 bool is_release(qv::operation operation) {
@@ -28,22 +48,6 @@ bool is_release(qv::operation operation) {
   const auto all = {release_command_queue, release_context,    release_device, release_event,
                     release_kernel,        release_mem_object, release_program};
   return std::find(all.begin(), all.end(), operation) != all.end();
-}
-
-std::int32_t perform(session& now, qv::operation operation, void* record) {
-  if (const auto action = now.world.planned_action_before(operation)) {
-    now.lock.unlock();
-    action();
-    now.lock.lock();
-  }
-  if (const auto code = now.world.planned(planned_failure::way::transport, operation))
-    return *code;
-  handler run = nullptr;
-  for (const auto find : {find_object_handler, find_queue_handler, find_program_handler})
-    if (run == nullptr)
-      run = find(operation);
-  now.log.status = run(now, record, now.world.planned(planned_failure::way::status, operation));
-  return 0;
 }
 
 } // namespace scripted
@@ -105,9 +109,9 @@ std::int32_t qv_call_capability(qv_call_handle* handle, std::uint64_t command_id
       continue;
     scripted::call_record log{row.op, handle->capability, handle->owner->index, std::this_thread::get_id()};
     scripted::session now{world, *handle->owner, lock, log};
-    log.transport = scripted::perform(now, row.op, record);
+    const std::int32_t code = scripted::perform(now, row.op, record);
     world.calls.push_back(log);
-    return log.transport;
+    return code;
   }
   world.complain("unknown command " + std::to_string(command_id));
   return QV_INVALID_COMMAND_ID;

@@ -55,8 +55,7 @@ constexpr text_row texts[] = {
 
 } // namespace
 
-std::optional<info_answer> device_info(const device& device, std::uint32_t capability,
-                                       std::uint32_t parameter) {
+std::optional<bytes> device_info(const device& device, std::uint32_t capability, std::uint32_t parameter) {
   if (const auto own = device.options.info.find(parameter); own != device.options.info.end())
     return own->second;
   const std::uint64_t size = device.options.work_group_size;
@@ -82,16 +81,6 @@ std::optional<info_answer> device_info(const device& device, std::uint32_t capab
     if (row.parameter == parameter && row.first <= capability)
       return text_answer(row.value);
   return std::nullopt;
-}
-
-std::int32_t answer_query(const info_answer& answer, std::size_t size, void* value, std::size_t* size_out) {
-  if (value != nullptr && size < answer.data.size())
-    return invalid_value;
-  if (value != nullptr && !answer.data.empty())
-    std::memcpy(value, answer.data.data(), answer.data.size());
-  if (size_out != nullptr)
-    *size_out = answer.data.size();
-  return 0;
 }
 
 } // namespace scripted

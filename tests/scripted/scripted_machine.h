@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <set>
+#include <span>
 #include <utility>
 
 namespace scripted {
@@ -94,17 +95,14 @@ struct kernel : object {
   std::vector<std::shared_ptr<buffer>> buffers; // by argument
 };
 
-struct planned_failure {
-  enum class way { status, transport, event } how;
+// What is to happen at a coming call: a failure of some kind, with its value, or an action.
+enum class way { status, transport, event, action };
+struct plan {
+  way how;
   qv::operation operation;
   int countdown;
   std::int32_t value;
-};
-
-struct planned_action {
-  qv::operation operation;
-  int countdown;
-  std::function<void()> run;
+  std::function<void()> run{};
 };
 
 class machine {
@@ -131,10 +129,8 @@ public:
     return handle;
   }
   void complain(const std::string& what) { misuses.push_back(what); }
-  // The failure planned for this very call, if any; counts down those of its operation.
-  std::optional<std::int32_t> planned(planned_failure::way how, qv::operation operation);
-  // Likewise for the action.
-  std::function<void()> planned_action_before(qv::operation operation);
+  // What is planned in this way for this very call, if anything; counts down what is planned for its operation.
+  std::optional<plan> take_plan(way how, qv::operation operation);
   std::map<std::string, std::int64_t> live() const;
 
   std::mutex lock;
@@ -142,8 +138,7 @@ public:
   std::map<void*, std::shared_ptr<object>> objects;
   std::set<void*> call_handles;
   std::vector<call_record> calls;
-  std::vector<planned_failure> failures;
-  std::vector<planned_action> actions;
+  std::vector<plan> plans;
   std::vector<std::string> misuses;
   std::map<std::string, kernel_function> kernels;
   std::uint64_t version = std::uint64_t{1} << 63;
@@ -158,16 +153,17 @@ struct session {
   call_record& log;
 };
 
-std::int32_t answer_query(const info_answer& answer, std::size_t size, void* value, std::size_t* size_out);
 template <class Record>
-std::int32_t answer_query(const info_answer& answer, const Record& record) {
-  return answer_query(answer, record.param_value_size, record.param_value, record.param_value_size_ret);
+std::int32_t answer_query(const bytes& answer, const Record& record) {
+  if (record.param_value != nullptr && record.param_value_size < answer.size())
+    return invalid_value;
+  if (record.param_value != nullptr)
+    std::copy(answer.begin(), answer.end(), static_cast<unsigned char*>(record.param_value));
+  if (record.param_value_size_ret != nullptr)
+    *record.param_value_size_ret = answer.size();
+  return 0;
 }
-std::optional<info_answer> device_info(const device& device, std::uint32_t capability,
-                                       std::uint32_t parameter);
-
-// Performs the operation on its record and returns the transport code.
-std::int32_t perform(session& now, qv::operation operation, void* record);
+std::optional<bytes> device_info(const device& device, std::uint32_t capability, std::uint32_t parameter);
 
 // The commands, by theme; each returns the OpenCL status. Nothing static of theirs may end with the process
 // before the last thread that calls.
@@ -176,16 +172,7 @@ struct handler_row {
   qv::operation operation;
   handler run;
 };
-template <std::size_t Count>
-handler find_handler(const handler_row (&rows)[Count], qv::operation operation) {
-  for (const handler_row& row : rows)
-    if (row.operation == operation)
-      return row.run;
-  return nullptr;
-}
-handler find_object_handler(qv::operation operation);
-handler find_queue_handler(qv::operation operation);
-handler find_program_handler(qv::operation operation);
+extern const std::span<const handler_row> object_handlers, queue_handlers, program_handlers;
 
 // A release takes effect whatever it reports, so that the balance can still be drawn.
 bool is_release(qv::operation operation);

@@ -5,27 +5,19 @@ namespace scripted {
 
 namespace {
 
-template <class T>
-std::int32_t retain(session& now, qv::object_record& record) {
-  const auto found = now.world.find<T>(record.object);
-  ++found->references;
-  return 0;
-}
-
-template <class T>
-std::int32_t release(session& now, qv::object_record& record) {
-  const auto found = now.world.find<T>(record.object);
-  if constexpr (std::is_same_v<T, queue>)
-    if (found->references == 1 && !found->pending.empty())
-      now.world.complain("release of a queue with work that was never finished");
-  if (--found->references == 0)
-    now.world.objects.erase(record.object);
-  return 0;
-}
-
-template <int Change>
-std::int32_t count_device(session& now, qv::object_record& record) {
-  now.world.find_device(record.object)->references += Change;
+// Retains or releases.
+template <class T, int Change>
+std::int32_t count(session& now, qv::object_record& record) {
+  if constexpr (std::is_same_v<T, device>) {
+    now.world.find_device(record.object)->references += Change;
+  } else {
+    const auto found = now.world.find<T>(record.object);
+    if constexpr (std::is_same_v<T, queue>)
+      if (!found->pending.empty())
+        now.world.complain("release of a queue with work that was never finished");
+    if ((found->references += Change) == 0)
+      now.world.objects.erase(record.object);
+  }
   return 0;
 }
 
@@ -66,36 +58,35 @@ std::int32_t create_buffer(session& now, qv::create_buffer_record& record) {
     return invalid_value;
   device& owner = *found->owner;
   std::uint64_t largest = 0;
-  std::memcpy(&largest, device_info(owner, 1, 0x1010)->data.data(), sizeof largest);
+  std::memcpy(&largest, device_info(owner, 1, 0x1010)->data(), sizeof largest);
   if (record.size == 0 || record.size > largest)
     return -61; // CL_INVALID_BUFFER_SIZE
   record.result = now.world.add(std::make_shared<buffer>(owner, record.size));
   return 0;
 }
 
+using op = qv::operation;
+constexpr handler_row handlers[] = {
+    {op::device_of_handle, typed<&device_of_handle>::handle},
+    {op::get_device_info, typed<&get_device_info>::handle},
+    {op::create_context, typed<&create_context>::handle},
+    {op::get_context_info, typed<&get_context_info>::handle},
+    {op::create_buffer, typed<&create_buffer>::handle},
+    {op::retain_context, typed<&count<context, 1>>::handle},
+    {op::retain_device, typed<&count<device, 1>>::handle},
+    {op::retain_event, typed<&count<event, 1>>::handle},
+    {op::retain_program, typed<&count<program, 1>>::handle},
+    {op::release_command_queue, typed<&count<queue, -1>>::handle},
+    {op::release_context, typed<&count<context, -1>>::handle},
+    {op::release_device, typed<&count<device, -1>>::handle},
+    {op::release_event, typed<&count<event, -1>>::handle},
+    {op::release_kernel, typed<&count<kernel, -1>>::handle},
+    {op::release_mem_object, typed<&count<buffer, -1>>::handle},
+    {op::release_program, typed<&count<program, -1>>::handle},
+};
+
 } // namespace
 
-handler find_object_handler(qv::operation operation) {
-  using enum qv::operation;
-  static constexpr handler_row handlers[] = {
-      {device_of_handle, typed<&scripted::device_of_handle>::handle},
-      {get_device_info, typed<&scripted::get_device_info>::handle},
-      {create_context, typed<&scripted::create_context>::handle},
-      {get_context_info, typed<&scripted::get_context_info>::handle},
-      {create_buffer, typed<&scripted::create_buffer>::handle},
-      {retain_context, typed<&retain<context>>::handle},
-      {retain_device, typed<&count_device<1>>::handle},
-      {retain_event, typed<&retain<event>>::handle},
-      {retain_program, typed<&retain<program>>::handle},
-      {release_command_queue, typed<&release<queue>>::handle},
-      {release_context, typed<&release<context>>::handle},
-      {release_device, typed<&count_device<-1>>::handle},
-      {release_event, typed<&release<event>>::handle},
-      {release_kernel, typed<&release<kernel>>::handle},
-      {release_mem_object, typed<&release<buffer>>::handle},
-      {release_program, typed<&release<program>>::handle},
-  };
-  return find_handler(handlers, operation);
-}
+const std::span<const handler_row> object_handlers = handlers;
 
 } // namespace scripted

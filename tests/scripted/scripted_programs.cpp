@@ -19,35 +19,30 @@ std::vector<kernel_description> find_kernels(const std::string& text) {
       kernel.required_size = {std::stoul((*match)[1]), std::stoul((*match)[2]), std::stoul((*match)[3])};
     std::istringstream parameters((*match)[5].str());
     for (std::string one; std::getline(parameters, one, ',');) {
-      if (one.find_first_not_of(" \n") == std::string::npos || one == "void")
-        continue;
-      const bool local = one.find("local ") != std::string::npos;
-      const bool pointer = one.find('*') != std::string::npos;
-      kernel.parameters.push_back(local     ? argument_kind::local
-                                  : pointer ? argument_kind::memory
-                                            : argument_kind::value);
+      kernel.parameters.push_back(one.find("local ") != std::string::npos ? argument_kind::local
+                                  : one.find('*') != std::string::npos    ? argument_kind::memory
+                                                                          : argument_kind::value);
     }
     found.push_back(kernel);
   }
   return found;
 }
 
-std::int32_t make_program(session& now, void* context_handle, program::origin from, const std::string& text,
-                          void** result) {
-  const auto parent = now.world.find<context>(context_handle);
+program* make_program(session& now, void* context_handle, program::origin from, const std::string& text) {
   const auto made = std::make_shared<program>();
-  made->owner = parent->owner;
+  made->owner = now.world.find<context>(context_handle)->owner;
   made->from = from;
   made->text = text;
   now.log.text = text;
-  *result = now.world.add(made);
-  return 0;
+  now.world.add(made);
+  return made.get();
 }
 
 std::int32_t create_with_source(session& now, qv::create_program_with_source_record& record) {
   if (record.count != 1 || record.lengths != nullptr || record.strings == nullptr)
     return invalid_value;
-  return make_program(now, record.context, program::origin::source, record.strings[0], &record.result);
+  record.result = make_program(now, record.context, program::origin::source, record.strings[0]);
+  return 0;
 }
 
 std::int32_t create_with_binary(session& now, qv::create_program_with_binary_record& record) {
@@ -57,17 +52,18 @@ std::int32_t create_with_binary(session& now, qv::create_program_with_binary_rec
   const std::size_t head = all.compare(0, 4, "BIN:") == 0 ? 4 : all.compare(0, 2, "BC") == 0 ? 2 : 0;
   if (head == 0)
     return -42; // CL_INVALID_BINARY
-  return make_program(now, record.context, program::origin::binary, all.substr(head), &record.result);
+  record.result = make_program(now, record.context, program::origin::binary, all.substr(head));
+  return 0;
 }
 
 std::int32_t make_from_il(session& now, void* context, const void* il, std::size_t length, void** result) {
   const std::string all(static_cast<const char*>(il), length);
   if (all.compare(0, 4, "SPV:") != 0)
     return invalid_value;
-  const std::int32_t status = make_program(now, context, program::origin::il, all.substr(4), result);
-  if (status == 0)
-    now.world.find<program>(*result)->il = all;
-  return status;
+  program* const made = make_program(now, context, program::origin::il, all.substr(4));
+  made->il = all;
+  *result = made;
+  return 0;
 }
 
 std::int32_t create_with_il(session& now, qv::create_program_with_il_record& record) {
@@ -96,16 +92,12 @@ std::int32_t get_extension_address(session& now,
 std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_kernels_record& record) {
   if (record.num_devices != 1 || record.device_list[0] != &now.owner)
     return invalid_value;
-  const std::string names = record.kernel_names;
-  const std::int32_t status =
-      make_program(now, record.context, program::origin::builtin, names, &record.result);
-  if (status != 0)
-    return status;
-  const auto made = now.world.find<program>(record.result);
+  program* const made = make_program(now, record.context, program::origin::builtin, record.kernel_names);
   made->build_status = 0;
-  std::istringstream list(names);
+  std::istringstream list(made->text);
   for (std::string name; std::getline(list, name, ';');)
     made->kernels.push_back({name, {argument_kind::memory}, {}});
+  record.result = made;
   return 0;
 }
 
@@ -124,15 +116,13 @@ std::int32_t build(session& now, qv::build_program_record& record) {
   return broken ? -11 : 0;
 }
 
-std::int32_t make_kernel(session& now, const std::shared_ptr<program>& from, const kernel_description& which,
-                         void** result) {
+void* make_kernel(session& now, const std::shared_ptr<program>& from, const kernel_description& which) {
   const auto made = std::make_shared<kernel>();
   made->parent = from;
   made->description = which;
   made->arguments.resize(which.parameters.size());
   made->buffers.resize(which.parameters.size());
-  *result = now.world.add(made);
-  return 0;
+  return now.world.add(made);
 }
 
 std::int32_t create_kernel(session& now, qv::create_kernel_record& record) {
@@ -140,10 +130,13 @@ std::int32_t create_kernel(session& now, qv::create_kernel_record& record) {
   now.log.text = record.kernel_name;
   if (found->build_status != 0)
     return -45; // CL_INVALID_PROGRAM_EXECUTABLE
-  for (const kernel_description& candidate : found->kernels)
-    if (candidate.name == now.log.text)
-      return make_kernel(now, found, candidate, &record.result);
-  return -46; // CL_INVALID_KERNEL_NAME
+  const auto which =
+      std::find_if(found->kernels.begin(), found->kernels.end(),
+                   [&](const kernel_description& candidate) { return candidate.name == now.log.text; });
+  if (which == found->kernels.end())
+    return -46; // CL_INVALID_KERNEL_NAME
+  record.result = make_kernel(now, found, *which);
+  return 0;
 }
 
 std::int32_t create_kernels(session& now, qv::create_kernels_in_program_record& record) {
@@ -152,7 +145,7 @@ std::int32_t create_kernels(session& now, qv::create_kernels_in_program_record& 
     *record.num_kernels_ret = static_cast<std::uint32_t>(found->kernels.size());
   if (record.kernels != nullptr)
     for (std::size_t i = 0; i < found->kernels.size() && i < record.num_kernels; ++i)
-      make_kernel(now, found, found->kernels[i], &record.kernels[i]);
+      record.kernels[i] = make_kernel(now, found, found->kernels[i]);
   return 0;
 }
 
@@ -179,7 +172,7 @@ std::int32_t get_program_info(session& now, qv::get_object_info_record& record) 
   case 0x1168: // KERNEL_NAMES
     return now.log.capability < 3 ? invalid_value : answer_query(text_answer(kernel_names(*found)), record);
   case 0x1169: // IL
-    return answer_query({bytes(found->il.begin(), found->il.end())}, record);
+    return answer_query(bytes(found->il.begin(), found->il.end()), record);
   default:
     return invalid_value;
   }
@@ -231,7 +224,7 @@ std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record
     return answer_query(value_answer(std::uint64_t{32}), record);
   case 0x11B5: // GLOBAL_WORK_SIZE: of built-in kernels, and of custom devices
     return found->parent->from == program::origin::builtin ||
-                   device_info(now.owner, now.log.capability, 0x1000)->data == value_answer(custom).data
+                   device_info(now.owner, now.log.capability, 0x1000) == value_answer(custom)
                ? answer_query(value_answer(std::array<std::uint64_t, 3>{1024, 512, 256}), record)
                : invalid_value;
   default:
@@ -279,27 +272,26 @@ std::int32_t set_constant(session& now, qv::set_program_specialization_constant_
   return 0;
 }
 
+using op = qv::operation;
+constexpr handler_row handlers[] = {
+    {op::create_program_with_source, typed<&create_with_source>::handle},
+    {op::create_program_with_binary, typed<&create_with_binary>::handle},
+    {op::create_program_with_il, typed<&create_with_il>::handle},
+    {op::create_program_with_builtin_kernels, typed<&create_with_builtin>::handle},
+    {op::get_extension_function_address_for_platform, typed<&get_extension_address>::handle},
+    {op::build_program, typed<&build>::handle},
+    {op::create_kernel, typed<&create_kernel>::handle},
+    {op::create_kernels_in_program, typed<&create_kernels>::handle},
+    {op::get_program_info, typed<&get_program_info>::handle},
+    {op::get_program_build_info, typed<&get_build_info>::handle},
+    {op::get_kernel_info, typed<&get_kernel_info>::handle},
+    {op::get_kernel_work_group_info, typed<&get_work_group_info>::handle},
+    {op::set_kernel_arg, typed<&set_kernel_arg>::handle},
+    {op::set_program_specialization_constant, typed<&set_constant>::handle},
+};
+
 } // namespace
 
-handler find_program_handler(qv::operation operation) {
-  using enum qv::operation;
-  static constexpr handler_row handlers[] = {
-      {create_program_with_source, typed<&create_with_source>::handle},
-      {create_program_with_binary, typed<&create_with_binary>::handle},
-      {create_program_with_il, typed<&create_with_il>::handle},
-      {create_program_with_builtin_kernels, typed<&create_with_builtin>::handle},
-      {get_extension_function_address_for_platform, typed<&get_extension_address>::handle},
-      {build_program, typed<&build>::handle},
-      {qv::operation::create_kernel, typed<&scripted::create_kernel>::handle},
-      {create_kernels_in_program, typed<&create_kernels>::handle},
-      {qv::operation::get_program_info, typed<&scripted::get_program_info>::handle},
-      {get_program_build_info, typed<&get_build_info>::handle},
-      {qv::operation::get_kernel_info, typed<&scripted::get_kernel_info>::handle},
-      {get_kernel_work_group_info, typed<&get_work_group_info>::handle},
-      {qv::operation::set_kernel_arg, typed<&scripted::set_kernel_arg>::handle},
-      {set_program_specialization_constant, typed<&set_constant>::handle},
-  };
-  return find_handler(handlers, operation);
-}
+const std::span<const handler_row> program_handlers = handlers;
 
 } // namespace scripted

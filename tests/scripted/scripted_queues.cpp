@@ -5,13 +5,13 @@ namespace scripted {
 
 namespace {
 
-void make_queue(session& now, const context& parent, std::uint64_t properties, void** result) {
+void* make_queue(session& now, const context& parent, std::uint64_t properties) {
   constexpr std::uint64_t profiling = 2, on_device = 4;
   const auto made = std::make_shared<queue>();
   made->owner = parent.owner;
   made->profiled = (properties & profiling) != 0;
   made->on_host = (properties & on_device) == 0;
-  *result = now.world.add(made);
+  return now.world.add(made);
 }
 
 std::int32_t create_command_queue(session& now, qv::create_command_queue_record& record) {
@@ -19,7 +19,7 @@ std::int32_t create_command_queue(session& now, qv::create_command_queue_record&
   now.log.numbers = {record.properties};
   if (now.world.find_device(record.device) != parent->owner)
     return invalid_device;
-  make_queue(now, *parent, record.properties, &record.result);
+  record.result = make_queue(now, *parent, record.properties);
   return 0;
 }
 
@@ -35,13 +35,13 @@ std::int32_t create_command_queue_with_properties(session& now,
     if (entry[0] == queue_properties)
       properties = entry[1];
   }
-  make_queue(now, *parent, properties, &record.result);
+  record.result = make_queue(now, *parent, properties);
   return 0;
 }
 
-void run_pending(session& now, queue& from) {
+std::int32_t finish(session& now, qv::object_record& record) {
   // The work runs without the lock, as it would on a device: a kernel may block, or call back.
-  auto pending = std::exchange(from.pending, {});
+  const auto pending = std::exchange(now.world.find<queue>(record.object)->pending, {});
   now.lock.unlock();
   for (const queue::command& command : pending)
     if (command.final_status == 0)
@@ -49,11 +49,6 @@ void run_pending(session& now, queue& from) {
   now.lock.lock();
   for (const queue::command& command : pending)
     command.done->status = command.final_status;
-}
-
-std::int32_t finish(session& now, qv::object_record& record) {
-  const auto found = now.world.find<queue>(record.object);
-  run_pending(now, *found);
   return 0;
 }
 
@@ -64,12 +59,12 @@ std::int32_t enqueue(session& now, Record& record, std::function<void()> run) {
     return queue::invalid;
   if (record.num_events_in_wait_list != 0 || record.event_wait_list != nullptr)
     return -57; // CL_INVALID_EVENT_WAIT_LIST: no command of the library waits for another
-  const auto failure = now.world.planned(planned_failure::way::event, now.log.operation);
+  const auto failure = now.world.take_plan(way::event, now.log.operation);
   const auto made = std::make_shared<event>();
   made->profiled = target->profiled;
   if (record.event != nullptr)
     *record.event = now.world.add(made);
-  target->pending.push_back({std::move(run), made, failure.value_or(0)});
+  target->pending.push_back({std::move(run), made, failure ? failure->value : 0});
   return 0;
 }
 
@@ -150,8 +145,7 @@ std::int32_t launch_kernel(session& now, qv::enqueue_nd_range_kernel_record& rec
   const auto found = now.world.find<kernel>(record.kernel);
   if (record.work_dim < 1 || record.work_dim > 3)
     return -53;
-  kernel_run wanted{found->description.name, now.owner.index, now.owner.options.little_endian,
-                    record.work_dim};
+  kernel_run wanted{now.owner.options.little_endian, record.work_dim};
   const auto take = [&](const std::size_t* from, std::array<std::size_t, 3>& to) {
     if (from != nullptr)
       std::copy_n(from, record.work_dim, to.begin());
@@ -160,14 +154,13 @@ std::int32_t launch_kernel(session& now, qv::enqueue_nd_range_kernel_record& rec
   take(record.global_work_offset, wanted.offset);
   take(record.global_work_size, wanted.global);
   take(record.local_work_size, wanted.local);
-  now.log.text = wanted.kernel;
   if (now.log.capability == 1 && record.global_work_offset != nullptr)
     return -56; // CL_INVALID_GLOBAL_OFFSET
   if (const std::int32_t status = check_launch(now, *found, wanted); status != 0)
     return status;
   wanted.arguments = found->arguments;
   wanted.constants = found->parent->constants;
-  const auto body = now.world.kernels.find(wanted.kernel);
+  const auto body = now.world.kernels.find(found->description.name);
   auto function = body == now.world.kernels.end() ? kernel_function() : body->second;
   // The closure keeps the buffers, as OpenCL does until the command has ended.
   return enqueue(now, record, [function, wanted, buffers = found->buffers] {
@@ -192,23 +185,22 @@ std::int32_t get_event_profiling_info(session& now, qv::get_object_info_record& 
                       record);
 }
 
+using op = qv::operation;
+constexpr handler_row handlers[] = {
+    {op::create_command_queue, typed<&create_command_queue>::handle},
+    {op::create_command_queue_with_properties, typed<&create_command_queue_with_properties>::handle},
+    {op::finish, typed<&finish>::handle},
+    {op::enqueue_read_buffer, typed<&transfer<true>>::handle},
+    {op::enqueue_write_buffer, typed<&transfer<false>>::handle},
+    {op::enqueue_copy_buffer, typed<&copy>::handle},
+    {op::enqueue_fill_buffer, typed<&fill>::handle},
+    {op::enqueue_nd_range_kernel, typed<&launch_kernel>::handle},
+    {op::get_event_info, typed<&get_event_info>::handle},
+    {op::get_event_profiling_info, typed<&get_event_profiling_info>::handle},
+};
+
 } // namespace
 
-handler find_queue_handler(qv::operation operation) {
-  using enum qv::operation;
-  static constexpr handler_row handlers[] = {
-      {create_command_queue, typed<&scripted::create_command_queue>::handle},
-      {create_command_queue_with_properties, typed<&scripted::create_command_queue_with_properties>::handle},
-      {qv::operation::finish, typed<&scripted::finish>::handle},
-      {enqueue_read_buffer, typed<&transfer<true>>::handle},
-      {enqueue_write_buffer, typed<&transfer<false>>::handle},
-      {enqueue_copy_buffer, typed<&copy>::handle},
-      {enqueue_fill_buffer, typed<&fill>::handle},
-      {enqueue_nd_range_kernel, typed<&launch_kernel>::handle},
-      {get_event_info, typed<&scripted::get_event_info>::handle},
-      {get_event_profiling_info, typed<&scripted::get_event_profiling_info>::handle},
-  };
-  return find_handler(handlers, operation);
-}
+const std::span<const handler_row> queue_handlers = handlers;
 
 } // namespace scripted

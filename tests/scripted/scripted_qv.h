@@ -23,20 +23,14 @@ namespace scripted {
 
 using bytes = std::vector<unsigned char>;
 
-// The answer to one information query.
-struct info_answer {
-  bytes data;
-};
-
-inline info_answer text_answer(const std::string& text) {
-  return {bytes(text.c_str(), text.c_str() + text.size() + 1)};
+// Answers to information queries.
+inline bytes text_answer(const std::string& text) {
+  return {text.c_str(), text.c_str() + text.size() + 1};
 }
-
 template <class T>
-info_answer value_answer(T value) {
-  bytes data(sizeof value);
-  std::memcpy(data.data(), &value, sizeof value);
-  return {data};
+bytes value_answer(T value) {
+  const auto* const first = reinterpret_cast<const unsigned char*>(&value);
+  return {first, first + sizeof value};
 }
 
 // One root device, with a node under each capability (1 to 6 for OpenCL 1.0, 1.1, 1.2, 2.0, 2.1, 2.2).
@@ -45,7 +39,7 @@ struct device_options {
   std::vector<std::uint32_t> capabilities{};
   bool little_endian = true;
   std::uint64_t work_group_size = 256;
-  std::map<std::uint32_t, info_answer> info{}; // by parameter; overrides the built-in answers
+  std::map<std::uint32_t, bytes> info{}; // by parameter; overrides the built-in answers
 };
 
 enum class argument_kind { unset, memory, null, local, value };
@@ -59,8 +53,6 @@ struct kernel_argument {
 
 // What a simulated kernel sees of its launch. Numbers are read and written in the byte order of the device.
 struct kernel_run {
-  std::string kernel;
-  std::size_t device = 0; // place in set_devices()
   bool little_endian = true;
   std::uint32_t work_dim = 0;
   std::array<std::size_t, 3> offset{}, global{1, 1, 1}, local{1, 1, 1};
@@ -70,9 +62,8 @@ struct kernel_run {
   template <class T>
   T get(std::size_t index, std::size_t element = 0) const {
     const kernel_argument& from = arguments.at(index);
-    const unsigned char* address = from.kind == argument_kind::value ? from.value.data() : from.data;
     T result;
-    copy_ordered(&result, address + element * sizeof(T), sizeof(T));
+    copy_ordered(&result, (from.data ? from.data : from.value.data()) + element * sizeof(T), sizeof(T));
     return result;
   }
 
@@ -99,8 +90,6 @@ struct call_record {
   std::uint32_t capability = 0;
   std::size_t device = 0;
   std::thread::id thread{};
-  std::int32_t transport = 0;
-  std::int32_t status = 0;
   std::array<unsigned char, 80> record{}; // as it was when the call returned
   std::string text{};                     // source, options, names
   bytes data{};                           // pattern, binary, value of an argument or constant
@@ -120,7 +109,7 @@ SCRIPTED_API void set_version(std::uint64_t version);
 
 // The body of every kernel of that name; a kernel without a body does nothing.
 SCRIPTED_API void set_kernel(const std::string& name, kernel_function body);
-SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const info_answer& answer);
+SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer);
 
 // The `nth` coming call (1: the next) of the operation fails: with an OpenCL status, with a transport code,
 // or, for a command that is enqueued, without effect and with that execution status of its event. A release that
@@ -133,8 +122,10 @@ SCRIPTED_API void before_call(qv::operation operation, int nth, std::function<vo
 // True if no failure that was asked for is still to come. Forgets those that are.
 SCRIPTED_API bool no_failure_left();
 
-SCRIPTED_API std::vector<call_record> take_calls(); // those since the last take_calls() or forget_calls()
-SCRIPTED_API void forget_calls();
+SCRIPTED_API std::vector<call_record> take_calls(); // those since the last time
+inline void forget_calls() {
+  take_calls();
+}
 
 // References that the caller holds, by kind: "call handle", "device", "context", "queue", "buffer", "event",
 // "program", "kernel". Kinds without a reference are left out.

@@ -35,16 +35,19 @@ inline const std::string source = R"(
   kernel void empty() {}
 )";
 
+inline std::vector<call_record> only(std::vector<call_record> calls, qv::operation operation) {
+  std::erase_if(calls, [&](const call_record& one) { return one.operation != operation; });
+  return calls;
+}
 inline std::size_t count(const std::vector<call_record>& calls, qv::operation operation) {
-  return static_cast<std::size_t>(std::count_if(
-      calls.begin(), calls.end(), [&](const call_record& one) { return one.operation == operation; }));
+  return only(calls, operation).size();
 }
 
-inline std::vector<call_record> only(const std::vector<call_record>& calls, qv::operation operation) {
-  std::vector<call_record> result;
-  std::copy_if(calls.begin(), calls.end(), std::back_inserter(result),
-               [&](const call_record& one) { return one.operation == operation; });
-  return result;
+// Brings the objects to the device of the kernel, which is an "add".
+inline void bring(const caller::kernel& to, std::initializer_list<const caller::memory*> objects) {
+  const std::int32_t nothing = 0;
+  for (const caller::memory* one : objects)
+    caller::must(caller::launch(to, {caller::argument(*one), caller::argument(nothing)}, caller::line(4)));
 }
 
 class scripted_test : public ::testing::Test {
