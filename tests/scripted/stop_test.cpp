@@ -174,10 +174,10 @@ void exit_with_work_left() {
     turn = 3;
     await_turn(4);
     funlockfile(stderr);
-    pause(500); // it stops the first device
+    pause(1000); // it stops the first device
     turn = 5;
   });
-  pause(300); // all callers are inside
+  pause(1000); // all callers are inside
 }
 
 TEST(stop, a_stop_ends_what_has_begun_and_answers_who_is_left) {
