@@ -20,18 +20,15 @@ cl_event* event_of(const Record& record) {
   return reinterpret_cast<cl_event*>(record.event);
 }
 
-// True for what some implementations follow blindly: events, or a list of them, that are not there.
 template <typename Record>
 bool refuse_missing_events(Record& record) {
-  const cl_uint count = record.num_events_in_wait_list;
-  const cl_event* const events = wait_list_of(record);
-  if (count == 0 || (events != nullptr && std::find(events, events + count, nullptr) == events + count))
+  if (!lacks_entries(wait_list_of(record), record.num_events_in_wait_list))
     return false;
   record.status = CL_INVALID_EVENT_WAIT_LIST;
   return true;
 }
 
-// Likewise: a range whose end cannot be counted.
+// Some implementations follow blindly a range whose end cannot be counted.
 template <typename Record>
 bool refuse_endless_range(Record& record, std::size_t offset) {
   if (offset + record.size >= offset)

@@ -3,7 +3,6 @@
 #include "capability/executor.h"
 #include "capability/spirv_module.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <mutex>
@@ -51,9 +50,7 @@ cl_program CL_API_CALL create_program_with_checked_il(cl_context context, const 
 } // namespace
 
 void create_program_with_source(const root_device& device, create_program_with_source_record& record) {
-  // Some implementations follow a string that is not there.
-  if (record.count == 0 || record.strings == nullptr ||
-      std::find(record.strings, record.strings + record.count, nullptr) != record.strings + record.count) {
+  if (record.count == 0 || lacks_entries(record.strings, record.count)) {
     refuse(record, CL_INVALID_VALUE);
     return;
   }

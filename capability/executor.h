@@ -4,6 +4,8 @@
 #include "capability/commands.h"
 #include "capability/root_device.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace qv {
@@ -25,6 +27,12 @@ void create_or_refuse(Record& record, Object (*function)(Parameters...), Argumen
   record.status = CL_INVALID_OPERATION;
   if (function != nullptr)
     record.result = function(std::forward<Arguments>(arguments)..., &record.status);
+}
+
+// True for what some implementations follow blindly: an array, or an entry of it, that is not there.
+template <typename Entry>
+bool lacks_entries(Entry* const* array, std::size_t count) {
+  return count != 0 && (array == nullptr || std::find(array, array + count, nullptr) != array + count);
 }
 
 inline const cl_device_id* device_array(void* const* devices) {
