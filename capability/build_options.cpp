@@ -57,17 +57,17 @@ bool ends_without_value(std::string_view options) {
 
 } // namespace
 
-bool are_harmless_options(const implementation_faults& faults, std::string_view options) {
-  if (faults.reads_past_last_option && ends_without_value(options))
+bool are_harmless_options(const quirks& known, std::string_view options) {
+  if (known.reads_past_last_option && ends_without_value(options))
     return false;
-  if (faults.needs_utf8 && !is_utf8(options))
+  if (known.needs_utf8 && !is_utf8(options))
     return false;
-  if (!faults.takes_words_for_files)
+  if (!known.takes_words_for_files)
     return true;
-  const auto words = words_of(options, faults.cuts_options_at_quotes);
+  const auto words = words_of(options, known.cuts_options_at_quotes);
   if (!words || !are_options_alone(*words))
     return false;
-  return !faults.cuts_options_at_quotes ||
+  return !known.cuts_options_at_quotes ||
          std::all_of(words->begin(), words->end(), [](const std::string& word) { return word.size() > 1; });
 }
 

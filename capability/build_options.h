@@ -1,13 +1,13 @@
 #pragma once
 
-#include "capability/implementation_faults.h"
+#include "capability/quirks.h"
 
 #include <string_view>
 
 namespace qv {
 
-// False if an implementation with `faults` would end the process over these options of a build. All options
+// False if an implementation with these quirks would end the process over these options of a build. All options
 // that OpenCL names are harmless, as far as the implementation can read them.
-bool are_harmless_options(const implementation_faults& faults, std::string_view options);
+bool are_harmless_options(const quirks& known, std::string_view options);
 
 } // namespace qv

@@ -86,7 +86,7 @@ std::int32_t call_command(const binding& bound, std::uint64_t number, void* reco
   if (record == nullptr)
     return QV_UNRECOVERABLE_ERROR;
 
-  if (!bound.device->faults.uses_ended_thread_locals || !thread_locals_have_ended())
+  if (!bound.device->quirks.uses_ended_thread_locals || !thread_locals_have_ended())
     performer.run(*bound.device, record);
   else if (performer.releases)
     // The process is ending, perhaps with the dynamic loader's lock held, when another thread would wait for

@@ -99,11 +99,10 @@ bool is_harmless_to_rusticl(const unsigned char* binary, std::size_t length) {
 
 } // namespace
 
-bool is_harmless_binary(const implementation_faults& faults, const unsigned char* binary,
-                        std::size_t length) {
-  if (faults.aborts_on_foreign_binaries && !is_harmless_to_rusticl(binary, length))
+bool is_harmless_binary(const quirks& known, const unsigned char* binary, std::size_t length) {
+  if (known.aborts_on_foreign_binaries && !is_harmless_to_rusticl(binary, length))
     return false;
-  return !faults.asserts_on_truncated_binaries || is_harmless_to_pocl(binary, length);
+  return !known.asserts_on_truncated_binaries || is_harmless_to_pocl(binary, length);
 }
 
 } // namespace qv

@@ -66,7 +66,7 @@ std::uint64_t largest_group(const root_device& device, const enqueue_nd_range_ke
 bool has_too_many_groups(const root_device& device, const enqueue_nd_range_kernel_record& record,
                          const std::size_t* local_size) {
   constexpr std::uint64_t limit = std::uint64_t{1} << 32;
-  if (device.faults.groups == group_limit::none)
+  if (device.quirks.groups == group_limit::none)
     return false;
   std::uint64_t all = 1;
   std::uint64_t most = 0;
@@ -78,7 +78,7 @@ bool has_too_many_groups(const root_device& device, const enqueue_nd_range_kerne
     if (__builtin_mul_overflow(all, groups, &all))
       all = ~std::uint64_t{0};
   }
-  const std::uint64_t counted = device.faults.groups == group_limit::under_2_32_in_all ? all : most;
+  const std::uint64_t counted = device.quirks.groups == group_limit::under_2_32_in_all ? all : most;
   if (counted < limit || local_size != nullptr)
     return counted >= limit;
   return counted / largest_group(device, record) >= limit;

@@ -15,9 +15,9 @@ bool is_null_value(const root_device& device, const set_kernel_arg_record& recor
 
 // The status for an argument without value that would end the process, else CL_SUCCESS.
 cl_int check_null_argument(const root_device& device, const set_kernel_arg_record& record) {
-  if (device.faults.asserts_on_large_local_arguments && record.arg_size > device.local_memory_size)
+  if (device.quirks.asserts_on_large_local_arguments && record.arg_size > device.local_memory_size)
     return CL_OUT_OF_RESOURCES;
-  if (device.faults.reads_null_value_arguments && is_null_value(device, record))
+  if (device.quirks.reads_null_value_arguments && is_null_value(device, record))
     return CL_INVALID_ARG_VALUE;
   return CL_SUCCESS;
 }
@@ -30,7 +30,7 @@ void create_kernel(const root_device& device, create_kernel_record& record) {
     record.status = CL_INVALID_VALUE;
     return;
   }
-  if (device.faults.needs_utf8 && !is_utf8(record.kernel_name)) {
+  if (device.quirks.needs_utf8 && !is_utf8(record.kernel_name)) {
     record.result = nullptr;
     record.status = CL_INVALID_KERNEL_NAME;
     return;

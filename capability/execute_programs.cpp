@@ -18,14 +18,14 @@ bool refuse(Record& record, cl_int status) {
 }
 
 // True if the binaries were refused. All binaries of a program are for devices of one implementation.
-bool refuse_harmful_binaries(const implementation_faults& faults, create_program_with_binary_record& record) {
+bool refuse_harmful_binaries(const quirks& known, create_program_with_binary_record& record) {
   if (record.num_devices == 0 || record.device_list == nullptr || record.lengths == nullptr ||
       record.binaries == nullptr)
     return refuse(record, CL_INVALID_VALUE);
   for (cl_uint i = 0; i < record.num_devices; ++i) {
     if (record.lengths[i] == 0 || record.binaries[i] == nullptr)
       return refuse(record, CL_INVALID_VALUE);
-    if (is_harmless_binary(faults, record.binaries[i], record.lengths[i]))
+    if (is_harmless_binary(known, record.binaries[i], record.lengths[i]))
       continue;
     if (record.binary_status != nullptr)
       std::fill_n(record.binary_status, record.num_devices, CL_INVALID_BINARY);
@@ -60,7 +60,7 @@ void create_program_with_source(const root_device& device, create_program_with_s
 }
 
 void create_program_with_binary(const root_device& device, create_program_with_binary_record& record) {
-  if (refuse_harmful_binaries(device.faults, record))
+  if (refuse_harmful_binaries(device.quirks, record))
     return;
   create_or_refuse(record, device.cl.create_program_with_binary, static_cast<cl_context>(record.context),
                    record.num_devices, device_array(record.device_list), record.lengths,
@@ -112,13 +112,13 @@ void get_extension_function_address(const root_device& device,
 }
 
 void build_program(const root_device& device, build_program_record& record) {
-  if (record.options != nullptr && !are_harmless_options(device.faults, record.options)) {
+  if (record.options != nullptr && !are_harmless_options(device.quirks, record.options)) {
     record.status = CL_INVALID_BUILD_OPTIONS;
     return;
   }
   static std::mutex one_at_a_time;
   std::unique_lock guard(one_at_a_time, std::defer_lock);
-  if (device.faults.builds_are_not_thread_safe)
+  if (device.quirks.builds_are_not_thread_safe)
     guard.lock();
   using opencl_callback = void(CL_CALLBACK*)(cl_program, void*);
   record.status = call_or_refuse(device.cl.build_program, static_cast<cl_program>(record.program),

@@ -46,7 +46,7 @@ void get_context_info(const root_device& device, get_context_info_record& record
 }
 
 void get_kernel_info(const root_device& device, get_object_info_record& record) {
-  if (device.faults.kernel_attributes_dangle && record.param_name == CL_KERNEL_ATTRIBUTES &&
+  if (device.quirks.kernel_attributes_dangle && record.param_name == CL_KERNEL_ATTRIBUTES &&
       record.object != nullptr) {
     answer(record, "", 1);
     return;

@@ -27,7 +27,7 @@ void append_devices(std::vector<root_device>& devices, const opencl_functions& l
   // What does not tell its version is trusted with the oldest only.
   device.cl =
       functions_of_platform(loader, parse_reported_version(platform_version).value_or(opencl_version{1, 0}));
-  device.faults = faults_of_platform(platform_text(loader, platform, CL_PLATFORM_NAME));
+  device.quirks = quirks_of_platform(platform_text(loader, platform, CL_PLATFORM_NAME));
 
   const auto query = [&](cl_uint count, cl_device_id* ids, cl_uint* found) {
     return loader.get_device_ids(platform, CL_DEVICE_TYPE_ALL, count, ids, found);

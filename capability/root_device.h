@@ -1,8 +1,8 @@
 // The OpenCL devices of the machine.
 #pragma once
 
-#include "capability/implementation_faults.h"
 #include "capability/opencl_functions.h"
+#include "capability/quirks.h"
 
 #include <cstdint>
 #include <vector>
@@ -17,7 +17,7 @@ struct root_device {
   capability_set capabilities;
   bool has_device_queues = false;
   std::uint64_t local_memory_size = 0;
-  implementation_faults faults;
+  qv::quirks quirks;
 };
 
 // All devices that can be used, in the order of the loader. Each is offered under `forced` if that holds any

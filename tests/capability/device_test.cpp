@@ -347,7 +347,7 @@ std::string number(Number value) {
 }
 
 bool is_harmless(const char* platform, const std::string& binary) {
-  return qv::is_harmless_binary(qv::faults_of_platform(platform),
+  return qv::is_harmless_binary(qv::quirks_of_platform(platform),
                                 reinterpret_cast<const unsigned char*>(binary.data()), binary.size());
 }
 

@@ -13,7 +13,7 @@ constexpr const char* implementations[] = {pocl, oclgrind, rusticl, "another"};
 qv::root_device device_of(const char* implementation) {
   qv::root_device device;
   device.cl = recording_functions();
-  device.faults = qv::faults_of_platform(implementation);
+  device.quirks = qv::quirks_of_platform(implementation);
   return device;
 }
 

@@ -1,4 +1,4 @@
-// Known faults of OpenCL implementations that end the process or spoil its memory, and so must be kept from
+// Known quirks of OpenCL implementations: what ends the process or spoils its memory, and so must be kept from
 // happening.
 #pragma once
 
@@ -9,7 +9,7 @@ namespace qv {
 // How many work-groups a launch may have before an implementation's counting fails.
 enum class group_limit { none, under_2_32_in_each_dimension, under_2_32_in_all };
 
-struct implementation_faults {
+struct quirks {
   // It keeps thread-local state that is gone once the thread's own destructors have run, and is used
   // nevertheless.
   bool uses_ended_thread_locals = false;
@@ -37,7 +37,7 @@ struct implementation_faults {
   group_limit groups = group_limit::none;
 };
 
-// By the name of the platform; an unknown platform has no known faults.
-implementation_faults faults_of_platform(std::string_view platform_name);
+// By the name of the platform; an unknown platform has no known quirks.
+quirks quirks_of_platform(std::string_view platform_name);
 
 } // namespace qv
