@@ -1,4 +1,9 @@
+#include "capability/buffers.h"
 #include "capability/executor.h"
+#include "capability/kernels.h"
+#include "capability/queues.h"
+
+#include <new>
 
 namespace qv {
 namespace {
@@ -14,21 +19,20 @@ cl_command_queue_properties queue_bits(const std::uint64_t* properties) {
   return 0;
 }
 
-} // namespace
-
-void create_context(const root_device& device, create_context_record& record) {
-  create_or_refuse(record, device.cl.create_context,
-                   reinterpret_cast<const cl_context_properties*>(record.properties), record.num_devices,
-                   device_array(record.devices), record.pfn_notify, record.user_data);
+// Puts an object of this library around the queue that was made, if one was.
+template <typename Record>
+void wrap_queue(const root_device& device, Record& record) {
+  if (record.status != CL_SUCCESS)
+    return;
+  auto* const made = static_cast<cl_command_queue>(record.result);
+  record.result = new (std::nothrow) queue_object(made);
+  if (record.result != nullptr)
+    return;
+  static_cast<void>(call_or_refuse(device.cl.release_command_queue, made));
+  record.status = CL_OUT_OF_HOST_MEMORY;
 }
 
-void create_command_queue(const root_device& device, create_command_queue_record& record) {
-  create_or_refuse(record, device.cl.create_command_queue, static_cast<cl_context>(record.context),
-                   static_cast<cl_device_id>(record.device), record.properties);
-}
-
-void create_command_queue_with_properties(const root_device& device,
-                                          create_command_queue_with_properties_record& record) {
+void make_queue(const root_device& device, create_command_queue_with_properties_record& record) {
   const auto context = static_cast<cl_context>(record.context);
   const auto id = static_cast<cl_device_id>(record.device);
   cl_command_queue_properties bits = queue_bits(record.properties);
@@ -45,9 +49,48 @@ void create_command_queue_with_properties(const root_device& device,
   create_or_refuse(record, device.cl.create_command_queue, context, id, bits);
 }
 
+} // namespace
+
+void create_context(const root_device& device, create_context_record& record) {
+  create_or_refuse(record, device.cl.create_context,
+                   reinterpret_cast<const cl_context_properties*>(record.properties), record.num_devices,
+                   device_array(record.devices), record.pfn_notify, record.user_data);
+}
+
+void create_command_queue(const root_device& device, create_command_queue_record& record) {
+  create_or_refuse(record, device.cl.create_command_queue, static_cast<cl_context>(record.context),
+                   static_cast<cl_device_id>(record.device), record.properties);
+  wrap_queue(device, record);
+}
+
+void create_command_queue_with_properties(const root_device& device,
+                                          create_command_queue_with_properties_record& record) {
+  make_queue(device, record);
+  wrap_queue(device, record);
+}
+
+void release_command_queue(const root_device& device, object_record& record) {
+  auto* const queue = static_cast<queue_object*>(record.object);
+  record.status = queue == nullptr ? CL_INVALID_COMMAND_QUEUE : queue->release(device.cl);
+}
+
 void create_buffer(const root_device& device, create_buffer_record& record) {
   create_or_refuse(record, device.cl.create_buffer, static_cast<cl_context>(record.context), record.flags,
                    record.size, record.host_ptr);
+  if (record.status != CL_SUCCESS || note_live_buffer(static_cast<cl_mem>(record.result)))
+    return;
+  static_cast<void>(call_or_refuse(device.cl.release_mem_object, static_cast<cl_mem>(record.result)));
+  record.result = nullptr;
+  record.status = CL_OUT_OF_HOST_MEMORY;
+}
+
+void release_mem_object(const root_device& device, object_record& record) {
+  auto* const buffer = static_cast<cl_mem>(record.object);
+  if (buffer != nullptr) {
+    forget_buffer(buffer);
+    kernel_object::drop_spares_with(device.cl, buffer);
+  }
+  record.status = call_or_refuse(device.cl.release_mem_object, buffer);
 }
 
 } // namespace qv

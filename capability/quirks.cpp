@@ -6,11 +6,11 @@ quirks quirks_of_platform(std::string_view platform_name) {
   quirks known;
   if (platform_name == "Oclgrind") {
     known.uses_ended_thread_locals = true;
-    known.reads_null_value_arguments = true;
     known.kernel_attributes_dangle = true;
     known.builds_are_not_thread_safe = true;
     known.takes_words_for_files = true;
   } else if (platform_name == "Portable Computing Language") {
+    known.tells_parameters_on_demand = true;
     known.asserts_on_large_local_arguments = true;
     known.asserts_on_truncated_binaries = true;
     known.reads_past_last_option = true;

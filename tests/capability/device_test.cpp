@@ -234,6 +234,7 @@ TEST_F(capability, handles_open_and_close_on_many_threads) {
 TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
   using row = std::tuple<std::uint32_t, std::array<std::size_t, 3>, cl_int, bool>;
   const qv::root_device device = only_device("Fake");
+  const own_objects own(device);
   const std::array<std::size_t, 3> global{64, 64, 64};
   for (const auto& [dimensions, local, status, given] :
        {row{1, {0, 0, 0}, 0, false}, row{3, {0, 0, 0}, 0, false}, row{1, {0, 8, 8}, 0, false},
@@ -241,7 +242,8 @@ TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
         row{3, {0, 0, 1}, -54, false}, row{0, {1, 1, 1}, -53, false}, row{4, {1, 1, 1}, -53, false},
         row{~0u, {0, 0, 0}, -53, false}}) {
     qv::enqueue_nd_range_kernel_record record{};
-    record.kernel = &calls;
+    record.command_queue = own.queue;
+    record.kernel = own.kernel;
     record.work_dim = dimensions;
     record.global_work_size = global.data();
     record.local_work_size = local.data();
@@ -277,8 +279,13 @@ TEST_F(capability, platforms_are_not_asked_for_what_came_after_them) {
   const qv::root_device device = only_device(platform, plain_device("OpenCL 1.1"));
 
   EXPECT_EQ(status_of<operation::create_program_with_il>(device, {}), CL_INVALID_OPERATION);
-  EXPECT_EQ(status_of<operation::set_program_specialization_constant>(device, {}), CL_INVALID_OPERATION);
-  EXPECT_EQ(status_of<operation::enqueue_fill_buffer>(device, {}), CL_INVALID_OPERATION);
+  qv::program_object program(nullptr, false);
+  qv::queue_object queue(nullptr);
+  EXPECT_EQ(status_of<operation::set_program_specialization_constant>(device, {&program, 0, 0, nullptr, 0}),
+            CL_INVALID_OPERATION);
+  qv::enqueue_fill_buffer_record fill{};
+  fill.command_queue = &queue;
+  EXPECT_EQ(status_of<operation::enqueue_fill_buffer>(device, fill), CL_INVALID_OPERATION);
   qv::create_program_with_builtin_kernels_record builtin{};
   for (const auto& [names, status] :
        {std::pair{"some", CL_INVALID_OPERATION}, {"", CL_INVALID_VALUE}, {nullptr, CL_INVALID_VALUE}}) {
@@ -315,25 +322,13 @@ TEST_F(capability, older_devices_answer_what_a_start_asks) {
   }
 }
 
-TEST_F(capability, arguments_that_end_the_process_are_refused) {
-  using row = std::tuple<const char*, std::uint32_t, std::size_t, bool, cl_int>;
-  const std::size_t value = 0;
-  for (const auto& [platform, index, size, is_null, status] :
-       {row{"Oclgrind", 1, 4, true, -50}, row{"Oclgrind", 1, 4, false, 0}, row{"Oclgrind", 0, 8, true, 0},
-        row{"Oclgrind", 2, 4096, true, 0}, row{"Oclgrind", 9, 4, true, 0}, row{"Fake", 1, 4, true, 0},
-        row{"Portable Computing Language", 2, 1024, true, 0},
-        row{"Portable Computing Language", 2, 1025, true, -5}}) {
-    const qv::set_kernel_arg_record record{nullptr, size, is_null ? nullptr : &value, 77, index};
-    EXPECT_EQ(status_of<operation::set_kernel_arg>(only_device(platform), record), status)
-        << platform << " " << index;
-  }
-}
-
 TEST_F(capability, attributes_of_freed_memory_are_not_read) {
   for (const auto& [platform, expected] : {std::pair{"Oclgrind", ""}, std::pair{"Fake", "garbage"}}) {
     const qv::root_device device = only_device(platform);
+    const own_objects own(device);
     std::array<char, 8> text{};
-    qv::get_object_info_record record{fake, text.size(), text.data(), nullptr, 77, CL_KERNEL_ATTRIBUTES};
+    qv::get_object_info_record record{own.kernel, text.size(), text.data(),
+                                      nullptr,    77,          CL_KERNEL_ATTRIBUTES};
     call<operation::get_kernel_info>(device, 3, record);
     EXPECT_EQ(record.status, CL_SUCCESS);
     EXPECT_STREQ(text.data(), expected);
@@ -400,7 +395,8 @@ struct at_thread_end {
 
 TEST_F(capability, ended_threads_do_not_call_implementations_that_need_them) {
   const qv::root_device device = only_device("Oclgrind");
-  qv::object_record finish{fake, 77};
+  qv::queue_object queue(nullptr);
+  qv::object_record finish{&queue, 77};
   qv::object_record release{fake, 77};
   std::thread::id ended;
   std::thread([&] {
