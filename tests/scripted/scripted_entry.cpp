@@ -21,34 +21,7 @@ std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t co
   return 0;
 }
 
-// Performs the operation on its record and returns the transport code.
-std::int32_t perform(session& now, qv::operation operation, void* record) {
-  if (const auto planned = now.world.take_plan(way::action, operation)) {
-    now.lock.unlock();
-    planned->run();
-    now.lock.lock();
-  }
-  if (const auto failure = now.world.take_plan(way::transport, operation))
-    return failure->value;
-  const auto failure = now.world.take_plan(way::status, operation);
-  for (const auto& handlers : {object_handlers, queue_handlers, program_handlers})
-    for (const handler_row& row : handlers)
-      if (row.operation == operation) {
-        row.run(now, record, failure ? std::optional(failure->value) : std::nullopt);
-        return 0;
-      }
-  now.world.complain("a command that is not simulated");
-  return QV_INVALID_COMMAND_ID;
-}
-
 } // namespace
-
-bool is_release(qv::operation operation) {
-  using enum qv::operation;
-  const auto all = {release_command_queue, release_context,    release_device, release_event,
-                    release_kernel,        release_mem_object, release_program};
-  return std::find(all.begin(), all.end(), operation) != all.end();
-}
 
 } // namespace scripted
 

@@ -142,6 +142,7 @@ public:
   std::vector<std::string> misuses;
   std::map<std::string, kernel_function> kernels;
   std::uint64_t version = std::uint64_t{1} << 63;
+  std::int32_t wait_status = 0;
   bool check_at_exit = false;
 };
 
@@ -173,6 +174,9 @@ struct handler_row {
   handler run;
 };
 extern const std::span<const handler_row> object_handlers, queue_handlers, program_handlers;
+
+// Performs the operation on its record, and returns the transport code.
+std::int32_t perform(session& now, qv::operation operation, void* record);
 
 // A release takes effect whatever it reports, so that the balance can still be drawn.
 bool is_release(qv::operation operation);

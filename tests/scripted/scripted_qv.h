@@ -119,6 +119,8 @@ SCRIPTED_API void fail_transport(qv::operation operation, int nth, std::int32_t 
 SCRIPTED_API void fail_event(qv::operation operation, int nth, std::int32_t status);
 // Runs before the `nth` coming call of the operation has any effect, on the thread of that call.
 SCRIPTED_API void before_call(qv::operation operation, int nth, std::function<void()> action);
+// OpenCL's wait for events fails, with that status, and the work of the queue is never done. 0: it waits again.
+SCRIPTED_API void fail_waits(std::int32_t status);
 // True if no failure that was asked for is still to come. Forgets those that are.
 SCRIPTED_API bool no_failure_left();
 
