@@ -2,32 +2,15 @@
 #pragma once
 
 #include "capability/commands.h"
+#include "capability/opencl_call.h"
 #include "capability/root_device.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <utility>
 
 namespace qv {
 
 using executor = void (*)(const root_device&, void* record);
-
-// Calls an entry point, or answers as OpenCL does for what a device does not support.
-template <typename... Parameters, typename... Arguments>
-cl_int call_or_refuse(cl_int (*function)(Parameters...), Arguments&&... arguments) {
-  if (function == nullptr)
-    return CL_INVALID_OPERATION;
-  return function(std::forward<Arguments>(arguments)...);
-}
-
-// The same for entry points that give out an object, and the status through their last parameter.
-template <typename Record, typename Object, typename... Parameters, typename... Arguments>
-void create_or_refuse(Record& record, Object (*function)(Parameters...), Arguments&&... arguments) {
-  record.result = nullptr;
-  record.status = CL_INVALID_OPERATION;
-  if (function != nullptr)
-    record.result = function(std::forward<Arguments>(arguments)..., &record.status);
-}
 
 // True for what some implementations follow blindly: an array, or an entry of it, that is not there.
 template <typename Entry>
