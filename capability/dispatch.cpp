@@ -78,7 +78,7 @@ constexpr std::array entries{
     query<op::get_event_profiling_info, &cl::get_event_profiling_info, cl_event>(),
     perform<op::get_extension_function_address_for_platform, get_extension_function_address>(),
     perform<op::get_kernel_info, get_kernel_info>(),
-    query_for_device<op::get_kernel_work_group_info, &cl::get_kernel_work_group_info, cl_kernel>(),
+    perform<op::get_kernel_work_group_info, get_kernel_work_group_info>(),
     query_for_device<op::get_program_build_info, &cl::get_program_build_info, cl_program>(),
     query<op::get_program_info, &cl::get_program_info, cl_program>(),
     call_with_object<op::release_command_queue, &cl::release_command_queue, cl_command_queue>(is_release),

@@ -3,7 +3,6 @@
 #include "capability/executor.h"
 #include "capability/spirv_module.h"
 
-#include <atomic>
 #include <cstring>
 #include <mutex>
 
@@ -22,6 +21,8 @@ bool refuse_harmful_binaries(const quirks& known, create_program_with_binary_rec
   if (record.num_devices == 0 || record.device_list == nullptr || record.lengths == nullptr ||
       record.binaries == nullptr)
     return refuse(record, CL_INVALID_VALUE);
+  if (lacks_devices(record.device_list, record.num_devices))
+    return refuse(record, CL_INVALID_DEVICE);
   for (cl_uint i = 0; i < record.num_devices; ++i) {
     if (record.lengths[i] == 0 || record.binaries[i] == nullptr)
       return refuse(record, CL_INVALID_VALUE);
@@ -34,14 +35,31 @@ bool refuse_harmful_binaries(const quirks& known, create_program_with_binary_rec
   return false;
 }
 
-// The loader's entry point, which is the same for all platforms.
-std::atomic<decltype(opencl_functions::create_program_with_il)> create_with_il{nullptr};
+// The program that was made to find out whether one can be made.
+bool give_kept_program(const root_device& device, create_program_with_builtin_kernels_record& record) {
+  if (device.kept == nullptr || record.num_devices != 1 || record.device_list == nullptr ||
+      record.device_list[0] != device.id)
+    return false;
+  record.result =
+      device.kept->take_builtin_program(static_cast<cl_context>(record.context), record.kernel_names);
+  record.status = CL_SUCCESS;
+  return record.result != nullptr;
+}
+
+// The loader's entry points, which are the same for all platforms.
+std::mutex loader_lock;
+opencl_functions loader;
 
 // What is given out for clCreateProgramWithILKHR: that is called without this library.
 cl_program CL_API_CALL create_program_with_checked_il(cl_context context, const void* il, std::size_t length,
                                                       cl_int* status) {
-  if (is_whole_if_spirv(il, length))
-    return create_with_il.load()(context, il, length, status);
+  opencl_functions cl;
+  {
+    const std::lock_guard guard(loader_lock);
+    cl = loader;
+  }
+  if (is_harmless_module(cl, context, il, length))
+    return cl.create_program_with_il(context, il, length, status);
   if (status != nullptr)
     *status = CL_INVALID_VALUE;
   return nullptr;
@@ -74,14 +92,24 @@ void create_program_with_builtin_kernels(const root_device& device,
     refuse(record, CL_INVALID_VALUE);
     return;
   }
+  if (lacks_devices(record.device_list, record.num_devices)) {
+    refuse(record, CL_INVALID_DEVICE);
+    return;
+  }
+  if (device.quirks.crashes_on_builtin_kernels) {
+    refuse(record, CL_INVALID_OPERATION);
+    return;
+  }
+  if (give_kept_program(device, record))
+    return;
   create_or_refuse(record, device.cl.create_program_with_builtin_kernels,
                    static_cast<cl_context>(record.context), record.num_devices,
                    device_array(record.device_list), record.kernel_names);
 }
 
 void create_program_with_il(const root_device& device, create_program_with_il_record& record) {
-  // Some compilers end the process over a module that is cut short.
-  if (!is_whole_if_spirv(record.il, record.length)) {
+  // Some compilers end the process over a module that is cut short, or too new.
+  if (!is_harmless_module(device.cl, static_cast<cl_context>(record.context), record.il, record.length)) {
     refuse(record, CL_INVALID_VALUE);
     return;
   }
@@ -106,12 +134,17 @@ void get_extension_function_address(const root_device& device,
   // A platform of 2.1 or later has the same as an entry point of its own.
   if (record.result != nullptr && device.cl.create_program_with_il != nullptr &&
       std::strcmp(record.func_name, "clCreateProgramWithILKHR") == 0) {
-    create_with_il = device.cl.create_program_with_il;
+    const std::lock_guard guard(loader_lock);
+    loader = device.cl;
     record.result = reinterpret_cast<void*>(&create_program_with_checked_il);
   }
 }
 
 void build_program(const root_device& device, build_program_record& record) {
+  if (lacks_devices(record.device_list, record.num_devices)) {
+    record.status = CL_INVALID_DEVICE;
+    return;
+  }
   if (record.options != nullptr && !are_harmless_options(device.quirks, record.options)) {
     record.status = CL_INVALID_BUILD_OPTIONS;
     return;

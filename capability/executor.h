@@ -18,6 +18,11 @@ bool lacks_entries(Entry* const* array, std::size_t count) {
   return count != 0 && (array == nullptr || std::find(array, array + count, nullptr) != array + count);
 }
 
+// The same for a list of devices; one that is not there at all is left to OpenCL.
+inline bool lacks_devices(void* const* devices, std::size_t count) {
+  return devices != nullptr && lacks_entries(devices, count);
+}
+
 inline const cl_device_id* device_array(void* const* devices) {
   return reinterpret_cast<const cl_device_id*>(devices);
 }
@@ -57,6 +62,7 @@ void set_kernel_arg(const root_device& device, set_kernel_arg_record& record);
 void get_device_info(const root_device& device, get_device_info_record& record);
 void get_context_info(const root_device& device, get_context_info_record& record);
 void get_kernel_info(const root_device& device, get_object_info_record& record);
+void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record);
 void device_of_handle(const root_device& device, device_of_handle_record& record);
 void retain_device(const root_device& device, object_record& record);
 void release_device(const root_device& device, object_record& record);

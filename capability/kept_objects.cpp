@@ -1,0 +1,88 @@
+#include "capability/kept_objects.h"
+
+#include "capability/opencl_call.h"
+#include "capability/thread_end.h"
+
+#include <utility>
+
+namespace qv {
+
+kept_objects::kept_objects(const opencl_functions& cl, cl_device_id device, bool needs_thread_locals)
+    : cl_(cl), device_(device), needs_thread_locals_(needs_thread_locals) {
+  if (needs_thread_locals_)
+    static_cast<void>(thread_locals_have_ended()); // so that the end of this thread is noticed
+}
+
+kept_objects::~kept_objects() {
+  if (needs_thread_locals_ && thread_locals_have_ended())
+    return;
+  if (program_ != nullptr)
+    static_cast<void>(call_or_refuse(cl_.release_program, program_));
+  if (queue_ != nullptr)
+    static_cast<void>(call_or_refuse(cl_.release_command_queue, queue_));
+  if (context_ != nullptr && !is_context_taken_)
+    static_cast<void>(call_or_refuse(cl_.release_context, context_));
+}
+
+cl_int kept_objects::make_context() {
+  cl_int status = CL_SUCCESS;
+  context_ = make_or_refuse(status, cl_.create_context, nullptr, cl_uint{1}, &device_, &hand_on,
+                            static_cast<void*>(this));
+  return status;
+}
+
+cl_int kept_objects::make_queue() {
+  cl_int status = CL_SUCCESS;
+  if (cl_.create_command_queue_with_properties != nullptr)
+    queue_ = make_or_refuse(status, cl_.create_command_queue_with_properties, context_, device_, nullptr);
+  else
+    queue_ =
+        make_or_refuse(status, cl_.create_command_queue, context_, device_, cl_command_queue_properties{0});
+  return status;
+}
+
+cl_int kept_objects::make_builtin_program(const std::string& names) {
+  cl_int status = CL_SUCCESS;
+  names_ = names;
+  program_ = make_or_refuse(status, cl_.create_program_with_builtin_kernels, context_, cl_uint{1}, &device_,
+                            names_.c_str());
+  return status;
+}
+
+template <typename Object>
+Object kept_objects::take(Object& object, bool is_meant) {
+  return is_meant ? std::exchange(object, nullptr) : nullptr;
+}
+
+cl_context kept_objects::take_context(context_notify notify, void* user_data) {
+  const std::lock_guard guard(lock_);
+  if (std::exchange(is_context_taken_, true))
+    return nullptr;
+  notify_ = notify;
+  user_data_ = user_data;
+  return context_;
+}
+
+cl_command_queue kept_objects::take_queue(cl_context context) {
+  const std::lock_guard guard(lock_);
+  return take(queue_, is_context_taken_ && context == context_);
+}
+
+cl_program kept_objects::take_builtin_program(cl_context context, const char* names) {
+  const std::lock_guard guard(lock_);
+  return take(program_, is_context_taken_ && context == context_ && names == names_);
+}
+
+// Whoever has the context has its errors.
+void CL_CALLBACK kept_objects::hand_on(const char* message, const void* private_info, std::size_t size,
+                                       void* objects) {
+  auto& self = *static_cast<kept_objects*>(objects);
+  std::unique_lock guard(self.lock_);
+  const context_notify notify = self.notify_;
+  void* const user_data = self.user_data_;
+  guard.unlock();
+  if (notify != nullptr)
+    notify(message, private_info, size, user_data);
+}
+
+} // namespace qv

@@ -1,0 +1,56 @@
+// What was made of a device to find out whether it works.
+#pragma once
+
+#include "capability/opencl_functions.h"
+
+#include <mutex>
+#include <string>
+
+namespace qv {
+
+using context_notify = void(CL_CALLBACK*)(const char* message, const void* private_info, std::size_t size,
+                                          void* user_data);
+
+// A context of one device, a plain queue in it and the program of the device's built-in kernels. They are kept
+// for the first who asks for the like, so that finding out costs nothing; what nobody has taken is released.
+class kept_objects {
+public:
+  // `needs_thread_locals`: the implementation is not to be called on a thread past its end.
+  kept_objects(const opencl_functions& cl, cl_device_id device, bool needs_thread_locals);
+  ~kept_objects();
+  kept_objects(const kept_objects&) = delete;
+  kept_objects& operator=(const kept_objects&) = delete;
+
+  // A status. The context comes first.
+  cl_int make_context();
+  cl_int make_queue();
+  cl_int make_builtin_program(const std::string& names);
+
+  // Null if there is none, or none any more. From then on the object is the caller's. Errors of the context are told by
+  // `notify`, which may be null.
+  cl_context take_context(context_notify notify, void* user_data);
+  cl_command_queue take_queue(cl_context context);
+  cl_program take_builtin_program(cl_context context, const char* names);
+
+private:
+  static void CL_CALLBACK hand_on(const char* message, const void* private_info, std::size_t size,
+                                  void* objects);
+
+  template <typename Object>
+  Object take(Object& object, bool is_meant);
+
+  const opencl_functions cl_;
+  const cl_device_id device_;
+  const bool needs_thread_locals_;
+  std::string names_;
+
+  std::mutex lock_;
+  cl_context context_ = nullptr;
+  bool is_context_taken_ = false;
+  cl_command_queue queue_ = nullptr;
+  cl_program program_ = nullptr;
+  context_notify notify_ = nullptr;
+  void* user_data_ = nullptr;
+};
+
+} // namespace qv
