@@ -3,18 +3,29 @@
 #include "capability/opencl_call.h"
 #include "capability/thread_end.h"
 
+#include <atomic>
 #include <utility>
 
 namespace qv {
+namespace {
 
-kept_objects::kept_objects(const opencl_functions& cl, cl_device_id device, bool needs_thread_locals)
-    : cl_(cl), device_(device), needs_thread_locals_(needs_thread_locals) {
-  if (needs_thread_locals_)
+// Whom an implementation that loses the user data means: those that do have one device.
+std::atomic<kept_objects*> without_user_data{nullptr};
+
+} // namespace
+
+kept_objects::kept_objects(const opencl_functions& cl, cl_device_id device, const quirks& known)
+    : cl_(cl), device_(device), known_(known) {
+  if (known_.loses_user_data_of_contexts)
+    without_user_data = this;
+  if (known_.uses_ended_thread_locals)
     static_cast<void>(thread_locals_have_ended()); // so that the end of this thread is noticed
 }
 
 kept_objects::~kept_objects() {
-  if (needs_thread_locals_ && thread_locals_have_ended())
+  kept_objects* self = this;
+  without_user_data.compare_exchange_strong(self, nullptr);
+  if (known_.uses_ended_thread_locals && thread_locals_have_ended())
     return;
   if (program_ != nullptr)
     static_cast<void>(call_or_refuse(cl_.release_program, program_));
@@ -76,10 +87,12 @@ cl_program kept_objects::take_builtin_program(cl_context context, const char* na
 // Whoever has the context has its errors.
 void CL_CALLBACK kept_objects::hand_on(const char* message, const void* private_info, std::size_t size,
                                        void* objects) {
-  auto& self = *static_cast<kept_objects*>(objects);
-  std::unique_lock guard(self.lock_);
-  const context_notify notify = self.notify_;
-  void* const user_data = self.user_data_;
+  auto* const self = objects == nullptr ? without_user_data.load() : static_cast<kept_objects*>(objects);
+  if (self == nullptr)
+    return;
+  std::unique_lock guard(self->lock_);
+  const context_notify notify = self->notify_;
+  void* const user_data = self->user_data_;
   guard.unlock();
   if (notify != nullptr)
     notify(message, private_info, size, user_data);

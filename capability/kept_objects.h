@@ -2,6 +2,7 @@
 #pragma once
 
 #include "capability/opencl_functions.h"
+#include "capability/quirks.h"
 
 #include <mutex>
 #include <string>
@@ -15,8 +16,7 @@ using context_notify = void(CL_CALLBACK*)(const char* message, const void* priva
 // for the first who asks for the like, so that finding out costs nothing; what nobody has taken is released.
 class kept_objects {
 public:
-  // `needs_thread_locals`: the implementation is not to be called on a thread past its end.
-  kept_objects(const opencl_functions& cl, cl_device_id device, bool needs_thread_locals);
+  kept_objects(const opencl_functions& cl, cl_device_id device, const quirks& known);
   ~kept_objects();
   kept_objects(const kept_objects&) = delete;
   kept_objects& operator=(const kept_objects&) = delete;
@@ -41,7 +41,7 @@ private:
 
   const opencl_functions cl_;
   const cl_device_id device_;
-  const bool needs_thread_locals_;
+  const quirks known_;
   std::string names_;
 
   std::mutex lock_;

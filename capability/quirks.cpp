@@ -13,6 +13,7 @@ struct quirks_row {
 constexpr std::array rows{
     quirks_row{"Oclgrind",
                {.uses_ended_thread_locals = true,
+                .loses_user_data_of_contexts = true,
                 .reads_null_value_arguments = true,
                 .kernel_attributes_dangle = true,
                 .builds_are_not_thread_safe = true,

@@ -16,6 +16,8 @@ struct quirks {
   // It keeps thread-local state that is gone once the thread's own destructors have run, and is used
   // nevertheless.
   bool uses_ended_thread_locals = false;
+  // The callback of a context is called without its user data.
+  bool loses_user_data_of_contexts = false;
   // A null value for an argument that is no memory is read.
   bool reads_null_value_arguments = false;
   // The text of CL_KERNEL_ATTRIBUTES is memory that was freed.

@@ -52,7 +52,7 @@ bool has_extension(const root_device& device, const std::string& name) {
 
 // What the first who uses the device will ask it for: what of it is lacking, or nothing.
 std::string try_context_and_queue(root_device& device) {
-  device.kept = std::make_shared<kept_objects>(device.cl, device.id, device.quirks.uses_ended_thread_locals);
+  device.kept = std::make_shared<kept_objects>(device.cl, device.id, device.quirks);
   if (const cl_int status = device.kept->make_context(); status != CL_SUCCESS)
     return with_status("it gives no context", status);
   if (const cl_int status = device.kept->make_queue(); status != CL_SUCCESS)
