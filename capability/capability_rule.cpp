@@ -55,7 +55,7 @@ bool has_features_since(const opencl_functions& cl, cl_device_id device, opencl_
 }
 
 bool takes_il(const opencl_functions& cl, cl_device_id device, const char* il) {
-  return device_text(cl, device, CL_DEVICE_IL_VERSION).find(il) != std::string::npos;
+  return device_text(cl, device, CL_DEVICE_IL_VERSION).value_or("").find(il) != std::string::npos;
 }
 
 } // namespace

@@ -1,17 +1,26 @@
 #include "capability/device_queries.h"
 
+#include "capability/opencl_call.h"
+
 namespace qv {
 namespace {
 
+// What is longer is no text of a device, and no memory is spent on it.
+constexpr std::size_t most_bytes_of_text = std::size_t{1} << 20;
+
 template <typename Query, typename Object>
-std::string text_of(Query query, Object object, cl_uint name) {
+std::optional<std::string> text_of(Query query, Object object, cl_uint name) {
   std::size_t size = 0;
-  if (query == nullptr || query(object, name, 0, nullptr, &size) != CL_SUCCESS || size == 0)
-    return {};
+  if (call_or_refuse(query, object, name, std::size_t{0}, nullptr, &size) != CL_SUCCESS ||
+      size > most_bytes_of_text)
+    return std::nullopt;
   std::string text(size, '\0');
-  if (query(object, name, size, text.data(), nullptr) != CL_SUCCESS)
-    return {};
-  text.resize(text.find('\0') == std::string::npos ? size : text.find('\0'));
+  std::size_t given = 0;
+  if (size != 0 &&
+      (call_or_refuse(query, object, name, size, text.data(), &given) != CL_SUCCESS || given != size))
+    return std::nullopt;
+  if (const std::size_t end = text.find('\0'); end != std::string::npos)
+    text.resize(end);
   return text;
 }
 
@@ -19,18 +28,19 @@ std::string text_of(Query query, Object object, cl_uint name) {
 template <typename Query, typename Object>
 std::uint64_t number_of(Query query, Object object, cl_uint name) {
   std::uint64_t number = 0;
-  if (query == nullptr || query(object, name, sizeof number, &number, nullptr) != CL_SUCCESS)
+  if (call_or_refuse(query, object, name, sizeof number, &number, nullptr) != CL_SUCCESS)
     return 0;
   return number;
 }
 
 } // namespace
 
-std::string platform_text(const opencl_functions& cl, cl_platform_id platform, cl_platform_info name) {
+std::optional<std::string> platform_text(const opencl_functions& cl, cl_platform_id platform,
+                                         cl_platform_info name) {
   return text_of(cl.get_platform_info, platform, name);
 }
 
-std::string device_text(const opencl_functions& cl, cl_device_id device, cl_device_info name) {
+std::optional<std::string> device_text(const opencl_functions& cl, cl_device_id device, cl_device_info name) {
   return text_of(cl.get_device_info, device, name);
 }
 

@@ -19,6 +19,35 @@ cl_command_queue_properties queue_bits(const std::uint64_t* properties) {
   return 0;
 }
 
+// Whether a list asks for nothing but CL_QUEUE_PROPERTIES.
+bool has_bits_alone(const std::uint64_t* properties) {
+  return properties == nullptr || properties[0] == 0 ||
+         (properties[0] == CL_QUEUE_PROPERTIES && properties[2] == 0);
+}
+
+// Gives out what was kept from trying the device, if anything was.
+template <typename Record, typename Object>
+bool give(Record& record, Object* kept) {
+  record.result = kept;
+  record.status = CL_SUCCESS;
+  return kept != nullptr;
+}
+
+bool give_kept_context(const root_device& device, create_context_record& record) {
+  const bool is_for_device = record.properties == nullptr && record.num_devices == 1 &&
+                             record.devices != nullptr && record.devices[0] == device.id;
+  const bool is_valid = record.pfn_notify != nullptr || record.user_data == nullptr;
+  return device.kept != nullptr && is_for_device && is_valid &&
+         give(record, device.kept->take_context(record.pfn_notify, record.user_data));
+}
+
+// A queue of the host's; nothing but what OpenCL itself would make.
+template <typename Record>
+bool give_kept_queue(const root_device& device, Record& record, cl_command_queue_properties bits) {
+  return device.kept != nullptr && record.device == device.id &&
+         give(record, device.kept->take_queue(static_cast<cl_context>(record.context), bits));
+}
+
 // Puts an object of this library around the queue that was made, if one was.
 template <typename Record>
 void wrap_queue(const root_device& device, Record& record) {
@@ -38,28 +67,41 @@ void make_queue(const root_device& device, create_command_queue_with_properties_
   cl_command_queue_properties bits = queue_bits(record.properties);
   const bool for_device = (bits & CL_QUEUE_ON_DEVICE) != 0;
 
+  if (has_bits_alone(record.properties) && give_kept_queue(device, record, bits))
+    return;
   if (device.cl.create_command_queue_with_properties != nullptr &&
       (!for_device || device.has_device_queues)) {
     create_or_refuse(record, device.cl.create_command_queue_with_properties, context, id, record.properties);
-    return;
+    if (record.status == CL_SUCCESS || (bits & CL_QUEUE_ON_DEVICE_DEFAULT) == 0)
+      return;
   }
   // An on-device queue is always out of order; the plain one that stands in for it is not, since not every
-  // device has such queues.
+  // device has such queues. A device that lacks only the default one works without it.
   bits &= for_device ? CL_QUEUE_PROFILING_ENABLE : host_queue_bits;
+  if (give_kept_queue(device, record, bits))
+    return;
   create_or_refuse(record, device.cl.create_command_queue, context, id, bits);
 }
 
 } // namespace
 
 void create_context(const root_device& device, create_context_record& record) {
+  if (lacks_devices(record.devices, record.num_devices)) {
+    record.result = nullptr;
+    record.status = CL_INVALID_DEVICE;
+    return;
+  }
+  if (give_kept_context(device, record))
+    return;
   create_or_refuse(record, device.cl.create_context,
                    reinterpret_cast<const cl_context_properties*>(record.properties), record.num_devices,
                    device_array(record.devices), record.pfn_notify, record.user_data);
 }
 
 void create_command_queue(const root_device& device, create_command_queue_record& record) {
-  create_or_refuse(record, device.cl.create_command_queue, static_cast<cl_context>(record.context),
-                   static_cast<cl_device_id>(record.device), record.properties);
+  if (!give_kept_queue(device, record, record.properties))
+    create_or_refuse(record, device.cl.create_command_queue, static_cast<cl_context>(record.context),
+                     static_cast<cl_device_id>(record.device), record.properties);
   wrap_queue(device, record);
 }
 

@@ -27,6 +27,8 @@ bool refuse_harmful_binaries(const quirks& known, create_program_with_binary_rec
   if (record.num_devices == 0 || record.device_list == nullptr || record.lengths == nullptr ||
       record.binaries == nullptr)
     return refuse(record, CL_INVALID_VALUE);
+  if (lacks_devices(record.device_list, record.num_devices))
+    return refuse(record, CL_INVALID_DEVICE);
   for (cl_uint i = 0; i < record.num_devices; ++i) {
     if (record.lengths[i] == 0 || record.binaries[i] == nullptr)
       return refuse(record, CL_INVALID_VALUE);
@@ -37,6 +39,17 @@ bool refuse_harmful_binaries(const quirks& known, create_program_with_binary_rec
     return refuse(record, CL_INVALID_BINARY);
   }
   return false;
+}
+
+// The program that was made to find out whether one can be made.
+bool give_kept_program(const root_device& device, create_program_with_builtin_kernels_record& record) {
+  if (device.kept == nullptr || record.num_devices != 1 || record.device_list == nullptr ||
+      record.device_list[0] != device.id)
+    return false;
+  record.result =
+      device.kept->take_builtin_program(static_cast<cl_context>(record.context), record.kernel_names);
+  record.status = CL_SUCCESS;
+  return record.result != nullptr;
 }
 
 // Puts an object of this library around the program that was made, if one was.
@@ -103,15 +116,24 @@ void create_program_with_builtin_kernels(const root_device& device,
     refuse(record, CL_INVALID_VALUE);
     return;
   }
-  create_or_refuse(record, device.cl.create_program_with_builtin_kernels,
-                   static_cast<cl_context>(record.context), record.num_devices,
-                   device_array(record.device_list), record.kernel_names);
+  if (lacks_devices(record.device_list, record.num_devices)) {
+    refuse(record, CL_INVALID_DEVICE);
+    return;
+  }
+  if (device.quirks.crashes_on_builtin_kernels) {
+    refuse(record, CL_INVALID_OPERATION);
+    return;
+  }
+  if (!give_kept_program(device, record))
+    create_or_refuse(record, device.cl.create_program_with_builtin_kernels,
+                     static_cast<cl_context>(record.context), record.num_devices,
+                     device_array(record.device_list), record.kernel_names);
   wrap_program(device, record);
 }
 
 void create_program_with_il(const root_device& device, create_program_with_il_record& record) {
-  // Some compilers end the process over a module that is cut short.
-  if (!is_whole_if_spirv(record.il, record.length)) {
+  // Some compilers end the process over a module that is cut short, or too new.
+  if (!is_harmless_module(device.cl, static_cast<cl_context>(record.context), record.il, record.length)) {
     refuse(record, CL_INVALID_VALUE);
     return;
   }
@@ -148,6 +170,10 @@ void build_program(const root_device& device, build_program_record& record) {
   auto* const program = static_cast<program_object*>(record.program);
   if (program == nullptr) {
     record.status = CL_INVALID_PROGRAM;
+    return;
+  }
+  if (lacks_devices(record.device_list, record.num_devices)) {
+    record.status = CL_INVALID_DEVICE;
     return;
   }
   if (record.options != nullptr && !are_harmless_options(device.quirks, record.options)) {

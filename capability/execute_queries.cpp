@@ -1,3 +1,4 @@
+#include "capability/device_queries.h"
 #include "capability/executor.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
@@ -29,21 +30,31 @@ void ask(Record& record, Query query, Objects... about) {
                                  record.param_value, record.param_value_size_ret);
 }
 
-// What a device older than its capability must still answer, because every start asks it.
-void answer_for_older_device(const root_device& device, get_device_info_record& record) {
+// What a device must answer even if it knows nothing of it, because every start asks it.
+void answer_for_device(const root_device& device, get_device_info_record& record) {
   constexpr cl_uint no_queue = 0;
-  if (record.param_name == CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE && device.version < opencl_version{2, 0})
+  if (record.param_name == CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE)
     answer(record, &no_queue, sizeof no_queue);
   if (record.param_name == CL_DEVICE_BUILT_IN_KERNELS && device.version < opencl_version{1, 2})
     answer(record, "", 1);
 }
 
+void answer_largest_group(const root_device& device, get_object_device_info_record& record) {
+  if (const std::size_t size = device_number(device.cl, device.id, CL_DEVICE_MAX_WORK_GROUP_SIZE); size != 0)
+    answer(record, &size, sizeof size);
+}
+
 } // namespace
 
 void get_device_info(const root_device& device, get_device_info_record& record) {
+  const std::string* const text = record.device == device.id ? device.find_text(record.param_name) : nullptr;
+  if (text != nullptr) {
+    answer(record, text->c_str(), text->size() + 1);
+    return;
+  }
   ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
   if (record.status == CL_INVALID_VALUE)
-    answer_for_older_device(device, record);
+    answer_for_device(device, record);
 }
 
 void get_context_info(const root_device& device, get_context_info_record& record) {
@@ -80,6 +91,9 @@ void get_kernel_work_group_info(const root_device& device, get_object_device_inf
   else
     ask(record, device.cl.get_kernel_work_group_info, kernel->kernel(),
         static_cast<cl_device_id>(record.device));
+  if (record.status == CL_SUCCESS && record.param_name == CL_KERNEL_WORK_GROUP_SIZE &&
+      device.quirks.understates_group_sizes)
+    answer_largest_group(device, record);
 }
 
 void get_program_info(const root_device& device, get_object_info_record& record) {

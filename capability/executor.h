@@ -18,6 +18,11 @@ bool lacks_entries(Entry* const* array, std::size_t count) {
   return count != 0 && (array == nullptr || std::find(array, array + count, nullptr) != array + count);
 }
 
+// The same for a list of devices; one that is not there at all is left to OpenCL.
+inline bool lacks_devices(void* const* devices, std::size_t count) {
+  return devices != nullptr && lacks_entries(devices, count);
+}
+
 inline const cl_device_id* device_array(void* const* devices) {
   return reinterpret_cast<const cl_device_id*>(devices);
 }

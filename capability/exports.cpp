@@ -6,7 +6,7 @@
 namespace qv {
 namespace {
 
-// The machine is looked at once, by the first call that asks for it. It has to outlive every open handle,
+// The machine is looked at once, by the first call that asks for it and has the memory. It has to outlive every open handle,
 // also in a process that ends without closing them, so it is freed only if there is none.
 std::mutex machine_lock;
 const machine* the_machine = nullptr;
@@ -26,9 +26,11 @@ struct machine_end {
 
 // Null if the process is past its end. With the lock held.
 const machine* find_machine() {
+  if (the_machine != nullptr || has_ended)
+    return the_machine;
+  the_machine = new machine(look_at_machine(opencl_loader_name, secure_getenv("QV_OPENCL_VERSIONS")));
+  // Made when OpenCL has been loaded, so that its own end comes later.
   static const machine_end end;
-  if (the_machine == nullptr && !has_ended)
-    the_machine = new machine(look_at_machine(opencl_loader_name, std::getenv("QV_OPENCL_VERSIONS")));
   return the_machine;
 }
 

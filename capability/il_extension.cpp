@@ -61,8 +61,8 @@ cl_program CL_API_CALL create_checked(cl_context context, const void* il, std::s
                                       cl_int* status) noexcept {
   cl_int result = CL_INVALID_VALUE;
   program_object* made = nullptr;
-  if (is_whole_if_spirv(il, length)) {
-    const platform_function function = function_for(context);
+  const platform_function function = function_for(context);
+  if (is_harmless_module(function.cl, context, il, length)) {
     cl_program const program = make_or_refuse(result, function.create, context, il, length);
     if (program != nullptr && (made = new (std::nothrow) program_object(program, false)) == nullptr) {
       static_cast<void>(call_or_refuse(function.cl.release_program, program));

@@ -1,6 +1,12 @@
 #include "capability/opencl_functions.h"
 
+#include "capability/administrator_log.h"
+
+#include <cerrno>
+#include <cstring>
 #include <dlfcn.h>
+#include <stdexcept>
+#include <string>
 
 namespace qv {
 namespace {
@@ -70,8 +76,14 @@ void resolve_programs_and_kernels(const resolver& resolve, opencl_functions& fun
 std::optional<opencl_functions> load_opencl_functions(const char* library) {
   // Local: in the global scope some implementations would bind their own entry points to the loader's.
   void* handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
-  if (handle == nullptr)
+  if (handle == nullptr) {
+    const char* const reason = dlerror();
+    const std::string text = reason == nullptr ? "" : reason;
+    tell_administrator({"no OpenCL: ", text});
+    if (text.find(std::strerror(ENOENT)) == std::string::npos)
+      throw std::runtime_error(text);
     return std::nullopt;
+  }
 
   opencl_functions functions;
   const resolver resolve{handle};

@@ -66,7 +66,7 @@ struct opencl_functions {
 };
 
 // Loads `library`, for good, and resolves everything at once: later the dynamic loader may hold its lock.
-// Nothing if there is no such library.
+// Nothing if there is no such library; throws if it is there and cannot be loaded.
 std::optional<opencl_functions> load_opencl_functions(const char* library);
 
 // `functions` without those that a platform of `version` does not have. The loader has them all, but would

@@ -9,7 +9,16 @@ namespace {
 constexpr std::array<opencl_version, capability_count> capability_versions{
     {{1, 0}, {1, 1}, {1, 2}, {2, 0}, {2, 1}, {2, 2}}};
 
-// Reads "major.minor" from the front of `text`, and drops from it what was read.
+std::string_view trim(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(blanks);
+  if (first == std::string_view::npos)
+    return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+} // namespace
+
 std::optional<opencl_version> take_version(std::string_view& text) {
   const char* const end = text.data() + text.size();
   opencl_version version;
@@ -22,16 +31,6 @@ std::optional<opencl_version> take_version(std::string_view& text) {
   text.remove_prefix(static_cast<std::size_t>(minor.ptr - text.data()));
   return version;
 }
-
-std::string_view trim(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(blanks);
-  if (first == std::string_view::npos)
-    return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-} // namespace
 
 std::optional<opencl_version> parse_reported_version(std::string_view text) {
   constexpr std::string_view prefix = "OpenCL ";

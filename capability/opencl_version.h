@@ -21,6 +21,9 @@ struct opencl_version {
 // Bit n stands for capability n, 1 to 6; bit 0 is never set.
 using capability_set = std::bitset<capability_count + 1>;
 
+// Reads "major.minor" from the front of `text`, and drops from it what was read.
+std::optional<opencl_version> take_version(std::string_view& text);
+
 // The version in a text such as "OpenCL 1.2 ...", as platforms and devices report it.
 std::optional<opencl_version> parse_reported_version(std::string_view text);
 

@@ -1,13 +1,21 @@
 // The OpenCL devices of the machine.
 #pragma once
 
+#include "capability/kept_objects.h"
 #include "capability/opencl_functions.h"
 #include "capability/quirks.h"
 
 #include <cstdint>
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace qv {
+
+struct device_text_entry {
+  cl_device_info name;
+  std::string text;
+};
 
 struct root_device {
   cl_device_id id = nullptr;
@@ -18,10 +26,17 @@ struct root_device {
   bool has_device_queues = false;
   std::uint64_t local_memory_size = 0;
   qv::quirks quirks;
+  // What the device has said of itself, and will go on saying.
+  std::vector<device_text_entry> texts;
+  // Null if the device has not been tried.
+  std::shared_ptr<kept_objects> kept;
+
+  const std::string* find_text(cl_device_info name) const;
 };
 
 // All devices that can be used, in the order of the loader. Each is offered under `forced` if that holds any
-// capability, else under its natural one. What fails while it is looked at is left out.
+// capability, else under its natural one. What fails while it is looked at is left out. Throws if there is too little
+// memory to look at the machine.
 std::vector<root_device> find_root_devices(const opencl_functions& cl, const capability_set& forced);
 
 } // namespace qv

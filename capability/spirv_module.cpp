@@ -1,7 +1,13 @@
 #include "capability/spirv_module.h"
 
+#include "capability/device_queries.h"
+#include "capability/opencl_call.h"
+#include "capability/opencl_version.h"
+
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace qv {
 namespace {
@@ -37,12 +43,7 @@ private:
   bool is_spirv_;
 };
 
-} // namespace
-
-bool is_whole_if_spirv(const void* bytes, std::size_t length) {
-  const word_reader words(bytes, length);
-  if (!words.is_spirv())
-    return true;
+bool is_whole(const word_reader& words, std::size_t length) {
   if (length % sizeof(std::uint32_t) != 0 || words.count() < header_words)
     return false;
   bool in_function = false;
@@ -59,6 +60,49 @@ bool is_whole_if_spirv(const void* bytes, std::size_t length) {
     position += size;
   }
   return !in_function;
+}
+
+// The newest version of SPIR-V in a list such as "SPIR-V_1.0 SPIR-V_1.2", if there is one.
+std::optional<opencl_version> newest_version(std::string_view list) {
+  constexpr std::string_view prefix = "SPIR-V_";
+  std::optional<opencl_version> newest;
+  for (std::size_t at = list.find(prefix); at != std::string_view::npos; at = list.find(prefix)) {
+    list.remove_prefix(at + prefix.size());
+    if (const auto version = take_version(list); version && (!newest || *newest < *version))
+      newest = version;
+  }
+  return newest;
+}
+
+// What a device does not tell is left to it.
+bool is_too_new(const word_reader& words, const opencl_functions& cl, cl_device_id device) {
+  const std::uint32_t version = words.at(1);
+  const auto newest = newest_version(device_text(cl, device, CL_DEVICE_IL_VERSION).value_or(""));
+  return newest && *newest < opencl_version{version >> 16 & 0xFF, version >> 8 & 0xFF};
+}
+
+std::vector<cl_device_id> devices_of(const opencl_functions& cl, cl_context context) {
+  std::vector<cl_device_id> devices(64);
+  std::size_t size = 0;
+  const cl_int status =
+      call_or_refuse(cl.get_context_info, context, cl_context_info{CL_CONTEXT_DEVICES},
+                     devices.size() * sizeof(cl_device_id), static_cast<void*>(devices.data()), &size);
+  devices.resize(status == CL_SUCCESS ? std::min(size / sizeof(cl_device_id), devices.size()) : 0);
+  return devices;
+}
+
+} // namespace
+
+bool is_harmless_module(const opencl_functions& cl, cl_context context, const void* bytes,
+                        std::size_t length) {
+  const word_reader words(bytes, length);
+  if (!words.is_spirv())
+    return true;
+  if (!is_whole(words, length))
+    return false;
+  const std::vector<cl_device_id> devices = devices_of(cl, context);
+  return std::none_of(devices.begin(), devices.end(),
+                      [&](cl_device_id device) { return is_too_new(words, cl, device); });
 }
 
 } // namespace qv

@@ -3,11 +3,14 @@
 #include "capability/device_binary.h"
 #include "capability/machine.h"
 #include "tests/capability/fake_opencl.h"
+#include "tests/failing_memory.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstdlib>
 #include <functional>
 #include <tuple>
 
@@ -17,7 +20,13 @@ using qv::operation;
 namespace {
 
 fake_device plain_device(const std::string& version) {
-  return {{{CL_DEVICE_AVAILABLE, 1}, {CL_DEVICE_LOCAL_MEM_SIZE, 1024}}, {{CL_DEVICE_VERSION, version}}};
+  return {{{CL_DEVICE_AVAILABLE, 1}, {CL_DEVICE_LOCAL_MEM_SIZE, 1024}},
+          {{CL_DEVICE_VERSION, version},
+           {CL_DEVICE_NAME, "a fake"},
+           {CL_DEVICE_VENDOR, ""},
+           {CL_DRIVER_VERSION, "1"},
+           {CL_DEVICE_PROFILE, "FULL_PROFILE"},
+           {CL_DEVICE_EXTENSIONS, "cl_khr_spirit cl_khr_fp64"}}};
 }
 
 // What a device of version 3.0 need not have, but 2.0 does.
@@ -126,23 +135,164 @@ TEST_F(capability, newer_devices_get_the_highest_version_that_they_have_whole) {
   EXPECT_EQ(result(), 4u);
 }
 
-TEST_F(capability, discovery_leaves_out_what_fails) {
-  fake_platform failing;
-  failing.devices_status = CL_OUT_OF_HOST_MEMORY;
-  failing.devices = {full_device()};
-  fake_platform good;
-  good.devices = {plain_device("OpenCL 1.1"), plain_device("OpenCL 1.2"), plain_device("nonsense"),
-                  full_device()};
-  good.devices[1].numbers[CL_DEVICE_AVAILABLE] = 0;
-  opencl_.platforms = {failing, fake_platform(), good};
+TEST_F(capability, a_bad_device_takes_nothing_from_the_others) {
+  struct row {
+    void (*spoil)(fake_device&);
+    const char* reason;
+  };
+  for (const auto& [spoil, reason] :
+       {row{[](fake_device& it) { it.bad_objects[id<&cl::create_context>] = fault::refused; },
+            "\"a fake\" of the platform \"Fake\" is left out: it gives no context (status -5)"},
+        row{[](fake_device& it) { it.bad_objects[id<&cl::create_context>] = fault::thrown; }, "(status -6)"},
+        row{[](fake_device& it) {
+              it.bad_objects[id<&cl::create_command_queue_with_properties>] = fault::refused;
+            },
+            "no queue"},
+        row{[](fake_device& it) { it.bad_texts[CL_DEVICE_NAME] = fault::grows; }, "device 1 \"\""},
+        row{[](fake_device& it) { it.bad_texts[CL_DEVICE_VENDOR] = fault::absurd; }, "in one piece"},
+        row{[](fake_device& it) { it.bad_texts[CL_DEVICE_EXTENSIONS] = fault::thrown; }, "in one piece"},
+        row{[](fake_device& it) { it.bad_texts[CL_DEVICE_PROFILE] = fault::refused; }, "in one piece"},
+        row{[](fake_device& it) { it.texts[CL_DEVICE_VERSION] = "non\nsense"; }, "no version"},
+        row{[](fake_device& it) { it.numbers[CL_DEVICE_AVAILABLE] = 0; }, "not available"}}) {
+    fake_platform platform;
+    platform.devices = {plain_device("OpenCL 1.1"), plain_device("OpenCL 1.2"), full_device()};
+    spoil(platform.devices[1]);
+    opencl_.platforms = {fake_platform(), platform};
+    for (const char* wanted : {"1", "0"}) {
+      setenv("QV_LOG", wanted, 1);
+      testing::internal::CaptureStderr();
+      const auto devices = qv::find_root_devices(fake_functions(), {});
+      const std::string said = testing::internal::GetCapturedStderr();
+      EXPECT_EQ(said.find(reason) != std::string::npos, *wanted == '1') << said;
+      EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), *wanted == '1');
+      ASSERT_EQ(devices.size(), 2u) << reason;
+      EXPECT_EQ(devices[0].version, (qv::opencl_version{1, 1}));
+      EXPECT_EQ(devices[1].version, (qv::opencl_version{3, 0}));
+      EXPECT_EQ(opencl_.live_objects, 6) << "a context and two queues each";
+    }
+    EXPECT_EQ(opencl_.live_objects, 0);
+  }
+  unsetenv("QV_LOG");
+}
 
-  const auto devices = qv::find_root_devices(fake_functions(), {});
-  ASSERT_EQ(devices.size(), 2u);
-  EXPECT_EQ(devices[0].version, (qv::opencl_version{1, 1}));
-  EXPECT_EQ(devices[1].version, (qv::opencl_version{3, 0}));
-
+TEST_F(capability, a_bad_platform_takes_nothing_from_the_others) {
+  opencl_.platforms = {fake_platform(), fake_platform(), fake_platform()};
+  for (fake_platform& platform : opencl_.platforms)
+    platform.devices = {plain_device("OpenCL 1.2")};
+  opencl_.platforms[0].devices_status = CL_OUT_OF_HOST_MEMORY;
+  opencl_.platforms[2].count_of_devices = ~cl_uint{0};
+  EXPECT_EQ(qv::find_root_devices(fake_functions(), {}).size(), 1u);
   opencl_.platforms_status = -1001;
-  EXPECT_TRUE(qv::find_root_devices(fake_functions(), {}).empty());
+  EXPECT_TRUE(qv::find_root_devices(fake_functions(), {}).empty()) << "no platform is no failure";
+  opencl_.platforms_status = CL_OUT_OF_HOST_MEMORY;
+  EXPECT_THROW(qv::find_root_devices(fake_functions(), {}), std::bad_alloc);
+}
+
+TEST_F(capability, short_memory_is_told_from_a_small_machine) {
+  fake_platform platform;
+  platform.devices = {full_device(), full_device()};
+  platform.devices[1].texts[CL_DEVICE_BUILT_IN_KERNELS] = "of a name that is too long for the string itself";
+  opencl_.platforms = {platform};
+  const qv::opencl_functions cl = fake_functions();
+  for (std::size_t left = 0;; ++left) {
+    ASSERT_LT(left, 1000u);
+    bool found = false;
+    allocations_left = left;
+    try {
+      found = qv::find_root_devices(cl, {}).size() == 2;
+      allocations_left = endless;
+      ASSERT_TRUE(found) << left;
+    } catch (const std::bad_alloc&) {
+    }
+    allocations_left = endless;
+    ASSERT_EQ(opencl_.live_objects, 0) << left;
+    if (found)
+      break;
+  }
+}
+
+// The callback of a test's context notes who is told what.
+void note_error(const char* message, const void*, std::size_t, void* user_data) {
+  *static_cast<std::string*>(user_data) = message;
+}
+
+class tried : public capability, public testing::WithParamInterface<const char*> {};
+// The second loses what its callbacks are given.
+INSTANTIATE_TEST_SUITE_P(, tried, testing::Values("Fake", "Oclgrind"));
+
+TEST_P(tried, objects_are_used_once) {
+  fake_device known = full_device();
+  known.texts[CL_DEVICE_BUILT_IN_KERNELS] = "one;two";
+  const qv::root_device device = only_device({GetParam()}, known);
+  ASSERT_EQ(opencl_.made_objects, 4u);
+  const qv::context_notify notify = fake->notify;
+  notify("nobody listens yet", nullptr, 0, fake->user_data);
+
+  void* const id = device.id;
+  std::string told;
+  const std::uint64_t own_word[] = {1, 0};
+  using op = operation;
+  const auto context = [&](const std::uint64_t* properties) {
+    qv::create_context_record record{properties, 1, &id, note_error, &told, nullptr, 77};
+    call<op::create_context>(device, 4, record);
+    EXPECT_EQ(record.status, CL_SUCCESS);
+    return record.result;
+  };
+  EXPECT_EQ(as_number(context(own_word)), 5u);
+  void* const tried = context(nullptr);
+  EXPECT_EQ(as_number(tried), 1u);
+  EXPECT_EQ(as_number(context(nullptr)), 6u);
+  // The context that was made first tells of its errors to whoever has it now, as far as it can be known.
+  notify("an error", nullptr, 0, device.kept.get());
+  EXPECT_EQ(told, "an error");
+  notify("another", nullptr, 0, nullptr);
+  EXPECT_EQ(told, GetParam() == std::string("Fake") ? "an error" : "another");
+
+  const std::uint64_t plain[] = {CL_QUEUE_PROPERTIES, 0, 0};
+  const std::uint64_t profiling[] = {CL_QUEUE_PROPERTIES, CL_QUEUE_PROFILING_ENABLE, 0};
+  const std::uint64_t sized[] = {CL_QUEUE_PROPERTIES, 0, CL_QUEUE_SIZE, 0, 0};
+  const auto queue = [&](void* context, const std::uint64_t* properties) {
+    qv::create_command_queue_with_properties_record record{id, context, properties, nullptr, 77};
+    call<op::create_command_queue_with_properties>(device, 4, record);
+    return as_number(static_cast<qv::queue_object*>(record.result)->queue());
+  };
+  const auto program = [&](void* context, const char* names) {
+    qv::create_program_with_builtin_kernels_record record{context, &id, names, nullptr, 77, 1};
+    call<op::create_program_with_builtin_kernels>(device, 4, record);
+    return as_number(static_cast<qv::program_object*>(record.result)->program());
+  };
+  EXPECT_EQ(queue(fake, plain), 7u) << "another context";
+  EXPECT_EQ(queue(tried, sized), 8u);
+  EXPECT_EQ(queue(tried, plain), 2u);
+  EXPECT_EQ(queue(tried, plain), 9u);
+  EXPECT_EQ(queue(tried, profiling), 3u);
+  EXPECT_EQ(program(tried, "one"), 10u);
+  EXPECT_EQ(program(tried, "one;two"), 4u);
+  EXPECT_EQ(program(tried, "one;two"), 11u);
+}
+
+TEST_F(capability, built_in_kernels_are_listed_if_a_program_can_be_made_of_them) {
+  using row = std::tuple<const char*, std::function<void(fake_device&)>, const char*>;
+  for (const auto& [platform, spoil, listed] :
+       {row{"Fake", [](fake_device&) {}, "one;two"}, row{"rusticl", [](fake_device&) {}, ""},
+        row{"Fake",
+            [](fake_device& it) {
+              it.bad_objects[id<&cl::create_program_with_builtin_kernels>] = fault::refused;
+            },
+            ""},
+        row{"Fake", [](fake_device& it) { it.bad_texts[CL_DEVICE_BUILT_IN_KERNELS] = fault::absurd; }, ""}}) {
+    fake_device known = full_device();
+    known.texts[CL_DEVICE_BUILT_IN_KERNELS] = "one;two";
+    spoil(known);
+    const qv::root_device device = only_device({platform}, known);
+    std::array<char, 8> text{"garbage"};
+    std::size_t size = 0;
+    qv::get_device_info_record record{device.id, text.data(), &size, CL_DEVICE_BUILT_IN_KERNELS, 8, 77};
+    call<operation::get_device_info>(device, 4, record);
+    EXPECT_EQ(record.status, CL_SUCCESS);
+    EXPECT_STREQ(text.data(), listed);
+    EXPECT_EQ(size, std::strlen(listed) + 1);
+  }
 }
 
 TEST_F(capability, the_machine_checks_what_it_is_asked) {
@@ -255,18 +405,20 @@ TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
 
 TEST_F(capability, plain_queues_stand_in_for_queues_that_a_device_lacks) {
   // The words of the queue that is made; bits alone: by the older function.
-  using row = std::tuple<const char*, bool, std::uint64_t, std::vector<std::uint64_t>>;
-  for (const auto& [platform_version, device_queues, bits, expected] :
-       {row{"OpenCL 3.0", true, 13, {0x1093, 13, 0x1094, 512}}, row{"OpenCL 3.0", false, 13, {0}},
-        row{"OpenCL 3.0", false, 15, {2}}, row{"OpenCL 3.0", false, 3, {0x1093, 3, 0x1094, 512}},
-        row{"OpenCL 1.2", true, 13, {0}}, row{"OpenCL 1.2", false, 3, {3}}}) {
+  enum device_queues { none, some, refused };
+  using row = std::tuple<const char*, device_queues, std::uint64_t, std::vector<std::uint64_t>>;
+  for (const auto& [platform_version, queues, bits, expected] :
+       {row{"OpenCL 3.0", some, 13, {0x1093, 13, 0x1094, 512}}, row{"OpenCL 3.0", refused, 13, {0}},
+        row{"OpenCL 3.0", none, 13, {0}}, row{"OpenCL 3.0", none, 15, {2}},
+        row{"OpenCL 3.0", none, 3, {0x1093, 3, 0x1094, 512}}, row{"OpenCL 1.2", some, 13, {0}},
+        row{"OpenCL 1.2", none, 3, {3}}}) {
     fake_platform platform;
     platform.version = platform_version;
-    const qv::root_device device =
-        only_device(platform, device_queues ? full_device() : plain_device("OpenCL 3.0"));
+    fake_device known = queues == none ? plain_device("OpenCL 3.0") : full_device();
+    known.refuses_device_queues = queues == refused;
+    const qv::root_device device = only_device(platform, known);
     const std::array<std::uint64_t, 5> words{0x1093, bits, 0x1094, 512, 0};
-    qv::create_command_queue_with_properties_record record{};
-    record.properties = words.data();
+    qv::create_command_queue_with_properties_record record{device.id, fake, words.data(), nullptr, 77};
     ASSERT_EQ(call<operation::create_command_queue_with_properties>(device, 4, record), QV_OK);
     EXPECT_EQ(record.status, CL_SUCCESS);
     EXPECT_EQ(opencl_.queue_words, expected) << platform_version << " " << bits;
@@ -335,6 +487,21 @@ TEST_F(capability, attributes_of_freed_memory_are_not_read) {
   }
 }
 
+TEST_F(capability, groups_may_be_as_large_as_they_can_be) {
+  for (const auto& [platform, expected] : {std::pair{"rusticl", 1024u}, std::pair{"Fake", 32u}}) {
+    fake_device known = full_device();
+    known.numbers[CL_DEVICE_MAX_WORK_GROUP_SIZE] = 1024;
+    const qv::root_device device = only_device({platform}, known);
+    for (const cl_uint query : {CL_KERNEL_WORK_GROUP_SIZE, CL_KERNEL_PREFERRED_WORK_GROUP_SIZE_MULTIPLE}) {
+      std::size_t size = 0;
+      qv::get_object_device_info_record record{device.id, fake, sizeof size, &size, nullptr, 77, query};
+      call<operation::get_kernel_work_group_info>(device, 3, record);
+      EXPECT_EQ(record.status, CL_SUCCESS);
+      EXPECT_EQ(size, query == CL_KERNEL_WORK_GROUP_SIZE ? expected : 32u) << platform;
+    }
+  }
+}
+
 // A little-endian number, as binaries have it.
 template <typename Number>
 std::string number(Number value) {
@@ -346,15 +513,39 @@ bool is_harmless(const char* platform, const std::string& binary) {
                                 reinterpret_cast<const unsigned char*>(binary.data()), binary.size());
 }
 
-TEST_F(capability, binaries_cut_short_are_told_from_whole_ones) {
-  std::string pocl("poclbin\0", 8);
-  pocl += number(std::uint64_t{1}) + number(9u) + number(2u) + std::string(53, 'h') +
-          number(std::uint64_t{4 + 2 + 4 + 3}) + number(2u) + "/p" + number(3u) + "abc" +
-          number(std::uint64_t{8 + 5}) + "first" + number(std::uint64_t{8 + 6}) + "second";
-  const std::string rusticl = number(1u) + number(8u) + number(4u) + number(0x07230203u) + number(0u);
+// A kernel of PoCL's, with one file.
+std::string pocl_kernel(const std::string& name) {
+  const std::string file = number(2u) + "/k" + number(3u) + "abc";
+  const std::string told = number(std::uint64_t{file.size()}) + number(7u) +
+                           number(std::uint32_t(name.size())) + name + std::string(40, 'i');
+  return number(std::uint64_t{8 + told.size() + file.size()}) + told + file;
+}
 
-  for (const auto& [platform, binary] :
-       {std::pair{"Portable Computing Language", pocl}, std::pair{"rusticl", rusticl}}) {
+std::string pocl_binary(std::uint32_t version) {
+  const std::string file = number(2u) + "/p" + number(3u) + "abc";
+  const std::string files = number(std::uint64_t{file.size()}) + file;
+  const std::string front = std::string("poclbin\0", 8) + number(std::uint64_t{1}) + number(version) +
+                            number(2u) + number(std::uint64_t{2});
+  const std::string hash(41, 'h');
+  const std::string kernels = pocl_kernel("first") + pocl_kernel("second");
+  if (version < 9)
+    return front + hash + file + kernels;
+  return front + number(2u) + hash + (version < 10 ? "" : number(std::uint64_t{64})) + files + files +
+         kernels;
+}
+
+TEST_F(capability, binaries_cut_short_are_told_from_whole_ones) {
+  const std::string rusticl = number(1u) + number(8u) + number(4u) + number(0x07230203u) + number(0u);
+  const std::string clover = number(1u) + number(2u) + "k1" + number(1u) + "a" + number(1u) +
+                             number(std::uint64_t{4}) + number(std::uint64_t{0}) + number(2u) +
+                             std::string(48, 'a') + number(1u) + std::string(12, 's') + number(3u) + "abc" +
+                             number(1u) + number(1u) + number(4u) + number(2u) + "%d" + number(0u);
+  const char* const pocl = "Portable Computing Language";
+  for (const auto& [platform, binary] : {std::pair{pocl, pocl_binary(8)},
+                                         {pocl, pocl_binary(9)},
+                                         {pocl, pocl_binary(11)},
+                                         {"rusticl", rusticl},
+                                         {"Clover", clover}}) {
     EXPECT_TRUE(is_harmless(platform, binary));
     EXPECT_FALSE(is_harmless(platform, binary + "x"));
     for (std::size_t length = 8; length < binary.size(); ++length) {
@@ -362,11 +553,25 @@ TEST_F(capability, binaries_cut_short_are_told_from_whole_ones) {
       EXPECT_TRUE(is_harmless("Fake", binary.substr(0, length)));
     }
   }
-  EXPECT_FALSE(is_harmless("rusticl", pocl));
+  for (const std::uint32_t unknown : {7u, 13u})
+    EXPECT_FALSE(is_harmless(pocl, pocl_binary(unknown)));
+  for (const char* platform : {"rusticl", "Clover"})
+    EXPECT_FALSE(is_harmless(platform, pocl_binary(9)));
   EXPECT_FALSE(is_harmless("rusticl", "BC\xc0\xde, some bitcode")) << "aborts on it";
-  EXPECT_TRUE(is_harmless("Portable Computing Language", "BC\xc0\xde, some bitcode"));
-  pocl[16] = 10;
-  EXPECT_TRUE(is_harmless("Portable Computing Language", pocl.substr(0, 100))) << "an unknown format";
+}
+
+TEST_F(capability, bitcode_is_for_devices_that_take_spir) {
+  const std::string bitcode = "BC\xc0\xde, some bitcode";
+  fake_device device = full_device();
+  for (const bool takes_spir : {false, true}) {
+    if (takes_spir)
+      device.texts[CL_DEVICE_EXTENSIONS] += " cl_khr_spir";
+    for (const char* platform : {"Portable Computing Language", "Fake"})
+      EXPECT_EQ(qv::is_harmless_binary(only_device({platform}, device).quirks,
+                                       reinterpret_cast<const unsigned char*>(bitcode.data()),
+                                       bitcode.size()),
+                takes_spir || *platform == 'F');
+  }
 }
 
 TEST_F(capability, refused_binaries_say_so) {
@@ -418,16 +623,21 @@ TEST_F(capability, ended_threads_do_not_call_implementations_that_need_them) {
 }
 
 TEST(capability_exports, refuse_bad_arguments_and_bear_a_machine_without_opencl) {
+  setenv("OCL_ICD_VENDORS", "/none", 1);
   std::uint64_t count = 7;
   // The second is a library, but has none of the entry points.
   for (const char* loader : {"libno-such-opencl.so.1", "libm.so.6"}) {
     EXPECT_EQ(qv::look_at_machine(loader, "2.0").get_root_devices(0, nullptr, &count), QV_OK);
     EXPECT_EQ(count, 0u) << loader;
   }
+  EXPECT_ANY_THROW(qv::look_at_machine("/dev/null", nullptr)) << "a loader that cannot be loaded";
+  allocations_left = 0;
+  EXPECT_EQ(qv_get_root_devices(0, nullptr, &count, 0), -1);
+  allocations_left = endless;
+  EXPECT_EQ(qv_get_root_devices(0, nullptr, &count, 0), 0) << "short memory is not remembered";
   qv_call_handle* handle = nullptr;
   EXPECT_EQ(qv_version(), 0x8000000000000000u);
   EXPECT_EQ(qv_get_root_devices(0, nullptr, nullptr, 0), -1);
-  EXPECT_EQ(qv_get_root_devices(0, nullptr, &count, 0), 0);
   EXPECT_EQ(qv_find_capability_nodes(count + 1, 1, 0, nullptr, &count, 0), -1);
   EXPECT_EQ(qv_create_call_handle(0, 0, &handle, 0), -1);
   EXPECT_EQ(qv_close_call_handle(nullptr), 0);

@@ -2,13 +2,17 @@
 // what is valid passes everywhere.
 #include "tests/capability/recording_opencl.h"
 
+#include <cstring>
+#include <tuple>
+
 namespace capability_test {
 namespace {
 
 constexpr const char* pocl = "Portable Computing Language";
 constexpr const char* oclgrind = "Oclgrind";
 constexpr const char* rusticl = "rusticl";
-constexpr const char* implementations[] = {pocl, oclgrind, rusticl, "another"};
+constexpr const char* clover = "Clover";
+constexpr const char* implementations[] = {pocl, oclgrind, rusticl, clover, "another"};
 
 qv::root_device device_of(const char* implementation) {
   qv::root_device device;
@@ -36,20 +40,34 @@ TEST(refusal, of_build_options_that_end_the_process) {
 
   struct row {
     const char* options;
-    bool by_pocl, by_oclgrind, by_rusticl;
+    bool by_pocl, by_oclgrind_and_clover, by_rusticl;
   };
-  for (const auto& [options, by_pocl, by_oclgrind, by_rusticl] :
-       {row{"-D", true, false, false}, row{"-w -I", true, false, false}, row{" -D  ", true, false, false},
-        row{"-DD", false, false, false}, row{"\"", false, true, true}, row{"-DX=\"", false, true, true},
-        row{"'", false, true, true}, row{"file.cl", false, true, true}, row{"-w word", false, true, true},
-        row{"-", false, true, true}, row{"-s word", false, true, true}, row{"-D A word", false, true, true},
-        row{"-DX='a b'", false, true, true}, row{"-D A", false, false, true},
-        row{"-DX=\"1\"", false, false, true}, row{"-DX=\xFF", false, false, true},
-        row{"-DX=\xC0\x80", false, false, true}, row{"-DX=\xED\xA0\x80", false, false, true},
+  for (const auto& [options, by_pocl, by_oclgrind_and_clover, by_rusticl] :
+       {row{"-D", true, false, false},
+        row{"-w -I", true, false, false},
+        row{" -D  ", true, false, false},
+        row{"-DD", false, false, false},
+        row{"\"", false, true, true},
+        row{"-DX=\"", false, true, true},
+        row{"'", false, true, true},
+        row{"file.cl", false, true, true},
+        row{"-w word", false, true, true},
+        row{"-", false, true, true},
+        row{"@file", false, true, true},
+        row{"\\", false, true, true},
+        row{"-s word", false, true, true},
+        row{"-D A word", false, true, true},
+        row{"-DX='a b'", false, true, true},
+        row{"-D A", false, false, true},
+        row{"-DX=\"1\"", false, false, true},
+        row{"-DX=\xFF", false, false, true},
+        row{"-DX=\xC0\x80", false, false, true},
+        row{"-DX=\xED\xA0\x80", false, false, true},
         row{"-DX=\xE2\x82", false, false, true}}) {
     const auto expected = [](bool refused) { return refused ? CL_INVALID_BUILD_OPTIONS : CL_SUCCESS; };
     EXPECT_EQ(build(pocl, options), expected(by_pocl)) << options;
-    EXPECT_EQ(build(oclgrind, options), expected(by_oclgrind)) << options;
+    EXPECT_EQ(build(oclgrind, options), expected(by_oclgrind_and_clover)) << options;
+    EXPECT_EQ(build(clover, options), expected(by_oclgrind_and_clover)) << options;
     EXPECT_EQ(build(rusticl, options), expected(by_rusticl)) << options;
     EXPECT_EQ(build("another", options), CL_SUCCESS) << options;
   }
@@ -67,7 +85,7 @@ TEST(refusal, of_more_groups_than_can_be_counted) {
   struct row {
     cl_uint dimensions;
     std::array<std::size_t, 3> global, local; // local 0: the device chooses, at most 64
-    bool by_pocl, by_rusticl;
+    bool in_all, in_one;                      // too many to be counted
   };
   for (const row& launch :
        {row{1, {4 * giga - 1, 0, 0}, {1, 0, 0}, false, false},
@@ -93,8 +111,9 @@ TEST(refusal, of_more_groups_than_can_be_counted) {
       const own_objects own(device);
       record.command_queue = own.queue;
       record.kernel = own.kernel;
-      const bool refused =
-          (implementation == pocl && launch.by_pocl) || (implementation == rusticl && launch.by_rusticl);
+      const bool refused = implementation == rusticl
+                               ? launch.in_one
+                               : launch.in_all && (implementation == pocl || implementation == oclgrind);
       EXPECT_EQ(status_of<qv::operation::enqueue_nd_range_kernel>(device, record),
                 refused ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS)
           << implementation << " " << launch.global[0] << " in groups of " << launch.local[0];
@@ -141,19 +160,57 @@ TEST(refusal, of_what_is_not_there_or_has_no_end) {
   }
 }
 
+TEST(refusal, of_device_lists_with_a_device_that_is_not_there) {
+  using op = qv::operation;
+  const qv::root_device device = device_of("another");
+  const own_objects own(device);
+  void* const devices[] = {&calls, nullptr};
+  const std::size_t lengths[] = {1, 1};
+  constexpr unsigned char byte = 1;
+  const unsigned char* const binaries[] = {&byte, &byte};
+  std::int32_t binary_statuses[2];
+  for (const std::uint32_t count : {1u, 2u}) {
+    const cl_int expected = count == 1 ? CL_SUCCESS : CL_INVALID_DEVICE;
+    EXPECT_EQ(status_of<op::create_context>(device, {nullptr, count, devices, nullptr, nullptr, nullptr, 7}),
+              expected);
+    EXPECT_EQ(status_of<op::build_program>(device, {own.program, devices, "", nullptr, nullptr, 7, count}),
+              expected);
+    EXPECT_EQ(status_of<op::create_program_with_builtin_kernels>(device,
+                                                                 {nullptr, devices, "a", nullptr, 7, count}),
+              expected);
+    EXPECT_EQ(status_of<op::create_program_with_binary>(
+                  device, {nullptr, devices, lengths, binaries, binary_statuses, nullptr, 7, count}),
+              expected);
+  }
+}
+
 // The words of a module with one function; `big` turns the bytes of each round.
-std::string module(bool big) {
+std::string module(bool big, std::uint32_t version = 0x00010000) {
   std::string bytes;
-  for (std::uint32_t word : {0x07230203u, 0x00010000u, 0u, 9u, 0u, 2u << 16 | 17u, 6u, 5u << 16 | 54u, 1u, 2u,
-                             0u, 3u, 2u << 16 | 248u, 4u, 1u << 16 | 253u, 1u << 16 | 56u}) {
+  for (std::uint32_t word : {0x07230203u, version, 0u, 9u, 0u, 2u << 16 | 17u, 6u, 5u << 16 | 54u, 1u, 2u, 0u,
+                             3u, 2u << 16 | 248u, 4u, 1u << 16 | 253u, 1u << 16 | 56u}) {
     word = big ? __builtin_bswap32(word) : word;
     bytes.append(reinterpret_cast<const char*>(&word), sizeof word);
   }
   return bytes;
 }
 
-TEST(refusal, of_modules_that_are_cut_short) {
-  const qv::root_device device = device_of("another");
+TEST(refusal, of_modules_that_are_cut_short_or_too_new) {
+  static const char* taken = nullptr; // what the device says that it takes
+  qv::root_device device = device_of("another");
+  device.cl.get_context_info = [](cl_context, cl_context_info, std::size_t, void* value,
+                                  std::size_t* size) -> cl_int {
+    *static_cast<cl_device_id*>(value) = nullptr;
+    *size = sizeof(cl_device_id);
+    return CL_SUCCESS;
+  };
+  device.cl.get_device_info = [](cl_device_id, cl_device_info, std::size_t, void* value,
+                                 std::size_t* size) -> cl_int {
+    *size = std::strlen(taken) + 1;
+    if (value != nullptr)
+      std::memcpy(value, taken, *size);
+    return CL_SUCCESS;
+  };
   const auto create = [&](const std::string& il) {
     return status_of<qv::operation::create_program_with_il>(device,
                                                             {nullptr, il.data(), il.size(), nullptr, 7});
@@ -173,6 +230,15 @@ TEST(refusal, of_modules_that_are_cut_short) {
     EXPECT_EQ(create(il), status) << il.size() << " bytes, " << what;
     EXPECT_EQ(create_by_extension(il), status) << il.size() << " bytes, " << what;
   };
+  using row = std::tuple<const char*, std::uint32_t, cl_int>;
+  for (const auto& [list, version, status] :
+       {row{"SPIR-V_1.0", 0x00010100, -30}, row{"SPIR-V_1.2 SPIR-V_1.0 ", 0x00010200, 0},
+        row{"SPIR-V_1.0 SPIR-V_1.2", 0x00010300, -30}, row{"SPIR-V_1.4", 0x00020000, -30},
+        row{"SPIR-V_1.10", 0x00010900, 0}, row{"", 0x00010600, 0}, row{"SPIR-V_x.1", 0x00010600, 0}}) {
+    taken = list;
+    for (const bool big : {false, true})
+      expect_both(module(big, version), status, list);
+  }
   for (const bool big : {false, true}) {
     const std::string whole = module(big);
     // Behind the header, the one instruction before the function may be missing or the last.
