@@ -19,6 +19,7 @@ std::size_t count(const void* function) {
 class objects : public ::testing::Test {
 protected:
   objects() {
+    fake = &opencl_;
     device_.cl = fake_functions();
     device_.cl.get_kernel_info = [](cl_kernel, cl_kernel_info name, std::size_t size, void* target,
                                     std::size_t* size_ret) {
@@ -50,6 +51,7 @@ protected:
     return kernel->set_argument(device_, index, size, value);
   }
 
+  fake_opencl opencl_{};
   qv::root_device device_;
   qv::queue_object* queue_ = new qv::queue_object(own_objects::as_made<cl_command_queue>());
   qv::program_object* program_ = new qv::program_object(own_objects::as_made<cl_program>(), true);
