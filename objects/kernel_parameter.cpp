@@ -1,0 +1,59 @@
+#include "objects/kernel_parameter.h"
+
+#include "access/common/opencl_constants.h"
+
+namespace oryn::tarva::library {
+
+namespace {
+
+namespace cl = skerv::common::cl;
+using kind = kernel_parameter::kind;
+
+bool is_refusal(std::int32_t status) {
+  return status == cl::invalid_arg_size || status == cl::invalid_arg_value ||
+         status == cl::invalid_mem_object || status == cl::invalid_sampler ||
+         status == cl::invalid_device_queue;
+}
+
+bool is_clear(std::int32_t status) {
+  return status == cl::success || is_refusal(status);
+}
+
+// Of a parameter that refuses everything: by what it misses in a null handle.
+kind judge_refusals(const parameter_answers& answers) {
+  switch (answers.to_zeros(sizeof(void*))) {
+  case cl::invalid_mem_object:
+    return kind::image;
+  case cl::invalid_sampler:
+    return kind::sampler;
+  case cl::invalid_device_queue:
+    return kind::device_queue;
+  default:
+    return std::all_of(answers.zeros.begin(), answers.zeros.end(),
+                       [](std::int32_t status) { return status == cl::invalid_arg_size; })
+               ? kind::other_value
+               : kind::untold;
+  }
+}
+
+} // namespace
+
+kernel_parameter judge(const parameter_answers& answers) {
+  if (!std::all_of(answers.zeros.begin(), answers.zeros.end(), is_clear) || !is_clear(answers.null) ||
+      !is_clear(answers.local))
+    return {};
+  std::uint8_t accepted = 0;
+  for (std::size_t bit = 0; bit < answers.zeros.size(); ++bit)
+    if (answers.zeros[bit] == cl::success)
+      accepted = static_cast<std::uint8_t>(accepted | 1U << bit);
+  const bool takes_null = answers.null == cl::success, takes_local = answers.local == cl::success;
+  if (accepted == 0)
+    return {takes_local ? kind::local_memory : takes_null ? kind::untold : judge_refusals(answers)};
+  if (takes_local)
+    return {};
+  if (!takes_null)
+    return {kind::value, accepted};
+  return {accepted == sizeof(void*) ? kind::memory : kind::untold};
+}
+
+} // namespace oryn::tarva::library
