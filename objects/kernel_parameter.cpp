@@ -20,19 +20,19 @@ bool is_clear(std::int32_t status) {
 }
 
 // Of a parameter that refuses everything: by what it misses in a null handle.
-kind judge_refusals(const parameter_answers& answers) {
+kernel_parameter judge_refusals(const parameter_answers& answers) {
   switch (answers.to_zeros(sizeof(void*))) {
   case cl::invalid_mem_object:
-    return kind::image;
+    return {kind::image, 0};
   case cl::invalid_sampler:
-    return kind::sampler;
+    return {kind::sampler, 0};
   case cl::invalid_device_queue:
-    return kind::device_queue;
+    return {kind::device_queue, 0};
   default:
-    return std::all_of(answers.zeros.begin(), answers.zeros.end(),
-                       [](std::int32_t status) { return status == cl::invalid_arg_size; })
-               ? kind::other_value
-               : kind::untold;
+    if (std::all_of(answers.zeros.begin(), answers.zeros.end(),
+                    [](std::int32_t status) { return status == cl::invalid_arg_size; }))
+      return {kind::other_value, 0};
+    return {};
   }
 }
 
@@ -47,13 +47,15 @@ kernel_parameter judge(const parameter_answers& answers) {
     if (answers.zeros[bit] == cl::success)
       accepted = static_cast<std::uint8_t>(accepted | 1U << bit);
   const bool takes_null = answers.null == cl::success, takes_local = answers.local == cl::success;
-  if (accepted == 0)
-    return {takes_local ? kind::local_memory : takes_null ? kind::untold : judge_refusals(answers)};
-  if (takes_local)
-    return {};
-  if (!takes_null)
-    return {kind::value, accepted};
-  return {accepted == sizeof(void*) ? kind::memory : kind::untold};
+  if (accepted != 0 && !takes_null && !takes_local)
+    return {kind::value, accepted}; // all sizes: its own is not told
+  if (accepted == sizeof(void*) && takes_null && !takes_local)
+    return {kind::memory, kernel_parameter::memory_or_null};
+  if (accepted == 0 && takes_local)
+    return {kind::local_memory, kernel_parameter::local_memory};
+  if (accepted == 0 && !takes_null)
+    return judge_refusals(answers);
+  return {};
 }
 
 } // namespace oryn::tarva::library

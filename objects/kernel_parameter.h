@@ -38,7 +38,7 @@ struct parameter_answers {
 
 struct kernel_parameter {
   enum class kind : std::uint8_t {
-    untold, // takes whatever the device takes
+    untold,
     value,
     memory,
     local_memory,
@@ -49,13 +49,14 @@ struct kernel_parameter {
     other_value, // of a size that no data type has
   };
 
-  kind of = kind::untold;
-  std::uint8_t sizes = 0; // that a value can have: all of them, if its size is not told
+  // What can be given: values of these sizes, and these.
+  static constexpr std::uint16_t memory_or_null = 0x100, local_memory = 0x200, anything = 0x3FF;
+  static_assert(all_value_sizes < memory_or_null);
 
-  bool takes_value(std::uint64_t size) const {
-    return of == kind::untold || (of == kind::value && (sizes & size) != 0);
-  }
-  bool takes(kind wanted) const { return of == kind::untold || of == wanted; }
+  kind of = kind::untold;
+  std::uint16_t fitting = anything;
+
+  bool takes(std::uint64_t what) const { return (fitting & what) != 0; }
 };
 
 kernel_parameter judge(const parameter_answers& answers);

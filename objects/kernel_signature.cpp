@@ -9,7 +9,7 @@ namespace oryn::tarva::library {
 
 bool kernel_signature::tells_something() const {
   return parameters.empty() || std::any_of(parameters.begin(), parameters.end(), [](const auto& each) {
-           return each.of != kernel_parameter::kind::untold && each.sizes != all_value_sizes;
+           return each.fitting != kernel_parameter::anything && each.fitting != all_value_sizes;
          });
 }
 

@@ -1,5 +1,5 @@
 // The lowering of a launch: its refusals, and the movement of its memory objects to the kernel's device.
-#include "ir/argument_check.h"
+#include "ir/argument_checks.h"
 #include "ir/launch_checks.h"
 #include "ir/logical/operations.h"
 #include "ir/scheduler/lowering.h"
@@ -29,6 +29,8 @@ void add_bytes_of(const kernel_argument_local_memory& local, std::uint64_t& tota
         "Local memory arguments of the kernel would overflow what can be counted in bytes.");
 }
 
+constexpr kernel_parameter untold_parameter;
+
 bool is_on(const std::shared_ptr<library_device>& device, const memory_state& state) {
   return state.is_on_device() && state.get_device_block()->get_device() == device;
 }
@@ -40,6 +42,7 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
                                                           const nd_range& range) {
   const library_kernel& kernel = *operation.get_kernel_object();
   const launch_limits& limits = kernel.get_launch_limits();
+  const std::span<const kernel_parameter> parameters = limits.parameters;
   const kernel_argument_capture& arguments = operation.get_arguments();
   const std::uint64_t count = arguments.get_argument_count();
   check_argument_count(count, limits);
@@ -47,29 +50,29 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
   objects.reserve(arguments.get_library_memory_arguments().size());
   std::uint64_t local_bytes = 0;
   for (std::uint64_t index = 0; index < count; ++index) {
-    const argument_check check(kernel, limits, index);
+    const kernel_parameter& parameter = index < parameters.size() ? parameters[index] : untold_parameter;
     arguments.visit_argument(index, [&](const auto& argument) {
       using kind = std::remove_cvref_t<decltype(argument)>;
       if constexpr (std::is_same_v<kind, kernel_argument_typed_library_memory_array>) {
         const std::shared_ptr<library_memory>& memory = argument.get_memory();
         memory_state& state = table_.find(memory);
-        check.fits(argument);
+        check_argument(kernel, index, parameter, argument);
         if (memory->get_num_elements() == 0)
           refuse_empty_argument("Memory", index);
         if (state.is_on_host())
           static_cast<void>(
               state.get_host_block()->get_read_pointer(0)); // an allocation that failed left no storage
         if (!is_on(device, state))
-          check.fits_on_device(*memory, limits);
+          check_allocation({kernel, index}, *memory, limits);
         objects.push_back({memory, state});
       } else if constexpr (std::is_same_v<kind, kernel_argument_local_memory>) {
         if (argument.get_num_elements() == 0)
           refuse_empty_argument("Local memory", index);
         add_bytes_of(argument, local_bytes);
-        check.fits(argument);
+        check_argument(kernel, index, parameter, argument);
         check_local_memory(local_bytes, limits);
       } else if constexpr (!std::is_same_v<kind, kernel_argument_typed_device_memory_array>) {
-        check.fits(argument);
+        check_argument(kernel, index, parameter, argument);
       }
     });
   }

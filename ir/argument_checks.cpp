@@ -1,4 +1,4 @@
-#include "ir/argument_check.h"
+#include "ir/argument_checks.h"
 
 #include "memory/library_memory.h"
 
@@ -12,7 +12,7 @@ std::string in_bytes(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }
 
-std::string list_sizes(std::uint8_t sizes) {
+std::string list_sizes(unsigned sizes) {
   std::string list;
   for (unsigned size = 1; size <= sizes; size *= 2)
     if ((sizes & size) != 0)
@@ -36,50 +36,53 @@ const char* unservable(kernel_parameter::kind kind) {
   }
 }
 
-std::string wanted(kernel_parameter parameter) {
+std::string wanted(const kernel_parameter& parameter) {
   switch (parameter.of) {
   case kernel_parameter::kind::memory:
     return "a memory object";
   case kernel_parameter::kind::local_memory:
     return "local memory";
   default:
-    return parameter.sizes == all_value_sizes ? "a value" : "a value of " + list_sizes(parameter.sizes);
+    return parameter.fitting == all_value_sizes ? "a value" : "a value of " + list_sizes(parameter.fitting);
   }
+}
+
+std::string to_string(const argument_place& place) {
+  return "Argument " + std::to_string(place.index) + " of kernel " + place.kernel.get_name();
 }
 
 } // namespace
 
-std::string argument_check::name() const {
-  return "Argument " + std::to_string(index_) + " of kernel " + kernel_.get_name();
-}
-
-std::string argument_check::describe(const kernel_argument_nullptr&) {
+std::string describe(const kernel_argument_nullptr&) {
   return "a null argument";
 }
 
-std::string argument_check::describe(const kernel_argument_typed_library_memory_array& memory) {
+std::string describe(const kernel_argument_typed_library_memory_array& memory) {
   return std::string("a memory object of type ") + data_type_name(memory.get_memory()->get_type());
 }
 
-std::string argument_check::describe(const kernel_argument_local_memory& local) {
+std::string describe(const kernel_argument_local_memory& local) {
   return "local memory of " + in_bytes(element_size(local.get_type()) * local.get_num_elements());
 }
 
-std::string argument_check::describe(const kernel_argument_pod_value& value) {
+std::string describe(const kernel_argument_pod_value& value) {
   return std::string("a value of type ") + data_type_name(value.get_type()) + " with " +
          in_bytes(element_size(value.get_type()));
 }
 
-void argument_check::refuse(const std::string& given) const {
-  if (const char* const thing = unservable(parameter_.of))
-    throw std::logic_error(name() + " is " + thing + ", which no argument can be.");
-  throw std::logic_error(name() + " must be " + wanted(parameter_) + ", but " + given + " was provided.");
+void refuse_argument(const argument_place& place, const kernel_parameter& parameter,
+                     const std::string& given) {
+  if (const char* const thing = unservable(parameter.of))
+    throw std::logic_error(to_string(place) + " is " + thing + ", which no argument can be.");
+  throw std::logic_error(to_string(place) + " must be " + wanted(parameter) + ", but " + given +
+                         " was provided.");
 }
 
-void argument_check::fits_on_device(const library_memory& memory, const launch_limits& limits) const {
+void check_allocation(const argument_place& place, const library_memory& memory,
+                      const launch_limits& limits) {
   const std::uint64_t bytes = memory.get_size_in_bytes();
   if (limits.allocation_bytes && bytes > *limits.allocation_bytes)
-    throw std::logic_error(name() + " is a memory object of " + in_bytes(bytes) +
+    throw std::logic_error(to_string(place) + " is a memory object of " + in_bytes(bytes) +
                            ", but the device can allocate at most " + in_bytes(*limits.allocation_bytes) +
                            " for one.");
 }
