@@ -39,7 +39,11 @@ protected:
     answer_arguments({});
     scripted_test::TearDown();
   }
+  // With a kernel of one parameter, or of two.
   caller::program compile_one() const { return compile(device(3), "kernel void taker(global int* data) {}"); }
+  caller::program compile_two() const {
+    return compile(device(3), "kernel void taker(global int* data, global int* more) {}");
+  }
   // The taker of a new program, which answers by the letters until it has been made.
   static caller::kernel make_taker(const caller::program& from, const std::string& letters) {
     answer_arguments(
@@ -144,12 +148,12 @@ TEST_F(parameters, are_learnt_once_for_each_name_of_a_program) {
 TEST_F(parameters, that_could_not_be_learnt_are_asked_for_again) {
   const memory numbers = make(counted(4));
   const std::int32_t number = 0;
-  const arguments right{argument(numbers)}, wrong{argument(number)};
+  const arguments right{argument(numbers), argument(numbers)}, wrong{argument(number), argument(numbers)};
   const std::vector<std::function<void()>> hindrances{
       [] { fail_call(op::set_kernel_arg, 4, -5); }, [] { fail_call(op::set_kernel_arg, 10, -9999); },
       [] { fail_transport(op::set_kernel_arg, 1, -2); }, [] { fail_call(op::get_kernel_info, 2, -6); }};
   for (const auto& hinder : hindrances) {
-    const auto from = compile_one();
+    const auto from = compile_two();
     hinder();
     const auto unknown = make_taker(from, a_buffer_of_4), known = make_taker(from, a_buffer_of_4);
     EXPECT_TRUE(no_failure_left());
@@ -158,7 +162,7 @@ TEST_F(parameters, that_could_not_be_learnt_are_asked_for_again) {
     EXPECT_EQ(launch(known, right, line(1)), outcome());
   }
   // A device may be open about a name's first kernel alone, as long as that lives.
-  const auto from = compile_one();
+  const auto from = compile_two();
   make_taker(from, "..........");
   EXPECT_NE(launch(make_taker(from, a_buffer_of_4), wrong, line(1)), outcome());
   // No device passes as many arguments as this count.
