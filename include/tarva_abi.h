@@ -65,8 +65,8 @@
  * written in part. Reading the result back, and waiting for that read, is how a program makes sure.
  *
  * Each device is served by a thread of the library. If an OpenCL implementation refuses a command that the
- * library had no reason to refuse, such as an argument whose size is not that of the kernel's parameter, the
- * thread writes a line at critical level and ends the process with status 1.
+ * library had no reason to refuse, the thread writes a line at critical level and ends the process with
+ * status 1.
  *
  * OWNERSHIP
  *
@@ -512,8 +512,8 @@ typedef struct tarva_abi_kernel_argument_s {
  * than D has; and a wanted size above D that D does not divide is refused below OpenCL 2.0, not rounded up.
  * From 2.0 on the last group is then smaller, if the program is OpenCL C 2.0 or later.
  *
- * For TARVA_ABI_LAUNCH_EXPLICIT, a local size of 0 in all dimensions lets the device choose, unless the size
- * is fixed in the kernel's source.
+ * For TARVA_ABI_LAUNCH_EXPLICIT, a local size of 0 in all dimensions stands for the size that is fixed in the
+ * kernel's source, or lets the device choose if none is.
  */
 typedef struct tarva_abi_launch_range_s {
   tarva_abi_launch_type type;
@@ -651,7 +651,8 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_program_root_property(void* rese
  */
 
 /*
- * A kernel of the program. Each call makes a new kernel.
+ * A kernel of the program. Each call makes a new kernel. The first for a name also learns what the kernel's
+ * parameters take, as far as the device tells, so that a launch with arguments that do not fit can be refused.
  *
  * program      the program
  * kernel_name  the name of the kernel in the program; not NULL
@@ -683,7 +684,8 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_kernel_root_property(void* reser
  * failure of its work shows in the log only.
  *
  * kernel          the kernel
- * arguments       argument_count records, in the order of the kernel's parameters; NULL only for none
+ * arguments       argument_count records, in the order of the kernel's parameters; NULL only for none. A
+ *                 value has to have the parameter's bytes; of its type the device knows no more
  * argument_count  the number of arguments; has to be that of the kernel's parameters
  * launch_range    the range of the launch; not NULL
  *
@@ -694,17 +696,24 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_kernel_root_property(void* reser
  * What the device could not run is refused with a logic error before anything is moved:
  *
  *   - a wrong number of arguments, or of dimensions
+ *   - an argument that its parameter does not take: a value of another size, and a value, a memory object or
+ *     local memory where another of the three belongs; TARVA_ABI_ARGUMENT_NULL fits where a memory object
+ *     does. No argument fits an image, a sampler, a device queue, or a value of a size that no
+ *     tarva_abi_data_type has, such as most structures
  *   - memory, or local memory, of no elements
+ *   - a memory object larger than the device can allocate, unless it is there already
  *   - more bytes of local memory than the device has beside what the kernel itself declares
  *   - an offset on a device of OpenCL 1.0
  *   - a global size of 0 in a dimension, below OpenCL 2.1
  *   - global ids that the device cannot count: offset and size together beyond its address bits
- *   - a local size of 0 in some dimensions only, or of other numbers than the kernel's source fixes
+ *   - a local size of 0 in some dimensions only, or of other numbers, in the dimensions of the launch, than
+ *     the kernel's source fixes
  *   - a group of more work-items, in all or in a dimension, than the kernel or the device can have
  *   - a local size that does not divide the global size, below OpenCL 2.0
  *
- * That arguments fit the kernel's parameters, in size and in kind, is the caller's to see to; RESULTS AND
- * ERRORS tells what happens if they do not.
+ * A message about an argument names the kernel, the argument's index, what is wanted and what was given. What
+ * the device does not tell of a limit or of a parameter is not checked: that it fits is the caller's to see
+ * to, and RESULTS AND ERRORS tells what happens if it does not.
  */
 TARVA_ABI_EXPORT tarva_abi_result tarva_abi_kernel_call(void* reserved, tarva_abi_kernel_s* kernel,
                                                         const tarva_abi_kernel_argument_s* arguments,

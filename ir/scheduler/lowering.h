@@ -63,7 +63,8 @@ private:
     memory_state& state;
   };
   // In argument order, with repeats.
-  std::vector<used_object> check_launch(const logical_ir::kernel& operation);
+  std::vector<used_object> check_launch(const logical_ir::kernel& operation,
+                                        const std::shared_ptr<library_device>& device, const nd_range& range);
   physical_pointer move_to(const std::shared_ptr<library_device>& device,
                            const std::shared_ptr<library_memory>& memory, memory_state& state);
   physical_pointer move_from_host(const std::shared_ptr<library_device>& device,

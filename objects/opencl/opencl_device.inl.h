@@ -6,6 +6,7 @@
 #include "memory/opencl_buffer_allocation.h"
 #include "objects/empty_program.h"
 #include "objects/opencl/device_properties.inl.h"
+#include "objects/opencl/expected_errors.h"
 #include "objects/opencl/opencl_device.h"
 #include "objects/opencl/opencl_program.h"
 
@@ -19,6 +20,8 @@ inline constexpr const char* builtin_program_name = "Builtin Kernels";
 
 // Called by OpenCL on a thread of its choice; `user_data` is the library_device.
 inline void on_context_error(const char* message, const void*, std::size_t, void* user_data) noexcept {
+  if (expected_errors::on_this_thread())
+    return;
   if (user_data == nullptr) {
     log_error("Expected callback user_data to not be NULL.");
     return;

@@ -114,7 +114,15 @@ void set_kernel(const std::string& name, kernel_function body) {
 
 void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer) {
   const auto guard = locked();
-  machine::get().devices.at(device).options.info[parameter] = answer;
+  auto& answers = machine::get().devices.at(device).options.info;
+  answers.erase(parameter);
+  if (!answer.empty())
+    answers[parameter] = answer;
+}
+
+void answer_arguments(argument_answer answer) {
+  const auto guard = locked();
+  machine::get().argument_status = std::move(answer);
 }
 
 void fail_call(qv::operation operation, int nth, std::int32_t status) {

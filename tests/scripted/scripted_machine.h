@@ -141,6 +141,7 @@ public:
   std::vector<plan> plans;
   std::vector<std::string> misuses;
   std::map<std::string, kernel_function> kernels;
+  argument_answer argument_status;
   std::uint64_t version = std::uint64_t{1} << 63;
   std::int32_t wait_status = 0;
   bool check_at_exit = false;
@@ -164,6 +165,8 @@ std::int32_t answer_query(const bytes& answer, const Record& record) {
     *record.param_value_size_ret = answer.size();
   return 0;
 }
+// What the test has set, if anything.
+std::optional<bytes> own_answer(const device& device, std::uint32_t parameter);
 std::optional<bytes> device_info(const device& device, std::uint32_t capability, std::uint32_t parameter);
 
 // The commands, by theme; each returns the OpenCL status. Nothing static of theirs may end with the process

@@ -109,7 +109,12 @@ SCRIPTED_API void set_version(std::uint64_t version);
 
 // The body of every kernel of that name; a kernel without a body does nothing.
 SCRIPTED_API void set_kernel(const std::string& name, kernel_function body);
+// Of the device, or of all its kernels. An empty answer takes the last one back.
 SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer);
+// The status of every argument that is set, of any kernel, in the place of what its parameter's text tells; an empty
+// function takes the last one back. What it accepts is a null argument.
+using argument_answer = std::function<std::int32_t(std::size_t size, const void* value)>;
+SCRIPTED_API void answer_arguments(argument_answer answer);
 
 // The `nth` coming call (1: the next) of the operation fails: with an OpenCL status, with a transport code,
 // or, for a command that is enqueued, without effect and with that execution status of its event. A release that
