@@ -5,6 +5,9 @@
  * is a number and an argument record (capability/commands.h), and the capability of the handle decides how
  * the number is read.
  *
+ * Devices that cannot be used are left out. With the environment variable QV_LOG set to anything but "0", a line
+ * on the standard error stream tells of each why.
+ *
  * All functions may be called from any thread. The trailing argument of each is reserved and 0. */
 #ifndef QV_H
 #define QV_H
@@ -29,7 +32,8 @@ typedef struct qv_call_handle qv_call_handle;
 uint64_t qv_version(void);
 
 /* Writes up to `count` root-device handles to `array` and the number of root devices to `*out_count`.
- * `array` may be NULL if `count` is 0. A machine without OpenCL has no root device; that is no failure. */
+ * `array` may be NULL if `count` is 0. A machine without OpenCL has no root device; that is no failure. If there is
+ * too little memory to look at the machine, the next call looks again. */
 int32_t qv_get_root_devices(uint64_t count, uint64_t* array, uint64_t* out_count, uint64_t reserved);
 
 /* Writes up to `count` handles of the nodes that `root` has under capability `capability_id` (1 to 6 for

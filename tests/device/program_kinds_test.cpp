@@ -210,7 +210,7 @@ TEST_F(program_kinds, kernels_enqueue_kernels_on_the_default_queue) {
 
 TEST_F(program_kinds, odd_build_options_never_end_the_process) {
   on_each([](const caller::device& on, const std::string&) {
-    for (const char* valid : {" ", "-w", "-DX=1 -cl-mad-enable", "-D XY=1", "-I /tmp", "-cl-std=CL1.2"})
+    for (const char* valid : {" ", "-w", "-DX=1 -cl-mad-enable", "-D XY=1", "-I /tmp", "-cl-std=CL1.1"})
       expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, source, valid);
     // Some devices ignore a name that is missing.
     for (const char* odd : {"-D ", "-I -D -D", "\"", "'", "-DX='a b'", "-DX=\"a b\"", "-D X", "-DX=\xFF",
