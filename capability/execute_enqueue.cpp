@@ -48,7 +48,7 @@ void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) 
 // `enqueue` is given the queue, the wait list and the place for the event, and returns the status. What is refused
 // becomes an event that has failed.
 template <typename Record, typename Enqueue>
-void submit(Record& record, Enqueue enqueue) {
+void submit(const root_device& device, Record& record, Enqueue enqueue) {
   auto* const queue = static_cast<queue_object*>(record.command_queue);
   if (record.event == nullptr) {
     if (queue == nullptr)
@@ -68,10 +68,13 @@ void submit(Record& record, Enqueue enqueue) {
     status = waits.status() != CL_SUCCESS ? waits.status()
                                           : enqueue(queue->queue(), waits, event->place_of_event());
   }
-  if (status != CL_SUCCESS)
-    event->fail(status < 0 ? status : CL_OUT_OF_RESOURCES);
-  else
+  if (status == CL_SUCCESS) {
     queue->note_enqueued(*event);
+    return;
+  }
+  event->fail(status < 0 ? status : CL_OUT_OF_RESOURCES);
+  if (device.watch != nullptr)
+    device.watch->suspect();
 }
 
 // Some implementations follow blindly a range whose end cannot be counted.
@@ -80,8 +83,8 @@ bool is_endless(std::size_t offset, std::size_t size) {
 }
 
 template <typename Function>
-void transfer(Function* function, enqueue_transfer_buffer_record& record) {
-  submit(record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
+void transfer(const root_device& device, Function* function, enqueue_transfer_buffer_record& record) {
+  submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
     if (is_endless(record.offset, record.size))
       return CL_INVALID_VALUE;
     return call_or_refuse(function, queue, static_cast<cl_mem>(record.buffer), record.blocking, record.offset,
@@ -147,15 +150,15 @@ cl_int check_sizes(const root_device& device, cl_kernel kernel, const enqueue_nd
 } // namespace
 
 void enqueue_read_buffer(const root_device& device, enqueue_transfer_buffer_record& record) {
-  transfer(device.cl.enqueue_read_buffer, record);
+  transfer(device, device.cl.enqueue_read_buffer, record);
 }
 
 void enqueue_write_buffer(const root_device& device, enqueue_transfer_buffer_record& record) {
-  transfer(device.cl.enqueue_write_buffer, record);
+  transfer(device, device.cl.enqueue_write_buffer, record);
 }
 
 void enqueue_copy_buffer(const root_device& device, enqueue_copy_buffer_record& record) {
-  submit(record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
+  submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
     if (is_endless(record.src_offset, record.size) || is_endless(record.dst_offset, record.size))
       return CL_INVALID_VALUE;
     return call_or_refuse(device.cl.enqueue_copy_buffer, queue, static_cast<cl_mem>(record.src_buffer),
@@ -165,7 +168,7 @@ void enqueue_copy_buffer(const root_device& device, enqueue_copy_buffer_record& 
 }
 
 void enqueue_fill_buffer(const root_device& device, enqueue_fill_buffer_record& record) {
-  submit(record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
+  submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
     if (is_endless(record.offset, record.size))
       return CL_INVALID_VALUE;
     return call_or_refuse(device.cl.enqueue_fill_buffer, queue, static_cast<cl_mem>(record.buffer),
@@ -175,7 +178,7 @@ void enqueue_fill_buffer(const root_device& device, enqueue_fill_buffer_record& 
 }
 
 void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_record& record) {
-  submit(record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
+  submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
     const auto* const kernel = static_cast<const kernel_object*>(record.kernel);
     if (kernel == nullptr)
       return CL_INVALID_KERNEL;
@@ -192,7 +195,14 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
 
 void finish(const root_device& device, object_record& record) {
   auto* const queue = static_cast<queue_object*>(record.object);
-  record.status = queue == nullptr ? CL_INVALID_COMMAND_QUEUE : queue->finish(device.cl);
+  if (queue == nullptr) {
+    record.status = CL_INVALID_COMMAND_QUEUE;
+    return;
+  }
+  bool is_finished = true;
+  record.status = queue->finish(device.cl, is_finished);
+  if (!is_finished && device.watch != nullptr)
+    device.watch->suspect();
 }
 
 } // namespace qv

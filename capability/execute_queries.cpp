@@ -3,6 +3,7 @@
 #include "capability/kernels.h"
 #include "capability/queues.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace qv {
@@ -42,6 +43,17 @@ void answer_for_device(const root_device& device, get_device_info_record& record
 void answer_largest_group(const root_device& device, get_object_device_info_record& record) {
   if (const std::size_t size = device_number(device.cl, device.id, CL_DEVICE_MAX_WORK_GROUP_SIZE); size != 0)
     answer(record, &size, sizeof size);
+}
+
+// Where the attributes alone tell a size that was fixed.
+void complete_required_size(const root_device& device, const kernel_object& kernel,
+                            get_object_device_info_record& record) {
+  group_size told{};
+  std::memcpy(&told, record.param_value, std::min(record.param_value_size, sizeof told));
+  if (told != group_size{} || record.param_value_size < sizeof told)
+    return;
+  told = kernel.required_size(device.cl);
+  std::memcpy(record.param_value, &told, sizeof told);
 }
 
 } // namespace
@@ -91,9 +103,12 @@ void get_kernel_work_group_info(const root_device& device, get_object_device_inf
   else
     ask(record, device.cl.get_kernel_work_group_info, kernel->kernel(),
         static_cast<cl_device_id>(record.device));
-  if (record.status == CL_SUCCESS && record.param_name == CL_KERNEL_WORK_GROUP_SIZE &&
-      device.quirks.understates_group_sizes)
+  if (record.status != CL_SUCCESS || record.param_value == nullptr)
+    return;
+  if (record.param_name == CL_KERNEL_WORK_GROUP_SIZE && device.quirks.understates_group_sizes)
     answer_largest_group(device, record);
+  if (record.param_name == CL_KERNEL_COMPILE_WORK_GROUP_SIZE && !device.quirks.kernel_attributes_dangle)
+    complete_required_size(device, *kernel, record);
 }
 
 void get_program_info(const root_device& device, get_object_info_record& record) {

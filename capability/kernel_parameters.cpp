@@ -3,7 +3,9 @@
 #include "capability/opencl_call.h"
 #include "capability/root_device.h"
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <string_view>
 
 namespace qv {
@@ -54,6 +56,25 @@ std::optional<std::vector<parameter>> parameters_of(const opencl_functions& cl, 
       break; // it does not tell of the others, either
   }
   return kinds;
+}
+
+group_size group_size_in(std::string_view attributes) {
+  constexpr std::string_view attribute = "reqd_work_group_size";
+  constexpr std::string_view between = " \t\n,(";
+  const std::size_t found = attributes.find(attribute);
+  if (found == std::string_view::npos)
+    return {};
+  attributes.remove_prefix(found + attribute.size());
+  group_size sizes{};
+  for (std::size_t& size : sizes) {
+    const std::size_t start = std::min(attributes.find_first_not_of(between), attributes.size());
+    attributes.remove_prefix(start);
+    const auto [end, fault] = std::from_chars(attributes.data(), attributes.data() + attributes.size(), size);
+    if (fault != std::errc() || size == 0)
+      return {};
+    attributes.remove_prefix(static_cast<std::size_t>(end - attributes.data()));
+  }
+  return sizes;
 }
 
 cl_int check_kind(const root_device& device, parameter wanted, std::size_t size, const void* value) noexcept {

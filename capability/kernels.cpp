@@ -25,9 +25,8 @@ kernel_object* newest_spare = nullptr;
 std::size_t spare_count = 0;
 
 // Empty if OpenCL does not tell it.
-std::string name_of(const opencl_functions& cl, cl_kernel kernel) {
+std::string text_of(const opencl_functions& cl, cl_kernel kernel, cl_kernel_info name) {
   constexpr std::size_t longest = 1 << 20;
-  constexpr cl_kernel_info name = CL_KERNEL_FUNCTION_NAME;
   std::size_t size = 0;
   if (call_or_refuse(cl.get_kernel_info, kernel, name, std::size_t{0}, static_cast<void*>(nullptr), &size) !=
           CL_SUCCESS ||
@@ -186,7 +185,7 @@ kernel_object* kernel_object::wrap(const root_device& device, program_object& pr
                                    cl_int& status) noexcept {
   family_entry* family = nullptr;
   try {
-    const std::string name = name_of(device.cl, kernel);
+    const std::string name = text_of(device.cl, kernel, CL_KERNEL_FUNCTION_NAME);
     auto object = std::unique_ptr<kernel_object>(new kernel_object);
     {
       const std::lock_guard guard(kernels_lock);
@@ -253,6 +252,18 @@ cl_int kernel_object::set_argument(const root_device& device, std::uint32_t inde
     std::memcpy(&set.buffer, value, size);
   set.seen_alive = now;
   return CL_SUCCESS;
+}
+
+group_size kernel_object::required_size(const opencl_functions& cl) const {
+  {
+    const std::lock_guard guard(kernels_lock);
+    if (family_->second.required_size)
+      return *family_->second.required_size;
+  }
+  const group_size told = group_size_in(text_of(cl, kernel_, CL_KERNEL_ATTRIBUTES));
+  const std::lock_guard guard(kernels_lock);
+  family_->second.required_size = told;
+  return told;
 }
 
 cl_int kernel_object::launch_status() const noexcept {

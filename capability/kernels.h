@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,7 @@ struct kernel_family {
   std::uint32_t live = 0;    // those handed out
   bool is_told = false;      // whether `parameters` has been asked for, and told
   std::vector<parameter> parameters;
+  std::optional<group_size> required_size;
   std::vector<kernel_object*> spares; // the one released last at the end
 };
 
@@ -85,6 +87,9 @@ public:
 
   cl_int set_argument(const root_device& device, std::uint32_t index, std::size_t size,
                       const void* value) noexcept;
+  // What the attributes of the kernel demand, asked for once.
+  group_size required_size(const opencl_functions& cl) const;
+
   // CL_SUCCESS, or why a launch must not reach OpenCL.
   cl_int launch_status() const noexcept;
 

@@ -54,10 +54,11 @@ event_object* queue_object::take_outstanding() noexcept {
   return std::exchange(first_, nullptr);
 }
 
-cl_int queue_object::finish(const opencl_functions& cl) noexcept {
+cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexcept {
   const bool nobody_else_tells = has_work_without_event_.exchange(false);
   event_object* const outstanding = take_outstanding();
   const cl_int status = call_or_refuse(cl.finish, queue_);
+  is_finished = status == CL_SUCCESS;
   for (event_object* each = outstanding; each != nullptr;) {
     event_object* const next = std::exchange(each->next_, nullptr);
     if (status != CL_SUCCESS)

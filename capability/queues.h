@@ -65,8 +65,8 @@ public:
   void note_enqueued_without_event() noexcept { has_work_without_event_ = true; }
 
   // Waits for all work. Succeeds also if OpenCL cannot finish the queue: then the events tell, and all that can be waited
-  // for has ended. Only work that has no event leaves nobody else to tell.
-  cl_int finish(const opencl_functions& cl) noexcept;
+  // for has ended; `is_finished` is false. Only work that has no event leaves nobody else to tell.
+  cl_int finish(const opencl_functions& cl, bool& is_finished) noexcept;
 
   // Ends the object.
   cl_int release(const opencl_functions& cl) noexcept;

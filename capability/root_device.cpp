@@ -134,6 +134,11 @@ void append_devices(std::vector<root_device>& devices, const opencl_functions& l
                           "\" of the platform \"", name, "\" is left out: ", reason});
       continue;
     }
+    root_device lost = device;
+    lost.cl = functions_of_lost_device(device.cl);
+    lost.kept = nullptr;
+    device.watch = std::make_shared<device_watch>();
+    device.when_lost = std::make_shared<const root_device>(std::move(lost));
     devices.push_back(std::move(device));
   }
 }

@@ -1,8 +1,10 @@
 // Queues, events, programs and kernels as the library's own objects.
 #include "capability/buffers.h"
+#include "capability/executor.h"
 #include "tests/capability/fake_opencl.h"
 
 #include <algorithm>
+#include <array>
 #include <new>
 #include <string>
 
@@ -176,7 +178,9 @@ TEST_F(objects, queues_that_cannot_be_finished_fail_through_their_events) {
     return record.status;
   };
   ASSERT_EQ(enqueue(&event), CL_SUCCESS);
-  EXPECT_EQ(queue_->finish(device_.cl), CL_SUCCESS);
+  bool is_finished = true;
+  EXPECT_EQ(queue_->finish(device_.cl, is_finished), CL_SUCCESS);
+  EXPECT_FALSE(is_finished);
   EXPECT_EQ(count(id<&cl::wait_for_events>), 2u);
   EXPECT_EQ(static_cast<qv::event_object*>(event)->failure(), CL_OUT_OF_RESOURCES);
   EXPECT_EQ(launch(make_kernel(), 1, &event), CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST);
@@ -185,7 +189,7 @@ TEST_F(objects, queues_that_cannot_be_finished_fail_through_their_events) {
   qv::call_command(bound, qv::command_number(operation::get_event_info, 6), &asked);
   EXPECT_EQ(told, CL_OUT_OF_RESOURCES);
   EXPECT_EQ(enqueue(nullptr), CL_SUCCESS);
-  EXPECT_EQ(queue_->finish(device_.cl), CL_OUT_OF_RESOURCES) << "there is no event to tell";
+  EXPECT_EQ(queue_->finish(device_.cl, is_finished), CL_OUT_OF_RESOURCES) << "there is no event to tell";
   queue_ = nullptr;
   record.command_queue = nullptr;
   EXPECT_EQ(enqueue(nullptr), CL_INVALID_COMMAND_QUEUE);
@@ -204,6 +208,43 @@ TEST_F(objects, implementations_that_throw_have_failed) {
   const char* text = "";
   EXPECT_EQ(status_of<operation::create_program_with_source>(device_, {nullptr, &text, nullptr, &text, 0, 1}),
             CL_OUT_OF_RESOURCES);
+}
+
+TEST_F(objects, sizes_that_only_the_attributes_tell_are_told) {
+  using sizes = std::array<std::size_t, 3>;
+  static sizes fixed;
+  static std::string attributes;
+  static int asked = 0;
+  device_.cl.get_kernel_work_group_info = [](cl_kernel, cl_device_id, cl_kernel_work_group_info,
+                                             std::size_t size, void* target, std::size_t* size_ret) {
+    return give(&fixed, sizeof fixed, size, target, size_ret);
+  };
+  device_.cl.get_kernel_info = [](cl_kernel, cl_kernel_info name, std::size_t size, void* target,
+                                  std::size_t* size_ret) {
+    asked += name == CL_KERNEL_ATTRIBUTES ? 1 : 0;
+    return give(attributes.c_str(), attributes.size() + 1, size, target, size_ret);
+  };
+  using row = std::tuple<sizes, const char*, sizes>;
+  for (const auto& [by_query, text, expected] :
+       {row{{0, 0, 0}, "reqd_work_group_size(8,4,2),work_group_size_hint(1,1,1)", {8, 4, 2}},
+        row{{0, 0, 0}, "x __attribute__((reqd_work_group_size( 8, 4 ,2 )))", {8, 4, 2}},
+        row{{1, 2, 3}, "reqd_work_group_size(8,4,2)", {1, 2, 3}}, row{{0, 0, 0}, "", {0, 0, 0}},
+        row{{0, 0, 0}, "reqd_work_group_size(8,4)", {0, 0, 0}},
+        row{{0, 0, 0}, "reqd_work_group_size(8,99999999999999999999,1)", {0, 0, 0}},
+        row{{0, 0, 0}, "work_group_size_hint(8,4,2)", {0, 0, 0}}}) {
+    fixed = by_query;
+    attributes = text;
+    asked = 0;
+    auto* const kernel = make_kernel(text);
+    for (int i = 0; i < 2; ++i) {
+      sizes told{};
+      qv::record<operation::get_kernel_work_group_info> query{
+          nullptr, kernel, sizeof told, &told, nullptr, 0, CL_KERNEL_COMPILE_WORK_GROUP_SIZE};
+      qv::get_kernel_work_group_info(device_, query);
+      EXPECT_EQ(told, expected) << text;
+    }
+    EXPECT_LE(asked, 2) << "the length and the text";
+  }
 }
 
 // For programs from source alone, and unseen by who asks for the options.
