@@ -44,6 +44,7 @@ public:
   void set_submitted() { state_.set_submitted(); }
   void physical_operation_complete() { state_.part_complete(); }
   void set_error(const std::exception_ptr& error) { state_.set_error(error); }
+  void refuse(const std::exception_ptr& error) noexcept { state_.refuse(error); }
   void add_elapsed_time(std::uint64_t nanoseconds) { state_.add_elapsed_time(nanoseconds); }
   void enable_profiling() { state_.enable_profiling(); }
 
