@@ -37,8 +37,10 @@ public:
   notifier get_notification_pipe() const { return state_.get_pipe(); }
   bool is_complete() const { return state_.is_complete(); }
   std::exception_ptr get_error() const { return state_.get_error(); }
-  // Sleeps until the operation has succeeded or failed.
+  // Sleeps until the operation has succeeded or failed. Whoever is woken when the process has failed ends it when its time
+  // is up.
   void wait_until_complete() const;
+  void wake_waiters() const noexcept;
 
   void set_physical_operation_count(std::uint64_t count) { state_.set_part_count(count); }
   void set_submitted() { state_.set_submitted(); }
