@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 
 namespace oryn::tarva::library {
 
@@ -201,14 +202,17 @@ void abi_bridge::report_leaks() const {
 }
 
 void abi_bridge::teardown() {
+  using clock = std::chrono::steady_clock;
   handle_tables dropped;
-  std::unique_lock guard(lock_, std::try_to_lock);
-  if (!guard) {
-    // Whoever holds it is at work in the tables, so they cannot be taken down.
+  std::unique_lock guard(lock_, std::defer_lock);
+  const auto end = clock::now() + patience_with_tables;
+  while (!guard.try_lock() && clock::now() < end)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  if (!guard)
     log_critical("ABI bridge internal lock is held during destruction.  Please file a bug.");
-    return;
-  }
   report_leaks();
+  if (!guard)
+    return;
   dropped = std::exchange(tables_, {});
   guard.unlock();
   std::apply([](auto&... each) { ((each = {}), ...); }, dropped);

@@ -80,6 +80,7 @@ private:
   std::exception_ptr refusal_;
   std::vector<block_move> moves_;
   std::shared_ptr<library_memory> allocated_;
+  memory_state freed_; // what the request is to free
 };
 
 } // namespace oryn::tarva::library

@@ -26,14 +26,16 @@ inline void on_context_error(const char* message, const void*, std::size_t, void
     log_error("Expected callback user_data to not be NULL.");
     return;
   }
-  try {
-    const std::string device = static_cast<library_device*>(user_data)->get_friendly_summary();
+  const auto log = [message](const auto& device) {
     if (message == nullptr)
       log_error("OpenCL context error callback triggered for device: {}.  Message is null.", device);
     else
       log_error("OpenCL context error callback triggered for device: {}.  Message: {}.", device, message);
+  };
+  try {
+    log(static_cast<library_device*>(user_data)->get_friendly_summary());
   } catch (...) {
-    // The device would not tell its name; nothing may leave into OpenCL.
+    log(static_cast<const void*>(user_data)); // its address, which the lines of the start tell, too
   }
 }
 

@@ -11,6 +11,14 @@ namespace scripted {
 
 namespace {
 
+thread_local int depth = 0;
+struct visit {
+  visit() { ++depth; }
+  visit(const visit&) = delete;
+  visit& operator=(const visit&) = delete;
+  ~visit() { --depth; }
+};
+
 constexpr std::uint64_t first_root = 0x100, first_node = 0x200; // never valid addresses
 
 std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t count, std::uint64_t* array,
@@ -23,6 +31,10 @@ std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t co
 
 } // namespace
 
+bool is_inside() {
+  return depth != 0;
+}
+
 } // namespace scripted
 
 std::uint64_t qv_version() {
@@ -31,6 +43,7 @@ std::uint64_t qv_version() {
 
 std::int32_t qv_get_root_devices(std::uint64_t count, std::uint64_t* array, std::uint64_t* out_count,
                                  std::uint64_t /*reserved*/) {
+  const scripted::visit inside;
   const std::lock_guard guard(machine::get().lock);
   std::vector<std::uint64_t> roots;
   for (const auto& device : machine::get().devices)
@@ -41,6 +54,7 @@ std::int32_t qv_get_root_devices(std::uint64_t count, std::uint64_t* array, std:
 std::int32_t qv_find_capability_nodes(std::uint64_t root, std::uint64_t capability_id, std::uint64_t count,
                                       std::uint64_t* array, std::uint64_t* out_count,
                                       std::uint64_t /*reserved*/) {
+  const scripted::visit inside;
   const std::lock_guard guard(machine::get().lock);
   std::vector<std::uint64_t> nodes;
   for (const std::uint32_t capability :
@@ -52,6 +66,7 @@ std::int32_t qv_find_capability_nodes(std::uint64_t root, std::uint64_t capabili
 
 std::int32_t qv_create_call_handle(std::uint64_t root, std::uint64_t node, qv_call_handle** out_handle,
                                    std::uint64_t /*reserved*/) {
+  const scripted::visit inside;
   const std::lock_guard guard(machine::get().lock);
   auto& device = machine::get().devices.at(root - scripted::first_root);
   *out_handle = new qv_call_handle{&device, static_cast<std::uint32_t>(node - scripted::first_node)};
@@ -60,6 +75,7 @@ std::int32_t qv_create_call_handle(std::uint64_t root, std::uint64_t node, qv_ca
 }
 
 std::int32_t qv_close_call_handle(qv_call_handle* handle) {
+  const scripted::visit inside;
   const std::lock_guard guard(machine::get().lock);
   if (machine::get().call_handles.erase(handle) == 0) {
     machine::get().complain("closing of a call handle that is not open");
@@ -71,6 +87,7 @@ std::int32_t qv_close_call_handle(qv_call_handle* handle) {
 
 std::int32_t qv_call_capability(qv_call_handle* handle, std::uint64_t command_id, void* record,
                                 std::uint64_t /*reserved*/) {
+  const scripted::visit inside;
   machine& world = machine::get();
   std::unique_lock lock(world.lock);
   if (world.call_handles.count(handle) == 0) {

@@ -142,6 +142,8 @@ SCRIPTED_API std::vector<std::string> misuses();
 // At the end of the process, after the library under test has stopped: end it with status 9 and a line on the
 // standard error stream if a reference is left or a rule was broken.
 SCRIPTED_API void check_at_exit(bool wanted);
+// Whether this thread is inside the capability library.
+SCRIPTED_API bool is_inside();
 SCRIPTED_API void raise_context_error(std::size_t device, const char* message);
 
 } // namespace scripted
