@@ -178,6 +178,16 @@ void abi_bridge::release_future(tarva_abi_future_s* handle) {
   remove(handle);
 }
 
+void abi_bridge::withdraw_future(tarva_abi_future_s* handle) {
+  try {
+    return remove(handle);
+  } catch (const std::runtime_error&) {
+    const std::lock_guard guard(lock_);
+    if (!retired_.contains(handle))
+      std::free(handle);
+  }
+}
+
 void abi_bridge::release_error(tarva_abi_error_s* handle) {
   if (handle)
     remove(handle);

@@ -65,6 +65,9 @@ public:
   template <counted_handle record>
   bool release(record* handle);
   void release_future(tarva_abi_future_s* handle);
+  // Of one that its maker has not handed out. Somebody with an old handle of the same address may have ended it since a
+  // moment ago, or the teardown has taken it out.
+  void withdraw_future(tarva_abi_future_s* handle);
   void release_error(tarva_abi_error_s* handle);
   void release_property(tarva_abi_property_s* handle);
 
