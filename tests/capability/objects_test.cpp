@@ -199,10 +199,7 @@ TEST_F(objects, queues_that_cannot_be_finished_fail_through_their_events) {
 // As long as it is not there nothing is asked of it that might wait for its answer.
 TEST_F(objects, lost_devices_are_left_alone_until_they_are_back) {
   opencl_.platforms = {fake_platform()};
-  fake_device known;
-  known.texts = {{CL_DEVICE_VERSION, "OpenCL 3.0"}};
-  known.numbers[CL_DEVICE_AVAILABLE] = 1;
-  opencl_.platforms[0].devices = {known};
+  opencl_.platforms[0].devices = {plain_device("OpenCL 3.0")};
   qv::opencl_functions cl = fake_functions();
   cl.finish = [](cl_command_queue) -> cl_int { return CL_DEVICE_NOT_AVAILABLE; };
   const qv::root_device device = qv::find_root_devices(cl, {}).at(0);
