@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 
 namespace oryn::tarva::library {
 
@@ -177,6 +178,16 @@ void abi_bridge::release_future(tarva_abi_future_s* handle) {
   remove(handle);
 }
 
+void abi_bridge::withdraw_future(tarva_abi_future_s* handle) {
+  try {
+    return remove(handle);
+  } catch (const std::runtime_error&) {
+    const std::lock_guard guard(lock_);
+    if (!retired_.contains(handle))
+      std::free(handle);
+  }
+}
+
 void abi_bridge::release_error(tarva_abi_error_s* handle) {
   if (handle)
     remove(handle);
@@ -201,14 +212,17 @@ void abi_bridge::report_leaks() const {
 }
 
 void abi_bridge::teardown() {
+  using clock = std::chrono::steady_clock;
   handle_tables dropped;
-  std::unique_lock guard(lock_, std::try_to_lock);
-  if (!guard) {
-    // Whoever holds it is at work in the tables, so they cannot be taken down.
+  std::unique_lock guard(lock_, std::defer_lock);
+  const auto end = clock::now() + patience_with_tables;
+  while (!guard.try_lock() && clock::now() < end)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  if (!guard)
     log_critical("ABI bridge internal lock is held during destruction.  Please file a bug.");
-    return;
-  }
   report_leaks();
+  if (!guard)
+    return;
   dropped = std::exchange(tables_, {});
   guard.unlock();
   std::apply([](auto&... each) { ((each = {}), ...); }, dropped);

@@ -5,6 +5,7 @@
 #include "base/reader_writer_lock.h"
 #include "properties/data_type.h"
 
+#include <chrono>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -25,6 +26,9 @@ public:
   abi_bridge(const abi_bridge&) = delete;
   abi_bridge& operator=(const abi_bridge&) = delete;
   ~abi_bridge() { teardown(); }
+
+  // How long the teardown waits for whoever is at work in the tables.
+  static constexpr std::chrono::milliseconds patience_with_tables{1000};
 
   // Looks up any number of handles under one lock.
   class reading {
@@ -61,11 +65,15 @@ public:
   template <counted_handle record>
   bool release(record* handle);
   void release_future(tarva_abi_future_s* handle);
+  // Of one that its maker has not handed out. Somebody with an old handle of the same address may have ended it since a
+  // moment ago, or the teardown has taken it out.
+  void withdraw_future(tarva_abi_future_s* handle);
   void release_error(tarva_abi_error_s* handle);
   void release_property(tarva_abi_property_s* handle);
 
   // Reports every handle that was not given up, and drops what the tables hold. The records stay: a caller
-  // may still have their addresses.
+  // may still have their addresses. If somebody keeps the tables for too long, they are read all the same, but stay as
+  // they are.
   void teardown();
 
 private:

@@ -12,19 +12,21 @@ namespace oryn::tarva::library {
 
 namespace {
 
-// The only trace of a failure that no future delivers.
+// The only trace of a failure that no future delivers, so it must not take memory.
 void log_failure(const logical_ir::logical_operation& operation, const std::exception_ptr& error) noexcept {
+  std::string text;
   try {
-    const std::string request = operation.to_string();
-    try {
-      std::rethrow_exception(error);
-    } catch (const std::exception& exception) {
-      log_error("An operation without a future failed: {}: {}", request, exception.what());
-    } catch (...) {
-      log_error("An operation without a future failed: {}: {}", request, "Unknown exception.");
-    }
+    text = operation.to_string();
   } catch (...) {
-    // The operation has ended either way.
+    // Told without it.
+  }
+  const char* const request = text.empty() ? "one that there is no memory to describe" : text.c_str();
+  try {
+    std::rethrow_exception(error);
+  } catch (const std::exception& exception) {
+    log_error("An operation without a future failed: {}: {}", request, exception.what());
+  } catch (...) {
+    log_error("An operation without a future failed: {}: {}", request, "Unknown exception.");
   }
 }
 
@@ -49,12 +51,9 @@ tarva_singleton::submit_with_future(const std::shared_ptr<logical_ir::logical_op
   try {
     submit(operation);
   } catch (...) {
-    try {
-      bridge_.release_future(future);
-    } catch (const std::runtime_error&) {
-      // The stop of the library has taken it out meanwhile, but left the record to its owner.
-      record_deleter()(future);
-    }
+    // Before all: another thread may wait for it by an old handle that had the same address.
+    operation->refuse(std::current_exception());
+    bridge_.withdraw_future(future);
     throw;
   }
   return future;

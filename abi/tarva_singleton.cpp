@@ -3,6 +3,7 @@
 #include "abi/call_gate.h"
 #include "abi/device_detection.h"
 #include "abi/error_conversion.h"
+#include "abi/host_threads.h"
 #include "base/logging.h"
 #include "base/process_fault.h"
 #include "ir/scheduler/ultra_naive_scheduler.h"
@@ -50,6 +51,7 @@ std::string compose_banner() {
 [[noreturn]] void end_failed_start() noexcept {
   std::fflush(stderr);
   the_gate.close();
+  limit_exit_handlers(); // they may wait for threads that stand where the library would have started
   std::exit(1);
 }
 
@@ -107,10 +109,16 @@ public:
       delete library_;
   }
 
-  tarva_singleton& get() const { return *library_; }
+  // For a call of this thread.
+  tarva_singleton& get() {
+    if (library_->has_devices())
+      threads_.note_this_thread();
+    return *library_;
+  }
 
 private:
   const pid_t process_;
+  host_threads threads_;
   tarva_singleton* library_ = nullptr;
 };
 
@@ -137,7 +145,7 @@ void tarva_singleton::note_compilation() noexcept {
 }
 
 tarva_singleton& tarva_singleton::get_instance() {
-  static const library_holder holder;
+  static library_holder holder;
   return holder.get();
 }
 
@@ -159,7 +167,7 @@ tarva_singleton::tarva_singleton() {
 void tarva_singleton::start() {
   prepare_what_outlives_the_library();
   log_info("Begin initialization of TARVA.");
-  if (std::getenv("TARVA_LUDICROUS_SPEED_GO"))
+  if (secure_getenv("TARVA_LUDICROUS_SPEED_GO"))
     log_info("{}", compose_banner());
   devices_ = detect_devices();
   initialize_devices();

@@ -31,6 +31,7 @@ public:
   // the library may be gone.
   static tarva_singleton& get_instance();
   static call_gate& get_call_gate();
+  bool has_devices() const { return !devices_.empty(); }
 
   // Reports what was not given up and ends the work of the devices. Lets nothing escape.
   void shut_down() noexcept;

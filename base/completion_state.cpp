@@ -9,6 +9,8 @@ namespace oryn::tarva::library {
 completion_state::~completion_state() {
   try {
     if (!is_complete()) {
+      if (std::uncaught_exceptions() != 0)
+        return; // what an exception takes along was never begun, and the exception tells of it
       log_warning("{}", texts_.destroyed_incomplete);
       get_pipe(); // that it is open is told by it, too, when it goes
     }
@@ -89,6 +91,12 @@ completion_state::part_outcome completion_state::part_complete() {
   if (parts != 1)
     return part_outcome::pending;
   return succeed() ? part_outcome::last : part_outcome::last_after_error;
+}
+
+void completion_state::refuse(const std::exception_ptr& error) noexcept {
+  submitted_ = true;
+  if (!is_complete())
+    set_error(error);
 }
 
 void completion_state::set_complete() {

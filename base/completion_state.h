@@ -37,7 +37,7 @@ public:
   enum class part_outcome { pending, last, last_after_error };
 
   explicit completion_state(const completion_texts& texts) : texts_(texts) {}
-  // Logs what was left undone.
+  // Logs what was left undone, unless an exception unwinds it: then a request was refused on the way down.
   ~completion_state();
   completion_state(const completion_state&) = delete;
   completion_state& operator=(const completion_state&) = delete;
@@ -63,6 +63,8 @@ public:
   void set_complete();
   // True if this error is the first: it is kept and the pipe is closed. A later one is dropped.
   bool set_error(const std::exception_ptr& error);
+  // Ends with the error what is not going to run, whether or not it has been submitted. Nothing else drives it any more.
+  void refuse(const std::exception_ptr& error) noexcept;
 
 private:
   static constexpr std::uint64_t never_set = ~std::uint64_t{0};

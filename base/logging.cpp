@@ -1,18 +1,19 @@
 #include "base/logging.h"
 
+#include "base/log_file.h"
 #include "base/write_signals.h"
 
-#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/null_sink.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 
-#include <fmt/args.h>
-
+#include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
+#include <new>
 #include <unistd.h>
 
 namespace oryn::logging {
@@ -28,8 +29,9 @@ constexpr const char* pattern = "[%Y-%m-%d %T] [thread %t] [%n] [%l] %v";
 constexpr std::array<std::string_view, 6> level_names = {"trace", "debug", "info",
                                                          "warn",  "error", "critical"};
 
+// A process with more rights than its caller does not write where that one likes.
 std::string_view read_environment(const char* variable, std::string_view fallback) {
-  const char* value = std::getenv(variable);
+  const char* value = secure_getenv(variable);
   return value ? std::string_view(value) : fallback;
 }
 
@@ -41,52 +43,96 @@ log_level read_level(const char* variable) {
   return log_level::off;
 }
 
+// Without memory for a whole line, what fits into the room that every line has is left of it.
+class frugal_formatter final : public spdlog::formatter {
+public:
+  explicit frugal_formatter(std::unique_ptr<spdlog::formatter> whole) : whole_(std::move(whole)) {}
+
+  void format(const spdlog::details::log_msg& message, spdlog::memory_buf_t& line) override {
+    try {
+      whole_->format(message, line);
+    } catch (const std::bad_alloc&) {
+      constexpr std::size_t beginning = 100; // of the line: all that stands before the text
+      line.clear();
+      spdlog::details::log_msg cut = message;
+      cut.payload = {message.payload.data(),
+                     std::min(message.payload.size(), spdlog::memory_buf_t().capacity() - beginning)};
+      whole_->format(cut, line);
+    }
+  }
+  std::unique_ptr<spdlog::formatter> clone() const override {
+    return std::make_unique<frugal_formatter>(whole_->clone());
+  }
+
+private:
+  const std::unique_ptr<spdlog::formatter> whole_;
+};
+
+class file_sink final : public spdlog::sinks::base_sink<std::mutex> {
+public:
+  explicit file_sink(const char* name) : file_(name) {}
+
+private:
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    spdlog::memory_buf_t line;
+    formatter_->format(message, line);
+    file_.append({line.data(), line.size()});
+  }
+  void flush_() override {}
+
+  const log_file file_;
+};
+
 std::shared_ptr<spdlog::logger> create_lines(const logger_description& description) {
   const std::string_view target = read_environment(description.target_variable, "none");
-  if (target == "file") {
-    // No line waits in a buffer, which a forked child would write once more when it exits.
-    spdlog::file_event_handlers handlers;
-    handlers.after_open = [](const std::string&, std::FILE* file) {
-      static_cast<void>(std::setvbuf(file, nullptr, _IOLBF, BUFSIZ));
-    };
-    return spdlog::basic_logger_mt(description.name, description.file_name, false, handlers);
-  }
+  if (target == "file")
+    return spdlog::create<file_sink>(description.name, description.file_name);
   if (target == "console")
     return spdlog::stderr_color_mt(description.name);
   return std::make_shared<spdlog::logger>(description.name, std::make_shared<spdlog::sinks::null_sink_mt>());
 }
 
-std::string format_line(std::string_view format, const log_argument* arguments, std::size_t count) {
-  fmt::dynamic_format_arg_store<fmt::format_context> store;
-  for (const log_argument* argument = arguments; argument != arguments + count; ++argument) {
-    switch (argument->get_kind()) {
-    case log_argument::kind::text:
-      store.push_back(argument->text());
-      break;
-    case log_argument::kind::unsigned_number:
-      store.push_back(argument->bits());
-      break;
-    case log_argument::kind::signed_number:
-      store.push_back(static_cast<std::int64_t>(argument->bits()));
-      break;
-    case log_argument::kind::boolean:
-      store.push_back(argument->bits() != 0);
-      break;
-    case log_argument::kind::pointer:
-      store.push_back(argument->pointer());
-      break;
-    }
+void append(fmt::memory_buffer& line, const log_argument& argument) {
+  const auto text = std::back_inserter(line);
+  switch (argument.get_kind()) {
+  case log_argument::kind::text:
+    line.append(argument.text());
+    break;
+  case log_argument::kind::unsigned_number:
+    fmt::format_to(text, "{}", argument.bits());
+    break;
+  case log_argument::kind::signed_number:
+    fmt::format_to(text, "{}", static_cast<std::int64_t>(argument.bits()));
+    break;
+  case log_argument::kind::boolean:
+    fmt::format_to(text, "{}", argument.bits() != 0);
+    break;
+  case log_argument::kind::pointer:
+    fmt::format_to(text, "{}", argument.pointer());
+    break;
   }
-  return fmt::vformat(format, store);
+}
+
+// Puts the arguments where the pairs of braces are. Only a long line takes memory.
+void compose(fmt::memory_buffer& line, std::string_view format, const log_argument* arguments,
+             std::size_t count) {
+  constexpr std::string_view place = "{}";
+  for (; count != 0; --count, ++arguments) {
+    const std::size_t before = format.find(place);
+    if (before == format.npos)
+      break;
+    line.append(format.substr(0, before));
+    append(line, *arguments);
+    format.remove_prefix(before + place.size());
+  }
+  line.append(format);
 }
 
 // Opens a logger, and closes it at exit. A forked child leaves the parent's logger alone: the locks in it may
 // have been held by a thread that the child does not have.
 class logger_lifetime {
 public:
-  explicit logger_lifetime(logger& subject) noexcept : subject_(subject), process_(getpid()) {
-    subject_.open();
-  }
+  explicit logger_lifetime(logger& subject) : subject_(subject), process_(getpid()) { subject_.open(); }
   logger_lifetime(const logger_lifetime&) = delete;
   logger_lifetime& operator=(const logger_lifetime&) = delete;
   ~logger_lifetime() {
@@ -99,25 +145,32 @@ private:
   const pid_t process_;
 };
 
-void bring_up_tarva() noexcept {
-  static const logger_lifetime lifetime(tarva_logger);
-}
-void bring_up_skerv() noexcept {
-  static const logger_lifetime lifetime(skerv_logger);
+// What a logger writes through must be made before its lifetime begins, so that it goes after it.
+template <logger& subject>
+void bring_up_once() noexcept {
+  try {
+    static const logger_lifetime lifetime(subject);
+  } catch (const std::bad_alloc&) {
+    // The next line tries again.
+  }
 }
 
 } // namespace
 
-void logger::open() noexcept {
+void logger::open() {
   log_level level = log_level::off;
   try {
     if (description_.sets_pattern)
-      spdlog::set_pattern(pattern);
+      spdlog::set_formatter(
+          std::make_unique<frugal_formatter>(std::make_unique<spdlog::pattern_formatter>(pattern)));
     level = read_level(description_.level_variable);
-    auto opened = std::make_unique<target>(target{create_lines(description_)});
+    auto opened = std::make_unique<target>();
+    opened->lines = create_lines(description_); // last of what takes memory: a second one would be refused
     opened->lines->set_level(static_cast<spdlog::level::level_enum>(level));
     const std::lock_guard guard(lock_);
     target_ = opened.release();
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (...) {
     level = log_level::off; // a target that cannot be opened leaves the logger silent
   }
@@ -148,17 +201,26 @@ void logger::write(log_level level, std::string_view format, const log_argument*
       if (target_)
         lines = target_->lines;
     }
-    if (lines)
-      lines->log(static_cast<spdlog::level::level_enum>(level), format_line(format, arguments, count));
+    if (!lines)
+      return;
+    const auto spdlog_level = static_cast<spdlog::level::level_enum>(level);
+    fmt::memory_buffer line;
+    try {
+      compose(line, format, arguments, count);
+    } catch (const std::bad_alloc&) {
+      lines->log(spdlog_level, spdlog::string_view_t(format.data(), format.size()));
+      return;
+    }
+    lines->log(spdlog_level, spdlog::string_view_t(line.data(), line.size()));
   } catch (...) {
     // A line that cannot be written must not disturb the operation that it tells of.
   }
 }
 
 constinit logger tarva_logger({"tarva", "TARVA_LOG_LEVEL", "TARVA_LOG_TARGET", "tarva.log", true,
-                               bring_up_tarva});
+                               bring_up_once<tarva_logger>});
 constinit logger skerv_logger({"skerv", "SKERV_LOG_LEVEL", "SKERV_LOG_TARGET", "skerv.log", false,
-                               bring_up_skerv});
+                               bring_up_once<skerv_logger>});
 
 } // namespace oryn::logging
 

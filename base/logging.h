@@ -55,8 +55,8 @@ struct logger_description {
 };
 
 // Lives from before the first line to after the last one: it has nothing that an exit handler could take
-// away. What it writes to is opened by the first line and closed by an exit handler, after which lines are
-// dropped.
+// away. What it writes to is opened by the first line that there is memory for, and closed by an exit handler, after
+// which lines are dropped. Without memory to compose a line its format is written as it stands.
 class logger {
 public:
   explicit constexpr logger(const logger_description& description) noexcept : description_(description) {}
@@ -71,7 +71,8 @@ public:
              std::size_t count) noexcept;
 
   void bring_up() noexcept { description_.bring_up(); }
-  void open() noexcept;
+  // Throws std::bad_alloc alone; then nothing has changed. Whatever else goes wrong leaves the logger silent.
+  void open();
   void close() noexcept;
 
 private:

@@ -44,6 +44,12 @@ slot* find_slot(qv_call_handle* handle) noexcept {
   std::thread([&] { performer.run(device, record); }).join();
 }
 
+const root_device& as_it_is_now(const root_device& device) noexcept {
+  const bool is_lost =
+      device.watch != nullptr && device.watch->is_suspected() && device.watch->is_lost(device);
+  return is_lost ? *device.when_lost : device;
+}
+
 } // namespace
 
 qv_call_handle* open_call_handle(const binding& bound) {
@@ -86,14 +92,15 @@ std::int32_t call_command(const binding& bound, std::uint64_t number, void* reco
   if (record == nullptr)
     return QV_UNRECOVERABLE_ERROR;
 
-  if (!bound.device->quirks.uses_ended_thread_locals || !thread_locals_have_ended())
-    performer.run(*bound.device, record);
+  const root_device& device = as_it_is_now(*bound.device);
+  if (!device.quirks.uses_ended_thread_locals || !thread_locals_have_ended())
+    performer.run(device, record);
   else if (performer.releases)
     // The process is ending, perhaps with the dynamic loader's lock held, when another thread would wait for
     // ever.
     static_cast<object_record*>(record)->status = CL_SUCCESS;
   else
-    run_on_other_thread(performer, *bound.device, record);
+    run_on_other_thread(performer, device, record);
   return QV_OK;
 }
 

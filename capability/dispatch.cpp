@@ -8,10 +8,24 @@ struct command_entry {
   command performer;
 };
 
+// Without memory the command has failed, and has not been out of reach.
+template <operation Op>
+void fail(record<Op>& fields) {
+  if constexpr (requires { fields.result; })
+    fields.result = nullptr;
+  if constexpr (requires { fields.status; })
+    fields.status = status_of_exception();
+}
+
 template <operation Op, void (*Function)(const root_device&, record<Op>&)>
 constexpr command_entry perform(bool releases = false) {
   const executor run = [](const root_device& device, void* block) {
-    Function(device, *static_cast<record<Op>*>(block));
+    auto& fields = *static_cast<record<Op>*>(block);
+    try {
+      Function(device, fields);
+    } catch (...) {
+      fail<Op>(fields);
+    }
   };
   return {Op, {run, releases}};
 }
@@ -24,29 +38,6 @@ constexpr command_entry call_with_object(bool releases = false) {
     fields.status = call_or_refuse(device.cl.*Member, static_cast<Object>(fields.object));
   };
   return {Op, {run, releases}};
-}
-
-// Queries of one object.
-template <operation Op, auto Member, typename Object>
-constexpr command_entry query() {
-  const executor run = [](const root_device& device, void* block) {
-    auto& fields = *static_cast<record<Op>*>(block);
-    fields.status = call_or_refuse(device.cl.*Member, static_cast<Object>(fields.object), fields.param_name,
-                                   fields.param_value_size, fields.param_value, fields.param_value_size_ret);
-  };
-  return {Op, {run}};
-}
-
-// Queries of one object and one device.
-template <operation Op, auto Member, typename Object>
-constexpr command_entry query_for_device() {
-  const executor run = [](const root_device& device, void* block) {
-    auto& fields = *static_cast<record<Op>*>(block);
-    fields.status = call_or_refuse(device.cl.*Member, static_cast<Object>(fields.object),
-                                   static_cast<cl_device_id>(fields.device), fields.param_name,
-                                   fields.param_value_size, fields.param_value, fields.param_value_size_ret);
-  };
-  return {Op, {run}};
 }
 
 using cl = opencl_functions;
@@ -70,28 +61,28 @@ constexpr std::array entries{
     perform<op::enqueue_nd_range_kernel, enqueue_nd_range_kernel>(),
     perform<op::enqueue_read_buffer, enqueue_read_buffer>(),
     perform<op::enqueue_write_buffer, enqueue_write_buffer>(),
-    call_with_object<op::finish, &cl::finish, cl_command_queue>(),
+    perform<op::finish, finish>(),
     perform<op::device_of_handle, device_of_handle>(),
     perform<op::get_context_info, get_context_info>(),
     perform<op::get_device_info, get_device_info>(),
-    query<op::get_event_info, &cl::get_event_info, cl_event>(),
-    query<op::get_event_profiling_info, &cl::get_event_profiling_info, cl_event>(),
+    perform<op::get_event_info, get_event_info>(),
+    perform<op::get_event_profiling_info, get_event_profiling_info>(),
     perform<op::get_extension_function_address_for_platform, get_extension_function_address>(),
     perform<op::get_kernel_info, get_kernel_info>(),
     perform<op::get_kernel_work_group_info, get_kernel_work_group_info>(),
-    query_for_device<op::get_program_build_info, &cl::get_program_build_info, cl_program>(),
-    query<op::get_program_info, &cl::get_program_info, cl_program>(),
-    call_with_object<op::release_command_queue, &cl::release_command_queue, cl_command_queue>(is_release),
+    perform<op::get_program_build_info, get_program_build_info>(),
+    perform<op::get_program_info, get_program_info>(),
+    perform<op::release_command_queue, release_command_queue>(is_release),
     call_with_object<op::release_context, &cl::release_context, cl_context>(is_release),
     perform<op::release_device, release_device>(is_release),
-    call_with_object<op::release_event, &cl::release_event, cl_event>(is_release),
-    call_with_object<op::release_kernel, &cl::release_kernel, cl_kernel>(is_release),
-    call_with_object<op::release_mem_object, &cl::release_mem_object, cl_mem>(is_release),
-    call_with_object<op::release_program, &cl::release_program, cl_program>(is_release),
+    perform<op::release_event, release_event>(is_release),
+    perform<op::release_kernel, release_kernel>(is_release),
+    perform<op::release_mem_object, release_mem_object>(is_release),
+    perform<op::release_program, release_program>(is_release),
     call_with_object<op::retain_context, &cl::retain_context, cl_context>(),
     perform<op::retain_device, retain_device>(),
-    call_with_object<op::retain_event, &cl::retain_event, cl_event>(),
-    call_with_object<op::retain_program, &cl::retain_program, cl_program>(),
+    perform<op::retain_event, retain_event>(),
+    perform<op::retain_program, retain_program>(),
     perform<op::set_kernel_arg, set_kernel_arg>(),
     perform<op::set_program_specialization_constant, set_program_specialization_constant>(),
 };

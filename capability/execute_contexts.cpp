@@ -1,4 +1,9 @@
+#include "capability/buffers.h"
 #include "capability/executor.h"
+#include "capability/kernels.h"
+#include "capability/queues.h"
+
+#include <new>
 
 namespace qv {
 namespace {
@@ -14,10 +19,10 @@ cl_command_queue_properties queue_bits(const std::uint64_t* properties) {
   return 0;
 }
 
-// Whether a list asks for a queue like the one that is made without a list.
-bool is_plain(const std::uint64_t* properties) {
+// Whether a list asks for nothing but CL_QUEUE_PROPERTIES.
+bool has_bits_alone(const std::uint64_t* properties) {
   return properties == nullptr || properties[0] == 0 ||
-         (properties[0] == CL_QUEUE_PROPERTIES && properties[1] == 0 && properties[2] == 0);
+         (properties[0] == CL_QUEUE_PROPERTIES && properties[2] == 0);
 }
 
 // Gives out what was kept from trying the device, if anything was.
@@ -39,8 +44,43 @@ bool give_kept_context(const root_device& device, create_context_record& record)
 // A queue of the host's; nothing but what OpenCL itself would make.
 template <typename Record>
 bool give_kept_queue(const root_device& device, Record& record, cl_command_queue_properties bits) {
-  return device.kept != nullptr && bits == 0 && record.device == device.id &&
-         give(record, device.kept->take_queue(static_cast<cl_context>(record.context)));
+  return device.kept != nullptr && record.device == device.id &&
+         give(record, device.kept->take_queue(static_cast<cl_context>(record.context), bits));
+}
+
+// Puts an object of this library around the queue that was made, if one was.
+template <typename Record>
+void wrap_queue(const root_device& device, Record& record) {
+  if (record.status != CL_SUCCESS)
+    return;
+  auto* const made = static_cast<cl_command_queue>(record.result);
+  record.result = new (std::nothrow) queue_object(made);
+  if (record.result != nullptr)
+    return;
+  static_cast<void>(call_or_refuse(device.cl.release_command_queue, made));
+  record.status = CL_OUT_OF_HOST_MEMORY;
+}
+
+void make_queue(const root_device& device, create_command_queue_with_properties_record& record) {
+  const auto context = static_cast<cl_context>(record.context);
+  const auto id = static_cast<cl_device_id>(record.device);
+  cl_command_queue_properties bits = queue_bits(record.properties);
+  const bool for_device = (bits & CL_QUEUE_ON_DEVICE) != 0;
+
+  if (has_bits_alone(record.properties) && give_kept_queue(device, record, bits))
+    return;
+  if (device.cl.create_command_queue_with_properties != nullptr &&
+      (!for_device || device.has_device_queues)) {
+    create_or_refuse(record, device.cl.create_command_queue_with_properties, context, id, record.properties);
+    if (record.status == CL_SUCCESS || (bits & CL_QUEUE_ON_DEVICE_DEFAULT) == 0)
+      return;
+  }
+  // An on-device queue is always out of order; the plain one that stands in for it is not, since not every
+  // device has such queues. A device that lacks only the default one works without it.
+  bits &= for_device ? CL_QUEUE_PROFILING_ENABLE : host_queue_bits;
+  if (give_kept_queue(device, record, bits))
+    return;
+  create_or_refuse(record, device.cl.create_command_queue, context, id, bits);
 }
 
 } // namespace
@@ -59,38 +99,40 @@ void create_context(const root_device& device, create_context_record& record) {
 }
 
 void create_command_queue(const root_device& device, create_command_queue_record& record) {
-  if (give_kept_queue(device, record, record.properties))
-    return;
-  create_or_refuse(record, device.cl.create_command_queue, static_cast<cl_context>(record.context),
-                   static_cast<cl_device_id>(record.device), record.properties);
+  if (!give_kept_queue(device, record, record.properties))
+    create_or_refuse(record, device.cl.create_command_queue, static_cast<cl_context>(record.context),
+                     static_cast<cl_device_id>(record.device), record.properties);
+  wrap_queue(device, record);
 }
 
 void create_command_queue_with_properties(const root_device& device,
                                           create_command_queue_with_properties_record& record) {
-  const auto context = static_cast<cl_context>(record.context);
-  const auto id = static_cast<cl_device_id>(record.device);
-  cl_command_queue_properties bits = queue_bits(record.properties);
-  const bool for_device = (bits & CL_QUEUE_ON_DEVICE) != 0;
+  make_queue(device, record);
+  wrap_queue(device, record);
+}
 
-  if (is_plain(record.properties) && give_kept_queue(device, record, 0))
-    return;
-  if (device.cl.create_command_queue_with_properties != nullptr &&
-      (!for_device || device.has_device_queues)) {
-    create_or_refuse(record, device.cl.create_command_queue_with_properties, context, id, record.properties);
-    if (record.status == CL_SUCCESS || (bits & CL_QUEUE_ON_DEVICE_DEFAULT) == 0)
-      return;
-  }
-  // An on-device queue is always out of order; the plain one that stands in for it is not, since not every
-  // device has such queues. A device that lacks only the default one works without it.
-  bits &= for_device ? CL_QUEUE_PROFILING_ENABLE : host_queue_bits;
-  if (give_kept_queue(device, record, bits))
-    return;
-  create_or_refuse(record, device.cl.create_command_queue, context, id, bits);
+void release_command_queue(const root_device& device, object_record& record) {
+  auto* const queue = static_cast<queue_object*>(record.object);
+  record.status = queue == nullptr ? CL_INVALID_COMMAND_QUEUE : queue->release(device.cl);
 }
 
 void create_buffer(const root_device& device, create_buffer_record& record) {
   create_or_refuse(record, device.cl.create_buffer, static_cast<cl_context>(record.context), record.flags,
                    record.size, record.host_ptr);
+  if (record.status != CL_SUCCESS || note_live_buffer(static_cast<cl_mem>(record.result)))
+    return;
+  static_cast<void>(call_or_refuse(device.cl.release_mem_object, static_cast<cl_mem>(record.result)));
+  record.result = nullptr;
+  record.status = CL_OUT_OF_HOST_MEMORY;
+}
+
+void release_mem_object(const root_device& device, object_record& record) {
+  auto* const buffer = static_cast<cl_mem>(record.object);
+  if (buffer != nullptr) {
+    forget_buffer(buffer);
+    kernel_object::drop_spares_with(device.cl, buffer);
+  }
+  record.status = call_or_refuse(device.cl.release_mem_object, buffer);
 }
 
 } // namespace qv

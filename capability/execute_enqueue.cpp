@@ -1,49 +1,95 @@
 #include "capability/executor.h"
+#include "capability/kernels.h"
+#include "capability/queues.h"
 
 #include <algorithm>
+#include <new>
+#include <vector>
 
 namespace qv {
 namespace {
 
-template <typename Record>
-cl_command_queue queue_of(const Record& record) {
-  return static_cast<cl_command_queue>(record.command_queue);
+// The events that work waits for, as OpenCL's own.
+class wait_list {
+public:
+  template <typename Record>
+  explicit wait_list(const Record& record) : count_(record.num_events_in_wait_list) {
+    auto* const* const events = reinterpret_cast<event_object* const*>(record.event_wait_list);
+    if (lacks_entries(events, count_) || (count_ == 0 && events != nullptr)) {
+      status_ = CL_INVALID_EVENT_WAIT_LIST;
+      return;
+    }
+    for (std::uint32_t i = 0; i < count_; ++i) {
+      if (events[i]->failure() != CL_SUCCESS)
+        status_ = CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
+      events_.push_back(events[i]->event());
+    }
+  }
+
+  cl_int status() const { return status_; }
+  cl_uint count() const { return count_; }
+  const cl_event* events() const { return count_ == 0 ? nullptr : events_.data(); }
+
+private:
+  cl_uint count_;
+  cl_int status_ = CL_SUCCESS;
+  std::vector<cl_event> events_;
+};
+
+// Work with nobody to tell of its failure later is told of at once.
+template <typename Record, typename Enqueue>
+void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) {
+  const wait_list waits(record);
+  record.status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue.queue(), waits, nullptr);
+  if (record.status == CL_SUCCESS)
+    queue.note_enqueued_without_event();
 }
 
-template <typename Record>
-const cl_event* wait_list_of(const Record& record) {
-  return reinterpret_cast<const cl_event*>(record.event_wait_list);
-}
-
-template <typename Record>
-cl_event* event_of(const Record& record) {
-  return reinterpret_cast<cl_event*>(record.event);
-}
-
-template <typename Record>
-bool refuse_missing_events(Record& record) {
-  if (!lacks_entries(wait_list_of(record), record.num_events_in_wait_list))
-    return false;
-  record.status = CL_INVALID_EVENT_WAIT_LIST;
-  return true;
+// `enqueue` is given the queue, the wait list and the place for the event, and returns the status. What is refused
+// becomes an event that has failed.
+template <typename Record, typename Enqueue>
+void submit(const root_device& device, Record& record, Enqueue enqueue) {
+  auto* const queue = static_cast<queue_object*>(record.command_queue);
+  if (record.event == nullptr) {
+    if (queue == nullptr)
+      record.status = CL_INVALID_COMMAND_QUEUE;
+    else
+      submit_without_event(*queue, record, enqueue);
+    return;
+  }
+  record.status = CL_SUCCESS;
+  auto* const event = new (std::nothrow) event_object;
+  *record.event = event == nullptr ? event_object::for_want_of_memory() : event;
+  if (event == nullptr)
+    return;
+  cl_int status = CL_INVALID_COMMAND_QUEUE;
+  if (queue != nullptr) {
+    const wait_list waits(record);
+    status = waits.status() != CL_SUCCESS ? waits.status()
+                                          : enqueue(queue->queue(), waits, event->place_of_event());
+  }
+  if (status == CL_SUCCESS) {
+    queue->note_enqueued(*event);
+    return;
+  }
+  event->fail(status < 0 ? status : CL_OUT_OF_RESOURCES);
+  if (device.watch != nullptr)
+    device.watch->suspect();
 }
 
 // Some implementations follow blindly a range whose end cannot be counted.
-template <typename Record>
-bool refuse_endless_range(Record& record, std::size_t offset) {
-  if (offset + record.size >= offset)
-    return false;
-  record.status = CL_INVALID_VALUE;
-  return true;
+bool is_endless(std::size_t offset, std::size_t size) {
+  return offset + size < offset;
 }
 
 template <typename Function>
-void transfer(Function* function, enqueue_transfer_buffer_record& record) {
-  if (refuse_missing_events(record) || refuse_endless_range(record, record.offset))
-    return;
-  record.status = call_or_refuse(function, queue_of(record), static_cast<cl_mem>(record.buffer),
-                                 record.blocking, record.offset, record.size, record.ptr,
-                                 record.num_events_in_wait_list, wait_list_of(record), event_of(record));
+void transfer(const root_device& device, Function* function, enqueue_transfer_buffer_record& record) {
+  submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
+    if (is_endless(record.offset, record.size))
+      return CL_INVALID_VALUE;
+    return call_or_refuse(function, queue, static_cast<cl_mem>(record.buffer), record.blocking, record.offset,
+                          record.size, record.ptr, waits.count(), waits.events(), event);
+  });
 }
 
 // Sizes of zero end the process on some devices.
@@ -52,21 +98,20 @@ cl_uint count_zeros(const std::size_t* sizes, cl_uint dimensions) {
 }
 
 // The most work-items that one group of the kernel may have, or 1.
-std::uint64_t largest_group(const root_device& device, const enqueue_nd_range_kernel_record& record) {
+std::uint64_t largest_group(const root_device& device, cl_kernel kernel) {
   if (device.quirks.chooses_groups_of_one)
     return 1;
   std::size_t size = 0;
-  const cl_int status =
-      call_or_refuse(device.cl.get_kernel_work_group_info, static_cast<cl_kernel>(record.kernel), device.id,
-                     cl_kernel_work_group_info{CL_KERNEL_WORK_GROUP_SIZE}, sizeof size,
-                     static_cast<void*>(&size), static_cast<std::size_t*>(nullptr));
+  const cl_int status = call_or_refuse(device.cl.get_kernel_work_group_info, kernel, device.id,
+                                       cl_kernel_work_group_info{CL_KERNEL_WORK_GROUP_SIZE}, sizeof size,
+                                       static_cast<void*>(&size), static_cast<std::size_t*>(nullptr));
   return status == CL_SUCCESS ? std::max<std::size_t>(size, 1) : 1;
 }
 
 // True if the implementation would end the process, or count too few groups and leave work undone. Without a
 // local size the device chooses, and what is certain is that no group is larger than the largest.
-bool has_too_many_groups(const root_device& device, const enqueue_nd_range_kernel_record& record,
-                         const std::size_t* local_size) {
+bool has_too_many_groups(const root_device& device, cl_kernel kernel,
+                         const enqueue_nd_range_kernel_record& record, const std::size_t* local_size) {
   constexpr std::uint64_t limit = std::uint64_t{1} << 32;
   if (device.quirks.groups == group_limit::none)
     return false;
@@ -83,73 +128,83 @@ bool has_too_many_groups(const root_device& device, const enqueue_nd_range_kerne
   const std::uint64_t counted = device.quirks.groups == group_limit::under_2_32_in_all ? all : most;
   if (counted < limit || local_size != nullptr)
     return counted >= limit;
-  return counted / largest_group(device, record) >= limit;
+  return counted / largest_group(device, kernel) >= limit;
+}
+
+// What no implementation is to see. All zeros leave the choice of the local size to the device, by a null pointer.
+cl_int check_sizes(const root_device& device, cl_kernel kernel, const enqueue_nd_range_kernel_record& record,
+                   const std::size_t*& local_size) {
+  const cl_uint dimensions = record.work_dim;
+  if (dimensions < 1 || dimensions > 3)
+    return CL_INVALID_WORK_DIMENSION;
+  if (record.global_work_size == nullptr)
+    return CL_INVALID_GLOBAL_WORK_SIZE;
+  if (local_size != nullptr) {
+    const cl_uint zeros = count_zeros(local_size, dimensions);
+    if (zeros == dimensions)
+      local_size = nullptr;
+    else if (zeros != 0)
+      return CL_INVALID_WORK_GROUP_SIZE;
+  }
+  return has_too_many_groups(device, kernel, record, local_size) ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS;
 }
 
 } // namespace
 
 void enqueue_read_buffer(const root_device& device, enqueue_transfer_buffer_record& record) {
-  transfer(device.cl.enqueue_read_buffer, record);
+  transfer(device, device.cl.enqueue_read_buffer, record);
 }
 
 void enqueue_write_buffer(const root_device& device, enqueue_transfer_buffer_record& record) {
-  transfer(device.cl.enqueue_write_buffer, record);
+  transfer(device, device.cl.enqueue_write_buffer, record);
 }
 
 void enqueue_copy_buffer(const root_device& device, enqueue_copy_buffer_record& record) {
-  if (refuse_missing_events(record) || refuse_endless_range(record, record.src_offset) ||
-      refuse_endless_range(record, record.dst_offset))
-    return;
-  record.status =
-      call_or_refuse(device.cl.enqueue_copy_buffer, queue_of(record), static_cast<cl_mem>(record.src_buffer),
-                     static_cast<cl_mem>(record.dst_buffer), record.src_offset, record.dst_offset,
-                     record.size, record.num_events_in_wait_list, wait_list_of(record), event_of(record));
+  submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
+    if (is_endless(record.src_offset, record.size) || is_endless(record.dst_offset, record.size))
+      return CL_INVALID_VALUE;
+    return call_or_refuse(device.cl.enqueue_copy_buffer, queue, static_cast<cl_mem>(record.src_buffer),
+                          static_cast<cl_mem>(record.dst_buffer), record.src_offset, record.dst_offset,
+                          record.size, waits.count(), waits.events(), event);
+  });
 }
 
 void enqueue_fill_buffer(const root_device& device, enqueue_fill_buffer_record& record) {
-  if (refuse_missing_events(record) || refuse_endless_range(record, record.offset))
-    return;
-  record.status =
-      call_or_refuse(device.cl.enqueue_fill_buffer, queue_of(record), static_cast<cl_mem>(record.buffer),
-                     record.pattern, record.pattern_size, record.offset, record.size,
-                     record.num_events_in_wait_list, wait_list_of(record), event_of(record));
+  submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
+    if (is_endless(record.offset, record.size))
+      return CL_INVALID_VALUE;
+    return call_or_refuse(device.cl.enqueue_fill_buffer, queue, static_cast<cl_mem>(record.buffer),
+                          record.pattern, record.pattern_size, record.offset, record.size, waits.count(),
+                          waits.events(), event);
+  });
 }
 
 void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_record& record) {
-  if (refuse_missing_events(record))
-    return;
-  if (record.kernel == nullptr) {
-    record.status = CL_INVALID_KERNEL;
-    return;
-  }
-  const cl_uint dimensions = record.work_dim;
-  if (dimensions < 1 || dimensions > 3) {
-    record.status = CL_INVALID_WORK_DIMENSION;
-    return;
-  }
-  if (record.global_work_size == nullptr) {
-    record.status = CL_INVALID_GLOBAL_WORK_SIZE;
-    return;
-  }
-  // All zeros leave the choice to the device.
-  const std::size_t* local_size = record.local_work_size;
-  if (local_size != nullptr) {
-    const cl_uint zeros = count_zeros(local_size, dimensions);
-    if (zeros == dimensions) {
-      local_size = nullptr;
-    } else if (zeros != 0) {
-      record.status = CL_INVALID_WORK_GROUP_SIZE;
-      return;
-    }
-  }
-  if (has_too_many_groups(device, record, local_size)) {
-    record.status = CL_INVALID_GLOBAL_WORK_SIZE;
+  submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
+    const auto* const kernel = static_cast<const kernel_object*>(record.kernel);
+    if (kernel == nullptr)
+      return CL_INVALID_KERNEL;
+    if (const cl_int status = kernel->launch_status(); status != CL_SUCCESS)
+      return status;
+    const std::size_t* local_size = record.local_work_size;
+    if (const cl_int status = check_sizes(device, kernel->kernel(), record, local_size); status != CL_SUCCESS)
+      return status;
+    return call_or_refuse(device.cl.enqueue_nd_range_kernel, queue, kernel->kernel(), record.work_dim,
+                          record.global_work_offset, record.global_work_size, local_size, waits.count(),
+                          waits.events(), event);
+  });
+}
+
+void finish(const root_device& device, object_record& record) {
+  auto* const queue = static_cast<queue_object*>(record.object);
+  if (queue == nullptr) {
+    record.status = CL_INVALID_COMMAND_QUEUE;
     return;
   }
-  record.status = call_or_refuse(device.cl.enqueue_nd_range_kernel, queue_of(record),
-                                 static_cast<cl_kernel>(record.kernel), dimensions, record.global_work_offset,
-                                 record.global_work_size, local_size, record.num_events_in_wait_list,
-                                 wait_list_of(record), event_of(record));
+  bool is_finished = true;
+  record.status = queue->finish(device.cl, is_finished);
+  if (!is_finished && device.watch != nullptr)
+    device.watch->suspect();
 }
 
 } // namespace qv

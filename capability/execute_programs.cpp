@@ -1,10 +1,16 @@
 #include "capability/build_options.h"
 #include "capability/device_binary.h"
 #include "capability/executor.h"
+#include "capability/il_extension.h"
+#include "capability/kernels.h"
 #include "capability/spirv_module.h"
 
 #include <cstring>
+#include <memory>
 #include <mutex>
+#include <new>
+#include <optional>
+#include <string>
 
 namespace qv {
 namespace {
@@ -46,23 +52,39 @@ bool give_kept_program(const root_device& device, create_program_with_builtin_ke
   return record.result != nullptr;
 }
 
-// The loader's entry points, which are the same for all platforms.
-std::mutex loader_lock;
-opencl_functions loader;
+// Puts an object of this library around the program that was made, if one was.
+template <typename Record>
+void wrap_program(const root_device& device, Record& record, bool is_from_source = false) {
+  if (record.status != CL_SUCCESS)
+    return;
+  auto* const made = static_cast<cl_program>(record.result);
+  record.result = new (std::nothrow) program_object(made, is_from_source);
+  if (record.result != nullptr)
+    return;
+  static_cast<void>(call_or_refuse(device.cl.release_program, made));
+  record.status = CL_OUT_OF_HOST_MEMORY;
+}
 
-// What is given out for clCreateProgramWithILKHR: that is called without this library.
-cl_program CL_API_CALL create_program_with_checked_il(cl_context context, const void* il, std::size_t length,
-                                                      cl_int* status) {
-  opencl_functions cl;
-  {
-    const std::lock_guard guard(loader_lock);
-    cl = loader;
-  }
-  if (is_harmless_module(cl, context, il, length))
-    return cl.create_program_with_il(context, il, length, status);
-  if (status != nullptr)
-    *status = CL_INVALID_VALUE;
-  return nullptr;
+// Tells the caller of a build that it has ended, by the caller's name of the program.
+struct build_notification {
+  program_callback notify;
+  program_object* program;
+  void* user_data;
+};
+
+void CL_CALLBACK notify_of_build(cl_program, void* user_data) {
+  const std::unique_ptr<build_notification> owned(static_cast<build_notification*>(user_data));
+  owned->notify(owned->program, owned->user_data);
+}
+
+// Some implementations tell of the parameters of kernels only when asked to while they build.
+std::optional<std::string> options_that_tell_parameters(const root_device& device,
+                                                        const program_object& program, const char* options) {
+  constexpr const char* option = "-cl-kernel-arg-info";
+  if (!device.quirks.tells_parameters_on_demand || !program.is_from_source() ||
+      (options != nullptr && std::strstr(options, option) != nullptr))
+    return std::nullopt;
+  return options == nullptr || *options == '\0' ? option : std::string(options) + ' ' + option;
 }
 
 } // namespace
@@ -75,6 +97,7 @@ void create_program_with_source(const root_device& device, create_program_with_s
   // OpenCL's own prototype wants strings that it could write to, and leaves them alone.
   create_or_refuse(record, device.cl.create_program_with_source, static_cast<cl_context>(record.context),
                    record.count, const_cast<const char**>(record.strings), record.lengths);
+  wrap_program(device, record, true);
 }
 
 void create_program_with_binary(const root_device& device, create_program_with_binary_record& record) {
@@ -83,6 +106,7 @@ void create_program_with_binary(const root_device& device, create_program_with_b
   create_or_refuse(record, device.cl.create_program_with_binary, static_cast<cl_context>(record.context),
                    record.num_devices, device_array(record.device_list), record.lengths,
                    const_cast<const unsigned char**>(record.binaries), record.binary_status);
+  wrap_program(device, record);
 }
 
 void create_program_with_builtin_kernels(const root_device& device,
@@ -100,11 +124,11 @@ void create_program_with_builtin_kernels(const root_device& device,
     refuse(record, CL_INVALID_OPERATION);
     return;
   }
-  if (give_kept_program(device, record))
-    return;
-  create_or_refuse(record, device.cl.create_program_with_builtin_kernels,
-                   static_cast<cl_context>(record.context), record.num_devices,
-                   device_array(record.device_list), record.kernel_names);
+  if (!give_kept_program(device, record))
+    create_or_refuse(record, device.cl.create_program_with_builtin_kernels,
+                     static_cast<cl_context>(record.context), record.num_devices,
+                     device_array(record.device_list), record.kernel_names);
+  wrap_program(device, record);
 }
 
 void create_program_with_il(const root_device& device, create_program_with_il_record& record) {
@@ -115,13 +139,16 @@ void create_program_with_il(const root_device& device, create_program_with_il_re
   }
   create_or_refuse(record, device.cl.create_program_with_il, static_cast<cl_context>(record.context),
                    record.il, record.length);
+  wrap_program(device, record);
 }
 
 void set_program_specialization_constant(const root_device& device,
                                          set_program_specialization_constant_record& record) {
-  record.status =
-      call_or_refuse(device.cl.set_program_specialization_constant, static_cast<cl_program>(record.program),
-                     record.spec_id, record.spec_size, record.spec_value);
+  const auto* const program = static_cast<const program_object*>(record.program);
+  record.status = program == nullptr
+                      ? CL_INVALID_PROGRAM
+                      : call_or_refuse(device.cl.set_program_specialization_constant, program->program(),
+                                       record.spec_id, record.spec_size, record.spec_value);
 }
 
 void get_extension_function_address(const root_device& device,
@@ -130,17 +157,21 @@ void get_extension_function_address(const root_device& device,
   record.result = nullptr;
   if (function == nullptr || record.platform == nullptr || record.func_name == nullptr)
     return;
-  record.result = function(static_cast<cl_platform_id>(record.platform), record.func_name);
+  const auto platform = static_cast<cl_platform_id>(record.platform);
+  record.result = function(platform, record.func_name);
+  if (record.result == nullptr || std::strcmp(record.func_name, "clCreateProgramWithILKHR") != 0)
+    return;
   // A platform of 2.1 or later has the same as an entry point of its own.
-  if (record.result != nullptr && device.cl.create_program_with_il != nullptr &&
-      std::strcmp(record.func_name, "clCreateProgramWithILKHR") == 0) {
-    const std::lock_guard guard(loader_lock);
-    loader = device.cl;
-    record.result = reinterpret_cast<void*>(&create_program_with_checked_il);
-  }
+  void* const core = reinterpret_cast<void*>(device.cl.create_program_with_il);
+  record.result = checked_il_function(device, platform, core != nullptr ? core : record.result);
 }
 
 void build_program(const root_device& device, build_program_record& record) {
+  auto* const program = static_cast<program_object*>(record.program);
+  if (program == nullptr) {
+    record.status = CL_INVALID_PROGRAM;
+    return;
+  }
   if (lacks_devices(record.device_list, record.num_devices)) {
     record.status = CL_INVALID_DEVICE;
     return;
@@ -149,14 +180,36 @@ void build_program(const root_device& device, build_program_record& record) {
     record.status = CL_INVALID_BUILD_OPTIONS;
     return;
   }
+  const auto options = options_that_tell_parameters(device, *program, record.options);
+  std::unique_ptr<build_notification> notification;
+  if (record.pfn_notify != nullptr)
+    notification.reset(new build_notification{record.pfn_notify, program, record.user_data});
+  program->set_given_options(options ? (record.options == nullptr ? "" : record.options) : nullptr);
+  program->forget_kernels(device.cl);
+
   static std::mutex one_at_a_time;
   std::unique_lock guard(one_at_a_time, std::defer_lock);
   if (device.quirks.builds_are_not_thread_safe)
     guard.lock();
-  using opencl_callback = void(CL_CALLBACK*)(cl_program, void*);
-  record.status = call_or_refuse(device.cl.build_program, static_cast<cl_program>(record.program),
-                                 record.num_devices, device_array(record.device_list), record.options,
-                                 reinterpret_cast<opencl_callback>(record.pfn_notify), record.user_data);
+  record.status =
+      call_or_refuse(device.cl.build_program, program->program(), record.num_devices,
+                     device_array(record.device_list), options ? options->c_str() : record.options,
+                     notification ? &notify_of_build : nullptr, static_cast<void*>(notification.get()));
+  // Whether the callback of a build that has failed at once is called is the implementation's secret: rather keep the few
+  // bytes than free them under it.
+  static_cast<void>(notification.release());
+}
+
+void retain_program(const root_device&, object_record& record) {
+  auto* const program = static_cast<program_object*>(record.object);
+  record.status = program == nullptr ? CL_INVALID_PROGRAM : CL_SUCCESS;
+  if (program != nullptr)
+    program->retain();
+}
+
+void release_program(const root_device& device, object_record& record) {
+  auto* const program = static_cast<program_object*>(record.object);
+  record.status = program == nullptr ? CL_INVALID_PROGRAM : program->release(device.cl);
 }
 
 } // namespace qv

@@ -1,6 +1,9 @@
 #include "capability/device_queries.h"
 #include "capability/executor.h"
+#include "capability/kernels.h"
+#include "capability/queues.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace qv {
@@ -21,6 +24,13 @@ void answer(Record& record, const void* value, std::size_t size) {
   record.status = CL_SUCCESS;
 }
 
+// Puts the record's question to OpenCL. `about` is the object, and the device if the query is about both.
+template <typename Record, typename Query, typename... Objects>
+void ask(Record& record, Query query, Objects... about) {
+  record.status = call_or_refuse(query, about..., record.param_name, record.param_value_size,
+                                 record.param_value, record.param_value_size_ret);
+}
+
 // What a device must answer even if it knows nothing of it, because every start asks it.
 void answer_for_device(const root_device& device, get_device_info_record& record) {
   constexpr cl_uint no_queue = 0;
@@ -35,6 +45,17 @@ void answer_largest_group(const root_device& device, get_object_device_info_reco
     answer(record, &size, sizeof size);
 }
 
+// Where the attributes alone tell a size that was fixed.
+void complete_required_size(const root_device& device, const kernel_object& kernel,
+                            get_object_device_info_record& record) {
+  group_size told{};
+  std::memcpy(&told, record.param_value, std::min(record.param_value_size, sizeof told));
+  if (told != group_size{} || record.param_value_size < sizeof told)
+    return;
+  told = kernel.required_size(device.cl);
+  std::memcpy(record.param_value, &told, sizeof told);
+}
+
 } // namespace
 
 void get_device_info(const root_device& device, get_device_info_record& record) {
@@ -43,37 +64,122 @@ void get_device_info(const root_device& device, get_device_info_record& record) 
     answer(record, text->c_str(), text->size() + 1);
     return;
   }
-  record.status =
-      call_or_refuse(device.cl.get_device_info, static_cast<cl_device_id>(record.device), record.param_name,
-                     record.param_value_size, record.param_value, record.param_value_size_ret);
+  ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
   if (record.status == CL_INVALID_VALUE)
     answer_for_device(device, record);
 }
 
 void get_context_info(const root_device& device, get_context_info_record& record) {
-  record.status =
-      call_or_refuse(device.cl.get_context_info, static_cast<cl_context>(record.context), record.param_name,
-                     record.param_value_size, record.param_value, record.param_value_size_ret);
+  ask(record, device.cl.get_context_info, static_cast<cl_context>(record.context));
 }
 
+// Where a kernel comes from is known here, so that no launch can fail over it.
 void get_kernel_info(const root_device& device, get_object_info_record& record) {
-  if (device.quirks.kernel_attributes_dangle && record.param_name == CL_KERNEL_ATTRIBUTES &&
-      record.object != nullptr) {
-    answer(record, "", 1);
+  const auto* const kernel = static_cast<const kernel_object*>(record.object);
+  if (kernel == nullptr) {
+    record.status = CL_INVALID_KERNEL;
     return;
   }
-  record.status =
-      call_or_refuse(device.cl.get_kernel_info, static_cast<cl_kernel>(record.object), record.param_name,
-                     record.param_value_size, record.param_value, record.param_value_size_ret);
+  void* const program = kernel->program();
+  const bool has_name = program != nullptr && !kernel->name().empty();
+  if (record.param_name == CL_KERNEL_PROGRAM && program != nullptr)
+    answer(record, &program, sizeof program);
+  else if (record.param_name == CL_KERNEL_FUNCTION_NAME && has_name)
+    answer(record, kernel->name().c_str(), kernel->name().size() + 1);
+  else if (kernel->kernel() == nullptr)
+    record.status = kernel->failure();
+  else if (record.param_name == CL_KERNEL_ATTRIBUTES && device.quirks.kernel_attributes_dangle)
+    answer(record, "", 1);
+  else
+    ask(record, device.cl.get_kernel_info, kernel->kernel());
 }
 
 void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record) {
-  record.status = call_or_refuse(device.cl.get_kernel_work_group_info, static_cast<cl_kernel>(record.object),
-                                 static_cast<cl_device_id>(record.device), record.param_name,
-                                 record.param_value_size, record.param_value, record.param_value_size_ret);
-  if (record.status == CL_SUCCESS && record.param_name == CL_KERNEL_WORK_GROUP_SIZE &&
-      device.quirks.understates_group_sizes)
+  const auto* const kernel = static_cast<const kernel_object*>(record.object);
+  if (kernel == nullptr)
+    record.status = CL_INVALID_KERNEL;
+  else if (kernel->kernel() == nullptr)
+    record.status = kernel->failure();
+  else
+    ask(record, device.cl.get_kernel_work_group_info, kernel->kernel(),
+        static_cast<cl_device_id>(record.device));
+  if (record.status != CL_SUCCESS || record.param_value == nullptr)
+    return;
+  if (record.param_name == CL_KERNEL_WORK_GROUP_SIZE && device.quirks.understates_group_sizes)
     answer_largest_group(device, record);
+  if (record.param_name == CL_KERNEL_COMPILE_WORK_GROUP_SIZE && !device.quirks.kernel_attributes_dangle)
+    complete_required_size(device, *kernel, record);
+}
+
+void get_program_info(const root_device& device, get_object_info_record& record) {
+  const auto* const program = static_cast<const program_object*>(record.object);
+  if (program == nullptr) {
+    record.status = CL_INVALID_PROGRAM;
+    return;
+  }
+  const cl_uint references = program->references();
+  if (record.param_name == CL_PROGRAM_REFERENCE_COUNT)
+    answer(record, &references, sizeof references);
+  else
+    ask(record, device.cl.get_program_info, program->program());
+}
+
+void get_program_build_info(const root_device& device, get_object_device_info_record& record) {
+  const auto* const program = static_cast<const program_object*>(record.object);
+  if (program == nullptr) {
+    record.status = CL_INVALID_PROGRAM;
+    return;
+  }
+  const std::string* const options =
+      record.param_name == CL_PROGRAM_BUILD_OPTIONS ? program->given_options() : nullptr;
+  if (options != nullptr)
+    answer(record, options->c_str(), options->size() + 1);
+  else
+    ask(record, device.cl.get_program_build_info, program->program(),
+        static_cast<cl_device_id>(record.device));
+}
+
+void get_event_info(const root_device& device, get_object_info_record& record) {
+  const auto* const event = static_cast<const event_object*>(record.object);
+  if (event == nullptr) {
+    record.status = CL_INVALID_EVENT;
+    return;
+  }
+  const cl_int failure = event->failure();
+  const cl_uint references = event->references();
+  void* const queue = event->queue();
+  if (record.param_name == CL_EVENT_COMMAND_EXECUTION_STATUS && failure != CL_SUCCESS)
+    answer(record, &failure, sizeof failure);
+  else if (record.param_name == CL_EVENT_REFERENCE_COUNT)
+    answer(record, &references, sizeof references);
+  else if (record.param_name == CL_EVENT_COMMAND_QUEUE && queue != nullptr)
+    answer(record, &queue, sizeof queue);
+  else if (event->event() == nullptr)
+    record.status = CL_INVALID_EVENT;
+  else
+    ask(record, device.cl.get_event_info, event->event());
+}
+
+void get_event_profiling_info(const root_device& device, get_object_info_record& record) {
+  const auto* const event = static_cast<const event_object*>(record.object);
+  if (event == nullptr)
+    record.status = CL_INVALID_EVENT;
+  else if (event->failure() != CL_SUCCESS || event->event() == nullptr)
+    record.status = CL_PROFILING_INFO_NOT_AVAILABLE;
+  else
+    ask(record, device.cl.get_event_profiling_info, event->event());
+}
+
+void retain_event(const root_device&, object_record& record) {
+  auto* const event = static_cast<event_object*>(record.object);
+  record.status = event == nullptr ? CL_INVALID_EVENT : CL_SUCCESS;
+  if (event != nullptr)
+    event->retain();
+}
+
+void release_event(const root_device& device, object_record& record) {
+  auto* const event = static_cast<event_object*>(record.object);
+  record.status = event == nullptr ? CL_INVALID_EVENT : event->release(device.cl);
 }
 
 void device_of_handle(const root_device& device, device_of_handle_record& record) {
@@ -84,12 +190,14 @@ void device_of_handle(const root_device& device, device_of_handle_record& record
 // none.
 void retain_device(const root_device& device, object_record& record) {
   const auto function = device.cl.retain_device;
-  record.status = function == nullptr ? CL_SUCCESS : function(static_cast<cl_device_id>(record.object));
+  record.status =
+      function == nullptr ? CL_SUCCESS : call_or_refuse(function, static_cast<cl_device_id>(record.object));
 }
 
 void release_device(const root_device& device, object_record& record) {
   const auto function = device.cl.release_device;
-  record.status = function == nullptr ? CL_SUCCESS : function(static_cast<cl_device_id>(record.object));
+  record.status =
+      function == nullptr ? CL_SUCCESS : call_or_refuse(function, static_cast<cl_device_id>(record.object));
 }
 
 } // namespace qv

@@ -33,6 +33,8 @@ void create_command_queue(const root_device& device, create_command_queue_record
 void create_command_queue_with_properties(const root_device& device,
                                           create_command_queue_with_properties_record& record);
 void create_buffer(const root_device& device, create_buffer_record& record);
+void release_command_queue(const root_device& device, object_record& record);
+void release_mem_object(const root_device& device, object_record& record);
 
 // Enqueued work.
 void enqueue_read_buffer(const root_device& device, enqueue_transfer_buffer_record& record);
@@ -40,6 +42,11 @@ void enqueue_write_buffer(const root_device& device, enqueue_transfer_buffer_rec
 void enqueue_copy_buffer(const root_device& device, enqueue_copy_buffer_record& record);
 void enqueue_fill_buffer(const root_device& device, enqueue_fill_buffer_record& record);
 void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_record& record);
+void finish(const root_device& device, object_record& record);
+void get_event_info(const root_device& device, get_object_info_record& record);
+void get_event_profiling_info(const root_device& device, get_object_info_record& record);
+void retain_event(const root_device& device, object_record& record);
+void release_event(const root_device& device, object_record& record);
 
 // Programs.
 void create_program_with_source(const root_device& device, create_program_with_source_record& record);
@@ -52,17 +59,22 @@ void set_program_specialization_constant(const root_device& device,
 void get_extension_function_address(const root_device& device,
                                     get_extension_function_address_for_platform_record& record);
 void build_program(const root_device& device, build_program_record& record);
+void get_program_info(const root_device& device, get_object_info_record& record);
+void get_program_build_info(const root_device& device, get_object_device_info_record& record);
+void retain_program(const root_device& device, object_record& record);
+void release_program(const root_device& device, object_record& record);
 
 // Kernels.
 void create_kernel(const root_device& device, create_kernel_record& record);
 void create_kernels_in_program(const root_device& device, create_kernels_in_program_record& record);
 void set_kernel_arg(const root_device& device, set_kernel_arg_record& record);
+void get_kernel_info(const root_device& device, get_object_info_record& record);
+void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record);
+void release_kernel(const root_device& device, object_record& record);
 
 // Queries that are more than a call.
 void get_device_info(const root_device& device, get_device_info_record& record);
 void get_context_info(const root_device& device, get_context_info_record& record);
-void get_kernel_info(const root_device& device, get_object_info_record& record);
-void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record);
 void device_of_handle(const root_device& device, device_of_handle_record& record);
 void retain_device(const root_device& device, object_record& record);
 void release_device(const root_device& device, object_record& record);

@@ -12,6 +12,8 @@ namespace {
 // Whom an implementation that loses the user data means: those that do have one device.
 std::atomic<kept_objects*> without_user_data{nullptr};
 
+constexpr std::array<cl_command_queue_properties, 2> queue_kinds{0, CL_QUEUE_PROFILING_ENABLE};
+
 } // namespace
 
 kept_objects::kept_objects(const opencl_functions& cl, cl_device_id device, const quirks& known)
@@ -31,8 +33,9 @@ kept_objects::~kept_objects() {
     return;
   if (program_ != nullptr)
     static_cast<void>(call_or_refuse(cl_.release_program, program_));
-  if (queue_ != nullptr)
-    static_cast<void>(call_or_refuse(cl_.release_command_queue, queue_));
+  for (cl_command_queue queue : queues_)
+    if (queue != nullptr)
+      static_cast<void>(call_or_refuse(cl_.release_command_queue, queue));
   if (context_ != nullptr && !is_context_taken_)
     static_cast<void>(call_or_refuse(cl_.release_context, context_));
 }
@@ -44,14 +47,18 @@ cl_int kept_objects::make_context() {
   return status;
 }
 
-cl_int kept_objects::make_queue() {
+cl_int kept_objects::make_queues() {
   cl_int status = CL_SUCCESS;
-  if (cl_.create_command_queue_with_properties != nullptr)
-    queue_ = make_or_refuse(status, cl_.create_command_queue_with_properties, context_, device_, nullptr);
-  else
-    queue_ =
-        make_or_refuse(status, cl_.create_command_queue, context_, device_, cl_command_queue_properties{0});
+  for (std::size_t i = 0; i < queues_.size() && status == CL_SUCCESS; ++i)
+    queues_[i] = make_queue(queue_kinds[i], status);
   return status;
+}
+
+cl_command_queue kept_objects::make_queue(cl_command_queue_properties bits, cl_int& status) const {
+  const std::array<cl_queue_properties, 3> list{CL_QUEUE_PROPERTIES, bits, 0};
+  if (cl_.create_command_queue_with_properties != nullptr)
+    return make_or_refuse(status, cl_.create_command_queue_with_properties, context_, device_, list.data());
+  return make_or_refuse(status, cl_.create_command_queue, context_, device_, bits);
 }
 
 cl_int kept_objects::make_builtin_program(const std::string& names) {
@@ -76,9 +83,12 @@ cl_context kept_objects::take_context(context_notify notify, void* user_data) {
   return context_;
 }
 
-cl_command_queue kept_objects::take_queue(cl_context context) {
+cl_command_queue kept_objects::take_queue(cl_context context, cl_command_queue_properties bits) {
   const std::lock_guard guard(lock_);
-  return take(queue_, is_context_taken_ && context == context_);
+  for (std::size_t i = 0; i < queues_.size(); ++i)
+    if (queue_kinds[i] == bits)
+      return take(queues_[i], is_context_taken_ && context == context_);
+  return nullptr;
 }
 
 cl_program kept_objects::take_builtin_program(cl_context context, const char* names) {

@@ -45,9 +45,9 @@ void resolve_memory_and_events(const resolver& resolve, opencl_functions& functi
   resolve("clEnqueueCopyBuffer", functions.enqueue_copy_buffer);
   resolve("clEnqueueFillBuffer", functions.enqueue_fill_buffer);
   resolve("clEnqueueNDRangeKernel", functions.enqueue_nd_range_kernel);
+  resolve("clWaitForEvents", functions.wait_for_events);
   resolve("clGetEventInfo", functions.get_event_info);
   resolve("clGetEventProfilingInfo", functions.get_event_profiling_info);
-  resolve("clRetainEvent", functions.retain_event);
   resolve("clReleaseEvent", functions.release_event);
 }
 
@@ -60,7 +60,6 @@ void resolve_programs_and_kernels(const resolver& resolve, opencl_functions& fun
   resolve("clBuildProgram", functions.build_program);
   resolve("clGetProgramInfo", functions.get_program_info);
   resolve("clGetProgramBuildInfo", functions.get_program_build_info);
-  resolve("clRetainProgram", functions.retain_program);
   resolve("clReleaseProgram", functions.release_program);
   resolve("clGetExtensionFunctionAddressForPlatform", functions.get_extension_function_address);
   resolve("clCreateKernel", functions.create_kernel);

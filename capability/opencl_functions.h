@@ -40,9 +40,9 @@ struct opencl_functions {
   decltype(&::clEnqueueFillBuffer) enqueue_fill_buffer = nullptr;
   decltype(&::clEnqueueNDRangeKernel) enqueue_nd_range_kernel = nullptr;
 
+  decltype(&::clWaitForEvents) wait_for_events = nullptr;
   decltype(&::clGetEventInfo) get_event_info = nullptr;
   decltype(&::clGetEventProfilingInfo) get_event_profiling_info = nullptr;
-  decltype(&::clRetainEvent) retain_event = nullptr;
   decltype(&::clReleaseEvent) release_event = nullptr;
 
   decltype(&::clCreateProgramWithSource) create_program_with_source = nullptr;
@@ -53,7 +53,6 @@ struct opencl_functions {
   decltype(&::clBuildProgram) build_program = nullptr;
   decltype(&::clGetProgramInfo) get_program_info = nullptr;
   decltype(&::clGetProgramBuildInfo) get_program_build_info = nullptr;
-  decltype(&::clRetainProgram) retain_program = nullptr;
   decltype(&::clReleaseProgram) release_program = nullptr;
   decltype(&::clGetExtensionFunctionAddressForPlatform) get_extension_function_address = nullptr;
 

@@ -16,10 +16,10 @@ struct quirks {
   // It keeps thread-local state that is gone once the thread's own destructors have run, and is used
   // nevertheless.
   bool uses_ended_thread_locals = false;
+  // What the parameters of a kernel are is told only of a program that was built with an option that asks for it.
+  bool tells_parameters_on_demand = false;
   // The callback of a context is called without its user data.
   bool loses_user_data_of_contexts = false;
-  // A null value for an argument that is no memory is read.
-  bool reads_null_value_arguments = false;
   // The text of CL_KERNEL_ATTRIBUTES is memory that was freed.
   bool kernel_attributes_dangle = false;
   // A local argument larger than the local memory ends the process at the launch.

@@ -55,7 +55,7 @@ std::string try_context_and_queue(root_device& device) {
   device.kept = std::make_shared<kept_objects>(device.cl, device.id, device.quirks);
   if (const cl_int status = device.kept->make_context(); status != CL_SUCCESS)
     return with_status("it gives no context", status);
-  if (const cl_int status = device.kept->make_queue(); status != CL_SUCCESS)
+  if (const cl_int status = device.kept->make_queues(); status != CL_SUCCESS)
     return with_status("it gives no queue", status);
   return {};
 }
@@ -134,6 +134,11 @@ void append_devices(std::vector<root_device>& devices, const opencl_functions& l
                           "\" of the platform \"", name, "\" is left out: ", reason});
       continue;
     }
+    root_device lost = device;
+    lost.cl = functions_of_lost_device(device.cl);
+    lost.kept = nullptr;
+    device.watch = std::make_shared<device_watch>();
+    device.when_lost = std::make_shared<const root_device>(std::move(lost));
     devices.push_back(std::move(device));
   }
 }

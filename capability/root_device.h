@@ -2,6 +2,7 @@
 #pragma once
 
 #include "capability/kept_objects.h"
+#include "capability/lost_device.h"
 #include "capability/opencl_functions.h"
 #include "capability/quirks.h"
 
@@ -30,6 +31,9 @@ struct root_device {
   std::vector<device_text_entry> texts;
   // Null if the device has not been tried.
   std::shared_ptr<kept_objects> kept;
+  // Null if nobody watches it. The other is the same device as long as it is lost.
+  std::shared_ptr<device_watch> watch;
+  std::shared_ptr<const root_device> when_lost;
 
   const std::string* find_text(cl_device_info name) const;
 };

@@ -65,8 +65,8 @@
  * written in part. Reading the result back, and waiting for that read, is how a program makes sure.
  *
  * Each device is served by a thread of the library. If an OpenCL implementation refuses a command that the
- * library had no reason to refuse, such as an argument whose size is not that of the kernel's parameter, the
- * thread writes a line at critical level and ends the process with status 1.
+ * library had no reason to refuse, the thread writes a line at critical level and ends the process with
+ * status 1.
  *
  * OWNERSHIP
  *
@@ -99,6 +99,10 @@
  * that the library has handed out never changes, so any number of threads may read it until one gives it up;
  * what is passed in must not change during the call. No function is a cancellation point, and none may be
  * called by the handler of a signal: in the middle of another call it ends like one after the stop.
+ *
+ * The library's threads take no signal that is sent to the process. If all threads of the program end, as they
+ * can after a pthread_exit of the main one, the last that has called the library stays, with the signals that
+ * it takes, since nothing else could end the process.
  *
  * Operations on memory (allocate, fill, copy, read, write, launch, free) run one at a time, in the order in
  * which the calls are accepted, and a call returns when its operation has ended.
@@ -133,16 +137,21 @@
  * moment are waited for: up to about ten seconds, but as long as it takes for what a device is doing; calls
  * that other threads begin meanwhile may be held up for as long. A process should not exit while its first
  * program is being loaded or its first kernel launched, since many OpenCL compilers do not survive that. A
- * child that was forked after the start has no library: its calls end like those after the stop.
+ * child that was forked after the start has no library: its calls end like those after the stop. If the
+ * library itself has to end the process, calls that are waiting never return; since an exit handler may wait
+ * for one of them, the handlers then have about ten seconds.
  *
  * LOG
  *
  * The library is silent unless the environment asks for lines. TARVA_LOG_LEVEL and SKERV_LOG_LEVEL take
  * trace, debug, info, warn, error, critical or off; TARVA_LOG_TARGET and SKERV_LOG_TARGET take console
  * (standard error), file (tarva.log or skerv.log in the working directory, appended to) or none. The first
- * pair is for the library, the second for its OpenCL layer. Lines at info level tell of start and stop, those
- * at warning level of handles that were never given up, those at error level of failures, and those at
- * critical level of failures that cannot be mended, above all those that end the process.
+ * pair is for the library, the second for its OpenCL layer. A file is made for its owner alone, and must be a
+ * regular one and no link; if it cannot be had, there is no log. When memory is short a line is cut, or
+ * stands without its details. A process that has more rights than its caller reads none of these variables.
+ * Lines at info level tell of start and stop, those at warning level of handles that were never given up,
+ * those at error level of failures, and those at critical level of failures that cannot be mended, above all
+ * those that end the process.
  *
  * PROPERTIES
  *
@@ -512,8 +521,8 @@ typedef struct tarva_abi_kernel_argument_s {
  * than D has; and a wanted size above D that D does not divide is refused below OpenCL 2.0, not rounded up.
  * From 2.0 on the last group is then smaller, if the program is OpenCL C 2.0 or later.
  *
- * For TARVA_ABI_LAUNCH_EXPLICIT, a local size of 0 in all dimensions lets the device choose, unless the size
- * is fixed in the kernel's source.
+ * For TARVA_ABI_LAUNCH_EXPLICIT, a local size of 0 in all dimensions stands for the size that is fixed in the
+ * kernel's source, or lets the device choose if none is.
  */
 typedef struct tarva_abi_launch_range_s {
   tarva_abi_launch_type type;
@@ -651,7 +660,8 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_program_root_property(void* rese
  */
 
 /*
- * A kernel of the program. Each call makes a new kernel.
+ * A kernel of the program. Each call makes a new kernel. The first for a name also learns what the kernel's
+ * parameters take, as far as the device tells, so that a launch with arguments that do not fit can be refused.
  *
  * program      the program
  * kernel_name  the name of the kernel in the program; not NULL
@@ -683,7 +693,8 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_kernel_root_property(void* reser
  * failure of its work shows in the log only.
  *
  * kernel          the kernel
- * arguments       argument_count records, in the order of the kernel's parameters; NULL only for none
+ * arguments       argument_count records, in the order of the kernel's parameters; NULL only for none. A
+ *                 value has to have the parameter's bytes; of its type the device knows no more
  * argument_count  the number of arguments; has to be that of the kernel's parameters
  * launch_range    the range of the launch; not NULL
  *
@@ -694,17 +705,24 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_kernel_root_property(void* reser
  * What the device could not run is refused with a logic error before anything is moved:
  *
  *   - a wrong number of arguments, or of dimensions
+ *   - an argument that its parameter does not take: a value of another size, and a value, a memory object or
+ *     local memory where another of the three belongs; TARVA_ABI_ARGUMENT_NULL fits where a memory object
+ *     does. No argument fits an image, a sampler, a device queue, or a value of a size that no
+ *     tarva_abi_data_type has, such as most structures
  *   - memory, or local memory, of no elements
+ *   - a memory object larger than the device can allocate, unless it is there already
  *   - more bytes of local memory than the device has beside what the kernel itself declares
  *   - an offset on a device of OpenCL 1.0
  *   - a global size of 0 in a dimension, below OpenCL 2.1
  *   - global ids that the device cannot count: offset and size together beyond its address bits
- *   - a local size of 0 in some dimensions only, or of other numbers than the kernel's source fixes
+ *   - a local size of 0 in some dimensions only, or of other numbers, in the dimensions of the launch, than
+ *     the kernel's source fixes
  *   - a group of more work-items, in all or in a dimension, than the kernel or the device can have
  *   - a local size that does not divide the global size, below OpenCL 2.0
  *
- * That arguments fit the kernel's parameters, in size and in kind, is the caller's to see to; RESULTS AND
- * ERRORS tells what happens if they do not.
+ * A message about an argument names the kernel, the argument's index, what is wanted and what was given. What
+ * the device does not tell of a limit or of a parameter is not checked: that it fits is the caller's to see
+ * to, and RESULTS AND ERRORS tells what happens if it does not.
  */
 TARVA_ABI_EXPORT tarva_abi_result tarva_abi_kernel_call(void* reserved, tarva_abi_kernel_s* kernel,
                                                         const tarva_abi_kernel_argument_s* arguments,

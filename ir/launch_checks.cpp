@@ -1,6 +1,5 @@
 #include "ir/launch_checks.h"
 
-#include <algorithm>
 #include <stdexcept>
 #include <string>
 
@@ -24,6 +23,14 @@ bool any_dimension(const nd_range& range, Test test) {
   return false;
 }
 
+std::string text_of(const nd_range& range, const size_triple& sizes) {
+  return to_string(sizes, range.work_dim);
+}
+
+bool leaves_local_size_to_device(const nd_range& range) {
+  return !any_dimension(range, [&](auto d) { return range.local_size[d] != 0; });
+}
+
 std::uint64_t work_items_of_group(const nd_range& range) {
   std::uint64_t product = 1;
   for (std::uint64_t dimension = 0; dimension < range.work_dim; ++dimension)
@@ -32,46 +39,40 @@ std::uint64_t work_items_of_group(const nd_range& range) {
   return product;
 }
 
-// The local size as it counts: groups have a length of 1 in the dimensions that the launch does not have.
-size_triple shape_of_group(const nd_range& range) {
-  size_triple shape = range.local_size;
-  std::fill(shape.begin() + static_cast<std::ptrdiff_t>(range.work_dim), shape.end(), 1);
-  return shape;
-}
-
 void check_global_size(const nd_range& range, const launch_limits& limits) {
   const auto& size = range.global_size;
   refuse_if(!limits.zero_global_size_is_allowed && any_dimension(range, [&](auto d) { return size[d] == 0; }),
-            [&] { return "Global size " + to_string(size) + " must not be 0 in any dimension."; });
+            [&] { return "Global size " + text_of(range, size) + " must not be 0 in any dimension."; });
   const std::uint64_t largest = limits.address_bits == 32 ? UINT32_MAX : UINT64_MAX;
   refuse_if(
       any_dimension(range,
                     [&](auto d) { return size[d] > largest || range.global_offset[d] > largest - size[d]; }),
       [&] {
-        return "Global offset " + to_string(range.global_offset) + " and global size " + to_string(size) +
-               " would overflow the global ids of the device.";
+        return "Global offset " + text_of(range, range.global_offset) + " and global size " +
+               text_of(range, size) + " would overflow the global ids of the device.";
       });
 }
 
 void check_local_size(const nd_range& range, const launch_limits& limits) {
   const auto& size = range.local_size;
-  refuse_if(any_dimension(range, [&](auto d) { return size[d] == 0; }),
-            [&] { return "Local size " + to_string(size) + " must be 0 in all dimensions or in none."; });
+  refuse_if(any_dimension(range, [&](auto d) { return size[d] == 0; }), [&] {
+    return "Local size " + text_of(range, size) + " must be 0 in all dimensions or in none.";
+  });
   const auto& largest = limits.work_item_sizes;
   refuse_if(largest && any_dimension(range, [&](auto d) { return size[d] > (*largest)[d]; }), [&] {
-    return "Local size " + to_string(size) + " would exceed the maximum of " +
-           to_string(largest.value_or(size_triple{})) + " work-items of the device.";
+    return "Local size " + text_of(range, size) + " would exceed the maximum of " +
+           text_of(range, largest.value_or(size_triple{})) + " work-items of the device.";
   });
   const std::uint64_t items = work_items_of_group(range);
   refuse_if(limits.work_group_size && items > *limits.work_group_size, [&] {
-    return "Local size " + to_string(size) + " has more work-items than the " +
+    return "Local size " + text_of(range, size) + " has more work-items than the " +
            std::to_string(limits.work_group_size.value_or(0)) + " that a work-group of the kernel can have.";
   });
   refuse_if(limits.local_size_must_divide &&
                 any_dimension(range, [&](auto d) { return range.global_size[d] % size[d] != 0; }),
             [&] {
-              return "Local size " + to_string(size) + " must divide the global size " +
-                     to_string(range.global_size) + " in every dimension.";
+              return "Local size " + text_of(range, size) + " must divide the global size " +
+                     text_of(range, range.global_size) + " in every dimension.";
             });
 }
 
@@ -99,14 +100,22 @@ void check_local_memory(std::uint64_t bytes, const launch_limits& limits) {
 
 void check_sizes(const nd_range& range, const launch_limits& limits) {
   check_global_size(range, limits);
-  const bool device_chooses = !any_dimension(range, [&](auto d) { return range.local_size[d] != 0; });
-  const size_triple fixed = limits.compile_work_group_size.value_or(size_triple{});
-  refuse_if(fixed != size_triple{} && shape_of_group(range) != fixed, [&] {
-    return "Local size " + to_string(shape_of_group(range)) + " must be the size " + to_string(fixed) +
-           " that was fixed when the kernel was compiled.";
+  if (leaves_local_size_to_device(range))
+    return;
+  const auto& size = range.local_size;
+  const auto& fixed = limits.compile_work_group_size;
+  refuse_if(fixed && any_dimension(range, [&](auto d) { return size[d] != (*fixed)[d]; }), [&] {
+    return "Local size " + text_of(range, size) + " must be the size " +
+           text_of(range, fixed.value_or(size_triple{})) + " that was fixed when the kernel was compiled.";
   });
-  if (!device_chooses)
-    check_local_size(range, limits);
+  check_local_size(range, limits);
+}
+
+nd_range with_fixed_local_size(const nd_range& range, const launch_limits& limits) {
+  nd_range result = range;
+  if (limits.compile_work_group_size && leaves_local_size_to_device(range))
+    result.local_size = *limits.compile_work_group_size;
+  return result;
 }
 
 } // namespace oryn::tarva::library

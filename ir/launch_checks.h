@@ -13,4 +13,7 @@ void check_local_memory(std::uint64_t bytes, const launch_limits& limits);
 // The sizes of a range whose work dimension has been checked.
 void check_sizes(const nd_range& range, const launch_limits& limits);
 
+// The same range; where it leaves the local size to the device, and the compiler has fixed one, with that one.
+nd_range with_fixed_local_size(const nd_range& range, const launch_limits& limits);
+
 } // namespace oryn::tarva::library

@@ -19,8 +19,12 @@ inline std::string join(const std::array<std::uint64_t, 3>& triple) {
   return std::to_string(triple[0]) + ", " + std::to_string(triple[1]) + ", " + std::to_string(triple[2]);
 }
 
-inline std::string to_string(const std::array<std::uint64_t, 3>& triple) {
-  return "(" + join(triple) + ")";
+// The first `work_dim` entries.
+inline std::string to_string(const std::array<std::uint64_t, 3>& triple, std::uint64_t work_dim) {
+  std::string text = "(" + std::to_string(triple[0]);
+  for (std::size_t dimension = 1; dimension < work_dim; ++dimension)
+    text += ", " + std::to_string(triple[dimension]);
+  return text + ")";
 }
 
 inline std::string to_string(const nd_range& range) {

@@ -5,8 +5,9 @@
 
 namespace oryn::tarva::library {
 
-library_kernel::library_kernel(std::shared_ptr<library_program> program)
-    : unique_identifier_(library::get_unique_identifier()), program_(std::move(program)) {}
+library_kernel::library_kernel(std::shared_ptr<library_program> program, std::string name)
+    : unique_identifier_(library::get_unique_identifier()), program_(std::move(program)),
+      name_(std::move(name)) {}
 
 library_kernel::~library_kernel() = default;
 

@@ -37,6 +37,13 @@ void throw_status(std::int32_t status) {
   throw unknown_opencl_error(status);
 }
 
+bool is_of_the_moment(std::int32_t status) {
+  if (status == 0)
+    return false;
+  const std::size_t index = status_index(status);
+  return index >= status_table.size() || status_table[index].base == error_base::runtime;
+}
+
 void check_release_status(std::int32_t status) {
   if (status != 0)
     throw bad_implementation("OpenCL release operations should never fail.  Complain to your vendor.");

@@ -21,6 +21,9 @@ inline void check_status(std::int32_t status) {
     throw_status(status);
 }
 
+// Whether `status` may be another one when the same is asked again.
+bool is_of_the_moment(std::int32_t status);
+
 // For the commands that give up a reference: these have no reason to fail.
 void check_release_status(std::int32_t status);
 

@@ -8,6 +8,11 @@ namespace oryn::skerv::common::cl {
 
 inline constexpr std::int32_t success = 0;
 inline constexpr std::int32_t build_program_failure = -11;
+inline constexpr std::int32_t invalid_mem_object = -38;
+inline constexpr std::int32_t invalid_sampler = -41;
+inline constexpr std::int32_t invalid_arg_value = -50;
+inline constexpr std::int32_t invalid_arg_size = -51;
+inline constexpr std::int32_t invalid_device_queue = -70;
 
 inline constexpr std::uint32_t context_devices = 0x1081;
 

@@ -56,6 +56,16 @@ public:
   // A fresh kernel of the same program and name. The arguments do not carry over.
   kernel clone() const;
 
+  // The status that OpenCL gives an argument, for who wants to know rather than to set it.
+  std::int32_t try_argument(std::uint32_t index, std::size_t size, const void* value) {
+    qv::set_kernel_arg_record record{};
+    record.kernel = this->get_handle();
+    record.arg_index = index;
+    record.arg_size = size;
+    record.arg_value = value;
+    send<V, qv::operation::set_kernel_arg>(this->get_call_handle(), record);
+    return record.status;
+  }
   // A memory argument without memory.
   void set_null_argument(std::uint32_t index) { set_argument(index, sizeof(void*), nullptr); }
   // Local memory of `size` bytes.
@@ -72,12 +82,7 @@ private:
   std::uint64_t get_number(std::uint32_t parameter, const device<V>& device) const;
   std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter, const device<V>& device) const;
   void set_argument(std::uint32_t index, std::size_t size, const void* value) {
-    qv::set_kernel_arg_record record{};
-    record.kernel = this->get_handle();
-    record.arg_index = index;
-    record.arg_size = size;
-    record.arg_value = value;
-    call<V, qv::operation::set_kernel_arg>(this->get_call_handle(), record);
+    common::check_status(try_argument(index, size, value));
   }
 
   common::info_query<qv::operation::get_kernel_info> info(std::uint32_t parameter) const {

@@ -73,7 +73,7 @@ requires(version_traits<V>::has_fill_buffer) skerv::opencl::event<V> fill_on_dev
   check_fill(value_, start_, count_, {type, memory_->get_size()});
   if (!this->get_device().is_little_endian())
     swap_endianness(value_.data(), type, 0, 1);
-  const skerv::opencl::fill_buffer_bytes<V> command(buffer_of<V>(*memory_), value_,
+  const skerv::opencl::fill_buffer_bytes<V> command(buffer_of<V>(*memory_), std::move(value_),
                                                     element_size(type) * start_, count_);
   return this->submit(queue, command, wait_count, wait_list);
 }

@@ -52,6 +52,7 @@ private:
   void pass(work_list<V>& current);
   void take_acquire(work_list<V>& current);
   void abandon_remaining_work() noexcept;
+  void wake_callers() const;
 
   std::mutex lock_; // guards `is_busy_`, the lists that are pending and the signals only
   bool is_busy_ = false;

@@ -187,11 +187,19 @@ void opencl_device_work_dispatcher<V>::worker_main() noexcept {
     log_critical(
         "[device dispatcher] worker thread encountered an exception.  Aborting program. Exception: {}",
         error.what());
-    fail_process();
+    fail_process([this] { wake_callers(); });
   } catch (...) {
     log_critical("[device dispatcher] worker thread encountered an unknown exception.  Aborting program.");
-    fail_process();
+    fail_process([this] { wake_callers(); });
   }
+}
+
+// They find their requests as unfinished as before.
+template <version V>
+void opencl_device_work_dispatcher<V>::wake_callers() const {
+  for (const work_list<V>& each : work_lists_)
+    if (!each.items.empty())
+      each.items.front().command->get_physical_operation()->get_logical_operation()->wake_waiters();
 }
 
 template <version V>

@@ -3,6 +3,7 @@
 
 #include "device_ir/opencl/opencl_stage.h"
 
+#include <new>
 #include <stdexcept>
 
 namespace oryn::tarva::library::device_ir::opencl {
@@ -29,7 +30,8 @@ void opencl_stage<V>::run(work_list<V>& list) {
 }
 
 // No event: the request has failed before, and the command has ended with its error instead of running. The
-// first failure of a request out of here could not be known beforehand and ends the process.
+// first failure of a request out of here could not be known beforehand and ends the process. Lack of our own memory is
+// none of these: it comes before anything is enqueued, so the command can fail by itself.
 template <version V>
 void opencl_stage<V>::enqueue(work_item<V>& item, dispatch_queue<V>& queue) {
   if (const auto earlier = item.command->get_request_error()) {
@@ -40,6 +42,8 @@ void opencl_stage<V>::enqueue(work_item<V>& item, dispatch_queue<V>& queue) {
       *item.command, "Impossible situation.  Expected an OpenCL command, but did not get one.");
   try {
     item.running.emplace(command.enqueue(queue, 0, nullptr));
+  } catch (const std::bad_alloc&) {
+    command.abandon(std::current_exception());
   } catch (...) {
     const auto earlier = command.get_request_error();
     if (!earlier)

@@ -134,8 +134,8 @@ TARVA_THIN void launch(tarva_abi_kernel_s* kernel, const range& over,
 
 } // namespace detail
 
-/// A kernel whose arguments are taken as they are: a value has to be of exactly the parameter's type, since the
-/// library cannot know it, and a device that is given another size ends the process. tarva::function is safer.
+/// A kernel whose arguments are taken as they are: a value has to be of exactly the parameter's type. One of another
+/// size is refused, but an int for a float is not: tarva::function is safer.
 class kernel : public handle<tarva_abi_kernel_s, tarva_abi_retain_kernel, tarva_abi_release_kernel> {
 public:
   using handle::handle;

@@ -1,5 +1,6 @@
 #include "ir/logical/logical_operation.h"
 
+#include "base/process_fault.h"
 #include "objects/library_future.h"
 
 namespace oryn::tarva::library::logical_ir {
@@ -49,8 +50,19 @@ void logical_operation::add_device_commands(std::uint64_t count) {
 
 // A notifier wakes for any reason, so the condition is asked again each time.
 void logical_operation::wait_until_complete() const {
-  while (!is_complete())
+  while (!is_complete()) {
     state_.get_pipe().wait([this] { return is_complete(); });
+    if (process_has_failed() && !is_complete())
+      end_process_after_exit_handlers();
+  }
+}
+
+void logical_operation::wake_waiters() const noexcept {
+  try {
+    state_.get_pipe().notify();
+  } catch (...) {
+    // It is closed, so all are awake.
+  }
 }
 
 // Every command reports its own error before its end, so whoever takes the last one sees the error. Without one

@@ -37,13 +37,16 @@ public:
   notifier get_notification_pipe() const { return state_.get_pipe(); }
   bool is_complete() const { return state_.is_complete(); }
   std::exception_ptr get_error() const { return state_.get_error(); }
-  // Sleeps until the operation has succeeded or failed.
+  // Sleeps until the operation has succeeded or failed. Whoever is woken when the process has failed ends it when its time
+  // is up.
   void wait_until_complete() const;
+  void wake_waiters() const noexcept;
 
   void set_physical_operation_count(std::uint64_t count) { state_.set_part_count(count); }
   void set_submitted() { state_.set_submitted(); }
   void physical_operation_complete() { state_.part_complete(); }
   void set_error(const std::exception_ptr& error) { state_.set_error(error); }
+  void refuse(const std::exception_ptr& error) noexcept { state_.refuse(error); }
   void add_elapsed_time(std::uint64_t nanoseconds) { state_.add_elapsed_time(nanoseconds); }
   void enable_profiling() { state_.enable_profiling(); }
 

@@ -23,11 +23,15 @@ bool has_succeeded(const std::shared_ptr<physical_ir::physical_operation>& opera
 
 } // namespace
 
+void free_block(const memory_state& state) {
+  free_if_held(state.get_host_block());
+  free_if_held(state.get_device_block());
+}
+
 void block_move::settle_after_failure(memory_table& table) const {
   if (has_succeeded(arrival)) {
     free_if_held(staging);
-    free_if_held(before.get_host_block());
-    free_if_held(before.get_device_block());
+    free_block(before);
     return;
   }
   free_if_held(destination);

@@ -7,6 +7,9 @@
 
 namespace oryn::tarva::library {
 
+// Frees the block of the state, if that still holds storage.
+void free_block(const memory_state& state);
+
 // The movement of one object's content to the device of a launch, with what is needed to settle where the
 // content is if the request fails. Used when every command of the request has ended.
 struct block_move {

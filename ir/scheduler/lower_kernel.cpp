@@ -1,4 +1,5 @@
 // The lowering of a launch: its refusals, and the movement of its memory objects to the kernel's device.
+#include "ir/argument_checks.h"
 #include "ir/launch_checks.h"
 #include "ir/logical/operations.h"
 #include "ir/scheduler/lowering.h"
@@ -28,56 +29,75 @@ void add_bytes_of(const kernel_argument_local_memory& local, std::uint64_t& tota
         "Local memory arguments of the kernel would overflow what can be counted in bytes.");
 }
 
+constexpr kernel_parameter untold_parameter;
+
+bool is_on(const std::shared_ptr<library_device>& device, const memory_state& state) {
+  return state.is_on_device() && state.get_device_block()->get_device() == device;
+}
+
 } // namespace
 
-std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kernel& operation) {
-  const launch_limits& limits = operation.get_kernel_object()->get_launch_limits();
+std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kernel& operation,
+                                                          const std::shared_ptr<library_device>& device,
+                                                          const nd_range& range) {
+  const library_kernel& kernel = *operation.get_kernel_object();
+  const launch_limits& limits = kernel.get_launch_limits();
+  const std::span<const kernel_parameter> parameters = limits.parameters;
   const kernel_argument_capture& arguments = operation.get_arguments();
-  check_work_dimension(operation.get_range(), limits.has_global_offset);
   const std::uint64_t count = arguments.get_argument_count();
   check_argument_count(count, limits);
   std::vector<used_object> objects;
   objects.reserve(arguments.get_library_memory_arguments().size());
   std::uint64_t local_bytes = 0;
   for (std::uint64_t index = 0; index < count; ++index) {
+    const kernel_parameter& parameter = index < parameters.size() ? parameters[index] : untold_parameter;
     arguments.visit_argument(index, [&](const auto& argument) {
       using kind = std::remove_cvref_t<decltype(argument)>;
       if constexpr (std::is_same_v<kind, kernel_argument_typed_library_memory_array>) {
         const std::shared_ptr<library_memory>& memory = argument.get_memory();
         memory_state& state = table_.find(memory);
+        check_argument(kernel, index, parameter, argument);
         if (memory->get_num_elements() == 0)
           refuse_empty_argument("Memory", index);
         if (state.is_on_host())
           static_cast<void>(
               state.get_host_block()->get_read_pointer(0)); // an allocation that failed left no storage
+        if (!is_on(device, state))
+          check_allocation({kernel, index}, *memory, limits);
         objects.push_back({memory, state});
       } else if constexpr (std::is_same_v<kind, kernel_argument_local_memory>) {
         if (argument.get_num_elements() == 0)
           refuse_empty_argument("Local memory", index);
         add_bytes_of(argument, local_bytes);
+        check_argument(kernel, index, parameter, argument);
         check_local_memory(local_bytes, limits);
+      } else if constexpr (!std::is_same_v<kind, kernel_argument_typed_device_memory_array>) {
+        check_argument(kernel, index, parameter, argument);
       }
     });
   }
-  check_sizes(operation.get_range(), limits);
+  check_sizes(range, limits);
   return objects;
 }
 
 void lowering::visit(const logical_ir::kernel& operation) {
-  const std::vector<used_object> objects = check_launch(operation);
+  const launch_limits& limits = operation.get_kernel_object()->get_launch_limits();
+  check_work_dimension(operation.get_range(), limits.has_global_offset);
+  const nd_range range = with_fixed_local_size(operation.get_range(), limits);
   const std::shared_ptr<library_device> device = operation.get_kernel_object()->get_program()->get_device();
+  const std::vector<used_object> objects = check_launch(operation, device, range);
   std::vector<kernel_argument_capture::replacement> replacement_blocks;
   replacement_blocks.reserve(objects.size());
   std::vector<physical_pointer> predecessors_of_kernel;
   for (const auto& [memory, state] : objects) {
-    if (!state.is_on_device() || state.get_device_block()->get_device() != device)
+    if (!is_on(device, state))
       predecessors_of_kernel.push_back(move_to(device, memory, state));
     replacement_blocks.push_back({memory.get(), state.get_device_block().get()});
   }
   kernel_argument_capture arguments(operation.get_arguments());
   arguments.replace_library_memory(std::move(replacement_blocks));
-  const physical_pointer launch = add<physical_ir::kernel>(device, operation.get_kernel_object(),
-                                                           std::move(arguments), operation.get_range());
+  const physical_pointer launch =
+      add<physical_ir::kernel>(device, operation.get_kernel_object(), std::move(arguments), range);
   for (const auto& step : predecessors_of_kernel)
     graph_.insert_edge(step, launch);
 }

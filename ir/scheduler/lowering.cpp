@@ -75,6 +75,7 @@ void lowering::add_chain(const std::vector<physical_pointer>& steps) {
 }
 
 void lowering::settle_after_failure() noexcept {
+  free_block(freed_);
   for (const block_move& move : moves_) {
     try {
       move.settle_after_failure(table_);
@@ -86,7 +87,7 @@ void lowering::settle_after_failure() noexcept {
 
 void lowering::withdraw_allocation() {
   if (allocated_)
-    table_.remove(allocated_);
+    free_block(table_.remove(allocated_));
 }
 
 void lowering::visit_unknown() {
@@ -112,7 +113,7 @@ void lowering::visit(const logical_ir::free_memory& operation) {
   else if (state.get_host_block()->has_storage())
     add<physical_ir::free_host_memory>(host_device_, state.get_host_block());
   // Otherwise the object's allocation has failed, and there is nothing to free.
-  table_.remove(operation.get_memory());
+  freed_ = table_.remove(operation.get_memory());
 }
 
 void lowering::visit(const logical_ir::fill& operation) {

@@ -63,7 +63,8 @@ private:
     memory_state& state;
   };
   // In argument order, with repeats.
-  std::vector<used_object> check_launch(const logical_ir::kernel& operation);
+  std::vector<used_object> check_launch(const logical_ir::kernel& operation,
+                                        const std::shared_ptr<library_device>& device, const nd_range& range);
   physical_pointer move_to(const std::shared_ptr<library_device>& device,
                            const std::shared_ptr<library_memory>& memory, memory_state& state);
   physical_pointer move_from_host(const std::shared_ptr<library_device>& device,
@@ -79,6 +80,7 @@ private:
   std::exception_ptr refusal_;
   std::vector<block_move> moves_;
   std::shared_ptr<library_memory> allocated_;
+  memory_state freed_; // what the request is to free
 };
 
 } // namespace oryn::tarva::library

@@ -20,4 +20,9 @@ memory_state& memory_table::find(const std::shared_ptr<library_memory>& memory) 
   return found->state;
 }
 
+memory_state memory_table::remove(const std::shared_ptr<library_memory>& memory) {
+  auto removed = states_.extract(memory.get());
+  return removed ? std::move(removed->state) : memory_state();
+}
+
 } // namespace oryn::tarva::library

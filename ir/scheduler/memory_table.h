@@ -15,7 +15,8 @@ public:
   // Both refuse an object that is there already, or is not. What they return holds until the next change.
   memory_state& add(const std::shared_ptr<library_memory>& memory);
   memory_state& find(const std::shared_ptr<library_memory>& memory);
-  void remove(const std::shared_ptr<library_memory>& memory) { states_.extract(memory.get()); }
+  // Yields the last state of the object, without a block if it is not there.
+  memory_state remove(const std::shared_ptr<library_memory>& memory);
 
 private:
   struct entry {

@@ -43,10 +43,9 @@ void ultra_naive_scheduler::submit(const std::shared_ptr<logical_ir::logical_ope
     lowered.settle_after_failure();
 }
 
-// With its state go the object's blocks, and with them their storage.
 void ultra_naive_scheduler::forget(const std::shared_ptr<library_memory>& memory) noexcept {
   const std::lock_guard guard(lock_);
-  memory_states_.remove(memory);
+  free_block(memory_states_.remove(memory));
 }
 
 void ultra_naive_scheduler::run(logical_ir::logical_operation& operation, const lowering& lowered) {

@@ -6,6 +6,7 @@
 #include "memory/opencl_buffer_allocation.h"
 #include "objects/empty_program.h"
 #include "objects/opencl/device_properties.inl.h"
+#include "objects/opencl/expected_errors.h"
 #include "objects/opencl/opencl_device.h"
 #include "objects/opencl/opencl_program.h"
 
@@ -19,18 +20,22 @@ inline constexpr const char* builtin_program_name = "Builtin Kernels";
 
 // Called by OpenCL on a thread of its choice; `user_data` is the library_device.
 inline void on_context_error(const char* message, const void*, std::size_t, void* user_data) noexcept {
+  if (expected_errors::on_this_thread())
+    return;
   if (user_data == nullptr) {
     log_error("Expected callback user_data to not be NULL.");
     return;
   }
-  try {
-    const std::string device = static_cast<library_device*>(user_data)->get_friendly_summary();
+  const auto log = [message](const auto& device) {
     if (message == nullptr)
       log_error("OpenCL context error callback triggered for device: {}.  Message is null.", device);
     else
       log_error("OpenCL context error callback triggered for device: {}.  Message: {}.", device, message);
+  };
+  try {
+    log(static_cast<library_device*>(user_data)->get_friendly_summary());
   } catch (...) {
-    // The device would not tell its name; nothing may leave into OpenCL.
+    log(static_cast<const void*>(user_data)); // its address, which the lines of the start tell, too
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "access/opencl/kernel.h"
+#include "objects/kernel_signature.h"
 #include "objects/library_kernel.h"
 #include "objects/opencl/opencl_version.h"
 #include "properties/catalogue_owner.h"
@@ -24,7 +25,9 @@ public:
 template <version V>
 class opencl_version_kernel final : public opencl_kernel {
 public:
-  opencl_version_kernel(std::shared_ptr<library_program> program, skerv::opencl::kernel<V> kernel);
+  // `signature` is null if it is not known yet: then it is learnt, as far as the device tells.
+  opencl_version_kernel(std::shared_ptr<library_program> program, const std::string& name,
+                        skerv::opencl::kernel<V> kernel, std::shared_ptr<const kernel_signature> signature);
   ~opencl_version_kernel() override;
 
   size_triple get_preferred_work_group_size(std::uint64_t work_dim) override;
@@ -32,6 +35,7 @@ public:
   std::uint32_t get_max_compute_units() override;
   size_triple get_max_global_size() override;
   const launch_limits& get_launch_limits() const override;
+  const std::shared_ptr<const kernel_signature>& get_signature() const { return signature_; }
 
   // A fresh OpenCL kernel of the same program and name.
   skerv::opencl::kernel<V> clone_kernel() const { return kernel_.clone(); }
@@ -41,11 +45,14 @@ private:
   bool read_value(const kernel_catalogue::row& wanted, property_value& value) override;
 
   launch_limits read_limits() const;
+  void learn_signature();
+  void add_signature(launch_limits& limits) const;
   bool has_non_uniform_groups() const;
   size_triple get_address_space_limit() const;
 
   skerv::opencl::kernel<V> kernel_;
   skerv::opencl::device<V> device_;
+  std::shared_ptr<const kernel_signature> signature_;
   mutable std::mutex limits_lock_;
   mutable std::optional<launch_limits> limits_; // never changes once it is there
   mutable std::atomic<bool> has_limits_ = false;

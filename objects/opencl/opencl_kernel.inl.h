@@ -7,6 +7,7 @@
 #include "objects/integer_root.h"
 #include "objects/library_program.h"
 #include "objects/opencl/kernel_properties.inl.h"
+#include "objects/opencl/kernel_signature.inl.h"
 #include "objects/opencl/opencl_device.h"
 #include "objects/opencl/opencl_kernel.h"
 
@@ -60,12 +61,16 @@ auto limit(Read read) -> std::optional<decltype(read())> {
 
 template <version V>
 opencl_version_kernel<V>::opencl_version_kernel(std::shared_ptr<library_program> program,
-                                                skerv::opencl::kernel<V> kernel)
-    : opencl_kernel(program), kernel_(std::move(kernel)), device_(detail::access_device_of<V>(program)) {
+                                                const std::string& name, skerv::opencl::kernel<V> kernel,
+                                                std::shared_ptr<const kernel_signature> signature)
+    : opencl_kernel(program, name), kernel_(std::move(kernel)), device_(detail::access_device_of<V>(program)),
+      signature_(std::move(signature)) {
   try {
     get_launch_limits();
+    if (!signature_)
+      learn_signature();
   } catch (...) {
-    // The first launch asks again, and is the one to fail.
+    // The first launch asks for the limits again, and is the one to fail. Without a signature the device judges.
   }
 }
 
@@ -100,6 +105,8 @@ launch_limits opencl_version_kernel<V>::read_limits() const {
           limit([this] { return device_.template get<device_parameter::max_work_group_size>(); }))
     limits.work_group_size = std::min(limits.work_group_size.value_or(*of_device), *of_device);
   limits.compile_work_group_size = ask([this] { return kernel_.get_compile_work_group_size(device_); });
+  if (const auto& fixed = limits.compile_work_group_size; fixed && std::ranges::count(*fixed, 0U) != 0)
+    limits.compile_work_group_size.reset();
   limits.work_item_sizes =
       limit([this] { return device_.template get<device_parameter::max_work_item_sizes>(); });
   limits.local_memory_bytes =
@@ -109,8 +116,36 @@ launch_limits opencl_version_kernel<V>::read_limits() const {
       detail::try_to_ask([this] { return kernel_.get_local_memory_size(device_); }).value_or(0);
   if (limits.local_memory_bytes)
     *limits.local_memory_bytes -= std::min(own_bytes, *limits.local_memory_bytes);
+  limits.allocation_bytes =
+      limit([this] { return device_.template get<device_parameter::max_mem_alloc_size>(); });
   limits.address_bits = limit([this] { return device_.template get<device_parameter::address_bits>(); });
+  add_signature(limits);
   return limits;
+}
+
+// While nobody else has this kernel, whose limits have been read.
+template <version V>
+void opencl_version_kernel<V>::learn_signature() {
+  launch_limits& limits = *limits_;
+  if (limits.argument_count.value_or(UINT64_MAX) > detail::most_parameters)
+    return;
+  const auto learnt = std::make_shared<kernel_signature>();
+  learnt->parameters = detail::ask_parameters(kernel_, *limits.argument_count);
+  if constexpr (version_traits<V>::has_kernel_attributes)
+    if (!limits.compile_work_group_size)
+      learnt->required_group_size = find_required_group_size(
+          detail::ask([this] { return kernel_.get_attributes(); }).value_or(std::vector<std::string>()));
+  signature_ = learnt;
+  add_signature(limits);
+}
+
+template <version V>
+void opencl_version_kernel<V>::add_signature(launch_limits& limits) const {
+  if (!signature_)
+    return;
+  limits.parameters = signature_->parameters;
+  if (!limits.compile_work_group_size)
+    limits.compile_work_group_size = signature_->required_group_size;
 }
 
 // A device of 2.x has them. One of an earlier version that is used as 2.x has none. In later versions they are

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "access/opencl/program.h"
+#include "objects/kernel_signature.h"
 #include "objects/library_program.h"
 #include "objects/opencl/opencl_version.h"
 #include "properties/catalogue_owner.h"
@@ -18,7 +19,7 @@ public:
   using catalogue_owner::catalogue_owner;
 };
 
-// A built program of one OpenCL version. Never changes.
+// A built program of one OpenCL version. Never changes, but for what it learns of its kernels.
 template <version V>
 class opencl_version_program final : public opencl_program {
 public:
@@ -36,6 +37,7 @@ private:
   bool read_value(const program_catalogue::row& wanted, property_value& value) override;
 
   std::unique_ptr<skerv::opencl::program<V>> program_;
+  signature_table signatures_;
 };
 
 using opencl_1_0_program = opencl_version_program<version::v1_0>;

@@ -23,7 +23,19 @@ opencl_version_program<V>::~opencl_version_program() = default;
 
 template <version V>
 std::shared_ptr<library_kernel> opencl_version_program<V>::get_kernel(const std::string& name) {
-  return std::make_shared<opencl_version_kernel<V>>(this->shared_from_this(), program_->create_kernel(name));
+  const auto make = [&](std::shared_ptr<const kernel_signature> signature) {
+    return std::make_shared<opencl_version_kernel<V>>(this->shared_from_this(), name,
+                                                      program_->create_kernel(name), std::move(signature));
+  };
+  if (auto known = signatures_.find(name))
+    return make(std::move(known));
+  const auto turn = signatures_.take_turn();
+  if (auto known = signatures_.find(name))
+    return make(std::move(known));
+  auto first = make(nullptr);
+  if (const auto& learnt = first->get_signature(); learnt && learnt->tells_something())
+    signatures_.keep(name, learnt);
+  return first;
 }
 
 template <version V>

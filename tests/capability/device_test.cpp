@@ -168,7 +168,7 @@ TEST_F(capability, a_bad_device_takes_nothing_from_the_others) {
       ASSERT_EQ(devices.size(), 2u) << reason;
       EXPECT_EQ(devices[0].version, (qv::opencl_version{1, 1}));
       EXPECT_EQ(devices[1].version, (qv::opencl_version{3, 0}));
-      EXPECT_EQ(opencl_.live_objects, 4) << "a context and a queue each";
+      EXPECT_EQ(opencl_.live_objects, 6) << "a context and two queues each";
     }
     EXPECT_EQ(opencl_.live_objects, 0);
   }
@@ -224,7 +224,7 @@ TEST_P(tried, objects_are_used_once) {
   fake_device known = full_device();
   known.texts[CL_DEVICE_BUILT_IN_KERNELS] = "one;two";
   const qv::root_device device = only_device({GetParam()}, known);
-  ASSERT_EQ(opencl_.made_objects, 3u);
+  ASSERT_EQ(opencl_.made_objects, 4u);
   const qv::context_notify notify = fake->notify;
   notify("nobody listens yet", nullptr, 0, fake->user_data);
 
@@ -238,10 +238,10 @@ TEST_P(tried, objects_are_used_once) {
     EXPECT_EQ(record.status, CL_SUCCESS);
     return record.result;
   };
-  EXPECT_EQ(as_number(context(own_word)), 4u);
+  EXPECT_EQ(as_number(context(own_word)), 5u);
   void* const tried = context(nullptr);
   EXPECT_EQ(as_number(tried), 1u);
-  EXPECT_EQ(as_number(context(nullptr)), 5u);
+  EXPECT_EQ(as_number(context(nullptr)), 6u);
   // The context that was made first tells of its errors to whoever has it now, as far as it can be known.
   notify("an error", nullptr, 0, device.kept.get());
   EXPECT_EQ(told, "an error");
@@ -249,24 +249,26 @@ TEST_P(tried, objects_are_used_once) {
   EXPECT_EQ(told, GetParam() == std::string("Fake") ? "an error" : "another");
 
   const std::uint64_t plain[] = {CL_QUEUE_PROPERTIES, 0, 0};
+  const std::uint64_t profiling[] = {CL_QUEUE_PROPERTIES, CL_QUEUE_PROFILING_ENABLE, 0};
   const std::uint64_t sized[] = {CL_QUEUE_PROPERTIES, 0, CL_QUEUE_SIZE, 0, 0};
   const auto queue = [&](void* context, const std::uint64_t* properties) {
     qv::create_command_queue_with_properties_record record{id, context, properties, nullptr, 77};
     call<op::create_command_queue_with_properties>(device, 4, record);
-    return as_number(record.result);
+    return as_number(static_cast<qv::queue_object*>(record.result)->queue());
   };
   const auto program = [&](void* context, const char* names) {
     qv::create_program_with_builtin_kernels_record record{context, &id, names, nullptr, 77, 1};
     call<op::create_program_with_builtin_kernels>(device, 4, record);
-    return as_number(record.result);
+    return as_number(static_cast<qv::program_object*>(record.result)->program());
   };
-  EXPECT_EQ(queue(fake, plain), 6u) << "another context";
-  EXPECT_EQ(queue(tried, sized), 7u);
+  EXPECT_EQ(queue(fake, plain), 7u) << "another context";
+  EXPECT_EQ(queue(tried, sized), 8u);
   EXPECT_EQ(queue(tried, plain), 2u);
-  EXPECT_EQ(queue(tried, plain), 8u);
-  EXPECT_EQ(program(tried, "one"), 9u);
-  EXPECT_EQ(program(tried, "one;two"), 3u);
-  EXPECT_EQ(program(tried, "one;two"), 10u);
+  EXPECT_EQ(queue(tried, plain), 9u);
+  EXPECT_EQ(queue(tried, profiling), 3u);
+  EXPECT_EQ(program(tried, "one"), 10u);
+  EXPECT_EQ(program(tried, "one;two"), 4u);
+  EXPECT_EQ(program(tried, "one;two"), 11u);
 }
 
 TEST_F(capability, built_in_kernels_are_listed_if_a_program_can_be_made_of_them) {
@@ -382,6 +384,7 @@ TEST_F(capability, handles_open_and_close_on_many_threads) {
 TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
   using row = std::tuple<std::uint32_t, std::array<std::size_t, 3>, cl_int, bool>;
   const qv::root_device device = only_device("Fake");
+  const own_objects own(device);
   const std::array<std::size_t, 3> global{64, 64, 64};
   for (const auto& [dimensions, local, status, given] :
        {row{1, {0, 0, 0}, 0, false}, row{3, {0, 0, 0}, 0, false}, row{1, {0, 8, 8}, 0, false},
@@ -389,7 +392,8 @@ TEST_F(capability, local_sizes_of_zero_never_reach_opencl) {
         row{3, {0, 0, 1}, -54, false}, row{0, {1, 1, 1}, -53, false}, row{4, {1, 1, 1}, -53, false},
         row{~0u, {0, 0, 0}, -53, false}}) {
     qv::enqueue_nd_range_kernel_record record{};
-    record.kernel = &calls;
+    record.command_queue = own.queue;
+    record.kernel = own.kernel;
     record.work_dim = dimensions;
     record.global_work_size = global.data();
     record.local_work_size = local.data();
@@ -427,8 +431,13 @@ TEST_F(capability, platforms_are_not_asked_for_what_came_after_them) {
   const qv::root_device device = only_device(platform, plain_device("OpenCL 1.1"));
 
   EXPECT_EQ(status_of<operation::create_program_with_il>(device, {}), CL_INVALID_OPERATION);
-  EXPECT_EQ(status_of<operation::set_program_specialization_constant>(device, {}), CL_INVALID_OPERATION);
-  EXPECT_EQ(status_of<operation::enqueue_fill_buffer>(device, {}), CL_INVALID_OPERATION);
+  qv::program_object program(nullptr, false);
+  qv::queue_object queue(nullptr);
+  EXPECT_EQ(status_of<operation::set_program_specialization_constant>(device, {&program, 0, 0, nullptr, 0}),
+            CL_INVALID_OPERATION);
+  qv::enqueue_fill_buffer_record fill{};
+  fill.command_queue = &queue;
+  EXPECT_EQ(status_of<operation::enqueue_fill_buffer>(device, fill), CL_INVALID_OPERATION);
   qv::create_program_with_builtin_kernels_record builtin{};
   for (const auto& [names, status] :
        {std::pair{"some", CL_INVALID_OPERATION}, {"", CL_INVALID_VALUE}, {nullptr, CL_INVALID_VALUE}}) {
@@ -465,25 +474,13 @@ TEST_F(capability, older_devices_answer_what_a_start_asks) {
   }
 }
 
-TEST_F(capability, arguments_that_end_the_process_are_refused) {
-  using row = std::tuple<const char*, std::uint32_t, std::size_t, bool, cl_int>;
-  const std::size_t value = 0;
-  for (const auto& [platform, index, size, is_null, status] :
-       {row{"Oclgrind", 1, 4, true, -50}, row{"Oclgrind", 1, 4, false, 0}, row{"Oclgrind", 0, 8, true, 0},
-        row{"Oclgrind", 2, 4096, true, 0}, row{"Oclgrind", 9, 4, true, 0}, row{"Fake", 1, 4, true, 0},
-        row{"Portable Computing Language", 2, 1024, true, 0},
-        row{"Portable Computing Language", 2, 1025, true, -5}}) {
-    const qv::set_kernel_arg_record record{nullptr, size, is_null ? nullptr : &value, 77, index};
-    EXPECT_EQ(status_of<operation::set_kernel_arg>(only_device(platform), record), status)
-        << platform << " " << index;
-  }
-}
-
 TEST_F(capability, attributes_of_freed_memory_are_not_read) {
   for (const auto& [platform, expected] : {std::pair{"Oclgrind", ""}, std::pair{"Fake", "garbage"}}) {
     const qv::root_device device = only_device(platform);
+    const own_objects own(device);
     std::array<char, 8> text{};
-    qv::get_object_info_record record{fake, text.size(), text.data(), nullptr, 77, CL_KERNEL_ATTRIBUTES};
+    qv::get_object_info_record record{own.kernel, text.size(), text.data(),
+                                      nullptr,    77,          CL_KERNEL_ATTRIBUTES};
     call<operation::get_kernel_info>(device, 3, record);
     EXPECT_EQ(record.status, CL_SUCCESS);
     EXPECT_STREQ(text.data(), expected);
@@ -603,7 +600,8 @@ struct at_thread_end {
 
 TEST_F(capability, ended_threads_do_not_call_implementations_that_need_them) {
   const qv::root_device device = only_device("Oclgrind");
-  qv::object_record finish{fake, 77};
+  qv::queue_object queue(nullptr);
+  qv::object_record finish{&queue, 77};
   qv::object_record release{fake, 77};
   std::thread::id ended;
   std::thread([&] {

@@ -148,7 +148,8 @@ inline qv::opencl_functions fake_functions() {
     fake->queue_words.clear();
     for (; words != nullptr && *words != 0; ++words)
       fake->queue_words.push_back(*words);
-    if (reinterpret_cast<fake_device*>(id)->refuses_device_queues && !fake->queue_words.empty()) {
+    if (reinterpret_cast<fake_device*>(id)->refuses_device_queues && fake->queue_words.size() > 1 &&
+        (fake->queue_words[1] & CL_QUEUE_ON_DEVICE) != 0) {
       *status = CL_INVALID_QUEUE_PROPERTIES;
       return cl_command_queue{};
     }
@@ -166,13 +167,18 @@ inline qv::opencl_functions fake_functions() {
   result.release_context = release_object<cl_context>;
   result.release_command_queue = release_object<cl_command_queue>;
   result.release_program = release_object<cl_program>;
-  // Argument 0 of every kernel is a buffer, argument 1 a value, argument 2 local memory.
-  result.get_kernel_arg_info = [](cl_kernel, cl_uint index, cl_kernel_arg_info, std::size_t size,
+  // Every kernel takes a buffer, a value, local memory, an image, a sampler and a queue.
+  result.get_kernel_arg_info = [](cl_kernel, cl_uint index, cl_kernel_arg_info name, std::size_t size,
                                   void* target, std::size_t* size_ret) -> cl_int {
-    constexpr cl_uint qualifiers[] = {CL_KERNEL_ARG_ADDRESS_GLOBAL, CL_KERNEL_ARG_ADDRESS_PRIVATE,
-                                      CL_KERNEL_ARG_ADDRESS_LOCAL};
-    return index > 2 ? CL_INVALID_ARG_INDEX
-                     : give(&qualifiers[index], sizeof(cl_uint), size, target, size_ret);
+    constexpr cl_uint qualifiers[] = {CL_KERNEL_ARG_ADDRESS_GLOBAL,  CL_KERNEL_ARG_ADDRESS_PRIVATE,
+                                      CL_KERNEL_ARG_ADDRESS_LOCAL,   CL_KERNEL_ARG_ADDRESS_GLOBAL,
+                                      CL_KERNEL_ARG_ADDRESS_PRIVATE, CL_KERNEL_ARG_ADDRESS_PRIVATE};
+    const std::string types[] = {"image_like*", "long", "int*", "image2d_t", "sampler_t", "queue_t"};
+    if (index >= std::size(types))
+      return CL_INVALID_ARG_INDEX;
+    return name == CL_KERNEL_ARG_TYPE_NAME
+               ? give(types[index].c_str(), types[index].size() + 1, size, target, size_ret)
+               : give(&qualifiers[index], sizeof(cl_uint), size, target, size_ret);
   };
   result.get_kernel_work_group_info = [](cl_kernel, cl_device_id, cl_kernel_work_group_info, std::size_t size,
                                          void* target, std::size_t* size_ret) {

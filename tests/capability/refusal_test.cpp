@@ -22,7 +22,9 @@ qv::root_device device_of(const char* implementation) {
 }
 
 cl_int build(const char* implementation, const char* options) {
+  qv::program_object program(nullptr, false);
   qv::build_program_record record{};
+  record.program = &program;
   record.options = options;
   return status_of<qv::operation::build_program>(device_of(implementation), record);
 }
@@ -73,9 +75,9 @@ TEST(refusal, of_build_options_that_end_the_process) {
 
 TEST(refusal, of_names_that_are_no_utf8) {
   for (const char* implementation : implementations)
-    EXPECT_EQ(
-        status_of<qv::operation::create_kernel>(device_of(implementation), {nullptr, "\xFF", nullptr, 7}),
-        implementation == rusticl ? CL_INVALID_KERNEL_NAME : CL_SUCCESS);
+    EXPECT_EQ(status_of<qv::operation::create_kernel>(
+                  device_of(implementation), {new qv::program_object(nullptr, false), "\xFF", nullptr, 7}),
+              implementation == rusticl ? CL_INVALID_KERNEL_NAME : CL_SUCCESS);
 }
 
 TEST(refusal, of_more_groups_than_can_be_counted) {
@@ -93,7 +95,6 @@ TEST(refusal, of_more_groups_than_can_be_counted) {
         row{1, {4 * giga * 64 - 1, 0, 0}, {0, 0, 0}, "O"}, row{1, {4 * giga * 64, 0, 0}, {0, 0, 0}, "POr"},
         row{2, {0, ~std::size_t{0}, 0}, {1, 1, 0}, "r"}}) {
     qv::enqueue_nd_range_kernel_record record{};
-    record.kernel = &calls;
     record.work_dim = launch.dimensions;
     record.global_work_size = launch.global.data();
     record.local_work_size = launch.local.data();
@@ -104,6 +105,9 @@ TEST(refusal, of_more_groups_than_can_be_counted) {
         *static_cast<std::size_t*>(value) = 64;
         return CL_SUCCESS;
       };
+      const own_objects own(device);
+      record.command_queue = own.queue;
+      record.kernel = own.kernel;
       const bool refused = launch.refused_by.find(*implementation) != std::string_view::npos;
       EXPECT_EQ(status_of<qv::operation::enqueue_nd_range_kernel>(device, record),
                 refused ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS)
@@ -123,10 +127,13 @@ TEST(refusal, of_what_is_not_there_or_has_no_end) {
   EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_SUCCESS);
   source.count = 2;
   EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_INVALID_VALUE);
+  const own_objects own(device);
   qv::enqueue_nd_range_kernel_record launch{};
+  launch.command_queue = own.queue;
   launch.work_dim = 1;
   EXPECT_EQ(status_of<op::enqueue_nd_range_kernel>(device, launch), CL_INVALID_KERNEL);
   qv::enqueue_transfer_buffer_record transfer{};
+  transfer.command_queue = own.queue;
   transfer.num_events_in_wait_list = 1;
   EXPECT_EQ(status_of<op::enqueue_write_buffer>(device, transfer), CL_INVALID_EVENT_WAIT_LIST);
   void* const events[] = {nullptr};
@@ -136,6 +143,7 @@ TEST(refusal, of_what_is_not_there_or_has_no_end) {
   transfer = {};
   qv::enqueue_copy_buffer_record from{}, to{};
   qv::enqueue_fill_buffer_record fill{};
+  transfer.command_queue = from.command_queue = to.command_queue = fill.command_queue = own.queue;
   transfer.offset = from.src_offset = to.dst_offset = fill.offset = ~std::size_t{3};
   for (const std::size_t size : {3, 4}) {
     const cl_int expected = size == 3 ? CL_SUCCESS : CL_INVALID_VALUE;
@@ -150,6 +158,7 @@ TEST(refusal, of_what_is_not_there_or_has_no_end) {
 TEST(refusal, of_device_lists_with_a_device_that_is_not_there) {
   using op = qv::operation;
   const qv::root_device device = device_of("another");
+  const own_objects own(device);
   void* const devices[] = {&calls, nullptr};
   const std::size_t lengths[] = {1, 1};
   constexpr unsigned char byte = 1;
@@ -159,7 +168,7 @@ TEST(refusal, of_device_lists_with_a_device_that_is_not_there) {
     const cl_int expected = count == 1 ? CL_SUCCESS : CL_INVALID_DEVICE;
     EXPECT_EQ(status_of<op::create_context>(device, {nullptr, count, devices, nullptr, nullptr, nullptr, 7}),
               expected);
-    EXPECT_EQ(status_of<op::build_program>(device, {nullptr, devices, "", nullptr, nullptr, 7, count}),
+    EXPECT_EQ(status_of<op::build_program>(device, {own.program, devices, "", nullptr, nullptr, 7, count}),
               expected);
     EXPECT_EQ(status_of<op::create_program_with_builtin_kernels>(device,
                                                                  {nullptr, devices, "a", nullptr, 7, count}),

@@ -195,30 +195,4 @@ TEST_F(road, threads_work_on_all_devices_at_once) {
     one.join();
 }
 
-// By the limits that the device tells. What is refused on every device is to be seen on the scripted ones.
-TEST_F(road, bad_input_never_reaches_opencl) {
-  on_each([](std::size_t i) {
-    const auto add = find(i, "add"), scratch = find(i, "reverse_groups"), fixed = find(i, "fixed");
-    const memory numbers = make(counted(64));
-    const std::int32_t amount = 1;
-    const arguments good{argument(numbers), argument(amount)},
-        too_large{argument(numbers), local_argument(TARVA_ABI_TYPE_INT32, 1 << 28)};
-    const auto expect_refused = [](const kernel& called, const arguments& list,
-                                   const tarva_abi_launch_range_s& range, const char* what) {
-      const outcome ended = launch(called, list, range);
-      EXPECT_TRUE(ended.code < -2 && !ended.message.empty()) << what;
-    };
-    const std::string version = version_of(all[i]);
-    expect_refused(add, good, line(std::uint64_t{1} << 40, std::uint64_t{1} << 40), "huge group");
-    expect_refused(scratch, too_large, line(8), "1 GiB of local memory");
-    expect_refused(fixed, {argument(numbers)}, line(8, 2), "another size than the fixed one");
-    if (version < "2.0")
-      expect_refused(add, good, line(63, 16), "group that does not divide");
-    if (version == "1.0")
-      expect_refused(add, good, line(8, 1, 1), "offset");
-    EXPECT_EQ(launch(add, good, line(64, 8)), outcome()) << "all goes on";
-    EXPECT_EQ(read<std::int32_t>(numbers, 64), counted(64, 1));
-  });
-}
-
 } // namespace

@@ -43,7 +43,7 @@ private:
 class fake_kernel final : public library_kernel {
 public:
   explicit fake_kernel(const std::shared_ptr<library_device>& device)
-      : library_kernel(std::make_shared<empty_program>(false, device, "fake")) {}
+      : library_kernel(std::make_shared<empty_program>(false, device, "fake"), "fake") {}
 
   std::shared_ptr<property_base> get_property(property_path) override { return {}; }
   std::vector<std::string> get_child_names(const property_path&) override { return {}; }

@@ -63,6 +63,23 @@ TEST_P(launching, each_type_becomes_its_sizes) {
   forget_calls();
   EXPECT_EQ(launch(fixed, {argument(numbers)}, {TARVA_ABI_LAUNCH_GLOBAL_SIZE, {3, 1, 8, 1}}), outcome());
   EXPECT_EQ(sizes(), (list{8, 8, 2, 8, 4, 2}));
+  // It also stands in for the device's choice. From 1.2 on the attributes tell what the query does not.
+  const auto index = device_index(version(), role::first);
+  constexpr std::uint32_t compile_work_group_size = 0x11B1, attributes = 0x1195;
+  for (const bool is_silent : {false, true}) {
+    if (is_silent) {
+      set_info(index, compile_work_group_size, value_answer(std::array<std::uint64_t, 3>{}));
+      set_info(index, attributes, text_answer("__attribute__((reqd_work_group_size(8, 4, 2 )))"));
+    }
+    const auto called = kernel(version(), "fixed");
+    forget_calls();
+    EXPECT_EQ(
+        launch(called, {argument(numbers)}, {TARVA_ABI_LAUNCH_EXPLICIT, {2, 0, 0, 0, 16, 8, 1, 0, 0, 0}}),
+        outcome());
+    EXPECT_EQ(sizes(), is_silent && version() < 3 ? (list{16, 8, 1, 0, 0, 1}) : (list{16, 8, 1, 8, 4, 1}));
+  }
+  set_info(index, compile_work_group_size, {});
+  set_info(index, attributes, {});
 }
 
 TEST_P(launching, an_offset_is_passed_on_from_1_1) {
@@ -137,16 +154,31 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
   }
   EXPECT_EQ(launch(add, good, sized(4, {4, 1, 1}, {1, 1, 1})),
             logic_failure("Work dimension must be 1, 2, or 3."));
-  EXPECT_EQ(
-      launch(fixed, {argument(numbers)}, sized(2, {8, 4, 2}, {8, 4, 2})),
-      logic_failure("Local size (8, 4, 1) must be the size (8, 4, 2) that was fixed when the kernel was "
-                    "compiled."));
+  // What lies beyond the dimensions of a launch does not count, and is not told.
+  EXPECT_EQ(launch(fixed, {argument(numbers)}, sized(2, {8, 8, 7}, {8, 8, 7})),
+            logic_failure(
+                "Local size (8, 8) must be the size (8, 4) that was fixed when the kernel was compiled."));
+  EXPECT_EQ(launch(fixed, {argument(numbers)}, sized(2, {8, 4, 7}, {8, 4, 7})), outcome());
   // The device may allow fewer work-items than it tells of the kernel, which is asked when it is made.
-  constexpr std::uint32_t max_work_group_size = 0x1004;
-  for (const std::uint64_t items : {2, 256}) {
-    set_info(device_index(version(), role::first), max_work_group_size, value_answer(items));
-    EXPECT_EQ(launch(kernel(version(), "add"), good, line(4, 4)).code == 0, items == 256);
-  }
+  constexpr std::uint32_t max_work_group_size = 0x1004, max_mem_alloc_size = 0x1010;
+  const auto index = device_index(version(), role::first);
+  set_info(index, max_work_group_size, value_answer(std::uint64_t{2}));
+  EXPECT_NE(launch(kernel(version(), "add"), good, line(4, 4)).code, 0);
+  set_info(index, max_work_group_size, {});
+  EXPECT_EQ(launch(kernel(version(), "add"), good, line(4, 4)), outcome());
+  // An object that is there already need not be allocated. A limit of 0 is none.
+  const memory others = make(counted(4));
+  set_info(index, max_mem_alloc_size, value_answer(std::uint64_t{15}));
+  const auto narrow = kernel(version(), "add");
+  set_info(index, max_mem_alloc_size, value_answer(std::uint64_t{0}));
+  const auto silent = kernel(version(), "add");
+  set_info(index, max_mem_alloc_size, {});
+  EXPECT_EQ(launch(narrow, good, line(4)), outcome());
+  EXPECT_EQ(
+      launch(narrow, {argument(others), argument(amount)}, line(4)),
+      logic_failure("Argument 0 of kernel add is a memory object of 16 bytes, but the device can allocate at "
+                    "most 15 bytes for one."));
+  EXPECT_EQ(launch(silent, {argument(others), argument(amount)}, line(4)), outcome());
 }
 
 TEST_P(launching, ranges_of_transfers_are_checked_without_wrap_around) {

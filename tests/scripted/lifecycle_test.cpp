@@ -257,6 +257,24 @@ void complain_from_opencl() {
   const auto all = devices();
   raise_context_error(0, "boom");
   raise_context_error(1, nullptr);
+  fail_call(op::get_device_info, 1, -5);
+  raise_context_error(0, "no name");
+}
+
+void refuse_requests() {
+  log_to_console("warn");
+  const auto add = find_kernel(compile(devices()[0], source), "add");
+  const memory numbers = make(counted(4)), letters = allocate(TARVA_ABI_TYPE_UINT8, 4);
+  const std::int32_t amount = 1;
+  ::testing::internal::CaptureStderr();
+  demand(launch(add, {argument(numbers)}, line(4)).code == TARVA_ABI_LOGIC_FAILURE &&
+         fill(numbers, &amount, 2, 4).code == TARVA_ABI_LOGIC_FAILURE &&
+         copy(numbers, 0, letters, 0, 4).code == TARVA_ABI_LOGIC_FAILURE);
+  demand(::testing::internal::GetCapturedStderr().find("[warning]") == std::string::npos, 3);
+}
+
+TEST(lifecycle, a_refused_request_leaves_nothing_to_warn_of) {
+  EXPECT_EXIT(run(refuse_requests), ExitedWithCode(0), ::testing::Eq(""));
 }
 
 TEST(lifecycle, failures_that_nobody_is_told_of_are_logged) {
@@ -271,7 +289,8 @@ TEST(lifecycle, failures_that_nobody_is_told_of_are_logged) {
       lines({"] [tarva] [error] OpenCL context error callback triggered for device: OpenCL 1.2 device named: "
              "one.  Message: boom.",
              "OpenCL context error callback triggered for device: OpenCL 2.0 device named: two.  Message is "
-             "null."}));
+             "null.",
+             "OpenCL context error callback triggered for device: 0x", ".  Message: no name."}));
 }
 
 void end_handles_in_any_order() {

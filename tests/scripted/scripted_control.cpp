@@ -43,6 +43,32 @@ std::map<std::string, std::int64_t> machine::live() const {
   return counts;
 }
 
+std::int32_t perform(session& now, qv::operation operation, void* record) {
+  if (const auto planned = now.world.take_plan(way::action, operation)) {
+    now.lock.unlock();
+    planned->run();
+    now.lock.lock();
+  }
+  if (const auto failure = now.world.take_plan(way::transport, operation))
+    return failure->value;
+  const auto failure = now.world.take_plan(way::status, operation);
+  for (const auto& handlers : {object_handlers, queue_handlers, program_handlers})
+    for (const handler_row& row : handlers)
+      if (row.operation == operation) {
+        row.run(now, record, failure ? std::optional(failure->value) : std::nullopt);
+        return 0;
+      }
+  now.world.complain("a command that is not simulated");
+  return -2;
+}
+
+bool is_release(qv::operation operation) {
+  using enum qv::operation;
+  const auto all = {release_command_queue, release_context,    release_device, release_event,
+                    release_kernel,        release_mem_object, release_program};
+  return std::find(all.begin(), all.end(), operation) != all.end();
+}
+
 namespace {
 
 std::unique_lock<std::mutex> locked() {
@@ -88,7 +114,15 @@ void set_kernel(const std::string& name, kernel_function body) {
 
 void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer) {
   const auto guard = locked();
-  machine::get().devices.at(device).options.info[parameter] = answer;
+  auto& answers = machine::get().devices.at(device).options.info;
+  answers.erase(parameter);
+  if (!answer.empty())
+    answers[parameter] = answer;
+}
+
+void answer_arguments(argument_answer answer) {
+  const auto guard = locked();
+  machine::get().argument_status = std::move(answer);
 }
 
 void fail_call(qv::operation operation, int nth, std::int32_t status) {
@@ -105,6 +139,11 @@ void fail_event(qv::operation operation, int nth, std::int32_t status) {
 
 void before_call(qv::operation operation, int nth, std::function<void()> action) {
   add_plan({way::action, operation, nth, 0, std::move(action)});
+}
+
+void fail_waits(std::int32_t status) {
+  const auto guard = locked();
+  machine::get().wait_status = status;
 }
 
 bool no_failure_left() {

@@ -55,9 +55,14 @@ constexpr text_row texts[] = {
 
 } // namespace
 
+std::optional<bytes> own_answer(const device& device, std::uint32_t parameter) {
+  const auto own = device.options.info.find(parameter);
+  return own == device.options.info.end() ? std::nullopt : std::optional(own->second);
+}
+
 std::optional<bytes> device_info(const device& device, std::uint32_t capability, std::uint32_t parameter) {
-  if (const auto own = device.options.info.find(parameter); own != device.options.info.end())
-    return own->second;
+  if (auto own = own_answer(device, parameter))
+    return own;
   const std::uint64_t size = device.options.work_group_size;
   switch (parameter) {
   case 0x1004: // MAX_WORK_GROUP_SIZE

@@ -141,7 +141,9 @@ public:
   std::vector<plan> plans;
   std::vector<std::string> misuses;
   std::map<std::string, kernel_function> kernels;
+  argument_answer argument_status;
   std::uint64_t version = std::uint64_t{1} << 63;
+  std::int32_t wait_status = 0;
   bool check_at_exit = false;
 };
 
@@ -163,6 +165,8 @@ std::int32_t answer_query(const bytes& answer, const Record& record) {
     *record.param_value_size_ret = answer.size();
   return 0;
 }
+// What the test has set, if anything.
+std::optional<bytes> own_answer(const device& device, std::uint32_t parameter);
 std::optional<bytes> device_info(const device& device, std::uint32_t capability, std::uint32_t parameter);
 
 // The commands, by theme; each returns the OpenCL status. Nothing static of theirs may end with the process
@@ -173,6 +177,9 @@ struct handler_row {
   handler run;
 };
 extern const std::span<const handler_row> object_handlers, queue_handlers, program_handlers;
+
+// Performs the operation on its record, and returns the transport code.
+std::int32_t perform(session& now, qv::operation operation, void* record);
 
 // A release takes effect whatever it reports, so that the balance can still be drawn.
 bool is_release(qv::operation operation);

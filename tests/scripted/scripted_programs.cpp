@@ -193,6 +193,8 @@ std::int32_t get_build_info(session& now, qv::get_object_device_info_record& rec
 std::int32_t get_kernel_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<kernel>(record.object);
   const auto& required = found->description.required_size;
+  if (const auto own = own_answer(now.owner, record.param_name))
+    return answer_query(*own, record);
   switch (record.param_name) {
   case 0x1190: // FUNCTION_NAME
     return answer_query(text_answer(found->description.name), record);
@@ -213,6 +215,8 @@ std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record
   const auto found = now.world.find<kernel>(record.object);
   if (record.device != &now.owner)
     return kernel::invalid;
+  if (const auto own = own_answer(now.owner, record.param_name))
+    return answer_query(*own, record);
   switch (record.param_name) {
   case 0x11B0: // WORK_GROUP_SIZE
     return answer_query(value_answer(now.owner.options.work_group_size), record);
@@ -236,6 +240,10 @@ std::int32_t set_kernel_arg(session& now, qv::set_kernel_arg_record& record) {
   const auto found = now.world.find<kernel>(record.kernel);
   if (record.arg_index >= found->arguments.size())
     return -49; // CL_INVALID_ARG_INDEX
+  if (now.world.argument_status) {
+    found->arguments[record.arg_index] = {argument_kind::null};
+    return now.world.argument_status(record.arg_size, record.arg_value);
+  }
   const argument_kind expected = found->description.parameters[record.arg_index];
   if ((expected == argument_kind::value) != (record.arg_value != nullptr) &&
       expected != argument_kind::memory)

@@ -109,7 +109,12 @@ SCRIPTED_API void set_version(std::uint64_t version);
 
 // The body of every kernel of that name; a kernel without a body does nothing.
 SCRIPTED_API void set_kernel(const std::string& name, kernel_function body);
+// Of the device, or of all its kernels. An empty answer takes the last one back.
 SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer);
+// The status of every argument that is set, of any kernel, in the place of what its parameter's text tells; an empty
+// function takes the last one back. What it accepts is a null argument.
+using argument_answer = std::function<std::int32_t(std::size_t size, const void* value)>;
+SCRIPTED_API void answer_arguments(argument_answer answer);
 
 // The `nth` coming call (1: the next) of the operation fails: with an OpenCL status, with a transport code,
 // or, for a command that is enqueued, without effect and with that execution status of its event. A release that
@@ -119,6 +124,8 @@ SCRIPTED_API void fail_transport(qv::operation operation, int nth, std::int32_t 
 SCRIPTED_API void fail_event(qv::operation operation, int nth, std::int32_t status);
 // Runs before the `nth` coming call of the operation has any effect, on the thread of that call.
 SCRIPTED_API void before_call(qv::operation operation, int nth, std::function<void()> action);
+// OpenCL's wait for events fails, with that status, and the work of the queue is never done. 0: it waits again.
+SCRIPTED_API void fail_waits(std::int32_t status);
 // True if no failure that was asked for is still to come. Forgets those that are.
 SCRIPTED_API bool no_failure_left();
 
@@ -135,6 +142,8 @@ SCRIPTED_API std::vector<std::string> misuses();
 // At the end of the process, after the library under test has stopped: end it with status 9 and a line on the
 // standard error stream if a reference is left or a rule was broken.
 SCRIPTED_API void check_at_exit(bool wanted);
+// Whether this thread is inside the capability library.
+SCRIPTED_API bool is_inside();
 SCRIPTED_API void raise_context_error(std::size_t device, const char* message);
 
 } // namespace scripted

@@ -5,7 +5,10 @@
 
 #include <atomic>
 #include <csignal>
+#include <ctime>
+#include <dlfcn.h>
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -267,6 +270,64 @@ TEST(stop, a_worker_that_cannot_go_on_ends_the_process_though_others_sleep_in_th
         "Exception: Failed to allocate resources on the device.\n");
 }
 
+#ifndef __SANITIZE_THREAD__ // which has a thread of its own that looks like one of the host's
+// Behind the last thread of the host there are only workers. A signal is still taken, by the host's thread.
+[[noreturn]] void end_every_thread_of_the_host() {
+  use_two_devices();
+  static pthread_t last;
+  std::signal(SIGALRM, [](int) { _exit(pthread_equal(pthread_self(), last) != 0 ? 7 : 2); });
+  sigevent at_last{};
+  at_last.sigev_notify = SIGEV_SIGNAL;
+  at_last.sigev_signo = SIGKILL;
+  timer_t timer{};
+  const itimerspec soon{{}, {30, 0}};
+  demand(timer_create(CLOCK_MONOTONIC, &at_last, &timer) == 0 &&
+         timer_settime(timer, 0, &soon, nullptr) == 0);
+  std::thread([] {
+    last = pthread_self();
+    devices();
+    std::thread([] { devices(); }).detach();
+    pause(300);
+  }).detach();
+  alarm(1);
+  syscall(SYS_exit, 0); // of this thread alone
+  _exit(3);
+}
+
+TEST(stop, signals_end_a_process_without_threads_of_the_host) {
+  EXPECT_EXIT(end_every_thread_of_the_host(), ExitedWithCode(7), "");
+}
+#endif
+
+std::atomic<bool> has_no_threads = false, will_have_no_threads = false;
+
+// A handler of the host waits for a caller that is kept asleep.
+void fail_while_the_host_waits() {
+  check_at_exit(false);
+  log_to_console("critical");
+  static std::thread inside;
+  std::atexit([] { inside.join(); });
+  std::fputs("written before", fdopen(dup(STDERR_FILENO), "w"));
+  alarm(30);
+  used_on(devices()[0]);
+  fail_call(op::finish, 1, -5);
+  before_call(op::finish, 1, [] { has_no_threads = will_have_no_threads.load(); });
+  inside = std::thread([] { used_on(devices()[0]); });
+  pause(60000);
+}
+
+TEST(stop, a_failed_worker_ends_the_process_though_the_host_waits_for_a_caller) {
+  EXPECT_EXIT(run(fail_while_the_host_waits), ExitedWithCode(1),
+              lines({"Aborting program.", "written before"}));
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(stop, a_sleeping_caller_ends_the_process_if_no_thread_is_to_be_had) {
+  will_have_no_threads = true;
+  EXPECT_EXIT(run(fail_while_the_host_waits), ExitedWithCode(1), "Aborting program.");
+}
+#endif
+
 // The handler of a signal gives a handle up and ends the process, all in the middle of a launch of its thread.
 [[noreturn, maybe_unused]] void exit_in_the_middle_of_a_launch() {
   check_at_exit(false); // the caller inside never gets to give its handles up
@@ -316,3 +377,12 @@ TEST(stop, survives_threads_that_end_the_process_or_are_ended) {
 } // namespace
 
 } // namespace scripted
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// In place of that of the system.
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
+                              void* given) {
+  static const auto create = reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+  return scripted::has_no_threads ? EAGAIN : create(thread, attributes, body, given);
+}
+#endif

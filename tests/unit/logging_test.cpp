@@ -1,14 +1,17 @@
 #include "base/logging.h"
 #include "base/unique_identifier.h"
+#include "tests/failing_memory.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <limits>
 #include <regex>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -18,6 +21,8 @@ namespace oryn {
 namespace {
 
 namespace fs = std::filesystem;
+
+std::size_t failing_point = 0; // an allocation
 
 using variables = std::vector<std::pair<const char*, const char*>>;
 
@@ -106,8 +111,60 @@ TEST_F(logging_test, configures_the_two_layers_apart) {
 TEST_F(logging_test, creates_its_file_if_it_can_whatever_its_level) {
   EXPECT_EQ("0\ntarva.log:\n", play({{"TARVA_LOG_TARGET", "file"}}));
   fs::remove(directory / "tarva.log");
-  fs::create_directory(directory / "tarva.log");
-  EXPECT_EQ("0\n", play({{"TARVA_LOG_LEVEL", "trace"}, {"TARVA_LOG_TARGET", "file"}}));
+  for (const auto put_in_its_way : {+[](const char* name) { fs::create_directory(name); },
+                                    +[](const char* name) { fs::create_symlink("another.log", name); },
+                                    +[](const char* name) { mkfifo(name, 0600); }}) {
+    put_in_its_way((directory / "tarva.log").c_str());
+    EXPECT_EQ("0\n", play({{"TARVA_LOG_LEVEL", "trace"}, {"TARVA_LOG_TARGET", "file"}}));
+    EXPECT_FALSE(fs::exists(directory / "another.log"));
+    fs::remove(directory / "tarva.log");
+  }
+}
+
+TEST_F(logging_test, leaves_its_file_to_its_owner_and_to_no_other_program) {
+  const variables environment{{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "file"}};
+  EXPECT_EQ("0\ntarva.log:\n[tarva] [info] here\n", play(environment, [] {
+              umask(0);
+              tarva::log_info("here");
+              for (int file = 3; file < 100; ++file)
+                if ((fcntl(file, F_GETFL) & O_APPEND) != 0 && (fcntl(file, F_GETFD) & FD_CLOEXEC) == 0)
+                  _exit(2);
+            }));
+  EXPECT_EQ(fs::status(directory / "tarva.log").permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(logging_test, opens_again_after_a_want_of_memory) {
+  for (const char* target : {"console", "file"}) {
+    std::string traces;
+    for (failing_point = 1; traces.rfind("1\n", 0) != 0; ++failing_point) {
+      traces = play({{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", target}}, [] {
+        failing_allocation = failing_point;
+        tarva::log_info("first");
+        failing_allocation = endless;
+        tarva::log_info("second");
+        std::exit(has_failed ? 0 : 1);
+      });
+      EXPECT_NE(traces.find("[tarva] [info] second\n"), traces.npos) << target << failing_point;
+      fs::remove(directory / "tarva.log");
+    }
+    EXPECT_GT(failing_point, 5U) << target;
+  }
+}
+
+TEST_F(logging_test, writes_without_memory_what_it_can) {
+  EXPECT_EQ("0\n[tarva] [info] short 1\n[tarva] [info] {} and {}\n[tarva] [info] " + std::string(150, 'x') +
+                "\n",
+            play({{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "console"}}, [] {
+              const std::string some(300, 'x'), many(1000, 'x');
+              tarva::get_logger();
+              failure_lasts = true;
+              failing_allocation = 1;
+              tarva::log_info("short {}", 1);
+              tarva::log_info("{} and {}", many, 2);
+              tarva::log_info("{}", some);
+              failing_allocation = endless;
+            }));
 }
 
 TEST_F(logging_test, writes_until_it_is_closed_and_drops_later_lines) {

@@ -1,8 +1,9 @@
-// The parts of the pipeline that need no device: the graph, blocks of memory, byte order, roots.
+// The parts of the pipeline that need no device: the graph, blocks of memory, byte order, attributes, roots.
 #include "ir/dag.h"
 #include "memory/host_memory.h"
 #include "memory/swap_endianness.h"
 #include "objects/integer_root.h"
+#include "objects/kernel_signature.h"
 #include "tests/error_of.h"
 
 #include <gtest/gtest.h>
@@ -129,6 +130,23 @@ TEST(byte_order, is_reversed_in_the_range_alone) {
   swap_endianness(bytes.data(), data_type::boolean_, 0, 4);
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 16>{0, 1, 2, 3, 4, 5, 6, 7, 9, 8, 11, 10, 13, 12, 14, 15}));
   EXPECT_THROW(swap_endianness(bytes.data(), data_type{0}, 0, 0), std::logic_error);
+}
+
+TEST(attributes, tell_a_size_if_they_are_clear) {
+  for (const auto& [words, expected] : std::vector<std::pair<std::vector<std::string>, size_triple>>{
+           {{"reqd_work_group_size(8,4,2),work_group_size_hint(8,4,1)"}, {8, 4, 2}},
+           {{"vec_type_hint(int)", "__attribute__((reqd_work_group_size(8,", "4,", "2", ")))"}, {8, 4, 2}},
+           {{"reqd_work_group_size(18446744073709551615,1,1)"}, {UINT64_MAX, 1, 1}},
+           {{"reqd_work_group_size(18446744073709551616,1,1)"}, {}},
+           {{"reqd_work_group_size(8,4,0)"}, {}},
+           {{"reqd_work_group_size(8,4)"}, {}},
+           {{"reqd_work_group_size(8,4,2"}, {}},
+           {{"reqd_work_group_size(-8,4,2)"}, {}},
+           {{"reqd_work_group_size("}, {}},
+           {{"reqd_work_group_size"}, {}},
+           {{}, {}}})
+    EXPECT_EQ(find_required_group_size(words).value_or(size_triple{}), expected)
+        << testing::PrintToString(words);
 }
 
 TEST(roots, are_rounded_down) {

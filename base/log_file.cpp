@@ -1,0 +1,50 @@
+#include "base/log_file.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace oryn::logging {
+
+namespace {
+
+[[noreturn]] void fail(int error, const char* what) {
+  throw std::system_error(error, std::generic_category(), what);
+}
+
+int open_for_appending(const char* name) {
+  // Without waiting, lest a pipe of that name hold the host up.
+  const int descriptor =
+      open(name, O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+           S_IRUSR | S_IWUSR);
+  if (descriptor < 0)
+    fail(errno, "A log file cannot be opened");
+  struct stat found {};
+  if (fstat(descriptor, &found) != 0 || !S_ISREG(found.st_mode)) {
+    close(descriptor);
+    fail(EINVAL, "A log file is not a regular file");
+  }
+  return descriptor;
+}
+
+} // namespace
+
+log_file::log_file(const char* name) : descriptor_(open_for_appending(name)) {}
+
+log_file::~log_file() {
+  close(descriptor_);
+}
+
+void log_file::append(std::string_view lines) const {
+  while (!lines.empty()) {
+    const ssize_t written = write(descriptor_, lines.data(), lines.size());
+    if (written >= 0)
+      lines.remove_prefix(static_cast<std::size_t>(written));
+    else if (errno != EINTR)
+      fail(errno, "A log file cannot be written");
+  }
+}
+
+} // namespace oryn::logging

@@ -1,0 +1,80 @@
+#include "capability/queues.h"
+
+#include "capability/opencl_call.h"
+
+#include <limits>
+#include <utility>
+
+namespace qv {
+namespace {
+
+// Whether OpenCL says how the work of the event has ended.
+bool has_ended(const opencl_functions& cl, cl_event event) {
+  cl_int status = CL_QUEUED;
+  return call_or_refuse(cl.get_event_info, event, cl_event_info{CL_EVENT_COMMAND_EXECUTION_STATUS},
+                        sizeof status, static_cast<void*>(&status),
+                        static_cast<std::size_t*>(nullptr)) == CL_SUCCESS &&
+         status <= CL_COMPLETE;
+}
+
+// After this the work writes nothing any more, as far as anybody can tell.
+void settle(const opencl_functions& cl, event_object& event, cl_int status) {
+  const cl_event waited_for = event.event();
+  static_cast<void>(call_or_refuse(cl.wait_for_events, cl_uint{1}, &waited_for));
+  if (!has_ended(cl, waited_for))
+    event.fail(status < 0 ? status : CL_OUT_OF_RESOURCES);
+}
+
+} // namespace
+
+event_object* event_object::for_want_of_memory() noexcept {
+  static constinit event_object event(std::numeric_limits<std::uint32_t>::max() / 2, CL_OUT_OF_HOST_MEMORY);
+  return &event;
+}
+
+cl_int event_object::release(const opencl_functions& cl) noexcept {
+  if (references_.fetch_sub(1, std::memory_order_acq_rel) != 1)
+    return CL_SUCCESS;
+  const cl_int status = event_ == nullptr ? CL_SUCCESS : call_or_refuse(cl.release_event, event_);
+  delete this;
+  return status;
+}
+
+void queue_object::note_enqueued(event_object& event) noexcept {
+  event.retain();
+  event.queue_ = this;
+  const std::lock_guard guard(lock_);
+  (first_ == nullptr ? first_ : last_->next_) = &event;
+  last_ = &event;
+}
+
+event_object* queue_object::take_outstanding() noexcept {
+  const std::lock_guard guard(lock_);
+  last_ = nullptr;
+  return std::exchange(first_, nullptr);
+}
+
+cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexcept {
+  const bool nobody_else_tells = has_work_without_event_.exchange(false);
+  event_object* const outstanding = take_outstanding();
+  const cl_int status = call_or_refuse(cl.finish, queue_);
+  is_finished = status == CL_SUCCESS;
+  for (event_object* each = outstanding; each != nullptr;) {
+    event_object* const next = std::exchange(each->next_, nullptr);
+    if (status != CL_SUCCESS)
+      settle(cl, *each, status);
+    each->release(cl);
+    each = next;
+  }
+  return nobody_else_tells ? status : CL_SUCCESS;
+}
+
+cl_int queue_object::release(const opencl_functions& cl) noexcept {
+  for (event_object* each = take_outstanding(); each != nullptr;)
+    std::exchange(each, each->next_)->release(cl);
+  const cl_int status = call_or_refuse(cl.release_command_queue, queue_);
+  delete this;
+  return status;
+}
+
+} // namespace qv

@@ -1,0 +1,332 @@
+// What beginners do wrong, on every OpenCL device that the environment offers, each mistake in a process of its own: the
+// library says what is wrong, in words, and a right launch works afterwards in the same process.
+#include "tests/device/every_device.h"
+
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <numeric>
+#include <regex>
+#include <unistd.h>
+
+namespace {
+
+using namespace caller;
+
+constexpr std::size_t element_count = 16;
+constexpr unsigned seconds_for_a_case = 100;
+
+// What a child ends with.
+constexpr int well = 0, not_said = 2, launch_failed = 3;
+
+const std::string source = R"(
+  typedef struct { float a[16]; int b, c; } large;
+  kernel void blend(global int* out, global const int* in, local int* scratch, float f, int i, long l) {
+    size_t me = get_global_id(0);
+    if (me >= 16) return;
+    scratch[get_local_id(0)] = in[me];
+    out[me] += scratch[get_local_id(0)] + (int)f + i + (int)l;
+  }
+  kernel __attribute__((reqd_work_group_size(4, 2, 1))) void fixed(global int* out) {
+    out[get_global_id(0)] = (int)get_local_size(1);
+  }
+  kernel void by_value(global int* out, large given) { out[0] = given.b; }
+)";
+const std::string with_double = R"(
+  #pragma OPENCL EXTENSION cl_khr_fp64 : enable
+  kernel void real(global int* out, double d) { out[0] = (int)d; }
+)";
+const std::string with_images = R"(
+  kernel void look(global int* out, read_only image2d_t picture) { out[0] = get_image_width(picture); }
+  kernel void how(global int* out, sampler_t sampler) { out[0] = 1; }
+)";
+
+// A device with a program, and memory objects to launch its kernel on.
+class workbench {
+public:
+  explicit workbench(const device& used) : on(used) {}
+
+  arguments right() const {
+    return {argument(out), argument(in), local_argument(TARVA_ABI_TYPE_INT32, 8),
+            argument(f),   argument(i),  argument(l)};
+  }
+  outcome run(const tarva_abi_launch_range_s& range) const { return launch(blend, right(), range); }
+  outcome run_with(std::size_t index, const tarva_abi_kernel_argument_s& wrong) const {
+    arguments list = right();
+    list.at(index) = wrong;
+    return launch(blend, list, line(element_count, 8));
+  }
+  outcome run_other(const std::string& text, const char* name,
+                    const tarva_abi_kernel_argument_s& second) const {
+    return launch(find_kernel(compile(on, text), name), {argument(out), second}, line(1));
+  }
+  outcome build_of(tarva_abi_ir_type type, const std::string& data, const char* options = "") const {
+    build result;
+    const outcome ended = load(on, type, data, options, result);
+    return ended.code != TARVA_ABI_OK || result.success ? ended : logic_failure("not built: " + result.log);
+  }
+  property opencl() const { return child(root<tarva_abi_get_device_root_property>(on), "OPENCL"); }
+  bool has_extension(const std::string& name) const {
+    const property all = child(opencl(), "CL_DEVICE_EXTENSIONS");
+    for (std::uint64_t k = 0; k < all->element_count; ++k)
+      if (text(all, k) == name)
+        return true;
+    return false;
+  }
+  std::uint64_t number(const char* name) const {
+    return *static_cast<const std::uint64_t*>(child(opencl(), name)->data);
+  }
+  std::string binary() const {
+    const property all =
+        child(child(root<tarva_abi_get_program_root_property>(made), "OPENCL"), "CL_PROGRAM_BINARY");
+    return {static_cast<const char*>(all->data), all->element_count};
+  }
+  // Nothing is lost, and nothing has been changed behind the caller's back.
+  bool works() const {
+    const outcome ended = run(line(element_count, 8));
+    std::vector<std::int32_t> expected(element_count);
+    for (std::size_t k = 0; k < element_count; ++k)
+      expected[k] = 100 + static_cast<std::int32_t>(k) + 2 + 30 + 400;
+    const auto content = read<std::int32_t>(out, element_count);
+    std::fprintf(stderr, "the right launch: %s, first element %d\n", ended.message.c_str(), content[0]);
+    return ended == outcome() && content == expected;
+  }
+
+  const device& on;
+  const program made = compile(on, source);
+  const kernel blend = find_kernel(made, "blend");
+  const memory out = make(std::vector<std::int32_t>(element_count, 100)), in = make(counted());
+  const float f = 2;
+  const std::int32_t i = 30;
+  const std::int64_t l = 400;
+
+private:
+  static std::vector<std::int32_t> counted() {
+    std::vector<std::int32_t> result(element_count);
+    std::iota(result.begin(), result.end(), 0);
+    return result;
+  }
+};
+
+// For a device on which the mistake cannot be made.
+constexpr const char* left_out_words = "left out: ";
+outcome left_out(const std::string& why) {
+  std::printf("%s%s\n", left_out_words, why.c_str());
+  return logic_failure(left_out_words + why);
+}
+
+struct mistake {
+  const char* name;
+  const char* says; // by a regular expression
+  std::function<outcome(const workbench&)> make;
+  bool may_log = false; // instead of saying it by the call
+
+  friend void PrintTo(const mistake& one, std::ostream* to) { *to << one.name; }
+};
+
+tarva_abi_launch_range_s range(std::uint64_t dimensions, std::array<std::uint64_t, 3> global,
+                               std::array<std::uint64_t, 3> local) {
+  return {TARVA_ABI_LAUNCH_EXPLICIT,
+          {dimensions, 0, 0, 0, global[0], global[1], global[2], local[0], local[1], local[2]}};
+}
+
+// Everything is cut off at a hundred places, and the whole still works.
+outcome cut_binaries(const workbench& on) {
+  constexpr std::size_t places = 100;
+  const std::string whole = on.binary();
+  for (std::size_t k = 0; k < places; ++k) {
+    const std::size_t length = whole.size() * k / places;
+    std::fprintf(stderr, "cut at %zu of %zu\n", length, whole.size());
+    if (on.build_of(TARVA_ABI_IR_DEVICE_BINARY, whole.substr(0, length)) == outcome())
+      return runtime_failure("taken when cut at " + std::to_string(length));
+  }
+  return on.build_of(TARVA_ABI_IR_DEVICE_BINARY, whole) == outcome()
+             ? logic_failure("all cuts refused")
+             : runtime_failure("the whole is refused");
+}
+
+outcome too_large_object(const workbench& on) {
+  const std::uint64_t bytes = on.number("CL_DEVICE_MAX_MEM_ALLOC_SIZE") + 4096;
+  const memory large = allocate(TARVA_ABI_TYPE_UINT8, bytes);
+  std::uint8_t last = 0;
+  if (read_raw(large, bytes - 1, 1, &last) != outcome())
+    return left_out("the host has no such memory");
+  return on.run_with(1, argument(large));
+}
+
+outcome released_object(const workbench& on) {
+  memory gone = make(std::vector<std::int32_t>(element_count));
+  const auto stale = argument(gone);
+  gone.reset();
+  return on.run_with(1, stale);
+}
+
+outcome left_to_the_device(const workbench& on) {
+  const memory seen = make(std::vector<std::int32_t>(8));
+  const outcome ended = launch(find_kernel(on.made, "fixed"), {argument(seen)}, range(2, {8, 2, 1}, {}));
+  return ended == outcome() && read<std::int32_t>(seen, 8) == std::vector<std::int32_t>(8, 2)
+             ? logic_failure("ran as fixed")
+             : ended;
+}
+
+outcome own_executable_as_binary(const workbench& on) {
+  std::ifstream self("/proc/self/exe", std::ios::binary);
+  return on.build_of(TARVA_ABI_IR_DEVICE_BINARY, {std::istreambuf_iterator<char>(self), {}});
+}
+
+template <class... Bytes>
+outcome binary_of(const workbench& on, std::size_t zeros, Bytes... bytes) {
+  return on.build_of(TARVA_ABI_IR_DEVICE_BINARY,
+                     std::string{static_cast<char>(bytes)...} + std::string(zeros, '\0'));
+}
+
+outcome spir_v_of_zeros(const workbench& on) {
+  return on.build_of(TARVA_ABI_IR_SPIR_V, std::string("\x03\x02\x23\x07", 4) + std::string(400, '\0'));
+}
+
+outcome odd_options(const workbench& on, const char* options) {
+  const outcome ended = on.build_of(TARVA_ABI_IR_SOURCE_1_0, source, options);
+  return ended == outcome() ? logic_failure("built all the same") : ended;
+}
+
+using bench = const workbench&;
+constexpr auto groups_of_1 = [](bench on, std::uint64_t count) {
+  const std::string vendor = text(child(on.opencl(), "CL_DEVICE_VENDOR"));
+  return vendor.rfind("Intel", 0) == 0 ? left_out("this one counts them all") : on.run(line(count, 1));
+};
+constexpr auto picture = [](bench on, const char* kernel, const tarva_abi_kernel_argument_s& given) {
+  const auto images = child(on.opencl(), "CL_DEVICE_IMAGE_SUPPORT");
+  return *static_cast<const std::uint32_t*>(images->data) != 0 ? on.run_other(with_images, kernel, given)
+                                                               : left_out("no images");
+};
+constexpr auto no_binary = "binary|not valid|not built: .";
+constexpr auto no_module = "IR is not supported|not valid|not built: .";
+constexpr auto all_dimensions = "0 in all dimensions or in none";
+
+// clang-format off
+const mistake mistakes[] = {
+  {"double_for_float", "rgument 3 .* 4 bytes", [](bench on) { return on.run_with(3, argument(2.0, TARVA_ABI_TYPE_DOUBLE)); }},
+  {"float_for_double", "rgument 1 .* 8 bytes", [](bench on) {
+    return on.has_extension("cl_khr_fp64") ? on.run_other(with_double, "real", argument(2.0F)) : left_out("no double");
+  }},
+  {"int_for_long", "rgument 5 .* 8 bytes", [](bench on) { return on.run_with(5, argument(on.i)); }},
+  {"long_for_int", "rgument 4 .* 4 bytes", [](bench on) { return on.run_with(4, argument(on.l)); }},
+  {"vector_for_int", "rgument 4 .* 4 bytes", [](bench on) {
+    return on.run_with(4, argument(std::array<std::int32_t, 4>{}, TARVA_ABI_TYPE_INT32V4));
+  }},
+  {"buffer_for_number", "rgument 3 .* 4 bytes", [](bench on) { return on.run_with(3, argument(on.in)); }},
+  {"buffer_for_long", "rgument 5 .* 8 bytes", [](bench on) { return on.run_with(5, argument(on.in)); }},
+  {"number_for_buffer", "rgument 1 .* memory object", [](bench on) { return on.run_with(1, argument(on.i)); }},
+  {"long_for_buffer", "rgument 1 .* memory object", [](bench on) { return on.run_with(1, argument(on.l)); }},
+  {"local_for_global", "rgument 1 .* memory object", [](bench on) {
+    return on.run_with(1, local_argument(TARVA_ABI_TYPE_INT32, 8));
+  }},
+  {"global_for_local", "rgument 2 .* local memory", [](bench on) { return on.run_with(2, argument(on.in)); }},
+  {"number_for_local", "rgument 2 .* local memory", [](bench on) { return on.run_with(2, argument(on.l)); }},
+  {"local_for_number", "rgument 4 .* 4 bytes", [](bench on) {
+    return on.run_with(4, local_argument(TARVA_ABI_TYPE_INT32, 8));
+  }},
+  {"null_for_number", "rgument 4 .* 4 bytes", [](bench on) { return on.run_with(4, null_argument()); }},
+  {"null_for_long", "rgument 5 .* 8 bytes", [](bench on) { return on.run_with(5, null_argument()); }},
+  {"null_for_local", "rgument 2 .* local memory", [](bench on) { return on.run_with(2, null_argument()); }},
+  {"struct_by_value", "rgument 1 ", [](bench on) {
+    return on.run_other(source, "by_value", argument(std::array<double, 8>{}, TARVA_ABI_TYPE_DOUBLE8));
+  }},
+  {"buffer_for_struct", "rgument 1 ", [](bench on) { return on.run_other(source, "by_value", argument(on.in)); }},
+  {"buffer_for_image", "rgument 1 .* image", [](bench on) { return picture(on, "look", argument(on.in)); }},
+  {"long_for_image", "rgument 1 .* image", [](bench on) { return picture(on, "look", argument(on.l)); }},
+  {"null_for_image", "rgument 1 .* image", [](bench on) { return picture(on, "look", null_argument()); }},
+  {"buffer_for_sampler", "rgument 1 .* sampler", [](bench on) { return picture(on, "how", argument(on.in)); }},
+  {"long_for_sampler", "rgument 1 .* sampler", [](bench on) { return picture(on, "how", argument(on.l)); }},
+  {"null_for_sampler", "rgument 1 .* sampler", [](bench on) { return picture(on, "how", null_argument()); }},
+  {"too_few_arguments", "6 arguments", [](bench on) { return launch(on.blend, {argument(on.out)}, line(1)); }},
+  {"too_many_arguments", "6 arguments", [](bench on) {
+    arguments list = on.right();
+    list.push_back(list.back());
+    return launch(on.blend, list, line(1));
+  }},
+  {"released_object", "Lookup of internal type map failed", released_object},
+  {"too_large_object", "bytes", too_large_object},
+  {"local_memory_of_1_gib", "1073741824 bytes", [](bench on) {
+    return on.run_with(2, local_argument(TARVA_ABI_TYPE_INT32, 1 << 28));
+  }},
+
+  {"work_dimension_0", "1, 2, or 3", [](bench on) { return on.run(range(0, {16, 1, 1}, {8, 1, 1})); }},
+  {"work_dimension_4", "1, 2, or 3", [](bench on) { return on.run(range(4, {16, 1, 1}, {8, 1, 1})); }},
+  {"groups_2_35", "groups|Global work size", [](bench on) { return groups_of_1(on, std::uint64_t{1} << 35); }, true},
+  {"groups_2_40", "groups|Global work size", [](bench on) { return groups_of_1(on, std::uint64_t{1} << 40); }, true},
+  {"offset_on_1_0", "offset of", [](bench on) {
+    return version_of(on.on) == "1.0" ? on.run(line(element_count, 8, 1)) : left_out("offsets are allowed");
+  }},
+  {"global_size_0", "must not be 0", [](bench on) {
+    return version_of(on.on) < "2.1" ? on.run(range(1, {0, 1, 1}, {1, 1, 1})) : left_out("nothing to do is allowed");
+  }},
+  {"local_size_does_not_divide", "must divide|Work-group size", [](bench on) { return on.run(line(16, 5)); }, true},
+  {"local_size_too_large", "1099511627776", [](bench on) {
+    return on.run(line(std::uint64_t{1} << 40, std::uint64_t{1} << 40));
+  }},
+  {"local_size_partly_0", all_dimensions, [](bench on) { return on.run(range(2, {16, 2, 1}, {8, 0, 1})); }},
+  {"other_than_fixed_size", "4, ?2", [](bench on) {
+    return launch(find_kernel(on.made, "fixed"), {argument(on.out)}, range(2, {8, 2, 1}, {8, 1, 1}));
+  }},
+  {"fixed_size_left_to_the_device", "ran as fixed", left_to_the_device},
+
+  {"wrong_kernel_name", "Kernel name not found", [](bench on) {
+    tarva_abi_kernel_s* found = nullptr;
+    return call<tarva_abi_get_kernel>(on.made.get(), "blended", &found);
+  }},
+  {"broken_source", "not built: [^]*(error|expected)", [](bench on) {
+    return on.build_of(TARVA_ABI_IR_SOURCE_1_0, "kernel void f(global int* out) { out[0] = 1 }");
+  }},
+  {"option_dash", ".", [](bench on) { return odd_options(on, "-"); }},
+  {"option_word", ".", [](bench on) { return odd_options(on, "-w word"); }},
+  {"option_file", ".", [](bench on) { return odd_options(on, "@file"); }},
+  {"option_backslash", ".", [](bench on) { return odd_options(on, "\\"); }},
+  {"option_without_value", ".", [](bench on) { return odd_options(on, "-D"); }},
+  {"option_unknown", "option|not built: .", [](bench on) { return odd_options(on, "-nonsense-option=1"); }},
+
+  {"binary_of_nothing", no_binary, [](bench on) { return binary_of(on, 0); }},
+  {"binary_of_zeros", no_binary, [](bench on) { return binary_of(on, 1000); }},
+  {"binary_of_text", no_binary, [](bench on) { return on.build_of(TARVA_ABI_IR_DEVICE_BINARY, source); }},
+  {"binary_like_bitcode", no_binary, [](bench on) { return binary_of(on, 1000, 'B', 'C', 0xC0, 0xDE); }},
+  {"binary_like_pocl", no_binary, [](bench on) { return binary_of(on, 1000, 'p', 'o', 'c', 'l', 'b', 'i', 'n'); }},
+  {"binary_like_spir_v", no_binary, [](bench on) { return binary_of(on, 1000, 3, 2, 0x23, 7); }},
+  {"binary_like_mesa", no_binary, [](bench on) { return binary_of(on, 1000, 1, 0, 0, 0, 4, 0, 0, 0); }},
+  {"binary_is_an_executable", no_binary, own_executable_as_binary},
+  {"binary_cut_at_100_places", "all cuts refused", cut_binaries},
+  {"spir_v_of_text", no_module, [](bench on) { return on.build_of(TARVA_ABI_IR_SPIR_V, source); }},
+  {"spir_v_of_zeros", no_module, spir_v_of_zeros},
+};
+// clang-format on
+
+class mistakes_test : public every_device, public ::testing::WithParamInterface<mistake> {
+protected:
+  // The child: it makes the mistake, tells what it was told, and goes on.
+  [[noreturn]] static void commit(const device& on) {
+    alarm(seconds_for_a_case);
+    const bool as_it_should = [&] {
+      const workbench bench(on);
+      const outcome ended = GetParam().make(bench);
+      const std::string words = ended.code == TARVA_ABI_OK ? "nothing" : ended.message;
+      std::fprintf(stderr, "said: %s\n", words.c_str());
+      if (!bench.works())
+        std::exit(launch_failed);
+      return GetParam().may_log || std::regex_search(words, std::regex(GetParam().says)) ||
+             words.rfind(left_out_words, 0) == 0;
+    }();
+    std::exit(as_it_should ? well : not_said);
+  }
+};
+
+TEST_P(mistakes_test, is_told_and_survived) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe"); // a process that begins anew
+  setenv("TARVA_LOG_TARGET", "console", 1);
+  setenv("TARVA_LOG_LEVEL", "error", 1);
+  const std::string told = GetParam().may_log ? std::string(GetParam().says) + "|" + left_out_words : "";
+  on_each([&](const device& one) { EXPECT_EXIT(commit(one), ::testing::ExitedWithCode(well), told); });
+}
+
+INSTANTIATE_TEST_SUITE_P(beginners, mistakes_test, ::testing::ValuesIn(mistakes),
+                         [](const auto& of) { return std::string(of.param.name); });
+
+} // namespace

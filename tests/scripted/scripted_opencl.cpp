@@ -1,0 +1,319 @@
+// The scripted machine as an OpenCL of its own, under the name of the loader: one platform, whose functions are the
+// commands of the machine. The real capability library runs over it.
+#include "tests/scripted/scripted_machine.h"
+
+#define CL_TARGET_OPENCL_VERSION 220
+#define CL_USE_DEPRECATED_OPENCL_1_2_APIS
+#pragma GCC visibility push(default)
+#include <CL/cl.h>
+#pragma GCC visibility pop
+
+namespace scripted {
+namespace {
+
+constexpr const char* platform_version = "OpenCL 2.2 scripted";
+char the_platform;
+
+cl_platform_id platform() {
+  return reinterpret_cast<cl_platform_id>(&the_platform);
+}
+
+// The device that an object lives on; the first, for what is none.
+device& owner_of(machine& world, void* handle) {
+  for (device& each : world.devices)
+    if (&each == handle)
+      return each;
+  const auto found = world.objects.find(handle);
+  const auto is = [&]<class T>(T*& as) {
+    as = found == world.objects.end() ? nullptr : dynamic_cast<T*>(found->second.get());
+    return as != nullptr;
+  };
+  context* of_context = nullptr;
+  queue* of_queue = nullptr;
+  buffer* of_buffer = nullptr;
+  program* of_program = nullptr;
+  kernel* of_kernel = nullptr;
+  return is(of_context)   ? *of_context->owner
+         : is(of_queue)   ? *of_queue->owner
+         : is(of_buffer)  ? *of_buffer->owner
+         : is(of_program) ? *of_program->owner
+         : is(of_kernel)  ? *of_kernel->parent->owner
+                          : world.devices.front();
+}
+
+// Performs the operation. `about` tells the device.
+template <qv::operation Op>
+qv::record<Op> run(void* about, qv::record<Op> record) {
+  machine& world = machine::get();
+  std::unique_lock lock(world.lock);
+  device& owner = owner_of(world, about);
+  call_record log{Op, owner.options.capabilities.front(), owner.index, std::this_thread::get_id()};
+  session now{world, owner, lock, log};
+  if (const std::int32_t code = perform(now, Op, &record); code != 0)
+    if constexpr (requires { record.status; })
+      record.status = code;
+  world.calls.push_back(log);
+  return record;
+}
+
+template <qv::operation Op, class Handle>
+Handle make(void* about, cl_int* status, const qv::record<Op>& inputs) {
+  const auto record = run<Op>(about, inputs);
+  if (status != nullptr)
+    *status = record.status;
+  return record.status == 0 ? static_cast<Handle>(record.result) : nullptr;
+}
+
+template <qv::operation Op>
+cl_int count_reference(void* object) {
+  return run<Op>(object, {object, 0}).status;
+}
+
+template <qv::operation Op>
+cl_int ask(void* object, cl_uint name, std::size_t size, void* value, std::size_t* size_ret) {
+  return run<Op>(object, {object, size, value, size_ret, 0, name}).status;
+}
+
+template <qv::operation Op>
+cl_int ask(void* object, cl_device_id device, cl_uint name, std::size_t size, void* value,
+           std::size_t* size_ret) {
+  return run<Op>(object, {device, object, size, value, size_ret, 0, name}).status;
+}
+
+cl_int answer(const bytes& what, std::size_t size, void* value, std::size_t* size_ret) {
+  struct {
+    std::size_t param_value_size;
+    void* param_value;
+    std::size_t* param_value_size_ret;
+  } const query{size, value, size_ret};
+  return answer_query(what, query);
+}
+
+template <class Entry>
+void* const* handles(const Entry* entries) {
+  return reinterpret_cast<void* const*>(entries);
+}
+
+} // namespace
+} // namespace scripted
+
+using namespace scripted;
+using op = qv::operation;
+
+cl_int clGetPlatformIDs(cl_uint count, cl_platform_id* platforms, cl_uint* found) {
+  if (platforms != nullptr && count > 0)
+    *platforms = platform();
+  if (found != nullptr)
+    *found = 1;
+  return CL_SUCCESS;
+}
+
+cl_int clGetPlatformInfo(cl_platform_id, cl_platform_info name, size_t size, void* value, size_t* size_ret) {
+  return answer(name == CL_PLATFORM_HOST_TIMER_RESOLUTION ? value_answer(std::uint64_t{1})
+                : name == CL_PLATFORM_VERSION             ? text_answer(platform_version)
+                                                          : text_answer("Scripted"),
+                size, value, size_ret);
+}
+
+cl_int clGetDeviceIDs(cl_platform_id, cl_device_type, cl_uint count, cl_device_id* devices, cl_uint* found) {
+  auto& all = machine::get().devices;
+  for (std::size_t i = 0; devices != nullptr && i < all.size() && i < count; ++i)
+    devices[i] = reinterpret_cast<cl_device_id>(&all[i]);
+  if (found != nullptr)
+    *found = static_cast<cl_uint>(all.size());
+  return CL_SUCCESS;
+}
+
+// Each device reports the first version that it is given.
+cl_int clGetDeviceInfo(cl_device_id id, cl_device_info name, size_t size, void* value, size_t* size_ret) {
+  constexpr const char* versions[] = {"1.0", "1.1", "1.2", "2.0", "2.1", "2.2"};
+  const auto& options = reinterpret_cast<scripted::device*>(id)->options;
+  if (name == CL_DEVICE_VERSION && options.info.count(name) == 0)
+    return answer(
+        text_answer(std::string("OpenCL ") + versions[options.capabilities.front() - 1] + " scripted"), size,
+        value, size_ret);
+  if (name == CL_DEVICE_PLATFORM)
+    return answer(value_answer(platform()), size, value, size_ret);
+  return run<op::get_device_info>(id, {id, value, size_ret, name, size, 0}).status;
+}
+
+cl_int clRetainDevice(cl_device_id device) {
+  return count_reference<op::retain_device>(device);
+}
+cl_int clReleaseDevice(cl_device_id device) {
+  return count_reference<op::release_device>(device);
+}
+
+cl_context clCreateContext(const cl_context_properties* properties, cl_uint count,
+                           const cl_device_id* devices,
+                           void (*notify)(const char*, const void*, size_t, void*), void* user_data,
+                           cl_int* status) {
+  return make<op::create_context, cl_context>(devices[0], status,
+                                              {reinterpret_cast<const std::uint64_t*>(properties), count,
+                                               handles(devices), notify, user_data, nullptr, 0});
+}
+cl_int clGetContextInfo(cl_context context, cl_context_info name, size_t size, void* value,
+                        size_t* size_ret) {
+  return run<op::get_context_info>(context, {context, name, size, value, size_ret, 0}).status;
+}
+cl_int clRetainContext(cl_context context) {
+  return count_reference<op::retain_context>(context);
+}
+cl_int clReleaseContext(cl_context context) {
+  return count_reference<op::release_context>(context);
+}
+
+cl_command_queue clCreateCommandQueue(cl_context context, cl_device_id device,
+                                      cl_command_queue_properties properties, cl_int* status) {
+  return make<op::create_command_queue, cl_command_queue>(context, status,
+                                                          {context, device, properties, 0, nullptr});
+}
+cl_command_queue clCreateCommandQueueWithProperties(cl_context context, cl_device_id device,
+                                                    const cl_queue_properties* properties, cl_int* status) {
+  return make<op::create_command_queue_with_properties, cl_command_queue>(
+      context, status, {device, context, properties, nullptr, 0});
+}
+cl_int clReleaseCommandQueue(cl_command_queue queue) {
+  return count_reference<op::release_command_queue>(queue);
+}
+cl_int clFinish(cl_command_queue queue) {
+  return count_reference<op::finish>(queue);
+}
+
+cl_mem clCreateBuffer(cl_context context, cl_mem_flags flags, size_t size, void* host, cl_int* status) {
+  return make<op::create_buffer, cl_mem>(context, status, {flags, context, size, host, nullptr, 0});
+}
+cl_int clReleaseMemObject(cl_mem memory) {
+  return count_reference<op::release_mem_object>(memory);
+}
+
+cl_int clEnqueueReadBuffer(cl_command_queue queue, cl_mem buffer, cl_bool blocking, size_t offset,
+                           size_t size, void* host, cl_uint count, const cl_event* waits, cl_event* event) {
+  return run<op::enqueue_read_buffer>(queue, {queue, buffer, offset, size, host, handles(waits),
+                                              reinterpret_cast<void**>(event), 0, blocking, count})
+      .status;
+}
+cl_int clEnqueueWriteBuffer(cl_command_queue queue, cl_mem buffer, cl_bool blocking, size_t offset,
+                            size_t size, const void* host, cl_uint count, const cl_event* waits,
+                            cl_event* event) {
+  return run<op::enqueue_write_buffer>(queue,
+                                       {queue, buffer, offset, size, const_cast<void*>(host), handles(waits),
+                                        reinterpret_cast<void**>(event), 0, blocking, count})
+      .status;
+}
+cl_int clEnqueueCopyBuffer(cl_command_queue queue, cl_mem from, cl_mem to, size_t from_offset,
+                           size_t to_offset, size_t size, cl_uint count, const cl_event* waits,
+                           cl_event* event) {
+  return run<op::enqueue_copy_buffer>(queue, {queue, from, to, from_offset, to_offset, size, handles(waits),
+                                              reinterpret_cast<void**>(event), 0, count})
+      .status;
+}
+cl_int clEnqueueFillBuffer(cl_command_queue queue, cl_mem buffer, const void* pattern, size_t pattern_size,
+                           size_t offset, size_t size, cl_uint count, const cl_event* waits,
+                           cl_event* event) {
+  return run<op::enqueue_fill_buffer>(queue, {queue, buffer, pattern, pattern_size, offset, size,
+                                              handles(waits), reinterpret_cast<void**>(event), 0, count})
+      .status;
+}
+cl_int clEnqueueNDRangeKernel(cl_command_queue queue, cl_kernel kernel, cl_uint work_dim,
+                              const size_t* offset, const size_t* global, const size_t* local, cl_uint count,
+                              const cl_event* waits, cl_event* event) {
+  return run<op::enqueue_nd_range_kernel>(queue, {queue, kernel, offset, global, local, handles(waits),
+                                                  reinterpret_cast<void**>(event), 0, work_dim, count})
+      .status;
+}
+
+// Finishes all queues, or drops their work for good.
+cl_int clWaitForEvents(cl_uint, const cl_event*) {
+  machine& world = machine::get();
+  const std::lock_guard guard(world.lock);
+  for (const auto& [handle, each] : world.objects)
+    if (auto* const waiting = dynamic_cast<queue*>(each.get()))
+      for (const queue::command& command : std::exchange(waiting->pending, {})) {
+        if (world.wait_status != 0)
+          continue;
+        if (command.final_status == 0)
+          command.run();
+        command.done->status = command.final_status;
+      }
+  return world.wait_status;
+}
+cl_int clGetEventInfo(cl_event event, cl_event_info name, size_t size, void* value, size_t* size_ret) {
+  return ask<op::get_event_info>(event, name, size, value, size_ret);
+}
+cl_int clGetEventProfilingInfo(cl_event event, cl_profiling_info name, size_t size, void* value,
+                               size_t* size_ret) {
+  return ask<op::get_event_profiling_info>(event, name, size, value, size_ret);
+}
+cl_int clReleaseEvent(cl_event event) {
+  return count_reference<op::release_event>(event);
+}
+
+cl_program clCreateProgramWithSource(cl_context context, cl_uint count, const char** strings,
+                                     const size_t* lengths, cl_int* status) {
+  return make<op::create_program_with_source, cl_program>(context, status,
+                                                          {context, strings, lengths, nullptr, 0, count});
+}
+cl_program clCreateProgramWithBinary(cl_context context, cl_uint count, const cl_device_id* devices,
+                                     const size_t* lengths, const unsigned char** binaries,
+                                     cl_int* binary_status, cl_int* status) {
+  return make<op::create_program_with_binary, cl_program>(
+      context, status, {context, handles(devices), lengths, binaries, binary_status, nullptr, 0, count});
+}
+cl_program clCreateProgramWithBuiltInKernels(cl_context context, cl_uint count, const cl_device_id* devices,
+                                             const char* names, cl_int* status) {
+  return make<op::create_program_with_builtin_kernels, cl_program>(
+      context, status, {context, handles(devices), names, nullptr, 0, count});
+}
+cl_program clCreateProgramWithIL(cl_context context, const void* il, size_t length, cl_int* status) {
+  return make<op::create_program_with_il, cl_program>(context, status, {context, il, length, nullptr, 0});
+}
+cl_int clSetProgramSpecializationConstant(cl_program program, cl_uint id, size_t size, const void* value) {
+  return run<op::set_program_specialization_constant>(program, {program, id, size, value, 0}).status;
+}
+cl_int clBuildProgram(cl_program program, cl_uint count, const cl_device_id* devices, const char* options,
+                      void (*notify)(cl_program, void*), void* user_data) {
+  return run<op::build_program>(program,
+                                {program, handles(devices), options,
+                                 reinterpret_cast<qv::program_callback>(notify), user_data, 0, count})
+      .status;
+}
+cl_int clGetProgramInfo(cl_program program, cl_program_info name, size_t size, void* value,
+                        size_t* size_ret) {
+  return ask<op::get_program_info>(program, name, size, value, size_ret);
+}
+cl_int clGetProgramBuildInfo(cl_program program, cl_device_id device, cl_program_build_info name, size_t size,
+                             void* value, size_t* size_ret) {
+  return ask<op::get_program_build_info>(program, device, name, size, value, size_ret);
+}
+cl_int clReleaseProgram(cl_program program) {
+  return count_reference<op::release_program>(program);
+}
+void* clGetExtensionFunctionAddressForPlatform(cl_platform_id platform, const char* name) {
+  return run<op::get_extension_function_address_for_platform>(nullptr, {platform, name, nullptr}).result;
+}
+
+cl_kernel clCreateKernel(cl_program program, const char* name, cl_int* status) {
+  return make<op::create_kernel, cl_kernel>(program, status, {program, name, nullptr, 0});
+}
+cl_int clCreateKernelsInProgram(cl_program program, cl_uint count, cl_kernel* kernels, cl_uint* found) {
+  return run<op::create_kernels_in_program>(program,
+                                            {program, reinterpret_cast<void**>(kernels), found, 0, count})
+      .status;
+}
+cl_int clSetKernelArg(cl_kernel kernel, cl_uint index, size_t size, const void* value) {
+  return run<op::set_kernel_arg>(kernel, {kernel, size, value, 0, index}).status;
+}
+cl_int clGetKernelInfo(cl_kernel kernel, cl_kernel_info name, size_t size, void* value, size_t* size_ret) {
+  return ask<op::get_kernel_info>(kernel, name, size, value, size_ret);
+}
+cl_int clGetKernelArgInfo(cl_kernel, cl_uint, cl_kernel_arg_info, size_t, void*, size_t*) {
+  return CL_KERNEL_ARG_INFO_NOT_AVAILABLE;
+}
+cl_int clGetKernelWorkGroupInfo(cl_kernel kernel, cl_device_id device, cl_kernel_work_group_info name,
+                                size_t size, void* value, size_t* size_ret) {
+  return ask<op::get_kernel_work_group_info>(kernel, device, name, size, value, size_ret);
+}
+cl_int clReleaseKernel(cl_kernel kernel) {
+  return count_reference<op::release_kernel>(kernel);
+}
