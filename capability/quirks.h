@@ -43,6 +43,8 @@ struct quirks {
   // CL_KERNEL_WORK_GROUP_SIZE is less than what runs: the limit of the device is the true one.
   bool understates_group_sizes = false;
   group_limit groups = group_limit::none;
+  // Where it chooses the size of the groups, they have one work-item.
+  bool chooses_groups_of_one = false;
 };
 
 // By the name of the platform; an unknown platform has no known quirks.
