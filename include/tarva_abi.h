@@ -64,9 +64,15 @@
  * was or where it had been moved to, and a range that was to be filled, copied to or computed may have been
  * written in part. Reading the result back, and waiting for that read, is how a program makes sure.
  *
- * Each device is served by a thread of the library. If an OpenCL implementation refuses a command that the
- * library had no reason to refuse, the thread writes a line at critical level and ends the process with
- * status 1.
+ * What an OpenCL implementation refuses although the library had no reason to, and what a device refuses
+ * that is lost, such as one behind a network, fails in the same way: the request fails, and the process, the
+ * other devices, and all content that is not on that device go on. A device that cannot be prepared at the
+ * start is left out; QV_LOG=1 in the environment has the reason written to the standard error stream.
+ *
+ * Two things are beyond this. A kernel that follows a bad pointer may end the process, as in any OpenCL
+ * program. And each device is served by a thread of the library: should the capability library be exchanged
+ * for one that fails a command outright, that thread writes a line at critical level and ends the process
+ * with status 1.
  *
  * OWNERSHIP
  *
