@@ -14,7 +14,7 @@ constexpr std::array rows{
     quirks_row{"Oclgrind",
                {.uses_ended_thread_locals = true,
                 .loses_user_data_of_contexts = true,
-                .kernel_attributes_dangle = true,
+                .tells_wrong_kernel_attributes = true,
                 .builds_are_not_thread_safe = true,
                 .takes_words_for_files = true,
                 .groups = group_limit::under_2_32_in_all,
@@ -34,7 +34,10 @@ constexpr std::array rows{
                 .crashes_on_builtin_kernels = true,
                 .understates_group_sizes = true,
                 .groups = group_limit::under_2_32_in_each_dimension}},
-    quirks_row{"Clover", {.binaries = binary_format::clover, .takes_words_for_files = true}},
+    quirks_row{"Clover",
+               {.tells_wrong_kernel_attributes = true,
+                .binaries = binary_format::clover,
+                .takes_words_for_files = true}},
 };
 
 } // namespace

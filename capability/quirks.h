@@ -20,8 +20,8 @@ struct quirks {
   bool tells_parameters_on_demand = false;
   // The callback of a context is called without its user data.
   bool loses_user_data_of_contexts = false;
-  // The text of CL_KERNEL_ATTRIBUTES is memory that was freed.
-  bool kernel_attributes_dangle = false;
+  // The text of CL_KERNEL_ATTRIBUTES is memory that was freed, or another kernel's.
+  bool tells_wrong_kernel_attributes = false;
   // A local argument larger than the local memory ends the process at the launch.
   bool asserts_on_large_local_arguments = false;
   // Two threads that build at once spoil its memory.
