@@ -37,7 +37,8 @@ constexpr std::array rows{
     quirks_row{"Clover",
                {.tells_wrong_kernel_attributes = true,
                 .binaries = binary_format::clover,
-                .takes_words_for_files = true}},
+                .takes_words_for_files = true,
+                .groups = group_limit::under_2_32_in_each_dimension}},
 };
 
 } // namespace
