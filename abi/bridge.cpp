@@ -178,6 +178,17 @@ void abi_bridge::release_future(tarva_abi_future_s* handle) {
   remove(handle);
 }
 
+void abi_bridge::withdraw_future(tarva_abi_future_s* handle) {
+  try {
+    return remove(handle);
+  } catch (const std::runtime_error&) {
+    // Whoever has ended it has kept the record, but the teardown leaves records to their owners.
+    const std::lock_guard guard(lock_);
+    if (is_torn_down_ && !retired_.contains(handle))
+      std::free(handle);
+  }
+}
+
 void abi_bridge::release_error(tarva_abi_error_s* handle) {
   if (handle)
     remove(handle);
@@ -214,6 +225,7 @@ void abi_bridge::teardown() {
   if (!guard)
     return;
   dropped = std::exchange(tables_, {});
+  is_torn_down_ = true;
   guard.unlock();
   std::apply([](auto&... each) { ((each = {}), ...); }, dropped);
 }

@@ -65,6 +65,8 @@ public:
   template <counted_handle record>
   bool release(record* handle);
   void release_future(tarva_abi_future_s* handle);
+  // For one that its maker does not hand out. By an old handle of the same address, somebody may have ended it before.
+  void withdraw_future(tarva_abi_future_s* handle);
   void release_error(tarva_abi_error_s* handle);
   void release_property(tarva_abi_property_s* handle);
 
@@ -102,6 +104,7 @@ private:
   mutable reader_writer_lock lock_;
   handle_tables tables_;
   retired_records retired_;
+  bool is_torn_down_ = false;
 };
 
 // The library's enumerators have the interface's values.

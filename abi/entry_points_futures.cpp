@@ -53,11 +53,7 @@ tarva_singleton::submit_with_future(const std::shared_ptr<logical_ir::logical_op
   } catch (...) {
     // Before all: another thread may wait for it by an old handle that had the same address.
     operation->refuse(std::current_exception());
-    try {
-      bridge_.release_future(future);
-    } catch (const std::runtime_error&) {
-      // That thread has ended it meanwhile, or the stop of the library has.
-    }
+    bridge_.withdraw_future(future);
     throw;
   }
   return future;

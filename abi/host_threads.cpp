@@ -78,10 +78,11 @@ void leave_or_stay() noexcept {
     pause();
 }
 
-// The value of a thread counts the rounds in which the system calls such destructors.
-constexpr std::array<char, PTHREAD_DESTRUCTOR_ITERATIONS> rounds{};
+// The value of a thread counts the rounds in which the system calls such destructors. The last one is left to sanitizers,
+// which take down then what a thread needs to call anything at all.
+constexpr std::array<char, PTHREAD_DESTRUCTOR_ITERATIONS - 1> rounds{};
 
-// Comes back until the last one, when the host's own destructors have run.
+// Comes back until the last of them, when the host's own destructors have run.
 void end_thread(void* round) noexcept {
   const char* const next = static_cast<const char*>(round) + 1;
   if (next == rounds.data() + rounds.size() || pthread_setspecific(ending_key, next) != 0)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdlib>
@@ -24,6 +25,10 @@ public:
     void* oldest = std::exchange(records_[next_], record);
     next_ = (next_ + 1) % records_.size();
     return oldest;
+  }
+
+  bool contains(const void* record) const noexcept {
+    return std::find(records_.begin(), records_.end(), record) != records_.end();
   }
 
 private:

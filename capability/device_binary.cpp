@@ -91,7 +91,7 @@ bool skip_kernel(binary_reader& reader) {
 // apart by itself. Version 9 began to put the program's files into groups, version 10 to tell how large its
 // variables are; what came after the newest cannot be judged.
 bool is_harmless_to_pocl(binary_reader reader) {
-  constexpr std::string_view magic("poclbin", 8); // with its zero
+  constexpr std::string_view magic("poclbin\0", 8);
   constexpr std::uint32_t oldest = 8;
   constexpr std::uint32_t newest = 12;
   constexpr std::uint64_t has_variables = 2;

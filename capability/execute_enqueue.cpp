@@ -99,6 +99,8 @@ cl_uint count_zeros(const std::size_t* sizes, cl_uint dimensions) {
 
 // The most work-items that one group of the kernel may have, or 1.
 std::uint64_t largest_group(const root_device& device, cl_kernel kernel) {
+  if (device.quirks.chooses_groups_of_one)
+    return 1;
   std::size_t size = 0;
   const cl_int status = call_or_refuse(device.cl.get_kernel_work_group_info, kernel, device.id,
                                        cl_kernel_work_group_info{CL_KERNEL_WORK_GROUP_SIZE}, sizeof size,

@@ -88,7 +88,7 @@ void get_kernel_info(const root_device& device, get_object_info_record& record) 
     answer(record, kernel->name().c_str(), kernel->name().size() + 1);
   else if (kernel->kernel() == nullptr)
     record.status = kernel->failure();
-  else if (record.param_name == CL_KERNEL_ATTRIBUTES && device.quirks.kernel_attributes_mislead)
+  else if (record.param_name == CL_KERNEL_ATTRIBUTES && device.quirks.tells_wrong_kernel_attributes)
     answer(record, "", 1);
   else
     ask(record, device.cl.get_kernel_info, kernel->kernel());
@@ -107,7 +107,7 @@ void get_kernel_work_group_info(const root_device& device, get_object_device_inf
     return;
   if (record.param_name == CL_KERNEL_WORK_GROUP_SIZE && device.quirks.understates_group_sizes)
     answer_largest_group(device, record);
-  if (record.param_name == CL_KERNEL_COMPILE_WORK_GROUP_SIZE && !device.quirks.kernel_attributes_mislead)
+  if (record.param_name == CL_KERNEL_COMPILE_WORK_GROUP_SIZE && !device.quirks.tells_wrong_kernel_attributes)
     complete_required_size(device, *kernel, record);
 }
 

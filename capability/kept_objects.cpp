@@ -20,8 +20,10 @@ kept_objects::kept_objects(const opencl_functions& cl, cl_device_id device, cons
     : cl_(cl), device_(device), known_(known) {
   if (known_.loses_user_data_of_contexts)
     without_user_data = this;
-  if (known_.uses_ended_thread_locals)
-    static_cast<void>(thread_locals_have_ended()); // so that the end of this thread is noticed
+  if (!known_.uses_ended_thread_locals)
+    return;
+  prepare_for_thread_ends();
+  static_cast<void>(thread_locals_have_ended()); // so that the end of this thread is noticed
 }
 
 kept_objects::~kept_objects() {

@@ -3,6 +3,7 @@
 #include "capability/opencl_call.h"
 #include "capability/root_device.h"
 
+#include <cstdint>
 #include <type_traits>
 
 namespace qv {
@@ -44,12 +45,11 @@ void let_succeed(Functions&... functions) {
 } // namespace
 
 bool device_watch::is_lost(const root_device& device) noexcept {
-  cl_bool is_available = CL_TRUE;
+  std::uint64_t is_available = 0; // wider than the answer
   const cl_int status = call_or_refuse(device.cl.get_device_info, device.id,
                                        cl_device_info{CL_DEVICE_AVAILABLE}, sizeof is_available,
                                        static_cast<void*>(&is_available), static_cast<std::size_t*>(nullptr));
-  const bool is_lost =
-      status == CL_DEVICE_NOT_AVAILABLE || (status == CL_SUCCESS && is_available == CL_FALSE);
+  const bool is_lost = status == CL_DEVICE_NOT_AVAILABLE || (status == CL_SUCCESS && is_available == 0);
   if (!is_lost)
     is_suspected_.store(false, std::memory_order_relaxed);
   return is_lost;

@@ -20,8 +20,8 @@ struct quirks {
   const char* build_option = nullptr;
   // The callback of a context is called without its user data.
   bool loses_user_data_of_contexts = false;
-  // The text of CL_KERNEL_ATTRIBUTES is memory that was freed, or that of other kernels.
-  bool kernel_attributes_mislead = false;
+  // The text of CL_KERNEL_ATTRIBUTES is memory that was freed, or another kernel's.
+  bool tells_wrong_kernel_attributes = false;
   // A local argument larger than the local memory ends the process at the launch.
   bool asserts_on_large_local_arguments = false;
   // Two threads that build at once spoil its memory.
@@ -43,6 +43,8 @@ struct quirks {
   // CL_KERNEL_WORK_GROUP_SIZE is less than what runs: the limit of the device is the true one.
   bool understates_group_sizes = false;
   group_limit groups = group_limit::none;
+  // Where it chooses the size of the groups, they have one work-item.
+  bool chooses_groups_of_one = false;
 };
 
 // By the name of the platform; an unknown platform has no known quirks.

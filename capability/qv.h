@@ -8,6 +8,15 @@
  * Devices that cannot be used are left out. With the environment variable QV_LOG set to anything but "0", a line
  * on the standard error stream tells of each why.
  *
+ * The library answers for the implementation below it. Three rules follow, which OpenCL itself does not have:
+ *   - Work that is refused when it is enqueued, whoever refuses it, succeeds as a command and yields an event whose
+ *     execution status is the refusal. Without a place for an event the command fails.
+ *   - clFinish succeeds although the queue cannot be finished: all that can be waited for has ended then, and every
+ *     other event of the queue has that failure as its status. Only if work was enqueued without an event it fails.
+ *   - A kernel that is made while another of its program and name lives is taken to be made for a launch. That it
+ *     cannot be made, or that it refuses an argument, is told by the event of its launch.
+ * Queues, events, programs and kernels that are given out are objects of this library, for its own commands alone.
+ *
  * All functions may be called from any thread. The trailing argument of each is reserved and 0. */
 #ifndef QV_H
 #define QV_H

@@ -1,5 +1,7 @@
 #include "capability/thread_end.h"
 
+#include <dlfcn.h>
+
 namespace qv {
 namespace {
 
@@ -13,6 +15,12 @@ struct end_marker {
 thread_local end_marker marker;
 
 } // namespace
+
+void prepare_for_thread_ends() noexcept {
+  Dl_info here;
+  if (dladdr(reinterpret_cast<void*>(&prepare_for_thread_ends), &here) != 0)
+    dlopen(here.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}
 
 bool thread_locals_have_ended() noexcept {
   if (!ended)

@@ -4,6 +4,10 @@
 
 namespace qv {
 
+// To be called before the first question below, while nothing is being unloaded: each thread that asks it has
+// to find this library when it ends, so the library stays loaded.
+void prepare_for_thread_ends() noexcept;
+
 // Whether that time has come for the calling thread. It is noticed on threads that have asked before.
 bool thread_locals_have_ended() noexcept;
 

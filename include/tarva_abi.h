@@ -64,9 +64,15 @@
  * was or where it had been moved to, and a range that was to be filled, copied to or computed may have been
  * written in part. Reading the result back, and waiting for that read, is how a program makes sure.
  *
- * Each device is served by a thread of the library. If an OpenCL implementation refuses a command that the
- * library had no reason to refuse, the thread writes a line at critical level and ends the process with
- * status 1.
+ * What an OpenCL implementation refuses although the library had no reason to, and what a device refuses
+ * that is lost, such as one behind a network, fails in the same way: the request fails, and the process, the
+ * other devices, and all content that is not on that device go on. A device that cannot be prepared at the
+ * start is left out; QV_LOG=1 in the environment has the reason written to the standard error stream.
+ *
+ * Two things are beyond this. A kernel that follows a bad pointer may end the process, as in any OpenCL
+ * program. And each device is served by a thread of the library: should the capability library be exchanged
+ * for one that fails a command outright, that thread writes a line at critical level and ends the process
+ * with status 1.
  *
  * OWNERSHIP
  *
@@ -99,6 +105,10 @@
  * that the library has handed out never changes, so any number of threads may read it until one gives it up;
  * what is passed in must not change during the call. No function is a cancellation point, and none may be
  * called by the handler of a signal: in the middle of another call it ends like one after the stop.
+ *
+ * The library's threads take no signal that is sent to the process. If all threads of the program end, as they
+ * can after a pthread_exit of the main one, the last that has called the library stays, with the signals that
+ * it takes, since nothing else could end the process.
  *
  * Operations on memory (allocate, fill, copy, read, write, launch, free) run one at a time, in the order in
  * which the calls are accepted, and a call returns when its operation has ended.
@@ -133,16 +143,21 @@
  * moment are waited for: up to about ten seconds, but as long as it takes for what a device is doing; calls
  * that other threads begin meanwhile may be held up for as long. A process should not exit while its first
  * program is being loaded or its first kernel launched, since many OpenCL compilers do not survive that. A
- * child that was forked after the start has no library: its calls end like those after the stop.
+ * child that was forked after the start has no library: its calls end like those after the stop. If the
+ * library itself has to end the process, calls that are waiting never return; since an exit handler may wait
+ * for one of them, the handlers then have about ten seconds.
  *
  * LOG
  *
  * The library is silent unless the environment asks for lines. TARVA_LOG_LEVEL and SKERV_LOG_LEVEL take
  * trace, debug, info, warn, error, critical or off; TARVA_LOG_TARGET and SKERV_LOG_TARGET take console
  * (standard error), file (tarva.log or skerv.log in the working directory, appended to) or none. The first
- * pair is for the library, the second for its OpenCL layer. Lines at info level tell of start and stop, those
- * at warning level of handles that were never given up, those at error level of failures, and those at
- * critical level of failures that cannot be mended, above all those that end the process.
+ * pair is for the library, the second for its OpenCL layer. A file is made for its owner alone, and must be a
+ * regular one and no link; if it cannot be had, there is no log. When memory is short a line is cut, or
+ * stands without its details. A process that has more rights than its caller reads none of these variables.
+ * Lines at info level tell of start and stop, those at warning level of handles that were never given up,
+ * those at error level of failures, and those at critical level of failures that cannot be mended, above all
+ * those that end the process.
  *
  * PROPERTIES
  *

@@ -15,12 +15,14 @@ inline std::atomic<std::size_t> failing_allocation = endless;
 inline std::atomic<bool> failure_lasts = false;
 inline std::atomic<bool> has_failed = false;
 inline bool (*is_exempt)() = [] { return false; };
+inline void (*before_failure)() = [] {};
 
 inline bool fails_now() {
   if (failing_allocation == endless || is_exempt() || failing_allocation-- > 1)
     return false;
   failing_allocation = failure_lasts ? 1 : endless;
   has_failed = true;
+  before_failure();
   return true;
 }
 
@@ -33,6 +35,13 @@ inline bool fails_now() {
   if (void* const memory = std::malloc(size != 0 ? size : 1))
     return memory;
   throw std::bad_alloc();
+}
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);

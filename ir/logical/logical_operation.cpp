@@ -51,7 +51,7 @@ void logical_operation::add_device_commands(std::uint64_t count) {
 // A notifier wakes for any reason, so the condition is asked again each time.
 void logical_operation::wait_until_complete() const {
   while (!is_complete()) {
-    state_.get_pipe().wait([this] { return is_complete(); });
+    state_.get_pipe().wait([this] { return is_complete() || process_has_failed(); });
     if (process_has_failed() && !is_complete())
       end_process_after_exit_handlers();
   }

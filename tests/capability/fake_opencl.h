@@ -25,6 +25,16 @@ struct fake_device {
   bool refuses_device_queues = false;
 };
 
+inline fake_device plain_device(const std::string& version) {
+  return {{{CL_DEVICE_AVAILABLE, 1}, {CL_DEVICE_LOCAL_MEM_SIZE, 1024}},
+          {{CL_DEVICE_VERSION, version},
+           {CL_DEVICE_NAME, "a fake"},
+           {CL_DEVICE_VENDOR, ""},
+           {CL_DRIVER_VERSION, "1"},
+           {CL_DEVICE_PROFILE, "FULL_PROFILE"},
+           {CL_DEVICE_EXTENSIONS, "cl_khr_spirit cl_khr_fp64"}}};
+}
+
 struct fake_platform {
   std::string name = "Fake";
   std::string version = "OpenCL 3.0 fake";

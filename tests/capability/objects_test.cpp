@@ -196,6 +196,42 @@ TEST_F(objects, queues_that_cannot_be_finished_fail_through_their_events) {
   EXPECT_EQ(launch(nullptr), CL_INVALID_COMMAND_QUEUE);
 }
 
+// As long as it is not there nothing is asked of it that might wait for its answer.
+TEST_F(objects, lost_devices_are_left_alone_until_they_are_back) {
+  opencl_.platforms = {fake_platform()};
+  opencl_.platforms[0].devices = {plain_device("OpenCL 3.0")};
+  qv::opencl_functions cl = fake_functions();
+  cl.finish = [](cl_command_queue) -> cl_int { return CL_DEVICE_NOT_AVAILABLE; };
+  const qv::root_device device = qv::find_root_devices(cl, {}).at(0);
+  auto& available = opencl_.platforms[0].devices[0].numbers[CL_DEVICE_AVAILABLE];
+  const own_objects own(device);
+  qv::enqueue_transfer_buffer_record write{};
+  write.command_queue = own.queue;
+  const auto buffer = [&] {
+    qv::create_buffer_record record{};
+    calls.clear();
+    qv::call_command({&device, &qv::commands_of_capability(3)}, 3, &record);
+    EXPECT_EQ(calls.empty(), record.status != CL_SUCCESS);
+    return record;
+  };
+  void* const made = buffer().result;
+  qv::object_record finished{own.queue, 77}, released{made, 77};
+  qv::call_command({&device, &qv::commands_of_capability(3)}, 39, &finished);
+  EXPECT_EQ(finished.status, CL_SUCCESS);
+  EXPECT_EQ(buffer().status, CL_SUCCESS) << "it is there all the same";
+  qv::call_command({&device, &qv::commands_of_capability(3)}, 39, &finished);
+  available = 0;
+  EXPECT_EQ(buffer().status, CL_DEVICE_NOT_AVAILABLE);
+  EXPECT_EQ(status_of<operation::enqueue_write_buffer>(device, write), CL_DEVICE_NOT_AVAILABLE);
+  calls.clear();
+  qv::call_command({&device, &qv::commands_of_capability(3)}, 65, &released);
+  EXPECT_EQ(released.status, CL_SUCCESS);
+  EXPECT_TRUE(calls.empty());
+  available = 1;
+  EXPECT_EQ(buffer().status, CL_SUCCESS);
+  EXPECT_EQ(status_of<operation::enqueue_write_buffer>(device, write), CL_SUCCESS);
+}
+
 TEST_F(objects, implementations_that_throw_have_failed) {
   device_.cl.build_program = [](cl_program, cl_uint, const cl_device_id*, const char*,
                                 void(CL_CALLBACK*)(cl_program, void*),

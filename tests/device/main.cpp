@@ -1,4 +1,4 @@
-// Without a device the tests are skipped, by status 77, unless there has to be one.
+// Without a device the tests are skipped, by status 77, unless there has to be one, or several.
 #include "tests/device/caller.h"
 
 #include <cstdio>
@@ -8,9 +8,11 @@
 int main(int argc, char** argv) {
   constexpr int no_device = 77;
   ::testing::InitGoogleTest(&argc, argv);
-  if (caller::devices().empty()) {
-    std::printf("this environment offers no OpenCL device\n");
-    return std::getenv("TARVA_TEST_NEEDS_DEVICE") == nullptr ? no_device : EXIT_FAILURE;
+  const char* const needed = std::getenv("TARVA_TEST_NEEDS_DEVICE");
+  const std::size_t count = caller::devices().size();
+  if (count < (needed == nullptr ? 1 : std::strtoul(needed, nullptr, 10))) {
+    std::printf("this environment offers too few OpenCL devices: %zu\n", count);
+    return needed == nullptr ? no_device : EXIT_FAILURE;
   }
   return RUN_ALL_TESTS();
 }

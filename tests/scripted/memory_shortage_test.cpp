@@ -201,55 +201,41 @@ TEST(memory_shortage, is_told_and_loses_nothing) {
   EXPECT_EXIT(run(run_short_of_memory), ExitedWithCode(0), "");
 }
 
-// A read stands behind a launch when memory runs out. Meanwhile another thread waits by old handles, of which one had
-// the address of the new one.
+// At the moment of the failure another thread begins to wait by old handles, of which one has the address of the new one.
 void refuse_a_read_that_is_waited_for() {
-  static std::atomic<bool> is_inside_a_launch = false, may_go_on = false;
-  set_kernel("flag", [](const kernel_run&) {
-    for (is_inside_a_launch = true; !may_go_on;)
-      std::this_thread::yield();
-  });
-  is_exempt = is_inside;
+  static std::vector<tarva_abi_future_s*> old(1100); // more than are kept from being used again
+  static std::thread waiting;
   alarm(30);
-  const kernel flag = find_kernel(compile(devices()[0], source), "flag");
-  const memory launched = make(old_content), numbers = make(old_content);
+  const memory numbers = make(old_content);
   std::vector<std::int32_t> seen(4);
-  std::vector<tarva_abi_future_s*> old(1100); // more than are kept from being used again
-  for (tarva_abi_future_s*& each : old)
-    must(call<tarva_abi_async_read_memory>(numbers.get(), 0, 4, seen.data(), &each));
-  for (tarva_abi_future_s* const each : old)
-    must(wait(each));
-  std::thread launching([&] { launch(flag, {argument(launched)}, line(1)); });
-  while (!is_inside_a_launch)
-    std::this_thread::yield();
-  std::thread waiting([&] {
+  before_failure = [] {
+    waiting = std::thread([] {
+      long ignored = 0;
+      for (tarva_abi_future_s* const each : old)
+        call<tarva_abi_wait_future>(each, &ignored, nullptr);
+    });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    long ignored = 0;
+  };
+  for (point = 1, has_failed = true; has_failed; ++point) {
+    for (tarva_abi_future_s*& each : old)
+      must(call<tarva_abi_async_read_memory>(numbers.get(), 0, 4, seen.data(), &each));
     for (tarva_abi_future_s* const each : old)
-      call<tarva_abi_wait_future>(each, &ignored, nullptr);
-  });
-  std::thread ending([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    failure_lasts = true;
-    failing_allocation = 1;
-    may_go_on = true;
-  });
-  // The next record shall stand where an old one was.
-  std::array<void*, 1000> others{};
-  for (void*& place : others)
-    if (std::find(old.begin(), old.end(), place = std::malloc(sizeof(tarva_abi_object_kind))) != old.end()) {
-      std::free(std::exchange(place, nullptr));
-      break;
-    }
-  tarva_abi_future_s* future;
-  tarva_abi_error_s* failure;
-  const long code = tarva_abi_async_read_memory(nullptr, numbers.get(), 0, 4, seen.data(), &future, &failure);
-  failing_allocation = endless;
-  for (std::thread* const each : {&launching, &waiting, &ending})
-    each->join();
-  for (void* const place : others)
-    std::free(place);
-  demand(code == TARVA_ABI_OUT_OF_MEMORY);
+      must(wait(each));
+    // The next record shall stand where an old one was.
+    std::array<void*, 1000> others{};
+    for (void*& place : others)
+      if (std::find(old.begin(), old.end(), place = std::malloc(sizeof(tarva_abi_object_kind))) !=
+          old.end()) {
+        std::free(std::exchange(place, nullptr));
+        break;
+      }
+    has_failed = false;
+    transfer<tarva_abi_async_read_memory, void*>(numbers, seen.data());
+    if (has_failed)
+      waiting.join();
+    for (void* const place : others)
+      std::free(place);
+  }
 }
 
 TEST(memory_shortage, of_a_read_keeps_nobody_asleep) {

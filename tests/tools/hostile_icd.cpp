@@ -1,6 +1,8 @@
 // PoCL as an OpenCL implementation with bad manners: TARVA_TEST_REFUSED_QUERY is the number of a device query
-// that it does not answer, TARVA_TEST_DEVICE_NAME what it says when it is asked for a device's name.
+// that it does not answer, TARVA_TEST_DEVICE_NAME what it says when it is asked for a device's name, and
+// TARVA_TEST_REFUSED_OBJECT what devices of the basic kind do not give: a context or a queue.
 #define CL_TARGET_OPENCL_VERSION 220
+#define CL_USE_DEPRECATED_OPENCL_1_2_APIS
 #include <CL/cl.h>
 #include <CL/cl_icd.h>
 #include <cstdint>
@@ -33,6 +35,40 @@ cl_int CL_API_CALL hostile_device_info(cl_device_id device, cl_device_info query
   return CL_SUCCESS;
 }
 
+decltype(&clCreateContext) polite_context = nullptr;
+decltype(&clCreateCommandQueue) polite_queue = nullptr;
+
+bool refuses(const char* object, cl_device_id device) {
+  const char* refused = std::getenv("TARVA_TEST_REFUSED_OBJECT");
+  char name[256] = "";
+  polite_device_info(device, CL_DEVICE_NAME, sizeof name, name, nullptr);
+  return refused != nullptr && std::strcmp(refused, object) == 0 && std::strncmp(name, "basic", 5) == 0;
+}
+
+cl_context CL_API_CALL hostile_context(const cl_context_properties* properties, cl_uint count,
+                                       const cl_device_id* devices,
+                                       void(CL_CALLBACK* notify)(const char*, const void*, std::size_t,
+                                                                 void*),
+                                       void* user_data, cl_int* status) {
+  if (!refuses("context", devices[0]))
+    return polite_context(properties, count, devices, notify, user_data, status);
+  *status = CL_OUT_OF_RESOURCES;
+  return nullptr;
+}
+
+cl_command_queue CL_API_CALL hostile_queue(cl_context context, cl_device_id device,
+                                           cl_command_queue_properties properties, cl_int* status) {
+  if (!refuses("queue", device))
+    return polite_queue(context, device, properties, status);
+  *status = CL_OUT_OF_RESOURCES;
+  return nullptr;
+}
+
+cl_command_queue CL_API_CALL hostile_queue_2(cl_context context, cl_device_id device,
+                                             const cl_queue_properties* properties, cl_int* status) {
+  return hostile_queue(context, device, properties == nullptr ? 0 : properties[1], status);
+}
+
 // All objects of PoCL lead to one table of functions, so a change of one entry is one for all.
 void change_manners(cl_platform_id platform) {
   auto* table = *reinterpret_cast<cl_icd_dispatch**>(platform);
@@ -43,6 +79,11 @@ void change_manners(cl_platform_id platform) {
   mprotect(page, 2 * page_size, PROT_READ | PROT_WRITE);
   polite_device_info = table->clGetDeviceInfo;
   table->clGetDeviceInfo = hostile_device_info;
+  polite_context = table->clCreateContext;
+  table->clCreateContext = hostile_context;
+  polite_queue = table->clCreateCommandQueue;
+  table->clCreateCommandQueue = hostile_queue;
+  table->clCreateCommandQueueWithProperties = hostile_queue_2;
 }
 
 // The one function through which the loader finds all others.
