@@ -77,14 +77,14 @@ void CL_CALLBACK notify_of_build(cl_program, void* user_data) {
   owned->notify(owned->program, owned->user_data);
 }
 
-// Some implementations tell of the parameters of kernels only when asked to while they build.
-std::optional<std::string> options_that_tell_parameters(const root_device& device,
-                                                        const program_object& program, const char* options) {
-  constexpr const char* option = "-cl-kernel-arg-info";
-  if (!device.quirks.tells_parameters_on_demand || !program.is_from_source() ||
-      (options != nullptr && std::strstr(options, option) != nullptr))
+// With the option in front, which a last one that lacks its value would swallow.
+std::optional<std::string> completed_options(const root_device& device, const program_object& program,
+                                             const char* options) {
+  const char* const added = device.quirks.build_option;
+  const std::string given = options == nullptr ? "" : options;
+  if (added == nullptr || !program.is_from_source() || given.find(added) != std::string::npos)
     return std::nullopt;
-  return options == nullptr || *options == '\0' ? option : std::string(options) + ' ' + option;
+  return given.empty() ? added : added + (' ' + given);
 }
 
 } // namespace
@@ -180,21 +180,26 @@ void build_program(const root_device& device, build_program_record& record) {
     record.status = CL_INVALID_BUILD_OPTIONS;
     return;
   }
-  const auto options = options_that_tell_parameters(device, *program, record.options);
+  const auto completed = completed_options(device, *program, record.options);
   std::unique_ptr<build_notification> notification;
   if (record.pfn_notify != nullptr)
     notification.reset(new build_notification{record.pfn_notify, program, record.user_data});
-  program->set_given_options(options ? (record.options == nullptr ? "" : record.options) : nullptr);
+  program->set_given_options(completed ? (record.options == nullptr ? "" : record.options) : nullptr);
   program->forget_kernels(device.cl);
 
   static std::mutex one_at_a_time;
   std::unique_lock guard(one_at_a_time, std::defer_lock);
   if (device.quirks.builds_are_not_thread_safe)
     guard.lock();
-  record.status =
-      call_or_refuse(device.cl.build_program, program->program(), record.num_devices,
-                     device_array(record.device_list), options ? options->c_str() : record.options,
-                     notification ? &notify_of_build : nullptr, static_cast<void*>(notification.get()));
+  const auto build = [&](const char* options) {
+    return call_or_refuse(device.cl.build_program, program->program(), record.num_devices,
+                          device_array(record.device_list), options,
+                          notification ? &notify_of_build : nullptr, static_cast<void*>(notification.get()));
+  };
+  record.status = build(completed ? completed->c_str() : record.options);
+  // Other versions of it may not know the option. Nobody is told twice.
+  if (completed && record.status == CL_INVALID_BUILD_OPTIONS && !notification)
+    record.status = build(record.options);
   // Whether the callback of a build that has failed at once is called is the implementation's secret: rather keep the few
   // bytes than free them under it.
   static_cast<void>(notification.release());

@@ -20,7 +20,7 @@ constexpr std::array rows{
                 .groups = group_limit::under_2_32_in_all,
                 .chooses_groups_of_one = true}},
     quirks_row{"Portable Computing Language",
-               {.tells_parameters_on_demand = true,
+               {.build_option = "-cl-kernel-arg-info",
                 .asserts_on_large_local_arguments = true,
                 .binaries = binary_format::pocl,
                 .crashes_on_bitcode = true,
@@ -34,8 +34,10 @@ constexpr std::array rows{
                 .crashes_on_builtin_kernels = true,
                 .understates_group_sizes = true,
                 .groups = group_limit::under_2_32_in_each_dimension}},
+    // Without the option, its compiler fails an assertion at each image and sampler.
     quirks_row{"Clover",
-               {.tells_wrong_kernel_attributes = true,
+               {.build_option = "-no-opaque-pointers",
+                .tells_wrong_kernel_attributes = true,
                 .binaries = binary_format::clover,
                 .takes_words_for_files = true,
                 .groups = group_limit::under_2_32_in_each_dimension}},
@@ -48,6 +50,14 @@ quirks quirks_of_platform(std::string_view platform_name) {
     if (row.platform_name == platform_name)
       return row.known;
   return {};
+}
+
+void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir) {
+  known.crashes_on_bitcode = known.crashes_on_bitcode && !takes_spir;
+  // Mesa's device on the processor, which several platforms have.
+  constexpr std::string_view multiplies_dimensions = "llvmpipe";
+  if (device_name.substr(0, multiplies_dimensions.size()) == multiplies_dimensions)
+    known.groups = group_limit::under_2_32_in_all;
 }
 
 } // namespace qv

@@ -16,8 +16,8 @@ struct quirks {
   // It keeps thread-local state that is gone once the thread's own destructors have run, and is used
   // nevertheless.
   bool uses_ended_thread_locals = false;
-  // What the parameters of a kernel are is told only of a program that was built with an option that asks for it.
-  bool tells_parameters_on_demand = false;
+  // What it has to be told with each build from source, lest it hide the parameters of kernels or end the process.
+  const char* build_option = nullptr;
   // The callback of a context is called without its user data.
   bool loses_user_data_of_contexts = false;
   // The text of CL_KERNEL_ATTRIBUTES is memory that was freed, or another kernel's.
@@ -49,5 +49,8 @@ struct quirks {
 
 // By the name of the platform; an unknown platform has no known quirks.
 quirks quirks_of_platform(std::string_view platform_name);
+
+// What a device of the platform says of itself.
+void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir);
 
 } // namespace qv

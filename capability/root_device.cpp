@@ -96,8 +96,7 @@ std::string look_at_device(root_device& device, cl_platform_id platform, const c
       device.capabilities.set(capability);
   device.has_device_queues = has_device_queues(device.cl, device.id, *version);
   device.local_memory_size = device_number(device.cl, device.id, CL_DEVICE_LOCAL_MEM_SIZE);
-  device.quirks.crashes_on_bitcode =
-      device.quirks.crashes_on_bitcode && !has_extension(device, "cl_khr_spir");
+  adapt_to_device(device.quirks, *device.find_text(CL_DEVICE_NAME), has_extension(device, "cl_khr_spir"));
 
   if (device.capabilities.none())
     return {}; // nobody can use it

@@ -283,23 +283,23 @@ TEST_F(objects, sizes_that_only_the_attributes_tell_are_told) {
   }
 }
 
-// For programs from source alone, and unseen by who asks for the options.
-TEST_F(objects, parameters_are_asked_for_where_that_is_needed) {
-  device_.quirks.tells_parameters_on_demand = true;
+// To programs from source alone, unseen by who asks for the options, and only where it is known.
+TEST_F(objects, a_build_option_is_added_where_that_is_needed) {
+  device_.quirks.build_option = "-extra";
   static std::string options;
   device_.cl.build_program = [](cl_program, cl_uint, const cl_device_id*, const char* given,
                                 void(CL_CALLBACK*)(cl_program, void*), void*) {
     options = given == nullptr ? "none" : given;
     calls.emplace_back();
-    return CL_SUCCESS;
+    return options == "-extra -old" ? CL_INVALID_BUILD_OPTIONS : CL_SUCCESS;
   };
   qv::build_program_record build{};
-  for (const auto& [is_from_source, given, expected] :
-       {std::tuple{true, "-w", "-w -cl-kernel-arg-info"},
-        {false, "-w", "-w"},
-        {false, nullptr, "none"},
-        {true, nullptr, "-cl-kernel-arg-info"},
-        {true, "-cl-kernel-arg-info", "-cl-kernel-arg-info"}}) {
+  for (const auto& [is_from_source, given, expected] : {std::tuple{true, "-D", "-extra -D"},
+                                                        {false, "-w", "-w"},
+                                                        {false, nullptr, "none"},
+                                                        {true, nullptr, "-extra"},
+                                                        {true, "-extra", "-extra"},
+                                                        {true, "-old", "-old"}}) {
     qv::program_object program(own_objects::as_made<cl_program>(), is_from_source);
     build.program = &program;
     build.options = given;

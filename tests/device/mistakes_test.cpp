@@ -58,7 +58,8 @@ public:
   }
   outcome run_other(const std::string& text, const char* name,
                     const tarva_abi_kernel_argument_s& second) const {
-    return launch(find_kernel(compile(on, text), name), {argument(out), second}, line(1));
+    const memory other = make(std::vector<std::int32_t>(element_count));
+    return launch(find_kernel(compile(on, text), name), {argument(other), second}, line(1));
   }
   outcome build_of(tarva_abi_ir_type type, const std::string& data, const char* options = "") const {
     build result;
@@ -161,6 +162,16 @@ outcome released_object(const workbench& on) {
   return on.run_with(1, stale);
 }
 
+// No data type is as large as the structure.
+outcome struct_by_value(const workbench& on) {
+  const auto given = [&](const tarva_abi_kernel_argument_s& value) {
+    return on.run_other(source, "by_value", value);
+  };
+  const outcome of_64_bytes = given(argument(std::array<double, 8>{}, TARVA_ABI_TYPE_DOUBLE8));
+  return of_64_bytes == outcome() && given(argument(on.i)) == outcome() ? left_out("it takes any size")
+                                                                        : of_64_bytes;
+}
+
 outcome left_to_the_device(const workbench& on) {
   const memory seen = make(std::vector<std::int32_t>(8));
   const outcome ended = launch(find_kernel(on.made, "fixed"), {argument(seen)}, range(2, {8, 2, 1}, {}));
@@ -190,9 +201,10 @@ outcome odd_options(const workbench& on, const char* options) {
 }
 
 using bench = const workbench&;
-constexpr auto groups_of_1 = [](bench on, std::uint64_t count) {
+constexpr auto groups_of_1 = [](bench on, std::uint64_t width, std::uint64_t height) {
   const std::string vendor = text(child(on.opencl(), "CL_DEVICE_VENDOR"));
-  return vendor.rfind("Intel", 0) == 0 ? left_out("this one counts them all") : on.run(line(count, 1));
+  return vendor.rfind("Intel", 0) == 0 ? left_out("this one counts them all")
+                                       : on.run(range(2, {width, height, 1}, {1, 1, 1}));
 };
 constexpr auto picture = [](bench on, const char* kernel, const tarva_abi_kernel_argument_s& given) {
   const auto images = child(on.opencl(), "CL_DEVICE_IMAGE_SUPPORT");
@@ -229,9 +241,7 @@ const mistake mistakes[] = {
   {"null_for_number", "rgument 4 .* 4 bytes", [](bench on) { return on.run_with(4, null_argument()); }},
   {"null_for_long", "rgument 5 .* 8 bytes", [](bench on) { return on.run_with(5, null_argument()); }},
   {"null_for_local", "rgument 2 .* local memory", [](bench on) { return on.run_with(2, null_argument()); }},
-  {"struct_by_value", "rgument 1 ", [](bench on) {
-    return on.run_other(source, "by_value", argument(std::array<double, 8>{}, TARVA_ABI_TYPE_DOUBLE8));
-  }},
+  {"struct_by_value", "rgument 1 ", struct_by_value},
   {"buffer_for_struct", "rgument 1 ", [](bench on) { return on.run_other(source, "by_value", argument(on.in)); }},
   {"buffer_for_image", "rgument 1 .* image", [](bench on) { return picture(on, "look", argument(on.in)); }},
   {"long_for_image", "rgument 1 .* image", [](bench on) { return picture(on, "look", argument(on.l)); }},
@@ -253,8 +263,8 @@ const mistake mistakes[] = {
 
   {"work_dimension_0", "1, 2, or 3", [](bench on) { return on.run(range(0, {16, 1, 1}, {8, 1, 1})); }},
   {"work_dimension_4", "1, 2, or 3", [](bench on) { return on.run(range(4, {16, 1, 1}, {8, 1, 1})); }},
-  {"groups_2_35", "groups|Global work size", [](bench on) { return groups_of_1(on, std::uint64_t{1} << 35); }, true},
-  {"groups_2_40", "groups|Global work size", [](bench on) { return groups_of_1(on, std::uint64_t{1} << 40); }, true},
+  {"groups_2_35", "groups|Global work size", [](bench on) { return groups_of_1(on, 1L << 35, 1); }, true},
+  {"groups_2_16_squared", "groups|Global work size", [](bench on) { return groups_of_1(on, 65536, 65536); }, true},
   {"offset_on_1_0", "offset of", [](bench on) {
     return version_of(on.on) == "1.0" ? on.run(line(element_count, 8, 1)) : left_out("offsets are allowed");
   }},
