@@ -73,6 +73,39 @@ void get_context_info(const root_device& device, get_context_info_record& record
   ask(record, device.cl.get_context_info, static_cast<cl_context>(record.context));
 }
 
+// OpenCL's kernel, to be asked. Who has taken a second kernel of a name for more than a launch must not suffer for ever
+// from its having been refused, so each question has it made again.
+class kernel_to_ask {
+public:
+  kernel_to_ask(const root_device& device, const kernel_object& object)
+      : cl_(device.cl), kernel_(object.kernel()) {
+    if (kernel_ == nullptr && object.program() != nullptr)
+      kernel_ = made_ =
+          make_or_refuse(status_, cl_.create_kernel, object.program()->program(), object.name().c_str());
+    else if (kernel_ == nullptr)
+      status_ = object.failure();
+  }
+  kernel_to_ask(const kernel_to_ask&) = delete;
+  kernel_to_ask& operator=(const kernel_to_ask&) = delete;
+  ~kernel_to_ask() {
+    if (made_ != nullptr)
+      static_cast<void>(call_or_refuse(cl_.release_kernel, made_));
+  }
+
+  template <typename Record, typename Query, typename... Objects>
+  void ask(Record& record, Query query, Objects... about) const {
+    record.status = status_;
+    if (kernel_ != nullptr)
+      qv::ask(record, query, kernel_, about...);
+  }
+
+private:
+  const opencl_functions& cl_;
+  cl_kernel kernel_;
+  cl_kernel made_ = nullptr;
+  cl_int status_ = CL_SUCCESS;
+};
+
 // Where a kernel comes from is known here, so that no launch can fail over it.
 void get_kernel_info(const root_device& device, get_object_info_record& record) {
   const auto* const kernel = static_cast<const kernel_object*>(record.object);
@@ -86,23 +119,19 @@ void get_kernel_info(const root_device& device, get_object_info_record& record) 
     answer(record, &program, sizeof program);
   else if (record.param_name == CL_KERNEL_FUNCTION_NAME && has_name)
     answer(record, kernel->name().c_str(), kernel->name().size() + 1);
-  else if (kernel->kernel() == nullptr)
-    record.status = kernel->failure();
   else if (record.param_name == CL_KERNEL_ATTRIBUTES && device.quirks.kernel_attributes_dangle)
     answer(record, "", 1);
   else
-    ask(record, device.cl.get_kernel_info, kernel->kernel());
+    kernel_to_ask(device, *kernel).ask(record, device.cl.get_kernel_info);
 }
 
 void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record) {
   const auto* const kernel = static_cast<const kernel_object*>(record.object);
   if (kernel == nullptr)
     record.status = CL_INVALID_KERNEL;
-  else if (kernel->kernel() == nullptr)
-    record.status = kernel->failure();
   else
-    ask(record, device.cl.get_kernel_work_group_info, kernel->kernel(),
-        static_cast<cl_device_id>(record.device));
+    kernel_to_ask(device, *kernel)
+        .ask(record, device.cl.get_kernel_work_group_info, static_cast<cl_device_id>(record.device));
   if (record.status != CL_SUCCESS || record.param_value == nullptr)
     return;
   if (record.param_name == CL_KERNEL_WORK_GROUP_SIZE && device.quirks.understates_group_sizes)
