@@ -31,15 +31,6 @@ void ask(Record& record, Query query, Objects... about) {
                                  record.param_value, record.param_value_size_ret);
 }
 
-// What a device must answer even if it knows nothing of it, because every start asks it.
-void answer_for_device(const root_device& device, get_device_info_record& record) {
-  constexpr cl_uint no_queue = 0;
-  if (record.param_name == CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE)
-    answer(record, &no_queue, sizeof no_queue);
-  if (record.param_name == CL_DEVICE_BUILT_IN_KERNELS && device.version < opencl_version{1, 2})
-    answer(record, "", 1);
-}
-
 void answer_largest_group(const root_device& device, get_object_device_info_record& record) {
   if (const std::size_t size = device_number(device.cl, device.id, CL_DEVICE_MAX_WORK_GROUP_SIZE); size != 0)
     answer(record, &size, sizeof size);
@@ -59,14 +50,15 @@ void complete_required_size(const root_device& device, const kernel_object& kern
 } // namespace
 
 void get_device_info(const root_device& device, get_device_info_record& record) {
-  const std::string* const text = record.device == device.id ? device.find_text(record.param_name) : nullptr;
-  if (text != nullptr) {
+  const bool is_known = record.device == device.id;
+  const std::string* const text = is_known ? device.find_text(record.param_name) : nullptr;
+  const cl_uint* const number = is_known ? device.find_number(record.param_name) : nullptr;
+  if (text != nullptr)
     answer(record, text->c_str(), text->size() + 1);
-    return;
-  }
-  ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
-  if (record.status == CL_INVALID_VALUE)
-    answer_for_device(device, record);
+  else if (number != nullptr)
+    answer(record, number, sizeof *number);
+  else
+    ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
 }
 
 void get_context_info(const root_device& device, get_context_info_record& record) {
@@ -215,18 +207,9 @@ void device_of_handle(const root_device& device, device_of_handle_record& record
   record.result = device.id;
 }
 
-// The devices here are no sub-devices, which alone are counted; so a platform that has no counting needs
-// none.
-void retain_device(const root_device& device, object_record& record) {
-  const auto function = device.cl.retain_device;
-  record.status =
-      function == nullptr ? CL_SUCCESS : call_or_refuse(function, static_cast<cl_device_id>(record.object));
-}
-
-void release_device(const root_device& device, object_record& record) {
-  const auto function = device.cl.release_device;
-  record.status =
-      function == nullptr ? CL_SUCCESS : call_or_refuse(function, static_cast<cl_device_id>(record.object));
+// OpenCL counts sub-devices alone, and the devices here are none.
+void count_device(const root_device&, object_record& record) {
+  record.status = record.object == nullptr ? CL_INVALID_DEVICE : CL_SUCCESS;
 }
 
 } // namespace qv
