@@ -92,7 +92,7 @@ void add_first_uses() {
     add("first_use/bytes:" + std::to_string(bytes), rounds,
         [bytes = bytes](benchmark::State& state) { compare_first_uses(state, bytes); });
   for (const std::uint64_t bytes : {4ULL << 10, 64ULL << 20, 1ULL << 30})
-    add("first_use_of_nothing/bytes:" + std::to_string(bytes), 20,
+    add("first_use_of_nothing/bytes:" + std::to_string(bytes), 300,
         [bytes](benchmark::State& state) { compare_fresh_uses(state, bytes); });
 }
 
