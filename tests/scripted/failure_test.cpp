@@ -79,7 +79,7 @@ TEST_P(failures, a_failed_launch_loses_nothing_and_can_be_repeated) {
 class conversation {
 public:
   struct stop {
-    caller::kernel add;
+    caller::kernel add, sum;
     bool little_endian;
   };
   conversation(std::vector<stop> stops, unsigned seed) : stops_(std::move(stops)), random_(seed) {}
@@ -93,7 +93,7 @@ public:
     modelled& one = objects_[which];
     modelled& other = objects_[(which + 1) % objects_.size()];
     const auto value = static_cast<std::int32_t>(below(100));
-    switch (below(8)) {
+    switch (below(9)) {
     case 0:
       return static_cast<void>(objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(which)));
     case 1:
@@ -105,6 +105,8 @@ public:
       return copy_range(one, start, other, below(size - count + 1), count);
     case 4:
       return check(one, start, count);
+    case 5:
+      return one.at < 0 && !one.has_content ? strand(one, static_cast<int>(below(stops_.size()))) : void();
     default:
       return launch_on(one, static_cast<int>(below(stops_.size())), value);
     }
@@ -170,6 +172,24 @@ private:
     for (std::size_t i = 0; i < count; ++i)
       EXPECT_EQ(seen[i], is_read ? one.content[start + i].value_or(seen[i]) : untouched);
   }
+  // What has no content arrives, but something else does not, so that the kernel never comes to it.
+  void strand(modelled& one, int target) {
+    const memory other = make(numbers(size));
+    planned_.reset();
+    fail_event(op::enqueue_write_buffer, 1, -5);
+    must(launch(stops_[static_cast<std::size_t>(target)].sum,
+                {argument(other), argument(other), argument(one.object)}, line(size)));
+    EXPECT_TRUE(no_failure_left());
+    arrive(one, target);
+  }
+  void arrive(modelled& one, int target) {
+    const bool is_little = stops_[static_cast<std::size_t>(target)].little_endian;
+    if (one.at < 0 && !one.is_between && std::exchange(one.is_little, is_little) != is_little)
+      for (auto& value : one.content)
+        value = value ? std::optional(turned(*value)) : value;
+    one.at = target;
+    one.is_between = false;
+  }
   void launch_on(modelled& one, int target, std::int32_t amount) {
     const stop& there = stops_[static_cast<std::size_t>(target)];
     forget_calls();
@@ -188,12 +208,7 @@ private:
       one.is_between = true;
       return;
     }
-    if (one.at < 0 && !one.is_between &&
-        std::exchange(one.is_little, there.little_endian) != there.little_endian)
-      for (auto& value : one.content)
-        value = value ? std::optional(turned(*value)) : value;
-    one.at = target;
-    one.is_between = false;
+    arrive(one, target);
     one.has_content = true;
     for (auto& value : one.content)
       if (value && !failed)
@@ -210,7 +225,7 @@ TEST_P(failures, a_conversation_at_random_goes_as_its_model) {
   std::vector<conversation::stop> stops;
   for (const std::uint32_t one : {version(), version() % version_count + 1})
     for (const role which : {role::first, role::big_endian})
-      stops.push_back({kernel(one, "add", which), which == role::first});
+      stops.push_back({kernel(one, "add", which), kernel(one, "sum", which), which == role::first});
   conversation talk(std::move(stops), version());
   for (int i = 0; i < 3000 && !HasFailure(); ++i)
     talk.take_step();
