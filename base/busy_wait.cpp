@@ -17,7 +17,7 @@ namespace {
 
 using std::chrono::microseconds;
 
-constexpr std::uint64_t longest = 1000; // a sleeper is awake again after a tenth of that
+constexpr std::uint64_t longest = 1000; // to wake a sleeper takes a tenth of that
 constexpr const char* variable = "TARVA_BUSY_WAIT_US";
 
 std::atomic<std::uint64_t> limit = 0; // in microseconds
