@@ -3,9 +3,7 @@
 #include "base/logging.h"
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
-#include <cstdint>
 #include <cstdlib>
 #include <sched.h>
 #include <string_view>
@@ -15,12 +13,8 @@ namespace oryn::tarva::library {
 
 namespace {
 
-using std::chrono::microseconds;
-
-constexpr std::uint64_t longest = 1000; // a sleeper is awake again after a tenth of that
+constexpr std::uint64_t longest = 1000; // to wake a sleeper takes a tenth of that
 constexpr const char* variable = "TARVA_BUSY_WAIT_US";
-
-std::atomic<std::uint64_t> limit = 0; // in microseconds
 
 // What the waits of one thread were like of late. What it waits for next is mostly of the same kind.
 struct experience {
@@ -53,6 +47,7 @@ bool has_one_processor() {
 } // namespace
 
 void read_busy_wait_limit() {
+  std::atomic<std::uint64_t>& limit = internal::busy_wait_limit;
   limit = 0;
   const char* const value = secure_getenv(variable);
   if (value == nullptr)
@@ -66,19 +61,14 @@ void read_busy_wait_limit() {
     limit = fault == std::errc() ? std::min(number, longest) : longest;
 }
 
-microseconds get_busy_wait_limit() {
-  return microseconds(limit.load(std::memory_order_relaxed));
-}
-
-bool look_before_sleep(const event_count& events, event_count::ticket seen) {
-  const microseconds allowed = get_busy_wait_limit();
-  if (allowed.count() == 0 || expects_to_miss())
+bool internal::look_if_it_pays(const event_count& events, event_count::ticket seen) {
+  if (expects_to_miss())
     return false;
   if (has_one_processor()) {
     note_miss();
     return false;
   }
-  const auto end = std::chrono::steady_clock::now() + allowed;
+  const auto end = std::chrono::steady_clock::now() + get_busy_wait_limit();
   do {
     constexpr int looks = 16; // for each at the clock
     for (int i = 0; i < looks; ++i) {

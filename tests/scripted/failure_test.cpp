@@ -80,35 +80,37 @@ class conversation {
 public:
   struct stop {
     caller::kernel add, sum;
-    bool little_endian;
+    bool is_little;
   };
   conversation(std::vector<stop> stops, unsigned seed) : stops_(std::move(stops)), random_(seed) {}
 
   void take_step() {
     if (objects_.size() < 3)
-      return objects_.push_back(modelled(allocate(TARVA_ABI_TYPE_INT32, size)));
+      return objects_.push_back({allocate(TARVA_ABI_TYPE_INT32, size)});
+    planned_.reset();
     if (below(3) == 0)
       planned_ = fallible[below(std::size(fallible))];
     const std::size_t which = below(objects_.size()), start = below(size), count = 1 + below(size - start);
-    modelled& one = objects_[which];
-    modelled& other = objects_[(which + 1) % objects_.size()];
+    modelled &one = objects_[which], &other = objects_[(which + 1) % objects_.size()];
+    const stop& there = stops_[below(stops_.size())];
     const auto value = static_cast<std::int32_t>(below(100));
     switch (below(9)) {
     case 0:
       return static_cast<void>(objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(which)));
     case 1:
-      return put(one, start, count, value, write_raw(plan(one), start, count, numbers(size, value).data()));
+      write_raw(plan(one), start, count, numbers(size, value).data());
+      return put(one, start, count, value);
     case 2:
-      return put(one, start, count, one.fills_little(stops_) ? value : turned(value),
-                 fill(plan(one), &value, start, count));
+      must(fill(plan(one), &value, start, count));
+      return put(one, start, count, (one.at ? one.at->is_little : one.is_little) ? value : turned(value));
     case 3:
       return copy_range(one, start, other, below(size - count + 1), count);
     case 4:
       return check(one, start, count);
     case 5:
-      return one.at < 0 && !one.has_content ? strand(one, static_cast<int>(below(stops_.size()))) : void();
+      return strand(one, there);
     default:
-      return launch_on(one, static_cast<int>(below(stops_.size())), value);
+      return launch_on(one, there, value);
     }
   }
 
@@ -119,14 +121,10 @@ private:
                                     op::enqueue_copy_buffer,  op::enqueue_nd_range_kernel,
                                     op::enqueue_fill_buffer,  op::create_buffer};
   struct modelled {
-    explicit modelled(memory made) : object(std::move(made)) {}
-    bool fills_little(const std::vector<stop>& stops) const {
-      return at < 0 ? is_little : stops[static_cast<std::size_t>(at)].little_endian;
-    }
     memory object;
-    std::vector<std::optional<std::int32_t>> content = std::vector<std::optional<std::int32_t>>(size);
+    std::array<std::optional<std::int32_t>, size> content{};
     bool has_content = false, is_little = true, is_between = false;
-    int at = -1; // the host, or one of the stops
+    const stop* at = nullptr; // on the host
   };
 
   std::size_t below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
@@ -134,34 +132,29 @@ private:
     return static_cast<std::int32_t>(__builtin_bswap32(static_cast<std::uint32_t>(value)));
   }
   const memory& plan(const modelled& one) {
-    // Which of two devices is ahead decides what is left of a move without memory at its end.
-    if (planned_ == op::create_buffer && one.at < 0)
-      fail_call(*planned_, 1, -4);
-    else if (planned_ && planned_ != op::create_buffer)
+    if (planned_ && planned_ != op::create_buffer)
       fail_event(*planned_, 1, -5);
+    else if (planned_ &&
+             one.at == nullptr) // else it depends on which of two devices is ahead what is left of a move
+      fail_call(*planned_, 1, -4);
     else
       planned_.reset();
     return one.object;
   }
   // What has failed of the request, if anything.
-  std::optional<op> failure() {
-    const bool is_pending = !no_failure_left();
-    const auto planned = std::exchange(planned_, std::nullopt);
-    return is_pending ? std::nullopt : planned;
-  }
-  void put(modelled& one, std::size_t start, std::size_t count, std::int32_t stored, const outcome&) {
+  std::optional<op> failure() { return no_failure_left() ? planned_ : std::nullopt; }
+
+  void put(modelled& one, std::size_t start, std::size_t count, std::int32_t stored) {
     one.has_content = true; // half-way counts
     if (!failure())
-      std::fill_n(one.content.begin() + static_cast<std::ptrdiff_t>(start), count, stored);
+      std::fill_n(&one.content[start], count, stored);
   }
-  void copy_range(modelled& from, std::size_t start, modelled& to, std::size_t at, std::size_t count) {
-    must(copy(plan(from), start, to.object, at, count));
+  void copy_range(modelled& from, std::size_t start, modelled& to, std::size_t target, std::size_t count) {
+    must(copy(plan(from), start, to.object, target, count));
     const auto failed = failure();
-    const bool has_left = failed != op::enqueue_read_buffer || to.at < 0;
-    to.has_content = to.has_content || (from.has_content && has_left);
+    to.has_content |= from.has_content && (failed != op::enqueue_read_buffer || to.at == nullptr);
     if (from.has_content && !failed)
-      std::copy_n(from.content.begin() + static_cast<std::ptrdiff_t>(start), count,
-                  to.content.begin() + static_cast<std::ptrdiff_t>(at));
+      std::copy_n(&from.content[start], count, &to.content[target]);
   }
   void check(const modelled& one, std::size_t start, std::size_t count) {
     constexpr std::int32_t untouched = -12345;
@@ -173,46 +166,42 @@ private:
       EXPECT_EQ(seen[i], is_read ? one.content[start + i].value_or(seen[i]) : untouched);
   }
   // What has no content arrives, but something else does not, so that the kernel never comes to it.
-  void strand(modelled& one, int target) {
+  void strand(modelled& one, const stop& there) {
+    if (one.at != nullptr || one.has_content)
+      return;
     const memory other = make(numbers(size));
-    planned_.reset();
     fail_event(op::enqueue_write_buffer, 1, -5);
-    must(launch(stops_[static_cast<std::size_t>(target)].sum,
-                {argument(other), argument(other), argument(one.object)}, line(size)));
+    must(launch(there.sum, {argument(other), argument(other), argument(one.object)}, line(size)));
     EXPECT_TRUE(no_failure_left());
-    arrive(one, target);
+    arrive(one, there);
   }
-  void arrive(modelled& one, int target) {
-    const bool is_little = stops_[static_cast<std::size_t>(target)].little_endian;
-    if (one.at < 0 && !one.is_between && std::exchange(one.is_little, is_little) != is_little)
+  static void arrive(modelled& one, const stop& there) {
+    if (one.at == nullptr && !one.is_between &&
+        std::exchange(one.is_little, there.is_little) != there.is_little)
       for (auto& value : one.content)
         value = value ? std::optional(turned(*value)) : value;
-    one.at = target;
+    one.at = &there;
     one.is_between = false;
   }
-  void launch_on(modelled& one, int target, std::int32_t amount) {
-    const stop& there = stops_[static_cast<std::size_t>(target)];
+  void launch_on(modelled& one, const stop& there, std::int32_t amount) {
     forget_calls();
     must(launch(there.add, {argument(plan(one)), argument(amount)}, line(size)));
     const auto failed = failure();
     const auto calls = take_calls();
-    const std::size_t transfers =
-        count(calls, op::enqueue_read_buffer) + count(calls, op::enqueue_write_buffer);
-    const std::size_t needed = !one.has_content || one.at == target ? 0u : one.at < 0 ? 1u : 2u;
-    EXPECT_TRUE(failed || transfers == needed) << transfers;
-    if (failed == op::create_buffer || failed == op::enqueue_read_buffer ||
-        (failed == op::enqueue_write_buffer && one.at < 0))
-      return;
-    if (failed == op::enqueue_write_buffer) {
-      one.at = -1;
+    const auto transfers = count(calls, op::enqueue_read_buffer) + count(calls, op::enqueue_write_buffer);
+    EXPECT_TRUE(failed || transfers == (!one.has_content || one.at == &there ? 0u
+                                        : one.at == nullptr                  ? 1u
+                                                                             : 2u));
+    if (failed == op::enqueue_write_buffer && one.at != nullptr) {
+      one.at = nullptr;
       one.is_between = true;
-      return;
+    } else if (!failed || failed == op::enqueue_nd_range_kernel) {
+      arrive(one, there);
+      one.has_content = true;
+      for (auto& value : one.content)
+        if (value && !failed)
+          value = there.is_little ? *value + amount : turned(turned(*value) + amount);
     }
-    arrive(one, target);
-    one.has_content = true;
-    for (auto& value : one.content)
-      if (value && !failed)
-        value = there.little_endian ? *value + amount : turned(turned(*value) + amount);
   }
 
   const std::vector<stop> stops_;
