@@ -17,7 +17,7 @@ constexpr std::array rows{
                 .kernel_attributes_dangle = true,
                 .builds_are_not_thread_safe = true,
                 .takes_words_for_files = true,
-                .groups = group_limit::under_2_32_in_all,
+                .groups = group_limit::groups_under_2_32_in_all,
                 .chooses_groups_of_one = true}},
     quirks_row{"Portable Computing Language",
                {.tells_parameters_on_demand = true,
@@ -25,7 +25,7 @@ constexpr std::array rows{
                 .binaries = binary_format::pocl,
                 .crashes_on_bitcode = true,
                 .reads_past_last_option = true,
-                .groups = group_limit::under_2_32_in_all}},
+                .groups = group_limit::groups_under_2_32_in_all}},
     quirks_row{"rusticl",
                {.binaries = binary_format::rusticl,
                 .takes_words_for_files = true,
@@ -33,7 +33,7 @@ constexpr std::array rows{
                 .needs_utf8 = true,
                 .crashes_on_builtin_kernels = true,
                 .understates_group_sizes = true,
-                .groups = group_limit::under_2_32_in_each_dimension}},
+                .groups = group_limit::items_under_2_32_in_each_dimension}},
     quirks_row{"Clover", {.binaries = binary_format::clover, .takes_words_for_files = true}},
 };
 

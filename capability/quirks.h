@@ -6,8 +6,8 @@
 
 namespace qv {
 
-// How many work-groups a launch may have before an implementation's counting fails, or never ends.
-enum class group_limit { none, under_2_32_in_each_dimension, under_2_32_in_all };
+// How many work-groups, or work-items, a launch may have before an implementation's counting fails, or never ends.
+enum class group_limit { none, items_under_2_32_in_each_dimension, groups_under_2_32_in_all };
 
 // The binaries that an implementation reads blindly, so that only a whole one may be given to it.
 enum class binary_format { checked_by_itself, pocl, rusticl, clover };

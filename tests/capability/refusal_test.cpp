@@ -90,9 +90,9 @@ TEST(refusal, of_more_groups_than_can_be_counted) {
   for (const row& launch :
        {row{1, {4 * giga - 1, 0, 0}, {1, 0, 0}, ""}, row{1, {4 * giga, 0, 0}, {1, 0, 0}, "POr"},
         row{1, {8 * giga, 0, 0}, {2, 0, 0}, "POr"}, row{1, {8 * giga - 1, 0, 0}, {2, 0, 0}, "POr"},
-        row{1, {8 * giga - 2, 0, 0}, {2, 0, 0}, ""}, row{2, {giga, 4, 0}, {1, 1, 0}, "PO"},
+        row{1, {8 * giga - 2, 0, 0}, {2, 0, 0}, "r"}, row{2, {giga, 4, 0}, {1, 1, 0}, "PO"},
         row{3, {giga, giga, giga}, {1, 1, 1}, "PO"}, row{2, {4 * giga, 4 * giga, 9}, {1, 1, 0}, "POr"},
-        row{1, {4 * giga * 64 - 1, 0, 0}, {0, 0, 0}, "O"}, row{1, {4 * giga * 64, 0, 0}, {0, 0, 0}, "POr"},
+        row{1, {4 * giga * 64 - 1, 0, 0}, {0, 0, 0}, "Or"}, row{1, {4 * giga * 64, 0, 0}, {0, 0, 0}, "POr"},
         row{2, {0, ~std::size_t{0}, 0}, {1, 1, 0}, "r"}}) {
     qv::enqueue_nd_range_kernel_record record{};
     record.work_dim = launch.dimensions;
