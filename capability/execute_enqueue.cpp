@@ -113,22 +113,20 @@ std::uint64_t largest_group(const root_device& device, cl_kernel kernel) {
 bool has_too_many_groups(const root_device& device, cl_kernel kernel,
                          const enqueue_nd_range_kernel_record& record, const std::size_t* local_size) {
   constexpr std::uint64_t limit = std::uint64_t{1} << 32;
-  if (device.quirks.groups == group_limit::none)
+  const std::size_t* const global_size = record.global_work_size;
+  if (device.quirks.counts_items_in_32_bits && std::any_of(global_size, global_size + record.work_dim,
+                                                           [](std::size_t items) { return items >= limit; }))
+    return true;
+  if (!device.quirks.counts_groups_in_32_bits)
     return false;
   std::uint64_t all = 1;
-  std::uint64_t most = 0;
   for (cl_uint i = 0; i < record.work_dim; ++i) {
-    const std::uint64_t items = record.global_work_size[i];
+    const std::uint64_t items = global_size[i];
     const std::uint64_t size = local_size == nullptr ? 1 : local_size[i];
-    const std::uint64_t groups = items / size + (items % size != 0 ? 1 : 0);
-    most = std::max(most, groups);
-    if (__builtin_mul_overflow(all, groups, &all))
+    if (__builtin_mul_overflow(all, items / size + (items % size != 0 ? 1 : 0), &all))
       all = ~std::uint64_t{0};
   }
-  const std::uint64_t counted = device.quirks.groups == group_limit::under_2_32_in_all ? all : most;
-  if (counted < limit || local_size != nullptr)
-    return counted >= limit;
-  return counted / largest_group(device, kernel) >= limit;
+  return all >= limit && (local_size != nullptr || all / largest_group(device, kernel) >= limit);
 }
 
 // What no implementation is to see. All zeros leave the choice of the local size to the device, by a null pointer.

@@ -17,7 +17,7 @@ constexpr std::array rows{
                 .tells_wrong_kernel_attributes = true,
                 .builds_are_not_thread_safe = true,
                 .takes_words_for_files = true,
-                .groups = group_limit::under_2_32_in_all,
+                .counts_groups_in_32_bits = true,
                 .chooses_groups_of_one = true}},
     quirks_row{"Portable Computing Language",
                {.build_option = "-cl-kernel-arg-info",
@@ -25,7 +25,7 @@ constexpr std::array rows{
                 .binaries = binary_format::pocl,
                 .crashes_on_bitcode = true,
                 .reads_past_last_option = true,
-                .groups = group_limit::under_2_32_in_all}},
+                .counts_groups_in_32_bits = true}},
     quirks_row{"rusticl",
                {.binaries = binary_format::rusticl,
                 .takes_words_for_files = true,
@@ -33,14 +33,13 @@ constexpr std::array rows{
                 .needs_utf8 = true,
                 .crashes_on_builtin_kernels = true,
                 .understates_group_sizes = true,
-                .groups = group_limit::under_2_32_in_each_dimension}},
+                .counts_items_in_32_bits = true}},
     // Without the option, its compiler fails an assertion at each image and sampler.
     quirks_row{"Clover",
                {.build_option = "-no-opaque-pointers",
                 .tells_wrong_kernel_attributes = true,
                 .binaries = binary_format::clover,
-                .takes_words_for_files = true,
-                .groups = group_limit::under_2_32_in_each_dimension}},
+                .takes_words_for_files = true}},
 };
 
 } // namespace
@@ -57,7 +56,7 @@ void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spi
   // Mesa's device on the processor, which several platforms have.
   constexpr std::string_view multiplies_dimensions = "llvmpipe";
   if (device_name.substr(0, multiplies_dimensions.size()) == multiplies_dimensions)
-    known.groups = group_limit::under_2_32_in_all;
+    known.counts_groups_in_32_bits = true;
 }
 
 } // namespace qv

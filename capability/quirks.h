@@ -6,9 +6,6 @@
 
 namespace qv {
 
-// How many work-groups a launch may have before an implementation's counting fails, or never ends.
-enum class group_limit { none, under_2_32_in_each_dimension, under_2_32_in_all };
-
 // The binaries that an implementation reads blindly, so that only a whole one may be given to it.
 enum class binary_format { checked_by_itself, pocl, rusticl, clover };
 
@@ -42,7 +39,10 @@ struct quirks {
   bool crashes_on_builtin_kernels = false;
   // CL_KERNEL_WORK_GROUP_SIZE is less than what runs: the limit of the device is the true one.
   bool understates_group_sizes = false;
-  group_limit groups = group_limit::none;
+  // Work-items of a dimension, or the work-groups of a launch, are counted in 32 bits: more end the process, are not done,
+  // or take for ever.
+  bool counts_items_in_32_bits = false;
+  bool counts_groups_in_32_bits = false;
   // Where it chooses the size of the groups, they have one work-item.
   bool chooses_groups_of_one = false;
 };

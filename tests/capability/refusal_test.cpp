@@ -88,22 +88,21 @@ TEST(refusal, of_more_groups_than_can_be_counted) {
     std::string_view refused_by;              // by letters
   };
   for (const row& launch :
-       {row{1, {4 * giga - 1, 0, 0}, {1, 0, 0}, ""}, row{1, {4 * giga, 0, 0}, {1, 0, 0}, "POM"},
-        row{1, {8 * giga, 0, 0}, {2, 0, 0}, "POM"}, row{1, {8 * giga - 1, 0, 0}, {2, 0, 0}, "POM"},
-        row{1, {8 * giga - 2, 0, 0}, {2, 0, 0}, ""}, row{2, {giga, 4, 0}, {1, 1, 0}, "PO"},
-        row{3, {giga, giga, giga}, {1, 1, 1}, "PO"}, row{2, {4 * giga, 4 * giga, 9}, {1, 1, 0}, "POM"},
-        row{1, {4 * giga * 64 - 1, 0, 0}, {0, 0, 0}, "O"}, row{1, {4 * giga * 64, 0, 0}, {0, 0, 0}, "POM"},
-        row{2, {0, ~std::size_t{0}, 0}, {1, 1, 0}, "M"}}) {
+       {row{1, {4 * giga - 1, 0, 0}, {1, 0, 0}, ""}, row{1, {4 * giga, 0, 0}, {1, 0, 0}, "Grb"},
+        row{1, {8 * giga, 0, 0}, {2, 0, 0}, "Grb"}, row{1, {8 * giga - 1, 0, 0}, {2, 0, 0}, "Grb"},
+        row{1, {8 * giga - 2, 0, 0}, {2, 0, 0}, "rb"}, row{2, {giga, 4, 0}, {1, 1, 0}, "Gb"},
+        row{3, {giga, giga, giga}, {1, 1, 1}, "Gb"}, row{2, {4 * giga, 4 * giga, 9}, {1, 1, 0}, "Grb"},
+        row{1, {4 * giga * 64, 0, 0}, {0, 0, 0}, "Grb"}, row{2, {0, ~std::size_t{0}, 0}, {1, 1, 0}, "rb"}}) {
     qv::enqueue_nd_range_kernel_record record{};
     record.work_dim = launch.dimensions;
     record.global_work_size = launch.global.data();
     record.local_work_size = launch.local.data();
-    for (const auto& [implementation, device_name, letter] : {std::tuple{pocl, "", 'P'},
-                                                              {oclgrind, "", 'O'},
-                                                              {rusticl, "AMD", 'M'},
-                                                              {clover, "AMD", 'M'},
-                                                              {rusticl, "llvmpipe (LLVM)", 'P'},
-                                                              {clover, "llvmpipe (LLVM)", 'P'},
+    for (const auto& [implementation, device_name, letter] : {std::tuple{pocl, "", 'G'},
+                                                              {oclgrind, "", 'G'},
+                                                              {rusticl, "AMD", 'r'},
+                                                              {clover, "AMD", ' '},
+                                                              {rusticl, "llvmpipe (LLVM)", 'b'},
+                                                              {clover, "llvmpipe (LLVM)", 'G'},
                                                               {"another", "", ' '}}) {
       qv::root_device device = device_of(implementation);
       qv::adapt_to_device(device.quirks, device_name, false);
