@@ -44,12 +44,6 @@ slot* find_slot(qv_call_handle* handle) noexcept {
   std::thread([&] { performer.run(device, record); }).join();
 }
 
-const root_device& as_it_is_now(const root_device& device) noexcept {
-  const bool is_lost =
-      device.watch != nullptr && device.watch->is_suspected() && device.watch->is_lost(device);
-  return is_lost ? *device.when_lost : device;
-}
-
 } // namespace
 
 qv_call_handle* open_call_handle(const binding& bound) {

@@ -26,10 +26,10 @@ std::optional<std::string> text_of(Query query, Object object, cl_uint name) {
 
 // Narrower values fill the low bytes of the number, which is zero before.
 template <typename Query, typename Object>
-std::uint64_t number_of(Query query, Object object, cl_uint name) {
+std::optional<std::uint64_t> number_of(Query query, Object object, cl_uint name) {
   std::uint64_t number = 0;
   if (call_or_refuse(query, object, name, sizeof number, &number, nullptr) != CL_SUCCESS)
-    return 0;
+    return std::nullopt;
   return number;
 }
 
@@ -45,11 +45,16 @@ std::optional<std::string> device_text(const opencl_functions& cl, cl_device_id 
 }
 
 std::uint64_t platform_number(const opencl_functions& cl, cl_platform_id platform, cl_platform_info name) {
-  return number_of(cl.get_platform_info, platform, name);
+  return number_of(cl.get_platform_info, platform, name).value_or(0);
+}
+
+std::optional<std::uint64_t> told_device_number(const opencl_functions& cl, cl_device_id device,
+                                                cl_device_info name) {
+  return number_of(cl.get_device_info, device, name);
 }
 
 std::uint64_t device_number(const opencl_functions& cl, cl_device_id device, cl_device_info name) {
-  return number_of(cl.get_device_info, device, name);
+  return told_device_number(cl, device, name).value_or(0);
 }
 
 } // namespace qv

@@ -31,15 +31,6 @@ void ask(Record& record, Query query, Objects... about) {
                                  record.param_value, record.param_value_size_ret);
 }
 
-// What a device must answer even if it knows nothing of it, because every start asks it.
-void answer_for_device(const root_device& device, get_device_info_record& record) {
-  constexpr cl_uint no_queue = 0;
-  if (record.param_name == CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE)
-    answer(record, &no_queue, sizeof no_queue);
-  if (record.param_name == CL_DEVICE_BUILT_IN_KERNELS && device.version < opencl_version{1, 2})
-    answer(record, "", 1);
-}
-
 void answer_largest_group(const root_device& device, get_object_device_info_record& record) {
   if (const std::size_t size = device_number(device.cl, device.id, CL_DEVICE_MAX_WORK_GROUP_SIZE); size != 0)
     answer(record, &size, sizeof size);
@@ -59,19 +50,53 @@ void complete_required_size(const root_device& device, const kernel_object& kern
 } // namespace
 
 void get_device_info(const root_device& device, get_device_info_record& record) {
-  const std::string* const text = record.device == device.id ? device.find_text(record.param_name) : nullptr;
-  if (text != nullptr) {
+  const bool is_known = record.device == device.id;
+  const std::string* const text = is_known ? device.find_text(record.param_name) : nullptr;
+  const cl_uint* const number = is_known ? device.find_number(record.param_name) : nullptr;
+  if (text != nullptr)
     answer(record, text->c_str(), text->size() + 1);
-    return;
-  }
-  ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
-  if (record.status == CL_INVALID_VALUE)
-    answer_for_device(device, record);
+  else if (number != nullptr)
+    answer(record, number, sizeof *number);
+  else
+    ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
 }
 
 void get_context_info(const root_device& device, get_context_info_record& record) {
   ask(record, device.cl.get_context_info, static_cast<cl_context>(record.context));
 }
+
+// OpenCL's kernel, to be asked. Who has taken a second kernel of a name for more than a launch must not suffer for ever
+// from its having been refused, so each question has it made again.
+class kernel_to_ask {
+public:
+  kernel_to_ask(const root_device& device, const kernel_object& object)
+      : cl_(device.cl), kernel_(object.kernel()) {
+    if (kernel_ == nullptr && object.program() != nullptr)
+      kernel_ = made_ =
+          make_or_refuse(status_, cl_.create_kernel, object.program()->program(), object.name().c_str());
+    else if (kernel_ == nullptr)
+      status_ = object.failure();
+  }
+  kernel_to_ask(const kernel_to_ask&) = delete;
+  kernel_to_ask& operator=(const kernel_to_ask&) = delete;
+  ~kernel_to_ask() {
+    if (made_ != nullptr)
+      static_cast<void>(call_or_refuse(cl_.release_kernel, made_));
+  }
+
+  template <typename Record, typename Query, typename... Objects>
+  void ask(Record& record, Query query, Objects... about) const {
+    record.status = status_;
+    if (kernel_ != nullptr)
+      qv::ask(record, query, kernel_, about...);
+  }
+
+private:
+  const opencl_functions& cl_;
+  cl_kernel kernel_;
+  cl_kernel made_ = nullptr;
+  cl_int status_ = CL_SUCCESS;
+};
 
 // Where a kernel comes from is known here, so that no launch can fail over it.
 void get_kernel_info(const root_device& device, get_object_info_record& record) {
@@ -86,23 +111,19 @@ void get_kernel_info(const root_device& device, get_object_info_record& record) 
     answer(record, &program, sizeof program);
   else if (record.param_name == CL_KERNEL_FUNCTION_NAME && has_name)
     answer(record, kernel->name().c_str(), kernel->name().size() + 1);
-  else if (kernel->kernel() == nullptr)
-    record.status = kernel->failure();
   else if (record.param_name == CL_KERNEL_ATTRIBUTES && device.quirks.tells_wrong_kernel_attributes)
     answer(record, "", 1);
   else
-    ask(record, device.cl.get_kernel_info, kernel->kernel());
+    kernel_to_ask(device, *kernel).ask(record, device.cl.get_kernel_info);
 }
 
 void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record) {
   const auto* const kernel = static_cast<const kernel_object*>(record.object);
   if (kernel == nullptr)
     record.status = CL_INVALID_KERNEL;
-  else if (kernel->kernel() == nullptr)
-    record.status = kernel->failure();
   else
-    ask(record, device.cl.get_kernel_work_group_info, kernel->kernel(),
-        static_cast<cl_device_id>(record.device));
+    kernel_to_ask(device, *kernel)
+        .ask(record, device.cl.get_kernel_work_group_info, static_cast<cl_device_id>(record.device));
   if (record.status != CL_SUCCESS || record.param_value == nullptr)
     return;
   if (record.param_name == CL_KERNEL_WORK_GROUP_SIZE && device.quirks.understates_group_sizes)
@@ -186,18 +207,9 @@ void device_of_handle(const root_device& device, device_of_handle_record& record
   record.result = device.id;
 }
 
-// The devices here are no sub-devices, which alone are counted; so a platform that has no counting needs
-// none.
-void retain_device(const root_device& device, object_record& record) {
-  const auto function = device.cl.retain_device;
-  record.status =
-      function == nullptr ? CL_SUCCESS : call_or_refuse(function, static_cast<cl_device_id>(record.object));
-}
-
-void release_device(const root_device& device, object_record& record) {
-  const auto function = device.cl.release_device;
-  record.status =
-      function == nullptr ? CL_SUCCESS : call_or_refuse(function, static_cast<cl_device_id>(record.object));
+// OpenCL counts sub-devices alone, and the devices here are none.
+void count_device(const root_device&, object_record& record) {
+  record.status = record.object == nullptr ? CL_INVALID_DEVICE : CL_SUCCESS;
 }
 
 } // namespace qv

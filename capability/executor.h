@@ -76,7 +76,6 @@ void release_kernel(const root_device& device, object_record& record);
 void get_device_info(const root_device& device, get_device_info_record& record);
 void get_context_info(const root_device& device, get_context_info_record& record);
 void device_of_handle(const root_device& device, device_of_handle_record& record);
-void retain_device(const root_device& device, object_record& record);
-void release_device(const root_device& device, object_record& record);
+void count_device(const root_device& device, object_record& record);
 
 } // namespace qv

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <stdexcept>
 #include <utility>
 
 namespace qv {
@@ -138,6 +139,7 @@ void kernel_object::join(const root_device& device, program_object& program, fam
   arguments_.resize(family.second.parameters.size());
   ++family.second.live;
   kernel_ = kernel;
+  device_ = &device;
   family_ = &family;
   program_ = &program;
   program.retain();
@@ -184,8 +186,13 @@ kernel_object* kernel_object::make(const root_device& device, program_object& pr
 kernel_object* kernel_object::wrap(const root_device& device, program_object& program, cl_kernel kernel,
                                    cl_int& status) noexcept {
   family_entry* family = nullptr;
+  status = CL_OUT_OF_RESOURCES;
+  if (kernel == nullptr)
+    return nullptr;
   try {
     const std::string name = text_of(device.cl, kernel, CL_KERNEL_FUNCTION_NAME);
+    if (name.empty())
+      throw std::runtime_error("OpenCL does not tell the name of a kernel");
     auto object = std::unique_ptr<kernel_object>(new kernel_object);
     {
       const std::lock_guard guard(kernels_lock);
@@ -260,6 +267,8 @@ group_size kernel_object::required_size(const opencl_functions& cl) const {
     if (family_->second.required_size)
       return *family_->second.required_size;
   }
+  if (kernel_ == nullptr)
+    return {};
   const group_size told = group_size_in(text_of(cl, kernel_, CL_KERNEL_ATTRIBUTES));
   const std::lock_guard guard(kernels_lock);
   family_->second.required_size = told;
@@ -323,7 +332,9 @@ cl_int kernel_object::release(const opencl_functions& cl) noexcept {
     if (ended != nullptr)
       ended->newer_ = nullptr;
   }
-  const cl_int status = end_all(cl, ended);
+  // The oldest spare may be another device's, which may be lost, or not be when this one is.
+  const bool is_another = ended != nullptr && ended != this;
+  const cl_int status = end_all(is_another ? as_it_is_now(*ended->device_).cl : cl, ended);
   program->release(cl);
   return status;
 }

@@ -129,6 +129,7 @@ private:
   void leave_spares() noexcept;
 
   cl_kernel kernel_ = nullptr;
+  const root_device* device_ = nullptr;
   program_object* program_ = nullptr;
   family_entry* family_ = nullptr;
   std::vector<argument> arguments_; // one for each parameter, if OpenCL tells of them

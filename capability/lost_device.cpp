@@ -69,4 +69,10 @@ opencl_functions functions_of_lost_device(opencl_functions functions) {
   return functions;
 }
 
+const root_device& as_it_is_now(const root_device& device) noexcept {
+  const bool is_lost =
+      device.watch != nullptr && device.watch->is_suspected() && device.watch->is_lost(device);
+  return is_lost ? *device.when_lost : device;
+}
+
 } // namespace qv

@@ -30,4 +30,7 @@ private:
 // of objects, and questions are the implementation's to answer.
 opencl_functions functions_of_lost_device(opencl_functions functions);
 
+// The device, or what stands for it as long as it is lost.
+const root_device& as_it_is_now(const root_device& device) noexcept;
+
 } // namespace qv

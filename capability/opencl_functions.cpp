@@ -25,8 +25,6 @@ void resolve_devices_and_queues(const resolver& resolve, opencl_functions& funct
   resolve("clGetPlatformInfo", functions.get_platform_info);
   resolve("clGetDeviceIDs", functions.get_device_ids);
   resolve("clGetDeviceInfo", functions.get_device_info);
-  resolve("clRetainDevice", functions.retain_device);
-  resolve("clReleaseDevice", functions.release_device);
   resolve("clCreateContext", functions.create_context);
   resolve("clGetContextInfo", functions.get_context_info);
   resolve("clRetainContext", functions.retain_context);
@@ -95,8 +93,6 @@ std::optional<opencl_functions> load_opencl_functions(const char* library) {
 
 opencl_functions functions_of_platform(opencl_functions functions, opencl_version version) {
   if (version < opencl_version{1, 2}) {
-    functions.retain_device = nullptr;
-    functions.release_device = nullptr;
     functions.enqueue_fill_buffer = nullptr;
     functions.create_program_with_builtin_kernels = nullptr;
     functions.get_extension_function_address = nullptr;

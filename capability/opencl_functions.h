@@ -19,8 +19,6 @@ struct opencl_functions {
   decltype(&::clGetPlatformInfo) get_platform_info = nullptr;
   decltype(&::clGetDeviceIDs) get_device_ids = nullptr;
   decltype(&::clGetDeviceInfo) get_device_info = nullptr;
-  decltype(&::clRetainDevice) retain_device = nullptr;
-  decltype(&::clReleaseDevice) release_device = nullptr;
 
   decltype(&::clCreateContext) create_context = nullptr;
   decltype(&::clGetContextInfo) get_context_info = nullptr;

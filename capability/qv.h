@@ -14,7 +14,8 @@
  *   - clFinish succeeds although the queue cannot be finished: all that can be waited for has ended then, and every
  *     other event of the queue has that failure as its status. Only if work was enqueued without an event it fails.
  *   - A kernel that is made while another of its program and name lives is taken to be made for a launch. That it
- *     cannot be made, or that it refuses an argument, is told by the event of its launch.
+ *     cannot be made, or that it refuses an argument, is told by the event of its launch. It answers questions all the
+ *     same, once it can be made.
  * Queues, events, programs and kernels that are given out are objects of this library, for its own commands alone.
  *
  * All functions may be called from any thread. The trailing argument of each is reserved and 0. */

@@ -46,6 +46,19 @@ bool read_texts(root_device& device) {
   return true;
 }
 
+// The numbers that every start asks for. A device that knows nothing of queues of its own has none.
+bool read_numbers(root_device& device) {
+  const auto order = told_device_number(device.cl, device.id, CL_DEVICE_ENDIAN_LITTLE);
+  if (!order)
+    return false;
+  constexpr cl_device_info queue_size = CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE;
+  const std::uint64_t size =
+      device.version < opencl_version{2, 0} ? 0 : device_number(device.cl, device.id, queue_size);
+  device.numbers = {{CL_DEVICE_ENDIAN_LITTLE, static_cast<cl_uint>(*order)},
+                    {queue_size, static_cast<cl_uint>(size)}};
+  return true;
+}
+
 bool has_extension(const root_device& device, const std::string& name) {
   return (' ' + *device.find_text(CL_DEVICE_EXTENSIONS) + ' ').find(' ' + name + ' ') != std::string::npos;
 }
@@ -60,12 +73,15 @@ std::string try_context_and_queue(root_device& device) {
   return {};
 }
 
-// Built-in kernels are there from 1.2 on, if a program can be made of them.
+// Built-in kernels are there from 1.2 on, if a program can be made of them. An older device is asked for them, too, if it
+// is offered as a newer one.
 void try_builtin_kernels(root_device& device) {
   const bool can_be_asked = (device.capabilities >> capability_of_version({1, 2})).any();
-  if (!can_be_asked || device.version < opencl_version{1, 2})
+  if (!can_be_asked)
     return;
-  std::string names = device_text(device.cl, device.id, CL_DEVICE_BUILT_IN_KERNELS).value_or("");
+  std::string names;
+  if (device.version >= opencl_version{1, 2})
+    names = device_text(device.cl, device.id, CL_DEVICE_BUILT_IN_KERNELS).value_or("");
   if (!names.empty()) {
     const cl_int status = device.quirks.crashes_on_builtin_kernels ? CL_INVALID_OPERATION
                                                                    : device.kept->make_builtin_program(names);
@@ -89,6 +105,8 @@ std::string look_at_device(root_device& device, cl_platform_id platform, const c
     return "it is not available";
 
   device.version = *version;
+  if (!read_numbers(device))
+    return "it does not say in which order its bytes stand";
   device.capabilities = forced;
   if (forced.none())
     if (const std::uint32_t capability = natural_capability(device.cl, platform, device.id, *version);
@@ -145,9 +163,15 @@ void append_devices(std::vector<root_device>& devices, const opencl_functions& l
 } // namespace
 
 const std::string* root_device::find_text(cl_device_info name) const {
-  const auto found = std::find_if(texts.begin(), texts.end(),
-                                  [name](const device_text_entry& each) { return each.name == name; });
+  const auto found =
+      std::find_if(texts.begin(), texts.end(), [name](const auto& each) { return each.name == name; });
   return found == texts.end() ? nullptr : &found->text;
+}
+
+const cl_uint* root_device::find_number(cl_device_info name) const {
+  const auto found =
+      std::find_if(numbers.begin(), numbers.end(), [name](const auto& each) { return each.name == name; });
+  return found == numbers.end() ? nullptr : &found->number;
 }
 
 std::vector<root_device> find_root_devices(const opencl_functions& cl, const capability_set& forced) {

@@ -18,6 +18,11 @@ struct device_text_entry {
   std::string text;
 };
 
+struct device_number_entry {
+  cl_device_info name;
+  cl_uint number;
+};
+
 struct root_device {
   cl_device_id id = nullptr;
   opencl_version version;
@@ -29,6 +34,7 @@ struct root_device {
   qv::quirks quirks;
   // What the device has said of itself, and will go on saying.
   std::vector<device_text_entry> texts;
+  std::vector<device_number_entry> numbers;
   // Null if the device has not been tried.
   std::shared_ptr<kept_objects> kept;
   // Null if nobody watches it. The other is the same device as long as it is lost.
@@ -36,6 +42,7 @@ struct root_device {
   std::shared_ptr<const root_device> when_lost;
 
   const std::string* find_text(cl_device_info name) const;
+  const cl_uint* find_number(cl_device_info name) const;
 };
 
 // All devices that can be used, in the order of the loader. Each is offered under `forced` if that holds any

@@ -142,6 +142,7 @@ TEST_F(capability, a_bad_device_takes_nothing_from_the_others) {
         row{[](fake_device& it) { it.bad_texts[CL_DEVICE_VENDOR] = fault::absurd; }, "in one piece"},
         row{[](fake_device& it) { it.bad_texts[CL_DEVICE_EXTENSIONS] = fault::thrown; }, "in one piece"},
         row{[](fake_device& it) { it.bad_texts[CL_DEVICE_PROFILE] = fault::refused; }, "in one piece"},
+        row{[](fake_device& it) { it.numbers.erase(CL_DEVICE_ENDIAN_LITTLE); }, "in which order"},
         row{[](fake_device& it) { it.texts[CL_DEVICE_VERSION] = "non\nsense"; }, "no version"},
         row{[](fake_device& it) { it.numbers[CL_DEVICE_AVAILABLE] = 0; }, "not available"}}) {
     fake_platform platform;

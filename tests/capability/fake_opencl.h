@@ -26,7 +26,7 @@ struct fake_device {
 };
 
 inline fake_device plain_device(const std::string& version) {
-  return {{{CL_DEVICE_AVAILABLE, 1}, {CL_DEVICE_LOCAL_MEM_SIZE, 1024}},
+  return {{{CL_DEVICE_AVAILABLE, 1}, {CL_DEVICE_ENDIAN_LITTLE, 1}, {CL_DEVICE_LOCAL_MEM_SIZE, 1024}},
           {{CL_DEVICE_VERSION, version},
            {CL_DEVICE_NAME, "a fake"},
            {CL_DEVICE_VENDOR, ""},

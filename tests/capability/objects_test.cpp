@@ -31,6 +31,9 @@ protected:
     };
     calls.clear();
   }
+  ~objects() override {
+    program_->forget_kernels(device_.cl); // none may outlive its device
+  }
 
   qv::kernel_object* make_kernel(const char* name = "k") {
     cl_int status = 77;
@@ -157,6 +160,7 @@ TEST_F(objects, released_kernels_are_used_again_only_as_long_as_they_are_harmles
   calls.clear();
   program_->release(device_.cl);
   EXPECT_EQ(count(id<&cl::release_kernel>), kept);
+  program_ = new qv::program_object(own_objects::as_made<cl_program>(), true);
 }
 
 TEST_F(objects, queues_that_cannot_be_finished_fail_through_their_events) {
@@ -200,7 +204,7 @@ TEST_F(objects, queues_that_cannot_be_finished_fail_through_their_events) {
 TEST_F(objects, lost_devices_are_left_alone_until_they_are_back) {
   opencl_.platforms = {fake_platform()};
   opencl_.platforms[0].devices = {plain_device("OpenCL 3.0")};
-  qv::opencl_functions cl = fake_functions();
+  qv::opencl_functions cl = device_.cl;
   cl.finish = [](cl_command_queue) -> cl_int { return CL_DEVICE_NOT_AVAILABLE; };
   const qv::root_device device = qv::find_root_devices(cl, {}).at(0);
   auto& available = opencl_.platforms[0].devices[0].numbers[CL_DEVICE_AVAILABLE];
@@ -219,6 +223,8 @@ TEST_F(objects, lost_devices_are_left_alone_until_they_are_back) {
   qv::call_command({&device, &qv::commands_of_capability(3)}, 39, &finished);
   EXPECT_EQ(finished.status, CL_SUCCESS);
   EXPECT_EQ(buffer().status, CL_SUCCESS) << "it is there all the same";
+  cl_int status = 77;
+  qv::kernel_object::make(device, *own.program, "kept", status)->release(cl);
   qv::call_command({&device, &qv::commands_of_capability(3)}, 39, &finished);
   available = 0;
   EXPECT_EQ(buffer().status, CL_DEVICE_NOT_AVAILABLE);
@@ -227,12 +233,16 @@ TEST_F(objects, lost_devices_are_left_alone_until_they_are_back) {
   qv::call_command({&device, &qv::commands_of_capability(3)}, 65, &released);
   EXPECT_EQ(released.status, CL_SUCCESS);
   EXPECT_TRUE(calls.empty());
+  constexpr int kept = 64;
+  for (int i = 0; i < kept; ++i)
+    make_kernel(std::to_string(i).c_str())->release(device_.cl);
+  EXPECT_EQ(count(id<&cl::release_kernel>), 0u) << "to make room for those of another device";
   available = 1;
   EXPECT_EQ(buffer().status, CL_SUCCESS);
   EXPECT_EQ(status_of<operation::enqueue_write_buffer>(device, write), CL_SUCCESS);
 }
 
-TEST_F(objects, implementations_that_throw_have_failed) {
+TEST_F(objects, implementations_that_throw_or_lie_have_failed) {
   device_.cl.build_program = [](cl_program, cl_uint, const cl_device_id*, const char*,
                                 void(CL_CALLBACK*)(cl_program, void*),
                                 void*) -> cl_int { throw std::bad_alloc(); };
@@ -244,6 +254,16 @@ TEST_F(objects, implementations_that_throw_have_failed) {
   const char* text = "";
   EXPECT_EQ(status_of<operation::create_program_with_source>(device_, {nullptr, &text, nullptr, &text, 0, 1}),
             CL_OUT_OF_RESOURCES);
+  device_.cl.create_kernels_in_program = [](cl_program, cl_uint, cl_kernel* kernels,
+                                            cl_uint* count) -> cl_int {
+    *kernels = nullptr;
+    *count = 1;
+    return CL_SUCCESS;
+  };
+  void* kernel = nullptr;
+  qv::create_kernels_in_program_record made{program_, &kernel, nullptr, 0, 1};
+  qv::create_kernels_in_program(device_, made);
+  EXPECT_EQ(made.status, CL_OUT_OF_RESOURCES);
 }
 
 TEST_F(objects, sizes_that_only_the_attributes_tell_are_told) {

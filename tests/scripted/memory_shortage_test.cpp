@@ -54,7 +54,7 @@ const std::string text = source + "kernel void " + long_name + "(global int* dat
 
 template <auto Function, class Pointer>
 long transfer(const memory& object, Pointer data) {
-  tarva_abi_future_s* future;
+  tarva_abi_future_s* future = nullptr;
   const long code = obtain<Function>(future, object.get(), std::uint64_t{0}, std::uint64_t{4}, data);
   return future != nullptr ? wait(future).code : code;
 }
@@ -85,7 +85,7 @@ struct machine_in_use {
   }
 
   ending load(place, place) const {
-    tarva_abi_build_result_s* result;
+    tarva_abi_build_result_s* result = nullptr;
     const long code = obtain<tarva_abi_load_device_ir>(
         result, all[0].get(), nullptr, TARVA_ABI_IR_SOURCE_1_0, text.data(), text.size(),
         "-an-option-that-takes-memory", "a label that takes it, too");
@@ -95,13 +95,13 @@ struct machine_in_use {
     return {code, is_done};
   }
   ending get_kernel(place, place) const {
-    tarva_abi_kernel_s* result;
+    tarva_abi_kernel_s* result = nullptr;
     const long code = obtain<tarva_abi_get_kernel>(result, programs[0].get(), long_name);
     const kernel owned(result);
     return {code, result && launch(owned, {argument(objects[1]), argument(none)}, line(4)) == outcome()};
   }
   ending allocate(place, place) const {
-    tarva_abi_memory_s* result;
+    tarva_abi_memory_s* result = nullptr;
     const long code = obtain<tarva_abi_memory_allocate_typed>(result, "a label that takes memory",
                                                               TARVA_ABI_TYPE_INT32, std::uint64_t{4});
     const memory owned(result);
