@@ -4,6 +4,7 @@
 #include "abi/device_detection.h"
 #include "abi/error_conversion.h"
 #include "abi/host_threads.h"
+#include "base/busy_wait.h"
 #include "base/logging.h"
 #include "base/process_fault.h"
 #include "ir/scheduler/ultra_naive_scheduler.h"
@@ -169,6 +170,7 @@ void tarva_singleton::start() {
   log_info("Begin initialization of TARVA.");
   if (secure_getenv("TARVA_LUDICROUS_SPEED_GO"))
     log_info("{}", compose_banner());
+  read_busy_wait_limit();
   devices_ = detect_devices();
   initialize_devices();
   log_info("Creating the TARVA scheduler.");

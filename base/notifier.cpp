@@ -1,5 +1,6 @@
 #include "base/notifier.h"
 
+#include "base/busy_wait.h"
 #include "base/event_count.h"
 #include "base/logging.h"
 
@@ -81,7 +82,8 @@ void notifier::wait(const std::function<bool()>& predicate) const {
     throw std::bad_function_call();
   if (predicate())
     return;
-  internals->events.wait(seen);
+  if (!look_before_sleep(internals->events, seen))
+    internals->events.wait(seen);
 }
 
 // A sender that comes too early to see the registration has closed before, or changed what the waiter will look at.

@@ -24,8 +24,8 @@ public:
   void notify() const;
   void close() const;
 
-  // Returns at once if closed or if the predicate says true; otherwise sleeps until the first wake-up. Nothing is missed
-  // between the predicate and the sleep.
+  // Returns at once if closed or if the predicate says true; otherwise sleeps until the first wake-up, or looks out for it
+  // for a while first where that is asked for. Nothing is missed between the predicate and the sleep.
   void wait(const std::function<bool()>& predicate) const;
 
   // For a wait on several notifiers at once: until it is unregistered, every ring and the close notify `events`, too. Its

@@ -1,5 +1,5 @@
-// A launch with an object that has been written but never been on a device: it is moved there, into fresh storage, and
-// its storage on the host is given up.
+// A launch with an object that has never been on a device: one that has been written is moved there, into fresh storage,
+// and its storage on the host is given up; one that the launch is the first to write to has nothing to move.
 #include "benchmarks/comparison.h"
 #include "benchmarks/kernels.h"
 #include "benchmarks/measures.h"
@@ -58,12 +58,42 @@ void compare_first_uses(benchmark::State& state, std::uint64_t bytes) {
   check(opencl().release_program(raw_program), "Releasing a program");
 }
 
+// Made, launched on once, and given up.
+void compare_fresh_uses(benchmark::State& state, std::uint64_t bytes) {
+  const caller::kernel kernel =
+      caller::find_kernel(caller::compile(tarva_devices().front(), kernel_source(1)), kernel_name(1).c_str());
+  const raw_device& device = first_raw_device();
+  cl_program raw_program = device.build(kernel_source(1));
+  cl_int status = CL_SUCCESS;
+  cl_kernel raw_kernel = opencl().create_kernel(raw_program, kernel_name(1).c_str(), &status);
+  check(status, "Making a kernel");
+  const std::function<void()> raw = [&] {
+    cl_mem buffer = device.create_buffer(bytes);
+    device.launch(raw_kernel, {{sizeof(cl_mem), &buffer}});
+    check(opencl().release_mem_object(buffer), "Releasing a buffer");
+  };
+  const auto tarva = [&] {
+    const caller::memory memory = caller::allocate(TARVA_ABI_TYPE_UINT32, bytes / sizeof(std::uint32_t));
+    launch(kernel, {caller::argument(memory)});
+  };
+
+  worker thread;
+  compare(state,
+          std::vector<subject>{{"tarva", tarva}, {"raw", raw}, {"floor", [&] { thread.do_and_wait(raw); }}});
+  state.counters["bytes"] = static_cast<double>(bytes);
+  check(opencl().release_kernel(raw_kernel), "Releasing a kernel");
+  check(opencl().release_program(raw_program), "Releasing a program");
+}
+
 } // namespace
 
 void add_first_uses() {
   for (const auto& [bytes, rounds] : sizes)
     add("first_use/bytes:" + std::to_string(bytes), rounds,
         [bytes = bytes](benchmark::State& state) { compare_first_uses(state, bytes); });
+  for (const std::uint64_t bytes : {4ULL << 10, 64ULL << 20, 1ULL << 30})
+    add("first_use_of_nothing/bytes:" + std::to_string(bytes), 300,
+        [bytes](benchmark::State& state) { compare_fresh_uses(state, bytes); });
 }
 
 } // namespace benchmarks

@@ -19,7 +19,7 @@ constexpr int rounds = 200;
 
 void compare_retains(benchmark::State& state, std::size_t threads) {
   const caller::memory memory = caller::allocate(TARVA_ABI_TYPE_UINT32, 1);
-  cl_program program = first_raw_device().build("kernel void nothing() {}\n");
+  cl_context context = first_raw_device().get_context();
   thread_team team(threads);
   compare(state,
           std::vector<subject>{
@@ -36,14 +36,13 @@ void compare_retains(benchmark::State& state, std::size_t threads) {
                [&] {
                  team.do_together([&](std::size_t) {
                    for (std::uint64_t i = 0; i < calls / 2; ++i) {
-                     opencl().retain_program(program);
-                     opencl().release_program(program);
+                     opencl().retain_context(context);
+                     opencl().release_context(context);
                    }
                  });
                }},
           },
           calls * threads);
-  check(opencl().release_program(program), "Releasing a program");
 }
 
 // From a handle to its object, among `count` handles that are picked at random.

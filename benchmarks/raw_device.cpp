@@ -140,12 +140,10 @@ cl_kernel raw_device::clone(cl_kernel kernel) const {
     };
   };
   const auto program = ask<cl_program>(about(CL_KERNEL_PROGRAM));
-  check(opencl().retain_program(program), "Retaining a program");
   const std::string name = ask_text(about(CL_KERNEL_FUNCTION_NAME));
   cl_int status = CL_SUCCESS;
   cl_kernel fresh = opencl().create_kernel(program, name.c_str(), &status);
   check(status, "Making a kernel");
-  check(opencl().release_program(program), "Releasing a program");
   return fresh;
 }
 

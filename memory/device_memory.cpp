@@ -59,6 +59,7 @@ void device_memory::allocate() {
     throw std::logic_error("Attempting to allocate memory for a device memory object that already contains "
                            "allocated memory.");
   allocation_ = device_->allocate_memory(type_, size_);
+  has_content_ = false;
 }
 
 void device_memory::free() {

@@ -25,6 +25,10 @@ public:
   std::uint64_t get_size() const;
   const std::shared_ptr<library_device>& get_device() const { return device_; }
   bool has_allocation() const { return allocation_ != nullptr; }
+  // False until something is put into the allocation: copies out of it copy nothing. One element makes all of it content.
+  bool has_content() const { return has_content_; }
+  // Before anything is put in, since what fails half-way may have put in some of it.
+  void note_content() { has_content_ = true; }
 
   void set_allocation(data_type type, std::uint64_t size);
   void allocate();
@@ -44,6 +48,7 @@ private:
   data_type type_{};
   std::uint64_t size_ = 0;
   bool set_up_ = false;
+  bool has_content_ = false;
 };
 
 } // namespace oryn::tarva::library

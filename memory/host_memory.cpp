@@ -108,6 +108,7 @@ void host_memory::allocate() {
   require(library_allocated_,
           "Attempting to allocate memory on a host memory object that contains a user allocation.");
   owned_storage_ = host_storage(size_in_bytes(type_, size_));
+  has_content_ = false;
 }
 
 void host_memory::free() {
@@ -118,9 +119,16 @@ void host_memory::free() {
           "Attempting to free memory from a host memory object that does not have any memory allocated.  Is "
           "this a double-free?");
   owned_storage_ = {};
+  has_content_ = false;
 }
 
 void* host_memory::get_write_pointer(std::uint64_t index) {
+  void* const address = get_writable_address(index);
+  has_content_ = true;
+  return address;
+}
+
+std::uint8_t* host_memory::get_writable_address(std::uint64_t index) const {
   require(set_up_, write_texts.not_set_up);
   require(index <= size_, write_texts.out_of_bounds);
   require(writable_, "Attempting to get a write pointer from a host memory object that is read-only.");
@@ -144,8 +152,9 @@ void host_memory::fill(const std::vector<std::uint8_t>& value, std::uint64_t off
   const std::uint64_t size = element_size(get_type());
   require(value.size() == size,
           "Attempting to fill memory with a value that is larger than the size of the underlying type.");
-  auto* base = static_cast<std::uint8_t*>(get_write_pointer(0));
+  auto* base = get_writable_address(0);
   require(is_within(offset, count, size_), "Fill operation would overflow target capacity.");
+  has_content_ = true;
   repeat_pattern(base + size * offset, value, size * count);
 }
 
@@ -154,14 +163,17 @@ void host_memory::copy_to(const std::shared_ptr<host_memory>& destination, std::
   check_host_copy({get_type(), size_}, source_offset, {destination->get_type(), destination->get_size()},
                   destination_offset, count);
   const void* from = get_read_pointer(source_offset);
-  void* to = destination->get_write_pointer(destination_offset);
-  if (count != 0)
-    std::memcpy(to, from, element_size(type_) * count);
+  void* to = destination->get_writable_address(destination_offset);
+  if (count == 0 || !has_content())
+    return;
+  destination->has_content_ = true;
+  std::memcpy(to, from, element_size(type_) * count);
 }
 
 void host_memory::convert_endianness() {
-  void* base = get_write_pointer(0);
-  swap_endianness(base, get_type(), 0, get_size());
+  void* base = get_writable_address(0);
+  if (has_content())
+    swap_endianness(base, get_type(), 0, get_size());
 }
 
 } // namespace oryn::tarva::library

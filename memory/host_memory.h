@@ -25,29 +25,33 @@ public:
   std::uint64_t get_size() const;
   // True while the block has storage of its own.
   bool has_storage() const { return static_cast<bool>(owned_storage_); }
+  // False for storage of the block's own into which nobody has put anything yet: copies out of it copy nothing. One
+  // element makes all of it content, and what the caller owns always is.
+  bool has_content() const { return !library_allocated_ || has_content_; }
 
   // Each of the three describes the block once; none obtains storage.
   void set_allocation(data_type type, std::uint64_t size);
   void set_user_allocation(void* pointer, data_type type, std::uint64_t size);
   void set_read_only_user_allocation(const void* pointer, data_type type, std::uint64_t size);
 
-  // Obtains uninitialised storage; what the block held before is lost.
+  // Obtains uninitialised storage, which is no content; what the block held before is lost.
   void allocate();
   void free();
 
-  // The address of element `index`, which may be one past the end.
+  // The address of element `index`, which may be one past the end. Who asks for one to write to gives the block content.
   void* get_write_pointer(std::uint64_t index);
   const void* get_read_pointer(std::uint64_t index) const;
 
   // Writes the one element in `value` into `count` elements from `offset` on.
   void fill(const std::vector<std::uint8_t>& value, std::uint64_t offset, std::uint64_t count);
-  // Ranges of one object must not overlap.
+  // Ranges of one object must not overlap. Leaves the destination as it is if there is no content to copy.
   void copy_to(const std::shared_ptr<host_memory>& destination, std::uint64_t source_offset,
                std::uint64_t destination_offset, std::uint64_t count) const;
-  // Reverses the byte order of the whole block in place.
+  // Reverses the byte order of the whole content in place.
   void convert_endianness();
 
 private:
+  std::uint8_t* get_writable_address(std::uint64_t index) const;
   void describe(data_type type, std::uint64_t size, bool library_allocated, bool writable, void* pointer);
 
   const std::uint64_t identifier_;
@@ -56,6 +60,7 @@ private:
   bool library_allocated_ = false;
   bool set_up_ = false;
   bool writable_ = false;
+  bool has_content_ = false; // of the block's own storage
   void* user_pointer_ = nullptr;
   host_storage owned_storage_;
 };

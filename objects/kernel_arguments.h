@@ -59,12 +59,12 @@ private:
 // The device block that stands in for a memory object in one launch.
 class kernel_argument_typed_device_memory_array {
 public:
-  explicit kernel_argument_typed_device_memory_array(const device_memory& memory) : memory_(memory) {}
+  explicit kernel_argument_typed_device_memory_array(device_memory& memory) : memory_(memory) {}
 
-  const device_memory& get_memory() const { return memory_; }
+  device_memory& get_memory() const { return memory_; }
 
 private:
-  const device_memory& memory_;
+  device_memory& memory_;
 };
 
 // The arguments of a launch in the making, in the order of the kernel's parameters. What they hold stands together by
@@ -112,7 +112,7 @@ public:
   // keeps it where it is until the launch has ended: to count its users, too, costs a launch with 64 arguments 4% more.
   struct replacement {
     const library_memory* object;
-    const device_memory* block;
+    device_memory* block;
   };
 
   kernel_argument_capture() : kernel_argument_capture(kernel_argument_list()) {}

@@ -18,6 +18,7 @@ public:
       : opencl_device_command<V>(std::move(operation)), source_(std::move(source)),
         source_start_(source_start), destination_(std::move(destination)),
         destination_start_(destination_start), count_(count) {}
+  bool has_nothing_to_do() const override { return !source_->has_content(); }
 
 protected:
   std::string text(const char* name) const;

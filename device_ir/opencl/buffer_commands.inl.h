@@ -38,6 +38,7 @@ template <version V>
 skerv::opencl::event<V> copy_host_to_device<V>::enqueue(dispatch_queue<V>& queue, std::uint32_t wait_count,
                                                         void* const* wait_list) {
   this->check();
+  this->destination_->note_content();
   const skerv::opencl::write_buffer<V> command(buffer_of<V>(*this->destination_), false,
                                                this->destination_offset(), this->bytes(),
                                                this->source_->get_read_pointer(this->source_start_));
@@ -52,6 +53,7 @@ skerv::opencl::event<V> copy_same_device<V>::enqueue(dispatch_queue<V>& queue, s
   if (this->get_physical_operation()->get_device() != this->source_->get_device())
     throw std::logic_error("Memory arguments are associated with the wrong device.");
   this->check();
+  this->destination_->note_content();
   const skerv::opencl::copy_buffer<V> command(buffer_of<V>(*this->source_), buffer_of<V>(*this->destination_),
                                               this->source_offset(), this->destination_offset(),
                                               this->bytes());
@@ -73,6 +75,7 @@ requires(version_traits<V>::has_fill_buffer) skerv::opencl::event<V> fill_on_dev
   check_fill(value_, start_, count_, {type, memory_->get_size()});
   if (!this->get_device().is_little_endian())
     swap_endianness(value_.data(), type, 0, 1);
+  memory_->note_content();
   const skerv::opencl::fill_buffer_bytes<V> command(buffer_of<V>(*memory_), std::move(value_),
                                                     element_size(type) * start_, count_);
   return this->submit(queue, command, wait_count, wait_list);

@@ -43,7 +43,9 @@ public:
   void operator()(const kernel_argument_local_memory& local) const {
     kernel_.set_local_argument(index_, element_size(local.get_type()) * local.get_num_elements());
   }
+  // Nobody knows what the kernel writes.
   void operator()(const kernel_argument_typed_device_memory_array& memory) const {
+    memory.get_memory().note_content();
     kernel_.set_memory_argument(index_, buffer_of<V>(memory.get_memory()));
   }
   [[noreturn]] void operator()(const kernel_argument_typed_library_memory_array&) const {

@@ -28,6 +28,9 @@ public:
   explicit opencl_device_command(std::shared_ptr<physical_ir::physical_operation> operation)
       : device_command(opencl_kind<V>, std::move(operation)) {}
 
+  // True for a command that needs no OpenCL, as things stand when its turn has come: it is not enqueued, and its end is
+  // told in its turn.
+  virtual bool has_nothing_to_do() const { return false; }
   // Checks, enqueues, and marks the command as submitted. What it throws has left nothing enqueued.
   virtual skerv::opencl::event<V> enqueue(dispatch_queue<V>& queue, std::uint32_t wait_count,
                                           void* const* wait_list) = 0;

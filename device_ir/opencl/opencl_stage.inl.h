@@ -40,6 +40,11 @@ void opencl_stage<V>::enqueue(work_item<V>& item, dispatch_queue<V>& queue) {
   }
   auto& command = expect<opencl_device_command<V>>(
       *item.command, "Impossible situation.  Expected an OpenCL command, but did not get one.");
+  if (command.has_nothing_to_do()) {
+    item.has_nothing_to_do = true;
+    command.set_submitted();
+    return;
+  }
   try {
     item.running.emplace(command.enqueue(queue, 0, nullptr));
   } catch (const std::bad_alloc&) {
@@ -72,6 +77,10 @@ std::exception_ptr opencl_stage<V>::finish(const device_command& first) {
 template <version V>
 void opencl_stage<V>::end(work_item<V>& item, const std::exception_ptr& unfinished) {
   device_command& command = *item.command;
+  if (item.has_nothing_to_do) {
+    command.set_complete();
+    return;
+  }
   if (!item.running) {
     if (!command.has_ended())
       throw std::logic_error("Impossible situation.  An event is not in the command map.");

@@ -21,6 +21,7 @@ struct work_item {
 
   std::shared_ptr<device_command> command;
   std::optional<skerv::opencl::event<V>> running{};
+  bool has_nothing_to_do = false; // it is not enqueued, and has not failed
 };
 
 // The commands of one graph; those before `next` have ended.

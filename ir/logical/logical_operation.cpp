@@ -48,10 +48,11 @@ void logical_operation::add_device_commands(std::uint64_t count) {
   running_commands_ += count;
 }
 
-// A notifier wakes for any reason, so the condition is asked again each time.
+// A notifier wakes for any reason, so the condition is asked again each time. Whoever comes too late to be woken by a
+// worker that has failed must not fall asleep, either.
 void logical_operation::wait_until_complete() const {
   while (!is_complete()) {
-    state_.get_pipe().wait([this] { return is_complete(); });
+    state_.get_pipe().wait([this] { return is_complete() || process_has_failed(); });
     if (process_has_failed() && !is_complete())
       end_process_after_exit_handlers();
   }
