@@ -41,6 +41,7 @@ void compare_launches(benchmark::State& state, int argument_count) {
       {"tarva", [&] { launch(kernel, arguments); }},
       {"raw", raw_launch},
       {"floor", [&] { thread.do_and_wait(raw_launch); }},
+      {"fresh", [&] { device.launch_fresh(raw_program, name.c_str(), raw_arguments); }},
   };
   const auto peers = make_peers(device.get_context(), device.get_device());
   for (const named_peer& each : peers) {

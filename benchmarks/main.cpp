@@ -15,6 +15,7 @@ int main(int argc, char** argv) {
   add_starts();
   add_submissions();
   add_live_objects();
+  add_busy_neighbours();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv))
     return 1;

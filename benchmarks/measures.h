@@ -14,5 +14,6 @@ void add_properties();
 void add_starts();
 void add_submissions();
 void add_live_objects();
+void add_busy_neighbours();
 
 } // namespace benchmarks

@@ -13,7 +13,9 @@ public:
       : context_(context, true), device_(device, true), queue_(context_, device_) {}
 
   void prepare_launch(const std::string& source, const std::string& kernel, int arguments) override {
-    kernel_ = cl::Kernel(cl::Program(context_, source, true), kernel.c_str());
+    const cl::Program program(context_, source);
+    program.build({device_}, ""); // some implementations want both told
+    kernel_ = cl::Kernel(program, kernel.c_str());
     argument_count_ = static_cast<cl_uint>(arguments);
     buffer_ = cl::Buffer(context_, CL_MEM_READ_WRITE, sizeof(cl_int));
   }

@@ -75,6 +75,12 @@ raw_device::raw_device(cl_device_id device) : device_(device) {
   check(status, "Making a queue");
 }
 
+std::uint64_t raw_device::get_largest_buffer() const {
+  return ask<cl_ulong>([this](std::size_t size, void* value, std::size_t* reported) {
+    return opencl().get_device_info(device_, CL_DEVICE_MAX_MEM_ALLOC_SIZE, size, value, reported);
+  });
+}
+
 cl_program raw_device::build(const std::string& source) const {
   cl_int status = CL_SUCCESS;
   const char* text = source.c_str();
@@ -133,33 +139,26 @@ void raw_device::fill(cl_mem what, std::uint32_t value, std::size_t bytes) const
   finish(event);
 }
 
-cl_kernel raw_device::clone(cl_kernel kernel) const {
-  const auto about = [kernel](cl_uint parameter) {
-    return [kernel, parameter](std::size_t size, void* value, std::size_t* reported) {
-      return opencl().get_kernel_info(kernel, parameter, size, value, reported);
-    };
-  };
-  const auto program = ask<cl_program>(about(CL_KERNEL_PROGRAM));
-  const std::string name = ask_text(about(CL_KERNEL_FUNCTION_NAME));
-  cl_int status = CL_SUCCESS;
-  cl_kernel fresh = opencl().create_kernel(program, name.c_str(), &status);
-  check(status, "Making a kernel");
-  return fresh;
-}
-
 void raw_device::launch(cl_kernel kernel, const std::vector<argument>& arguments) const {
-  cl_kernel fresh = clone(kernel);
   for (cl_uint index = 0; index < arguments.size(); ++index)
-    check(opencl().set_kernel_arg(fresh, index, arguments[index].size, arguments[index].value),
+    check(opencl().set_kernel_arg(kernel, index, arguments[index].size, arguments[index].value),
           "Setting an argument");
   const std::array<std::size_t, 3> one{1, 1, 1};
   const std::array<std::size_t, 3> zero{};
   cl_event event = nullptr;
-  check(opencl().enqueue_nd_range_kernel(queue_, fresh, 1, zero.data(), one.data(), one.data(), 0, nullptr,
+  check(opencl().enqueue_nd_range_kernel(queue_, kernel, 1, zero.data(), one.data(), one.data(), 0, nullptr,
                                          &event),
         "A launch");
-  check(opencl().release_kernel(fresh), "Releasing a kernel");
   finish(event);
+}
+
+void raw_device::launch_fresh(cl_program program, const char* name,
+                              const std::vector<argument>& arguments) const {
+  cl_int status = CL_SUCCESS;
+  cl_kernel kernel = opencl().create_kernel(program, name, &status);
+  check(status, "Making a kernel");
+  launch(kernel, arguments);
+  check(opencl().release_kernel(kernel), "Releasing a kernel");
 }
 
 const raw_device& first_raw_device() {

@@ -26,6 +26,7 @@ public:
 
   cl_device_id get_device() const { return device_; }
   cl_context get_context() const { return context_; }
+  std::uint64_t get_largest_buffer() const;
 
   // Builds and asks how it went, as loading a program does.
   cl_program build(const std::string& source) const;
@@ -36,15 +37,15 @@ public:
   void read(cl_mem from, void* to, std::size_t bytes) const;
   void copy(cl_mem from, cl_mem to, std::size_t bytes) const;
   void fill(cl_mem what, std::uint32_t value, std::size_t bytes) const;
-  // On a fresh kernel, made from the program and the name of `kernel`.
   struct argument {
     std::size_t size;
     const void* value;
   };
   void launch(cl_kernel kernel, const std::vector<argument>& arguments) const;
+  // On a kernel made for this launch.
+  void launch_fresh(cl_program program, const char* name, const std::vector<argument>& arguments) const;
 
 private:
-  cl_kernel clone(cl_kernel kernel) const;
   void finish(cl_event event) const;
 
   cl_device_id device_;

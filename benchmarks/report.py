@@ -1,9 +1,11 @@
 """What the benchmarks have measured, as tables and as a plot."""
 
-OTHERS = ["raw", "floor", "compute", "bindings", "fresh_write"]
-TITLES = {"raw": "to raw", "floor": "to raw + floor", "compute": "to Boost.Compute", "bindings": "to C++ bindings",
-          "fresh_write": "to raw write into fresh buffer"}
-SIZES = {4: "4 B", 4096: "4 KiB", 1 << 20: "1 MiB", 256 << 20: "256 MiB"}
+OTHERS = ["raw", "floor", "fresh", "compute", "bindings", "fresh_write", "alone"]
+TITLES = {"raw": "to raw", "floor": "to raw + floor", "fresh": "to raw with fresh kernel", "compute": "to Boost.Compute",
+          "bindings": "to C++ bindings", "fresh_write": "to raw write into fresh buffer",
+          "alone": "to itself with the other device idle"}
+SIZES = {4: "4 B", 4096: "4 KiB", 1 << 20: "1 MiB", 64 << 20: "64 MiB", 256 << 20: "256 MiB", 1 << 30: "1 GiB"}
+NOT_MEASURED = "not measured"
 
 
 def time_text(nanoseconds):
@@ -45,19 +47,26 @@ def table(results):
 
 
 SUMMARY = ("launch/arguments:0", "launch/arguments:8", "launch/arguments:64", "write/bytes:4", "write/bytes:1048576",
-           "write/bytes:268435456", "read/bytes:4", "read/bytes:268435456", "copy/bytes:4", "copy/bytes:268435456",
-           "fill/bytes:4", "fill/bytes:268435456", "first_use/bytes:4", "first_use/bytes:268435456",
-           "allocate_and_release/bytes:4096")
+           "write/bytes:268435456", "read/bytes:4", "read/bytes:1048576", "read/bytes:268435456", "copy/bytes:4",
+           "copy/bytes:268435456", "fill/bytes:4", "fill/bytes:268435456", "first_launch/never_written/bytes:4096",
+           "first_launch/never_written/bytes:1048576", "first_launch/never_written/bytes:67108864",
+           "first_launch/never_written/bytes:1073741824", "first_launch/written/bytes:4",
+           "first_launch/written/bytes:268435456", "allocate_and_release/bytes:4096")
+# What a user asks for first.
+SHORT_SUMMARY = ("launch/arguments:0", "launch/arguments:8", "write/bytes:4", "write/bytes:1048576",
+                 "write/bytes:268435456", "read/bytes:268435456", "copy/bytes:268435456",
+                 "first_launch/never_written/bytes:67108864", "first_launch/written/bytes:268435456",
+                 "allocate_and_release/bytes:4096")
 DEVICES = ("basic", "pthread")
 
 
-def summary(results):
+def summary(results, measures):
     """One table of the main measures, both devices side by side, pinned to one processor."""
     others = ("raw", "floor", "compute", "bindings")
     names = ("raw", "raw + floor", "Boost.Compute", "C++ bindings")
     lines = ["| measure | " + " | ".join(f"{device}: time | " + " | ".join(names) for device in DEVICES) + " |",
              "|---|" + "---:|" * (len(DEVICES) * (1 + len(others)))]
-    for name in SUMMARY:
+    for name in measures:
         cells = []
         for device in DEVICES:
             found = [one for one in results if (one["name"], one["place"]) == (name, f"{device}, pinned")]
@@ -75,7 +84,7 @@ def plot(results):
     for one in results:
         kind = one["name"].split("/")[0]
         if one.get("bytes") and "ratio_floor" in one and kind in ("write", "read", "copy", "fill") \
-                and one["place"].endswith("pinned"):
+                and one["place"] in [f"{device}, pinned" for device in DEVICES]:
             curves.setdefault((one["place"].split(",")[0], kind), []).append((one["bytes"], one["ratio_floor"]))
     if not curves:
         return ""
@@ -111,16 +120,26 @@ def plot(results):
     return "\n".join(parts + ["</svg>"]) + "\n"
 
 
+def lookup(results):
+    """A function from place, measure, key and form to a text."""
+    found = {(one["place"], one["name"]): one for one in results}
+
+    def text(place, name, key="ns_tarva", form=time_text):
+        one = found.get((place, name), {})
+        return form(one[key]) if key in one else NOT_MEASURED
+    return text
+
+
 def more(results):
     """The measures that have no place in the summary, one line each."""
-    found = {(one["place"], one["name"]): one for one in results}
-    basic, free = "basic, pinned", "basic, free"
+    text = lookup(results)
+    basic, free, networked = "basic, pinned", "basic, free", "networked, free"
 
-    def times(place, *names):
-        return ", ".join(time_text(found[place, name]["ns_tarva"]) for name in names)
+    def times(place, *names, key="ns_tarva"):
+        return ", ".join(text(place, name, key) for name in names)
 
     def ratios(place, other, *names):
-        return ", ".join(f"{found[place, name][f'ratio_{other}']:.2f}" for name in names)
+        return ", ".join(text(place, name, f"ratio_{other}", "{:.2f}".format) for name in names)
 
     look_ups = [f"look_up/handles:{count}/threads:1" for count in (1, 1000, 1000000)]
     threads = [f"submit/threads:{count}" for count in (1, 4, 16)]
@@ -138,19 +157,60 @@ def more(results):
         ("the same, to raw + floor", ratios(basic, "floor", *threads)),
         ("movement of 4 B and 256 MiB between devices, with a launch, to raw + floor",
          ratios("basic and pthread, pinned", "floor", "move/bytes:4", "move/bytes:268435456")),
-        ("first use of 256 MiB, to a raw write into a fresh buffer",
-         ratios(basic, "fresh_write", "first_use/bytes:268435456")),
+        ("first launch with 256 MiB that were written, to a raw write into a fresh buffer",
+         ratios(basic, "fresh_write", "first_launch/written/bytes:268435456")),
         ("building a program, and from the implementation's cache, to raw",
          ratios(basic, "raw", "build/cold", "build/cached")),
         ("start and stop, to raw", ratios(free, "raw", "start", "stop")),
         ("resident memory of the started library beyond that of raw OpenCL",
-         f"{found[free, 'resident_memory']['kilobytes_more'] / 1024:.1f} MiB"),
+         text(free, "resident_memory", "kilobytes_more", lambda kilobytes: f"{kilobytes / 1024:.1f} MiB")),
         ("text and XML of a device's whole property tree", times(basic, "property_tree/text", "property_tree/xml")),
         ("the queries for it alone, and each of them once",
-         time_text(found[basic, "property_tree/text"]["ns_raw"]) + ", " +
-         time_text(found[basic, "property_tree/text"]["ns_once"])),
+         times(basic, "property_tree/text", key="ns_raw") + ", " + times(basic, "property_tree/text", key="ns_once")),
+        ("on a networked device: a launch with 0 and with 8 arguments, to raw",
+         ratios(networked, "raw", "launch/arguments:0", "launch/arguments:8")),
+        ("the same, to raw with a kernel made for each launch",
+         ratios(networked, "fresh", "launch/arguments:0", "launch/arguments:8")),
+        ("there, a write and a read of 4 B, and of 1 MiB, to raw",
+         ratios(networked, "raw", "write/bytes:4", "read/bytes:4", "write/bytes:1048576", "read/bytes:1048576")),
     ]
     return "\n".join(["| measure | result |", "|---|---|"] + [f"| {what} | {result} |" for what, result in lines]) + "\n"
+
+
+def waits(results):
+    """What looking before sleeping brings, where it is asked for."""
+    text = lookup(results)
+    places = [(device, processors) for device in DEVICES for processors in ("free", "pinned")]
+    lines = ["| measure | " + " | ".join(f"{device}, {processors}: asleep | looking" for device, processors in places) + " |",
+             "|---|" + "---:|" * (2 * len(places))]
+    for name in ("launch/arguments:0", "write/bytes:4", "write/bytes:1048576"):
+        cells = [text(f"{device}{how}, {processors}", name)
+                 for device, processors in places for how in ("", ", busy waiting")]
+        lines.append(f"| {label(name)} | " + " | ".join(cells) + " |")
+    return "\n".join(lines) + "\n"
+
+
+def beside_busy_device(results):
+    text = lookup(results)
+    times = {key: text("pthread and basic, free", "other_device_busy/write/bytes:4", f"ns_{key}")
+             for key in ("launch", "tarva", "alone", "raw", "raw_alone")}
+    if NOT_MEASURED in times.values():
+        return ""
+    return ("While one thread runs launches of {launch} on one device, one after the other, a write of 4 B to another "
+            "device takes\n{tarva} on average, and {alone} without them. Raw OpenCL with a thread for each device takes "
+            "{raw}, and {raw_alone}\nwithout them.").format(**times)
+
+
+def over_network(results):
+    text = lookup(results)
+    place, name = "networked, free", "launch/arguments:0"
+    ratios = {other: text(place, name, f"ratio_{other}", "{:.2f}".format) for other in ("raw", "fresh")}
+    time = text(place, name)
+    if NOT_MEASURED in ratios.values():
+        return ""
+    return (f"A launch without arguments took {time} where it was measured, {ratios['raw']} times what the OpenCL calls "
+            f"alone take\nwith a kernel that is there, and {ratios['fresh']} times what they take with a kernel made for "
+            "each launch.")
 
 
 def replace_measured(text, content):

@@ -5,31 +5,67 @@ plot of size against ratio (sizes.svg).
     benchmarks/run.py [BUILD_FOLDER [OUTPUT_FOLDER]] [--publish]
 
 Each device of the implementation is measured in a process of its own, which may use one processor only, and again with
-two: waking a thread costs many times more across processors than on one.
+two: waking a thread costs many times more across processors than on one. A device of another machine is measured if
+BENCHMARK_NETWORKED says how its implementation is reached, by settings of the environment as `env` takes them. It has
+to be the first device that these offer.
 """
 import argparse
 import json
 import os
 import pathlib
 import re
+import shlex
 import subprocess
 import sys
 import tempfile
+import typing
 
 sys.dont_write_bytecode = True # nothing is left behind beside the sources
 import report
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-# Devices that PoCL is to offer, processors, and what is measured there.
-EVERYWHERE = "^(launch|write|read|copy|fill/|first_use|allocate|submit|retain|look_up)"
+EVERYWHERE = "^(launch|write|read|copy|fill/|first_launch|allocate|submit|retain|look_up)"
+WAITS = "^(launch/arguments:0|write/bytes:(4|1048576))/"
+OVER_NETWORK = ("^(launch/arguments:(0|8)|(write|read)/bytes:(4|1048576)|first_launch/never_written/bytes:(4096|67108864))"
+                "/")
+PROCESSORS = {"pinned": "0", "free": "0,1"}
+
+
+class Run(typing.NamedTuple):
+    """One process: what it is to see, and what is measured there."""
+    place: str
+    processors: str # one of PROCESSORS
+    measures: str
+    environment: dict
+
+
+def pocl(devices, processors, measures):
+    return Run(devices.replace(" ", " and "), processors, measures, {"POCL_DEVICES": devices})
+
+
+def busy_waiting(device, processors):
+    return Run(f"{device}, busy waiting", processors, WAITS, {"POCL_DEVICES": device, "TARVA_BUSY_WAIT_US": "200"})
+
+
 RUNS = [
-    ("basic", "0", EVERYWHERE + "|^(fill_on_host|property_tree|build)"),
-    ("pthread", "0", EVERYWHERE),
-    ("basic pthread", "0", "^move"),
-    ("basic", "0,1", EVERYWHERE + "|^(start|stop|resident)"),
-    ("pthread", "0,1", EVERYWHERE),
-    ("basic pthread", "0,1", "^move"),
+    pocl("basic", "pinned", EVERYWHERE + "|^(fill_on_host|property_tree|build)"),
+    pocl("pthread", "pinned", EVERYWHERE),
+    pocl("basic pthread", "pinned", "^move"),
+    pocl("basic", "free", EVERYWHERE + "|^(start|stop|resident)"),
+    pocl("pthread", "free", EVERYWHERE),
+    pocl("basic pthread", "free", "^move"),
+    pocl("pthread basic", "free", "^other_device_busy"),
+    *(busy_waiting(device, processors) for device in ("basic", "pthread") for processors in PROCESSORS),
 ]
+
+
+def networked_runs():
+    settings = os.environ.get("BENCHMARK_NETWORKED", "")
+    if not settings:
+        print("No networked device: BENCHMARK_NETWORKED is not set.", file=sys.stderr)
+        return []
+    environment = dict(setting.split("=", 1) for setting in shlex.split(settings))
+    return [Run("networked", processors, OVER_NETWORK, environment) for processors in PROCESSORS]
 
 
 def machine():
@@ -42,29 +78,52 @@ def machine():
     return f"{len(os.sched_getaffinity(0))}-core x86-64 {kind}, {processor or facts.get('model name', 'unknown processor')}"
 
 
-def run(program, device, processors, wanted, cache):
+def measure(program, wanted, cache):
+    print(f"{wanted.place}, {wanted.processors}", file=sys.stderr, flush=True)
     with tempfile.NamedTemporaryFile(suffix=".json") as output:
-        subprocess.run(["taskset", "-c", processors, program, f"--benchmark_filter={wanted}",
+        subprocess.run(["taskset", "-c", PROCESSORS[wanted.processors], program, f"--benchmark_filter={wanted.measures}",
                         f"--benchmark_out={output.name}", "--benchmark_out_format=json"],
-                       check=True, stdout=subprocess.DEVNULL,
-                       env={**os.environ, "POCL_DEVICES": device, "POCL_CACHE_DIR": cache})
+                       check=True, stdout=subprocess.DEVNULL, timeout=600,
+                       env={**os.environ, "POCL_CACHE_DIR": cache, **wanted.environment})
         measured = json.load(open(output.name))["benchmarks"]
-    place = f"{device.replace(' ', ' and ')}, " + ("pinned" if processors == "0" else "free")
-    return [{"place": place, "name": re.sub("/iterations:.*", "", one["name"]),
+    return [{"place": f"{wanted.place}, {wanted.processors}", "name": re.sub("/iterations:.*", "", one["name"]),
              **{key: one[key] for key in one if re.match("ns_|ratio_|bytes|kilobytes|error_message", key)}}
             for one in measured]
 
 
-def write(output, results):
-    (output / "results.json").write_text(json.dumps({"machine": machine(), "results": results}, indent=1) + "\n")
-    (output / "table.md").write_text(f"Measured on a {machine()}.\n\n" + report.table(results))
-    (output / "summary.md").write_text(report.summary(results))
+def measure_all(program):
+    results = []
+    with tempfile.TemporaryDirectory() as cache: # cold at first
+        for wanted in RUNS:
+            results += measure(program, wanted, cache)
+        for wanted in networked_runs():
+            try:
+                results += measure(program, wanted, cache)
+            except subprocess.SubprocessError as failure: # another machine's, which takes nothing else with it
+                print(f"Not measured: {failure}", file=sys.stderr)
+    return {"machine": machine(), "results": results}
+
+
+def write(output, measured):
+    results = measured["results"]
+    (output / "results.json").write_text(json.dumps(measured, indent=1) + "\n")
+    (output / "table.md").write_text(f"Measured on a {measured['machine']}.\n\n" + report.table(results))
+    (output / "summary.md").write_text(report.summary(results, report.SUMMARY))
     (output / "sizes.svg").write_text(report.plot(results))
 
 
-def publish(results):
-    measured = f"Measured on a {machine()}, pinned to one processor:\n\n" + report.summary(results)
-    for name, content in (("README.md", measured), ("docs/speed.md", measured + "\n" + report.more(results))):
+def publish(measured):
+    results = measured["results"]
+    head = f"Measured on a {measured['machine']}, pinned to one processor:\n\n"
+    busy = report.beside_busy_device(results) + "\n"
+    pages = {
+        "README.md": head + report.summary(results, report.SHORT_SUMMARY) + "\n" + busy,
+        "docs/speed.md": "\n".join((head + report.summary(results, report.SUMMARY), report.more(results),
+                                    report.waits(results), busy)),
+        "docs/guide.md": busy,
+        "docs/networked-devices.md": report.over_network(results) + "\n",
+    }
+    for name, content in pages.items():
         page = ROOT / name
         page.write_text(report.replace_measured(page.read_text(), content))
 
@@ -73,20 +132,20 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("build", nargs="?", default=ROOT / "build", type=pathlib.Path)
     parser.add_argument("output", nargs="?", type=pathlib.Path, help="BUILD_FOLDER/benchmarks/results unless given")
-    parser.add_argument("--publish", action="store_true", help="renew docs/speed/, and the figures in docs/speed.md and "
-                        "README.md")
+    parser.add_argument("--publish", action="store_true",
+                        help="renew docs/speed/, and the figures in the documents")
+    parser.add_argument("--again", action="store_true", help="measure nothing: take the results that are there")
     wanted = parser.parse_args()
     output = ROOT / "docs" / "speed" if wanted.publish else wanted.output or wanted.build / "benchmarks" / "results"
     output.mkdir(parents=True, exist_ok=True)
 
-    results = []
-    with tempfile.TemporaryDirectory() as cache: # cold at first
-        for device, processors, measures in RUNS:
-            print(f"{device} on processors {processors}", file=sys.stderr, flush=True)
-            results += run(wanted.build / "benchmarks" / "tarva_benchmarks", device, processors, measures, cache)
-    write(output, results)
+    if wanted.again:
+        measured = json.loads((output / "results.json").read_text())
+    else:
+        measured = measure_all(wanted.build / "benchmarks" / "tarva_benchmarks")
+    write(output, measured)
     if wanted.publish:
-        publish(results)
+        publish(measured)
     print(f"Written to {output}.")
 
 
