@@ -30,17 +30,6 @@ constexpr command_entry perform(bool releases = false) {
   return {Op, {run, releases}};
 }
 
-// Operations that are one call with the object alone.
-template <operation Op, auto Member, typename Object>
-constexpr command_entry call_with_object(bool releases = false) {
-  const executor run = [](const root_device& device, void* block) {
-    auto& fields = *static_cast<record<Op>*>(block);
-    fields.status = call_or_refuse(device.cl.*Member, static_cast<Object>(fields.object));
-  };
-  return {Op, {run, releases}};
-}
-
-using cl = opencl_functions;
 using op = operation;
 constexpr bool is_release = true;
 
@@ -73,13 +62,13 @@ constexpr std::array entries{
     perform<op::get_program_build_info, get_program_build_info>(),
     perform<op::get_program_info, get_program_info>(),
     perform<op::release_command_queue, release_command_queue>(is_release),
-    call_with_object<op::release_context, &cl::release_context, cl_context>(is_release),
+    perform<op::release_context, release_context>(is_release),
     perform<op::release_device, count_device>(is_release),
     perform<op::release_event, release_event>(is_release),
     perform<op::release_kernel, release_kernel>(is_release),
     perform<op::release_mem_object, release_mem_object>(is_release),
     perform<op::release_program, release_program>(is_release),
-    call_with_object<op::retain_context, &cl::retain_context, cl_context>(),
+    perform<op::retain_context, retain_context>(),
     perform<op::retain_device, count_device>(),
     perform<op::retain_event, retain_event>(),
     perform<op::retain_program, retain_program>(),

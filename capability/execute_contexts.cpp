@@ -3,7 +3,10 @@
 #include "capability/kernels.h"
 #include "capability/queues.h"
 
+#include <mutex>
 #include <new>
+#include <unordered_map>
+#include <utility>
 
 namespace qv {
 namespace {
@@ -83,6 +86,11 @@ void make_queue(const root_device& device, create_command_queue_with_properties_
   create_or_refuse(record, device.cl.create_command_queue, context, id, bits);
 }
 
+// References beyond the one that OpenCL is asked for, which therefore it cannot refuse. The map is there as long as it holds
+// any, so that nothing of it is left at the end.
+std::mutex contexts_lock;
+std::unordered_map<void*, std::size_t>* more_references = nullptr;
+
 } // namespace
 
 void create_context(const root_device& device, create_context_record& record) {
@@ -96,6 +104,33 @@ void create_context(const root_device& device, create_context_record& record) {
   create_or_refuse(record, device.cl.create_context,
                    reinterpret_cast<const cl_context_properties*>(record.properties), record.num_devices,
                    device_array(record.devices), record.pfn_notify, record.user_data);
+}
+
+void retain_context(const root_device&, object_record& record) {
+  record.status = record.object == nullptr ? CL_INVALID_CONTEXT : CL_SUCCESS;
+  if (record.object == nullptr)
+    return;
+  const std::lock_guard guard(contexts_lock);
+  if (more_references == nullptr)
+    more_references = new std::unordered_map<void*, std::size_t>;
+  ++(*more_references)[record.object];
+}
+
+void release_context(const root_device& device, object_record& record) {
+  record.status = CL_SUCCESS;
+  {
+    const std::lock_guard guard(contexts_lock);
+    const auto found = more_references == nullptr ? decltype(more_references->end())()
+                                                  : more_references->find(record.object);
+    if (more_references != nullptr && found != more_references->end()) {
+      if (--found->second == 0)
+        more_references->erase(found);
+      if (more_references->empty())
+        delete std::exchange(more_references, nullptr);
+      return;
+    }
+  }
+  record.status = call_or_refuse(device.cl.release_context, static_cast<cl_context>(record.object));
 }
 
 void create_command_queue(const root_device& device, create_command_queue_record& record) {

@@ -57,9 +57,9 @@ bool device_watch::is_lost(const root_device& device) noexcept {
 
 opencl_functions functions_of_lost_device(opencl_functions functions) {
   let_fail(functions.create_context, functions.create_command_queue,
-           functions.create_command_queue_with_properties, functions.finish, functions.create_buffer,
+           functions.create_command_queue_with_properties, functions.create_buffer,
            functions.enqueue_read_buffer, functions.enqueue_write_buffer, functions.enqueue_copy_buffer,
-           functions.enqueue_fill_buffer, functions.enqueue_nd_range_kernel, functions.wait_for_events,
+           functions.enqueue_fill_buffer, functions.enqueue_nd_range_kernel,
            functions.create_program_with_source, functions.create_program_with_binary,
            functions.create_program_with_builtin_kernels, functions.create_program_with_il,
            functions.set_program_specialization_constant, functions.build_program, functions.create_kernel,

@@ -27,7 +27,8 @@ private:
 };
 
 // `functions` without what a lost device would have to do: all of that fails with CL_DEVICE_NOT_AVAILABLE, save to let go
-// of objects, and questions are the implementation's to answer.
+// of objects. Questions are the implementation's to answer, and so is when a queue is finished: should the device come back,
+// work that is still under way must not write into memory that was given up.
 opencl_functions functions_of_lost_device(opencl_functions functions);
 
 // The device, or what stands for it as long as it is lost.

@@ -27,7 +27,6 @@ void resolve_devices_and_queues(const resolver& resolve, opencl_functions& funct
   resolve("clGetDeviceInfo", functions.get_device_info);
   resolve("clCreateContext", functions.create_context);
   resolve("clGetContextInfo", functions.get_context_info);
-  resolve("clRetainContext", functions.retain_context);
   resolve("clReleaseContext", functions.release_context);
   resolve("clCreateCommandQueue", functions.create_command_queue);
   resolve("clCreateCommandQueueWithProperties", functions.create_command_queue_with_properties);

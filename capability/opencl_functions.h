@@ -22,7 +22,6 @@ struct opencl_functions {
 
   decltype(&::clCreateContext) create_context = nullptr;
   decltype(&::clGetContextInfo) get_context_info = nullptr;
-  decltype(&::clRetainContext) retain_context = nullptr;
   decltype(&::clReleaseContext) release_context = nullptr;
 
   decltype(&::clCreateCommandQueue) create_command_queue = nullptr;

@@ -71,8 +71,8 @@ qv::opencl_functions recording() {
 }
 
 inline qv::opencl_functions recording_functions() {
-  return recording<&cl::get_device_info, &cl::create_context, &cl::get_context_info, &cl::retain_context,
-                   &cl::release_context, &cl::create_command_queue, &cl::create_command_queue_with_properties,
+  return recording<&cl::get_device_info, &cl::create_context, &cl::get_context_info, &cl::release_context,
+                   &cl::create_command_queue, &cl::create_command_queue_with_properties,
                    &cl::release_command_queue, &cl::finish, &cl::create_buffer, &cl::release_mem_object,
                    &cl::enqueue_read_buffer, &cl::enqueue_write_buffer, &cl::enqueue_copy_buffer,
                    &cl::enqueue_fill_buffer, &cl::enqueue_nd_range_kernel, &cl::get_event_info,

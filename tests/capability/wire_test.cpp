@@ -90,9 +90,9 @@ const wire_row wire_rows[] = {
     {id<&cl::release_kernel>, {52, 57, 64, 70, 70, 70}, {kernel_at(0)}, 8},
     {id<&cl::release_mem_object>, {53, 58, 65, 71, 71, 71}, {0_}, 8},
     {id<&cl::release_program>, {54, 59, 66, 72, 72, 72}, {program_at(0)}, 8},
-    {id<&cl::retain_context>, {57, 62, 69, 75, 75, 75}, {0_}, 8},
     {nullptr, {0, 0, 70, 76, 76, 76}, {0_}, 8},
-    {nullptr, {58, 63, 71, 77, 77, 77}, {event_at(0)}, 8},   // retaining is
+    {nullptr, {57, 62, 69, 75, 75, 75}, {program_at(0)}, 8}, // retaining, of a context too,
+    {nullptr, {58, 63, 71, 77, 77, 77}, {event_at(0)}, 8},   // is
     {nullptr, {61, 66, 74, 80, 80, 80}, {program_at(0)}, 8}, // the library's own
     {id<&cl::set_kernel_arg>, {63, 69, 77, 83, 83, 83}, {kernel_at(0), 28_n, 8_, 16_}, 24},
     {id<&cl::set_program_specialization_constant>, {0, 0, 0, 0, 0, 99}, {program_at(0), 8_n, 16_, 24_}, 32},
