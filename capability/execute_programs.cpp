@@ -183,7 +183,8 @@ void build_program(const root_device& device, build_program_record& record) {
   const auto completed = completed_options(device, *program, record.options);
   std::unique_ptr<build_notification> notification;
   if (record.pfn_notify != nullptr)
-    notification.reset(new build_notification{record.pfn_notify, program, record.user_data});
+    notification = std::make_unique<build_notification>(
+        build_notification{record.pfn_notify, program, record.user_data});
   program->set_given_options(completed ? (record.options == nullptr ? "" : record.options) : nullptr);
   program->forget_kernels(device.cl);
 

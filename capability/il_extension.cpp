@@ -35,7 +35,7 @@ cl_platform_id platform_of(const opencl_functions& cl, cl_context context) {
                      static_cast<void*>(devices.data()), static_cast<std::size_t*>(nullptr)) == CL_SUCCESS &&
       devices[0] != nullptr)
     static_cast<void>(call_or_refuse(cl.get_device_info, devices[0], cl_device_info{CL_DEVICE_PLATFORM},
-                                     sizeof platform, static_cast<void*>(&platform),
+                                     sizeof(cl_platform_id), static_cast<void*>(&platform),
                                      static_cast<std::size_t*>(nullptr)));
   return platform;
 }

@@ -222,7 +222,7 @@ cl_int kernel_object::check_argument(const root_device& device, std::uint32_t in
   if (status != CL_SUCCESS || wanted != parameter::buffer || value == nullptr)
     return status;
   cl_mem buffer = nullptr;
-  std::memcpy(&buffer, value, sizeof buffer);
+  std::memcpy(&buffer, value, sizeof(cl_mem));
   const argument& known = arguments_[index];
   const bool is_alive =
       buffer == nullptr || (buffer == known.buffer && now == known.seen_alive) || is_live_buffer(buffer);
@@ -255,7 +255,7 @@ cl_int kernel_object::set_argument(const root_device& device, std::uint32_t inde
     return note_refusal(status);
   if (!std::exchange(set.is_set, true))
     ++set_count_;
-  if (value != nullptr && size == sizeof set.buffer)
+  if (value != nullptr && size == sizeof(cl_mem))
     std::memcpy(&set.buffer, value, size);
   set.seen_alive = now;
   return CL_SUCCESS;
