@@ -86,8 +86,8 @@ void make_queue(const root_device& device, create_command_queue_with_properties_
   create_or_refuse(record, device.cl.create_command_queue, context, id, bits);
 }
 
-// References beyond the one that OpenCL is asked for, which therefore it cannot refuse. The map is there as long as it holds
-// any, so that nothing of it is left at the end.
+// Further references to contexts, counted here so that OpenCL cannot refuse them. The map is there as long as it holds any,
+// so that nothing of it is left at the end.
 std::mutex contexts_lock;
 std::unordered_map<void*, std::size_t>* more_references = nullptr;
 
@@ -116,21 +116,31 @@ void retain_context(const root_device&, object_record& record) {
   ++(*more_references)[record.object];
 }
 
+cl_uint references_of_context(void* context) {
+  const std::lock_guard guard(contexts_lock);
+  const bool has_more = more_references != nullptr && more_references->count(context) != 0;
+  return 1 + (has_more ? static_cast<cl_uint>(more_references->at(context)) : 0);
+}
+
+// True if there was one beyond OpenCL's.
+bool drop_further_reference(void* context) {
+  const std::lock_guard guard(contexts_lock);
+  if (more_references == nullptr)
+    return false;
+  const auto found = more_references->find(context);
+  if (found == more_references->end())
+    return false;
+  if (--found->second == 0)
+    more_references->erase(found);
+  if (more_references->empty())
+    delete std::exchange(more_references, nullptr);
+  return true;
+}
+
 void release_context(const root_device& device, object_record& record) {
-  record.status = CL_SUCCESS;
-  {
-    const std::lock_guard guard(contexts_lock);
-    const auto found = more_references == nullptr ? decltype(more_references->end())()
-                                                  : more_references->find(record.object);
-    if (more_references != nullptr && found != more_references->end()) {
-      if (--found->second == 0)
-        more_references->erase(found);
-      if (more_references->empty())
-        delete std::exchange(more_references, nullptr);
-      return;
-    }
-  }
-  record.status = call_or_refuse(device.cl.release_context, static_cast<cl_context>(record.object));
+  record.status = drop_further_reference(record.object)
+                      ? CL_SUCCESS
+                      : call_or_refuse(device.cl.release_context, static_cast<cl_context>(record.object));
 }
 
 void create_command_queue(const root_device& device, create_command_queue_record& record) {

@@ -19,10 +19,14 @@ public:
       status_ = CL_INVALID_EVENT_WAIT_LIST;
       return;
     }
-    for (std::uint32_t i = 0; i < count_; ++i) {
-      if (events[i]->failure() != CL_SUCCESS)
-        status_ = CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
-      events_.push_back(events[i]->event());
+    try {
+      for (std::uint32_t i = 0; i < count_; ++i) {
+        if (events[i]->failure() != CL_SUCCESS)
+          status_ = CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
+        events_.push_back(events[i]->event());
+      }
+    } catch (const std::bad_alloc&) {
+      status_ = CL_OUT_OF_HOST_MEMORY;
     }
   }
 
@@ -97,7 +101,7 @@ cl_uint count_zeros(const std::size_t* sizes, cl_uint dimensions) {
   return static_cast<cl_uint>(std::count(sizes, sizes + dimensions, std::size_t{0}));
 }
 
-// The most work-items that one group of the kernel may have, or 1.
+// The most work-items of a group that the device would choose.
 std::uint64_t largest_group(const root_device& device, cl_kernel kernel) {
   if (device.quirks.chooses_groups_of_one)
     return 1;
@@ -108,10 +112,10 @@ std::uint64_t largest_group(const root_device& device, cl_kernel kernel) {
   return status == CL_SUCCESS ? std::max<std::size_t>(size, 1) : 1;
 }
 
-// True if the implementation would end the process, or count too few groups and leave work undone. Without a
-// local size the device chooses, and what is certain is that no group is larger than the largest.
-bool has_too_many_groups(const root_device& device, cl_kernel kernel,
-                         const enqueue_nd_range_kernel_record& record, const std::size_t* local_size) {
+// True if the implementation would end the process, or count too few work-items or groups and leave work undone. Without
+// a local size the device chooses, and what is certain is that no group is larger than the largest.
+bool cannot_be_counted(const root_device& device, cl_kernel kernel,
+                       const enqueue_nd_range_kernel_record& record, const std::size_t* local_size) {
   constexpr std::uint64_t limit = std::uint64_t{1} << 32;
   const std::size_t* const global_size = record.global_work_size;
   if (device.quirks.counts_items_in_32_bits && std::any_of(global_size, global_size + record.work_dim,
@@ -144,7 +148,7 @@ cl_int check_sizes(const root_device& device, cl_kernel kernel, const enqueue_nd
     else if (zeros != 0)
       return CL_INVALID_WORK_GROUP_SIZE;
   }
-  return has_too_many_groups(device, kernel, record, local_size) ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS;
+  return cannot_be_counted(device, kernel, record, local_size) ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS;
 }
 
 } // namespace

@@ -62,11 +62,16 @@ void get_device_info(const root_device& device, get_device_info_record& record) 
 }
 
 void get_context_info(const root_device& device, get_context_info_record& record) {
+  if (record.param_name == CL_CONTEXT_REFERENCE_COUNT && record.context != nullptr) {
+    const cl_uint references = references_of_context(record.context);
+    answer(record, &references, sizeof references);
+    return;
+  }
   ask(record, device.cl.get_context_info, static_cast<cl_context>(record.context));
 }
 
-// OpenCL's kernel, to be asked. Who has taken a second kernel of a name for more than a launch must not suffer for ever
-// from its having been refused, so each question has it made again.
+// OpenCL's kernel, to be asked. One that could not be made is made anew for each question, since the refusal may have
+// passed.
 class kernel_to_ask {
 public:
   kernel_to_ask(const root_device& device, const kernel_object& object)

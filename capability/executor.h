@@ -35,6 +35,8 @@ void create_command_queue_with_properties(const root_device& device,
 void create_buffer(const root_device& device, create_buffer_record& record);
 void retain_context(const root_device& device, object_record& record);
 void release_context(const root_device& device, object_record& record);
+// As they are counted here.
+cl_uint references_of_context(void* context);
 void release_command_queue(const root_device& device, object_record& record);
 void release_mem_object(const root_device& device, object_record& record);
 

@@ -9,7 +9,7 @@
 namespace qv {
 namespace {
 
-// Whom an implementation that loses the user data means: those that do have one device.
+// Who gets callbacks without user data; the implementations that call so have one device.
 std::atomic<kept_objects*> without_user_data{nullptr};
 
 constexpr std::array<cl_command_queue_properties, 2> queue_kinds{0, CL_QUEUE_PROFILING_ENABLE};

@@ -1,4 +1,4 @@
-// What was made of a device to find out whether it works.
+// Objects made while trying a device.
 #pragma once
 
 #include "capability/opencl_functions.h"

@@ -332,7 +332,7 @@ cl_int kernel_object::release(const opencl_functions& cl) noexcept {
     if (ended != nullptr)
       ended->newer_ = nullptr;
   }
-  // The oldest spare may be another device's, which may be lost, or not be when this one is.
+  // The oldest spare may be of another device, so `cl` may be wrong for it.
   const bool is_another = ended != nullptr && ended != this;
   const cl_int status = end_all(is_another ? as_it_is_now(*ended->device_).cl : cl, ended);
   program->release(cl);

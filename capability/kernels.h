@@ -1,8 +1,8 @@
 // What is handed out as a program and as a kernel.
 //
-// Both are objects of this library that wrap OpenCL's. A launch makes a kernel, sets its arguments, and enqueues it, on a
-// thread that a refusal would end; so a kernel that is made for a launch, that is, while another of its name lives, takes
-// everything, and its launch is what fails. A kernel that is released is kept for the next one of its program and name.
+// Both are objects of this library that wrap OpenCL's. A launch makes a kernel, sets its arguments, and enqueues it, where a
+// failed command would end the process; so a kernel that is made for a launch, that is, while another of its name lives,
+// accepts all arguments, and its launch fails. A kernel that is released is kept for the next one of its program and name.
 #pragma once
 
 #include "capability/kernel_parameters.h"
@@ -47,7 +47,7 @@ public:
   cl_int release(const opencl_functions& cl) noexcept;
   std::uint32_t references() const noexcept { return references_.load(std::memory_order_relaxed); }
 
-  // Kernels that are kept would stand in the way of a new build, with which ends what is known of them.
+  // Before a new build: ends the kept kernels, which would block it, and forgets what they told.
   void forget_kernels(const opencl_functions& cl) noexcept;
 
   // The options of the last build, if it was given others than the caller's.
@@ -137,7 +137,7 @@ private:
   cl_int failure_ = CL_SUCCESS;
   bool is_for_launch_ = false;
   bool is_reused_ = false;
-  bool was_refused_ = false; // an argument, or one is not known
+  bool was_refused_ = false; // an argument; or its parameter is not known
   // Among all spares, in the order of their release; `newer_` also links those that are to be ended.
   kernel_object* older_ = nullptr;
   kernel_object* newer_ = nullptr;

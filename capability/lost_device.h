@@ -1,8 +1,8 @@
 // Devices that are lost while they are in use, such as one behind a network.
 //
-// An implementation may wait for an answer of a lost device for ever, be it to let go of an object. So once a command has
-// failed the device is asked whether it is there, and as long as it is not, nothing more is asked of it: its work fails,
-// and what it holds is given up.
+// An implementation may wait for an answer of a lost device for ever, be it to let go of an object. So once work or a finish
+// has failed, the device is asked whether it is there. As long as it is not, it gets no new work, and what it holds is given
+// up; only questions and the end of its queues still reach the implementation.
 #pragma once
 
 #include "capability/opencl_functions.h"

@@ -54,8 +54,8 @@ quirks quirks_of_platform(std::string_view platform_name) {
 void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir) {
   known.crashes_on_bitcode = known.crashes_on_bitcode && !takes_spir;
   // Mesa's device on the processor, which several platforms have.
-  constexpr std::string_view multiplies_dimensions = "llvmpipe";
-  if (device_name.substr(0, multiplies_dimensions.size()) == multiplies_dimensions)
+  constexpr std::string_view mesa_on_processor = "llvmpipe";
+  if (device_name.substr(0, mesa_on_processor.size()) == mesa_on_processor)
     known.counts_groups_in_32_bits = true;
 }
 

@@ -50,7 +50,7 @@ struct quirks {
 // By the name of the platform; an unknown platform has no known quirks.
 quirks quirks_of_platform(std::string_view platform_name);
 
-// What a device of the platform says of itself.
+// Adjusts them to what a device tells.
 void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir);
 
 } // namespace qv

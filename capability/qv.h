@@ -18,7 +18,7 @@
  *     same, once it can be made.
  * Queues, events, programs and kernels that are given out are objects of this library, for its own commands alone.
  *
- * All functions may be called from any thread. The trailing argument of each is reserved and 0. */
+ * All functions may be called from any thread. A trailing `reserved` is 0. */
 #ifndef QV_H
 #define QV_H
 

@@ -35,7 +35,7 @@ struct root_device {
   // What the device has said of itself, and will go on saying.
   std::vector<device_text_entry> texts;
   std::vector<device_number_entry> numbers;
-  // Null if the device has not been tried.
+  // Null if the device has not been tried, or is lost.
   std::shared_ptr<kept_objects> kept;
   // Null if nobody watches it. The other is the same device as long as it is lost.
   std::shared_ptr<device_watch> watch;

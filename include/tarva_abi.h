@@ -65,7 +65,7 @@
  * written in part. Reading the result back, and waiting for that read, is how a program makes sure.
  *
  * What an OpenCL implementation refuses although the library had no reason to, and what a device refuses
- * that is lost, such as one behind a network, fails in the same way: the request fails, and the process, the
+ * that is lost, such as one behind a network, fails as told above: the work fails, and the process, the
  * other devices, and all content that is not on that device go on. A device that cannot be prepared at the
  * start is left out; QV_LOG=1 in the environment has the reason written to the standard error stream.
  *
