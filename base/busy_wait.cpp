@@ -3,9 +3,7 @@
 #include "base/logging.h"
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
-#include <cstdint>
 #include <cstdlib>
 #include <sched.h>
 #include <string_view>
@@ -15,23 +13,29 @@ namespace oryn::tarva::library {
 
 namespace {
 
-using std::chrono::microseconds;
-
-constexpr std::uint64_t longest = 1000; // a sleeper is awake again after a tenth of that
+constexpr std::uint64_t longest = 1000; // to wake a sleeper takes a tenth of that
 constexpr const char* variable = "TARVA_BUSY_WAIT_US";
-
-std::atomic<std::uint64_t> limit = 0; // in microseconds
 
 // What the waits of one thread were like of late. What it waits for next is mostly of the same kind.
 struct experience {
   unsigned misses = 0; // in a row
-  unsigned slept_at_once = 0;
+  unsigned pause = 0;  // after that many waits it tries again
+  unsigned left = 0;   // of these
 };
-constexpr unsigned patience = 8, time_out = 64;
 constinit thread_local experience own;
 
 bool expects_to_miss() {
-  return own.misses >= patience && ++own.slept_at_once % time_out != 0;
+  if (own.left == 0)
+    return false;
+  --own.left;
+  return true;
+}
+
+// After a few misses ever more waits go by until the next try, so that these cost next to nothing.
+void note_miss() {
+  constexpr unsigned patience = 8, shortest_pause = 8, longest_pause = 512;
+  if (++own.misses >= patience)
+    own.left = own.pause = std::clamp(own.pause * 2, shortest_pause, longest_pause);
 }
 
 // Whoever is waited for could not run meanwhile. Asked each time, since it may change at any.
@@ -43,6 +47,7 @@ bool has_one_processor() {
 } // namespace
 
 void read_busy_wait_limit() {
+  std::atomic<std::uint64_t>& limit = internal::busy_wait_limit;
   limit = 0;
   const char* const value = secure_getenv(variable);
   if (value == nullptr)
@@ -56,17 +61,16 @@ void read_busy_wait_limit() {
     limit = fault == std::errc() ? std::min(number, longest) : longest;
 }
 
-microseconds get_busy_wait_limit() {
-  return microseconds(limit.load(std::memory_order_relaxed));
-}
-
-bool look_before_sleep(const event_count& events, event_count::ticket seen) {
-  const microseconds allowed = get_busy_wait_limit();
-  if (allowed.count() == 0 || expects_to_miss() || has_one_processor())
+bool internal::look_if_it_pays(const event_count& events, event_count::ticket seen) {
+  if (expects_to_miss())
     return false;
-  const auto end = std::chrono::steady_clock::now() + allowed;
+  if (has_one_processor()) {
+    note_miss();
+    return false;
+  }
+  const auto end = std::chrono::steady_clock::now() + get_busy_wait_limit();
   do {
-    constexpr int looks = 8; // for each at the clock
+    constexpr int looks = 16; // for each at the clock
     for (int i = 0; i < looks; ++i) {
       if (events.get_ticket() != seen) {
         own = {};
@@ -75,7 +79,7 @@ bool look_before_sleep(const event_count& events, event_count::ticket seen) {
       __builtin_ia32_pause();
     }
   } while (std::chrono::steady_clock::now() < end);
-  own.misses = std::min(own.misses + 1, patience);
+  note_miss();
   return false;
 }
 

@@ -159,6 +159,17 @@
  * those at error level of failures, and those at critical level of failures that cannot be mended, above all
  * those that end the process.
  *
+ * WAITING
+ *
+ * A call that waits for a device's thread sleeps, and so does that thread between two operations: nothing
+ * polls. TARVA_BUSY_WAIT_US in the environment, a number of microseconds, makes both look for that long
+ * before they sleep. It is read at the start; 0 unless set, at most 1000, for which larger numbers count, and
+ * 0 with a line at warning level for what is no number. Where two processors are free, that saves most of the
+ * way to the other one and back, in each operation. The price is that both are busy meanwhile, and for up to
+ * that long after each operation; on a loaded machine it makes all slower. A thread whose waits turn out
+ * longer stops looking by itself, and tries again now and then; one that may use a single processor never
+ * looks.
+ *
  * PROPERTIES
  *
  * Devices, programs, kernels, memory objects and errors describe themselves by a tree of properties. Its root
@@ -695,7 +706,9 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_kernel_root_property(void* reser
 
 /*
  * Launches the kernel on its device, and returns when the launch has ended. Memory objects among the
- * arguments are moved to the device first, each as a whole, and stay there. The launch has no future: a
+ * arguments are moved to the device first, each as a whole, and stay there. An object without content, see
+ * tarva_abi_memory_allocate_typed, is made there, and nothing is transferred; where the kernel does not write
+ * it holds what the device's OpenCL implementation puts into fresh storage. The launch has no future: a
  * failure of its work shows in the log only.
  *
  * kernel          the kernel
@@ -741,7 +754,10 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_kernel_call(void* reserved, tarva_ab
  */
 
 /*
- * Allocates a memory object. Its content is undefined until it is filled, written or copied to.
+ * Allocates a memory object. It has no content until it is filled, written or copied to, or a kernel is
+ * launched with it; one element, also of such an operation that fails, makes all of it content, of which the
+ * elements that nobody has given are undefined. To read an object without content, or to copy out of it,
+ * succeeds and leaves the destination as it is.
  *
  * user_label  the name that the object shows in its properties; NULL counts as ""
  * type        the type of its elements

@@ -51,21 +51,6 @@ TEST_P(movement, an_operation_of_count_0_asks_nothing_of_opencl) {
     EXPECT_EQ(count(calls, operation), 0u);
 }
 
-TEST_P(movement, a_big_endian_device_sees_its_own_byte_order) {
-  const auto add = kernel(version(), "add", role::big_endian);
-  const memory numbers = make(counted(4, 0x01020304));
-  const std::int32_t amount = 0x10, pattern = 0x0a0b0c0d;
-  EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(4)), outcome());
-  // The bytes pass to the caller as they are stored.
-  auto content = read<std::int32_t>(numbers, 4);
-  EXPECT_EQ(content[0], 0x14030201);
-  EXPECT_EQ(fill(numbers, &pattern, 1, 2), outcome());
-  EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(4)), outcome());
-  content = read<std::int32_t>(numbers, 4);
-  EXPECT_EQ(content[0], 0x24030201) << "the order is changed once";
-  EXPECT_EQ(content[2], 0x1d0c0b0a) << "a fill arrives in the order of the device";
-}
-
 TEST_P(movement, byte_order_changes_by_component_and_not_for_boolean) {
   const auto observe = kernel(version(), "observe", role::big_endian);
   const memory seen = make(std::vector<std::int16_t>(6));

@@ -1,3 +1,4 @@
+#include "base/busy_wait.h"
 #include "base/logging.h"
 #include "base/unique_identifier.h"
 #include "tests/failing_memory.h"
@@ -95,6 +96,14 @@ TEST_F(logging_test, writes_the_lines_from_its_level_on_in_the_one_pattern) {
       expected += lines[line];
     EXPECT_EQ(expected, play({{"TARVA_LOG_LEVEL", levels[level]}, {"TARVA_LOG_TARGET", "console"}}));
   }
+}
+
+TEST_F(logging_test, tells_of_a_variable_that_is_no_number) {
+  EXPECT_EQ(
+      "0\n[tarva] [warning] TARVA_BUSY_WAIT_US is no number of microseconds, so no wait looks before it "
+      "sleeps: soon\n",
+      play({{"TARVA_LOG_LEVEL", "warn"}, {"TARVA_LOG_TARGET", "console"}, {"TARVA_BUSY_WAIT_US", "soon"}},
+           tarva::library::read_busy_wait_limit));
 }
 
 TEST_F(logging_test, configures_the_two_layers_apart) {

@@ -1,3 +1,4 @@
+#include "base/busy_wait.h"
 #include "base/event_count.h"
 #include "base/notifier.h"
 
@@ -5,12 +6,18 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <sched.h>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
 namespace oryn::tarva::library {
 namespace {
+
+void busy_wait(const char* microseconds) {
+  setenv("TARVA_BUSY_WAIT_US", microseconds, 1);
+  read_busy_wait_limit();
+}
 
 // A notifier that is closed when the test ends, as every notifier should be.
 class notifier_test : public testing::Test {
@@ -38,7 +45,7 @@ TEST_F(notifier_test, asks_once_before_it_sleeps_and_never_when_closed) {
 }
 
 // The sender changes the condition and rings at any moment of the waiters' way into their sleep.
-TEST_F(notifier_test, no_wake_up_is_lost) {
+void ring_at_any_moment(const notifier& bell) {
   constexpr int rounds = 10000, waiter_count = 3;
   notifier answer;
   std::atomic<int> sent = 0, seen = 0;
@@ -63,6 +70,62 @@ TEST_F(notifier_test, no_wake_up_is_lost) {
   for (std::thread& each : waiters)
     each.join();
   answer.close();
+}
+
+TEST_F(notifier_test, no_wake_up_is_lost) {
+  for (const char* microseconds : {"0", "20"}) {
+    busy_wait(microseconds);
+    ring_at_any_moment(bell);
+  }
+}
+
+TEST(busy_wait, is_read_from_the_environment) {
+  for (const auto& [text, limit] : {std::pair{"200", 200},
+                                    {"1000", 1000},
+                                    {"1001", 1000},
+                                    {"0", 0},
+                                    {"", 0},
+                                    {"99999999999999999999", 1000},
+                                    {"-5", 0},
+                                    {"20x", 0},
+                                    {"1.5", 0}}) {
+    busy_wait(text);
+    EXPECT_EQ(get_busy_wait_limit().count(), limit) << text;
+  }
+  busy_wait("7");
+  unsetenv("TARVA_BUSY_WAIT_US");
+  read_busy_wait_limit();
+  EXPECT_EQ(get_busy_wait_limit().count(), 0);
+}
+
+// What a thread has learnt is its own: each of them begins anew.
+TEST(busy_wait, looks_where_that_may_pay_and_nowhere_else) {
+  event_count events;
+  const event_count::ticket old = events.get_ticket();
+  events.notify_all();
+  const auto looks = [&] { return look_before_sleep(events, old); };
+  EXPECT_FALSE(looks()) << "nobody has asked for it";
+  busy_wait("1");
+  cpu_set_t allowed;
+  ASSERT_EQ(sched_getaffinity(0, sizeof(allowed), &allowed), 0);
+  if (CPU_COUNT(&allowed) > 1)
+    std::thread([&] {
+      EXPECT_TRUE(looks());
+      for (int i = 0; i < 8; ++i)
+        EXPECT_FALSE(look_before_sleep(events, events.get_ticket()));
+      EXPECT_FALSE(looks()) << "it has not paid of late";
+      bool has_looked = false;
+      for (int i = 0; i < 1000 && !has_looked; ++i)
+        has_looked = looks();
+      EXPECT_TRUE(has_looked && looks()) << "it has paid again";
+    }).join();
+  std::thread([&] {
+    CPU_ZERO(&allowed);
+    CPU_SET(sched_getcpu(), &allowed);
+    EXPECT_EQ(sched_setaffinity(0, sizeof(allowed), &allowed), 0);
+    EXPECT_FALSE(looks()) << "nobody else could run";
+  }).join();
+  busy_wait("0");
 }
 
 // Both bells ring in turn, and at the end both are closed.
