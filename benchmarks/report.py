@@ -203,7 +203,7 @@ def beside_busy_device(results):
             "them.\nRaw OpenCL with a thread for each device takes {raw}, and {raw_alone} without them.").format(**times)
 
 
-def over_network(results):
+def over_network(results, server):
     text = lookup(results)
     place = "networked, free"
     time = text(place, "launch/arguments:0")
@@ -211,7 +211,7 @@ def over_network(results):
     fresh = text(place, "fresh_kernel/arguments:0", "ratio_fresh", "{:.2f}".format)
     if NOT_MEASURED in (time, raw, fresh):
         return ""
-    return (f"A launch without arguments took {time} where it was measured: {raw} times what the OpenCL calls alone take\n"
+    return (f"A launch without arguments took {time} with a server {server}: {raw} times what the OpenCL calls alone take\n"
             f"with a kernel that is there, and {fresh} times what they take with a kernel made for each launch.")
 
 
