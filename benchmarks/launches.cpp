@@ -11,7 +11,8 @@ namespace benchmarks {
 
 namespace {
 
-void compare_launches(benchmark::State& state, int argument_count) {
+// Against kernels that are there, or one made for each launch.
+void compare_launches(benchmark::State& state, int argument_count, bool is_fresh) {
   const std::string source = kernel_source(argument_count);
   const std::string name = kernel_name(argument_count);
   const cl_int number = 7;
@@ -41,9 +42,12 @@ void compare_launches(benchmark::State& state, int argument_count) {
       {"tarva", [&] { launch(kernel, arguments); }},
       {"raw", raw_launch},
       {"floor", [&] { thread.do_and_wait(raw_launch); }},
-      {"fresh", [&] { device.launch_fresh(raw_program, name.c_str(), raw_arguments); }},
   };
-  const auto peers = make_peers(device.get_context(), device.get_device());
+  if (is_fresh)
+    subjects = {subjects.front(),
+                {"fresh", [&] { device.launch_fresh(raw_program, name.c_str(), raw_arguments); }}};
+  const auto peers =
+      is_fresh ? std::vector<named_peer>{} : make_peers(device.get_context(), device.get_device());
   for (const named_peer& each : peers) {
     each.implementation->prepare_launch(source, name, argument_count);
     subjects.push_back({each.name, [&each] { each.implementation->launch(); }});
@@ -60,7 +64,10 @@ void compare_launches(benchmark::State& state, int argument_count) {
 void add_launches() {
   for (const int arguments : {0, 1, 8, 64})
     add("launch/arguments:" + std::to_string(arguments), 2000,
-        [arguments](benchmark::State& state) { compare_launches(state, arguments); });
+        [arguments](benchmark::State& state) { compare_launches(state, arguments, false); });
+  for (const int arguments : {0, 8})
+    add("fresh_kernel/arguments:" + std::to_string(arguments), 300,
+        [arguments](benchmark::State& state) { compare_launches(state, arguments, true); });
 }
 
 } // namespace benchmarks
