@@ -91,6 +91,21 @@ void make_queue(const root_device& device, create_command_queue_with_properties_
 std::mutex contexts_lock;
 std::unordered_map<void*, std::size_t>* more_references = nullptr;
 
+// True if there was one beyond OpenCL's.
+bool drop_further_reference(void* context) {
+  const std::lock_guard guard(contexts_lock);
+  if (more_references == nullptr)
+    return false;
+  const auto found = more_references->find(context);
+  if (found == more_references->end())
+    return false;
+  if (--found->second == 0)
+    more_references->erase(found);
+  if (more_references->empty())
+    delete std::exchange(more_references, nullptr);
+  return true;
+}
+
 } // namespace
 
 void create_context(const root_device& device, create_context_record& record) {
@@ -120,21 +135,6 @@ cl_uint references_of_context(void* context) {
   const std::lock_guard guard(contexts_lock);
   const bool has_more = more_references != nullptr && more_references->count(context) != 0;
   return 1 + (has_more ? static_cast<cl_uint>(more_references->at(context)) : 0);
-}
-
-// True if there was one beyond OpenCL's.
-bool drop_further_reference(void* context) {
-  const std::lock_guard guard(contexts_lock);
-  if (more_references == nullptr)
-    return false;
-  const auto found = more_references->find(context);
-  if (found == more_references->end())
-    return false;
-  if (--found->second == 0)
-    more_references->erase(found);
-  if (more_references->empty())
-    delete std::exchange(more_references, nullptr);
-  return true;
 }
 
 void release_context(const root_device& device, object_record& record) {
