@@ -2,7 +2,7 @@
 
 #include "access/opencl/discovery.h"
 #include "base/logging.h"
-#include "objects/opencl/opencl_device.h"
+#include "opencl/opencl_device.h"
 
 #include <tuple>
 

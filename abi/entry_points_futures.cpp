@@ -1,8 +1,8 @@
 #include "abi/argument_checks.h"
 #include "abi/tarva_singleton.h"
 #include "base/logging.h"
-#include "ir/logical/logical_operation.h"
-#include "ir/scheduler/scheduler.h"
+#include "ir/logical_operation.h"
+#include "scheduler/scheduler.h"
 #include "objects/library_future.h"
 
 #include <stdexcept>

@@ -1,7 +1,7 @@
 #include "abi/argument_checks.h"
 #include "abi/tarva_singleton.h"
-#include "ir/logical/operations.h"
-#include "ir/scheduler/scheduler.h"
+#include "ir/logical_operations.h"
+#include "scheduler/scheduler.h"
 #include "memory/library_memory.h"
 
 // Memory objects and the operations on them.

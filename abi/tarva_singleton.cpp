@@ -7,7 +7,7 @@
 #include "base/busy_wait.h"
 #include "base/logging.h"
 #include "base/process_fault.h"
-#include "ir/scheduler/ultra_naive_scheduler.h"
+#include "scheduler/ultra_naive_scheduler.h"
 #include "objects/device_work_dispatcher.h"
 #include "objects/library_device.h"
 #include "properties/device_catalogue.h"

@@ -1,7 +1,7 @@
 // Objects of the pipeline that have no OpenCL behind them.
 #pragma once
 
-#include "device_ir/device_command.h"
+#include "ir/device_command.h"
 #include "ir/dag.h"
 #include "memory/device_memory_allocation.h"
 #include "objects/device_work_dispatcher.h"

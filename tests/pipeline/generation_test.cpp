@@ -1,11 +1,11 @@
 // The commands that a step becomes, and the pieces in which a graph reaches its devices.
 #include "access/opencl/discovery.h"
-#include "device_ir/dispatch_operations.h"
-#include "device_ir/opencl/generate_device_command_sequence.h"
-#include "ir/logical/operations.h"
-#include "ir/physical/operations.h"
+#include "scheduler/dispatch_operations.h"
+#include "opencl/generate_device_command_sequence.h"
+#include "ir/logical_operations.h"
+#include "ir/physical_operations.h"
 #include "memory/library_memory.h"
-#include "objects/opencl/opencl_device.h"
+#include "opencl/opencl_device.h"
 #include "tests/pipeline/fakes.h"
 #include "tests/scripted/scripted_qv.h"
 

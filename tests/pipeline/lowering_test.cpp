@@ -1,6 +1,6 @@
 // The graph that each request becomes, and where its objects are afterwards, from every place they can be at.
-#include "ir/logical/operations.h"
-#include "ir/scheduler/lowering.h"
+#include "ir/logical_operations.h"
+#include "scheduler/lowering.h"
 #include "memory/library_memory.h"
 #include "tests/pipeline/fakes.h"
 

@@ -1,8 +1,8 @@
 // The state machine of each level, and what one level tells the next.
-#include "device_ir/host_function_call.h"
-#include "device_ir/synchronization.h"
-#include "ir/logical/operations.h"
-#include "ir/physical/operations.h"
+#include "ir/host_function_call.h"
+#include "ir/synchronization.h"
+#include "ir/logical_operations.h"
+#include "ir/physical_operations.h"
 #include "memory/library_memory.h"
 #include "tests/pipeline/fakes.h"
 

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "scheduler/memory_table.h"
+#include "scheduler/scheduler.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+class library_device;
+class lowering;
+
+// Works on exactly one logical operation at a time. A memory object starts on the host, moves to a device
+// when a kernel needs it there, and never moves back. Work on host memory runs on the first device of the
+// list.
+class ultra_naive_scheduler final : public scheduler {
+public:
+  using device_list = std::vector<std::shared_ptr<library_device>>;
+
+  // Knows no device; the list is read at every submit.
+  explicit ultra_naive_scheduler(std::function<const device_list&()> devices)
+      : devices_(std::move(devices)) {}
+
+  // Returns when every command of the operation has ended.
+  void submit(const std::shared_ptr<logical_ir::logical_operation>& operation) override;
+  void forget(const std::shared_ptr<library_memory>& memory) noexcept override;
+  // The work has ended before submit() returned.
+  void prepare_wait(const std::shared_ptr<logical_ir::logical_operation>&) override {}
+
+private:
+  static void run(logical_ir::logical_operation& operation, const lowering& lowered);
+
+  std::mutex lock_; // held for the whole of submit
+  std::function<const device_list&()> devices_;
+  memory_table memory_states_;
+  std::uint64_t last_sync_id_ = 0;
+};
+
+} // namespace oryn::tarva::library
