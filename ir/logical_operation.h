@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/completion_state.h"
-#include "base/event_count.h"
+#include "base/notifier.h"
 #include "ir/logical_operation_visitor.h"
 
 #include <atomic>

@@ -1,14 +1,13 @@
 // The bodies of opencl_device_work_dispatcher.h, compiled once for each version.
 #pragma once
 
+#include "base/end_of_process.h"
 #include "base/logging.h"
-#include "base/masked_signals.h"
-#include "base/process_fault.h"
 #include "ir/host_function_call.h"
-#include "opencl/opencl_device_work_dispatcher.h"
-#include "opencl/opencl_stage.inl.h"
 #include "ir/synchronization.h"
 #include "opencl/opencl_device.h"
+#include "opencl/opencl_device_work_dispatcher.h"
+#include "opencl/opencl_stage.inl.h"
 
 #include <algorithm>
 #include <iterator>
@@ -178,7 +177,7 @@ bool opencl_device_work_dispatcher<V>::can_advance(const work_list<V>& waiting) 
 
 template <version V>
 void opencl_device_work_dispatcher<V>::worker_main() noexcept {
-  note_worker();
+  mark_worker_thread();
   try {
     run_until_shutdown();
     if (!work_lists_.empty())
