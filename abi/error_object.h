@@ -29,9 +29,6 @@ public:
   // Empty at the end of the chain.
   std::shared_ptr<error_object> get_nested_error() const { return nested_; }
 
-  const std::string& get_message() const { return message_; }
-  std::uint64_t get_exception_type() const { return exception_type_; }
-
 private:
   std::shared_ptr<error_object> nested_;
   std::string message_;
