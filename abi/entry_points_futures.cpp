@@ -3,7 +3,7 @@
 #include "base/logging.h"
 #include "ir/logical_operation.h"
 #include "scheduler/scheduler.h"
-#include "objects/library_future.h"
+#include "ir/logical_operation.h"
 
 #include <stdexcept>
 

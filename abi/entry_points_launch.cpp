@@ -1,7 +1,7 @@
 #include "abi/argument_checks.h"
 #include "abi/launch_range.h"
 #include "abi/tarva_singleton.h"
-#include "ir/logical_operations.h"
+#include "ir/logical_operation.h"
 #include "memory/library_memory.h"
 #include "objects/kernel_arguments.h"
 #include "objects/library_kernel.h"

@@ -1,6 +1,6 @@
 #include "abi/argument_checks.h"
 #include "abi/tarva_singleton.h"
-#include "ir/logical_operations.h"
+#include "ir/logical_operation.h"
 #include "scheduler/scheduler.h"
 #include "memory/library_memory.h"
 

@@ -2,7 +2,7 @@
 
 #include "abi/argument_checks.h"
 #include "abi/bridge.h"
-#include "objects/ir_header.h"
+#include "objects/intermediate_representation.h"
 
 #include <stdexcept>
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "scheduler/dispatch_operations.h"
-#include "ir/logical_operation_visitor.h"
-#include "ir/physical_operations.h"
-#include "scheduler/block_move.h"
+#include "ir/logical_operation.h"
+#include "ir/physical_operation.h"
+#include "scheduler/memory_table.h"
 #include "scheduler/memory_table.h"
 
 #include <cstdint>
