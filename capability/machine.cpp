@@ -117,8 +117,11 @@ std::string look_at_device(root_device& device, cl_platform_id platform, const c
   device.local_memory_size = device_number(device.cl, device.id, CL_DEVICE_LOCAL_MEM_SIZE).value_or(0);
   adapt_to_device(device.quirks, *device.find_text(CL_DEVICE_NAME), has_extension(device, "cl_khr_spir"));
 
-  if (device.capabilities.none())
-    return {}; // nobody can use it
+  if (device.capabilities.none()) {
+    log_line({"the device \"", *device.find_text(CL_DEVICE_NAME), "\" is offered under no version: \"",
+              *device.find_text(CL_DEVICE_VERSION), "\" is none"});
+    return {}; // nobody can use it, so it is not tried
+  }
   std::string lack = try_context_and_queue(device);
   if (lack.empty())
     try_builtin_kernels(device);
