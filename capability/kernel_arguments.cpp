@@ -1,20 +1,27 @@
-#include "capability/kernel_parameters.h"
+#include "capability/kernel_arguments.h"
 
-#include "capability/opencl_call.h"
+#include "base/thread_annotations.h"
+#include "capability/opencl_queries.h"
 #include "capability/root_device.h"
 
 #include <algorithm>
-#include <array>
+#include <atomic>
 #include <charconv>
-#include <string_view>
+#include <new>
+#include <unordered_set>
 
 namespace qv {
 namespace {
 
-template <typename Value>
+// The set is there as long as any buffer is, so that it needs neither a constructor at loading nor a destructor at the
+// end, when other threads may still ask. Nothing keeps an implementation from giving out an address twice.
+oryn::mutex buffers_lock;
+std::unordered_multiset<cl_mem>* live_buffers TARVA_GUARDED_BY(buffers_lock) = nullptr;
+std::atomic<std::uint64_t> removed_count{0};
+
+template <class Value>
 bool ask(const opencl_functions& cl, cl_kernel kernel, cl_uint index, cl_kernel_arg_info name, Value& value) {
-  return call_or_refuse(cl.get_kernel_arg_info, kernel, index, name, sizeof value, static_cast<void*>(&value),
-                        static_cast<std::size_t*>(nullptr)) == CL_SUCCESS;
+  return ask_value(value, name, cl.get_kernel_arg_info, kernel, index) == CL_SUCCESS;
 }
 
 // Images, samplers and queues are told by their types. Those names are short; a longer one does not fit, and is none of
@@ -42,12 +49,44 @@ parameter kind_of(const opencl_functions& cl, cl_kernel kernel, cl_uint index) {
 
 } // namespace
 
+bool add_live_buffer(cl_mem buffer) noexcept {
+  try {
+    const oryn::lock_guard guard(buffers_lock);
+    if (live_buffers == nullptr)
+      live_buffers = new std::unordered_multiset<cl_mem>;
+    live_buffers->insert(buffer);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+void remove_live_buffer(cl_mem buffer) noexcept {
+  const oryn::lock_guard guard(buffers_lock);
+  ++removed_count;
+  if (live_buffers == nullptr)
+    return;
+  if (const auto found = live_buffers->find(buffer); found != live_buffers->end())
+    live_buffers->erase(found);
+  if (live_buffers->empty()) {
+    delete live_buffers;
+    live_buffers = nullptr;
+  }
+}
+
+bool is_live_buffer(cl_mem value) noexcept {
+  const oryn::lock_guard guard(buffers_lock);
+  return live_buffers != nullptr && live_buffers->count(value) != 0;
+}
+
+std::uint64_t removed_buffer_count() noexcept {
+  return removed_count.load(std::memory_order_acquire);
+}
+
 std::optional<std::vector<parameter>> parameters_of(const opencl_functions& cl, cl_kernel kernel) {
   cl_uint count = 0;
   constexpr cl_uint most = 1 << 16; // no kernel has as many: then the number is none
-  if (call_or_refuse(cl.get_kernel_info, kernel, cl_kernel_info{CL_KERNEL_NUM_ARGS}, sizeof count,
-                     static_cast<void*>(&count), static_cast<std::size_t*>(nullptr)) != CL_SUCCESS ||
-      count > most)
+  if (ask_value(count, CL_KERNEL_NUM_ARGS, cl.get_kernel_info, kernel) != CL_SUCCESS || count > most)
     return std::nullopt;
   std::vector<parameter> kinds(count, parameter::unknown);
   for (cl_uint index = 0; index < count; ++index) {
@@ -58,6 +97,7 @@ std::optional<std::vector<parameter>> parameters_of(const opencl_functions& cl, 
   return kinds;
 }
 
+// The text is the source's own in part, so blanks and brackets may stand anywhere between the numbers.
 group_size group_size_in(std::string_view attributes) {
   constexpr std::string_view attribute = "reqd_work_group_size";
   constexpr std::string_view between = " \t\n,(";
@@ -77,6 +117,8 @@ group_size group_size_in(std::string_view attributes) {
   return sizes;
 }
 
+// A null value, an image and a sampler each end the process on one implementation or another, whatever their size is. Local
+// memory comes as a size without a value.
 cl_int check_kind(const root_device& device, parameter wanted, std::size_t size, const void* value) noexcept {
   switch (wanted) {
   case parameter::value:
@@ -87,7 +129,8 @@ cl_int check_kind(const root_device& device, parameter wanted, std::size_t size,
     if (value != nullptr)
       return CL_INVALID_ARG_VALUE;
     break;
-  case parameter::image: // which nothing here can make
+  // These are known by their kind alone: no command here can make one, so that no argument is right.
+  case parameter::image:
     return CL_INVALID_MEM_OBJECT;
   case parameter::sampler:
     return CL_INVALID_SAMPLER;
