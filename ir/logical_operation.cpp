@@ -1,6 +1,6 @@
 #include "ir/logical_operation.h"
 
-#include "base/process_fault.h"
+#include "base/end_of_process.h"
 #include "memory/library_memory.h"
 #include "objects/library_kernel.h"
 

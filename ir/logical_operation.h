@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/completion_state.h"
-#include "base/event_count.h"
+#include "base/notifier.h"
 #include "ir/nd_range.h"
 #include "objects/kernel_arguments.h"
 

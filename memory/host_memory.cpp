@@ -3,7 +3,6 @@
 #include "base/logging.h"
 #include "base/unique_identifier.h"
 #include "memory/ranges.h"
-#include "memory/ranges.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,7 @@
 #include "opencl/opencl_device_work_dispatcher.h"
 
+#include "base/end_of_process.h"
 #include "base/logging.h"
-#include "base/masked_signals.h"
-#include "base/process_fault.h"
 
 #include <algorithm>
 #include <functional>
@@ -149,7 +148,7 @@ bool opencl_device_work_dispatcher::can_advance(const work_list& list) const {
 }
 
 void opencl_device_work_dispatcher::worker_main() noexcept {
-  note_worker();
+  mark_worker_thread();
   try {
     run_until_shutdown();
     if (!work_lists_.empty())

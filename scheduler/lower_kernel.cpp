@@ -1,6 +1,5 @@
 // The lowering of a launch: its refusals, and the movement of its memory objects to the kernel's device.
 #include "ir/launch_checks.h"
-#include "ir/launch_checks.h"
 #include "scheduler/lowering.h"
 #include "memory/library_memory.h"
 #include "objects/library_kernel.h"

@@ -3,7 +3,6 @@
 #include "base/logging.h"
 #include "memory/ranges.h"
 #include "memory/library_memory.h"
-#include "memory/ranges.h"
 #include "memory/host_memory.h"
 
 #include <stdexcept>

@@ -4,7 +4,6 @@
 #include "ir/logical_operation.h"
 #include "ir/physical_operation.h"
 #include "scheduler/memory_table.h"
-#include "scheduler/memory_table.h"
 
 #include <cstdint>
 #include <exception>

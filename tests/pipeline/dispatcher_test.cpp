@@ -4,7 +4,6 @@
 #include "opencl/acquire_set.h"
 #include "ir/device_command.h"
 #include "opencl/opencl_device_command.h"
-#include "ir/device_command.h"
 #include "ir/logical_operation.h"
 #include "ir/physical_operation.h"
 #include "memory/library_memory.h"

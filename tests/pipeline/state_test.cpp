@@ -1,6 +1,5 @@
 // The state machine of each level, and what one level tells the next.
 #include "ir/device_command.h"
-#include "ir/device_command.h"
 #include "ir/logical_operation.h"
 #include "ir/physical_operation.h"
 #include "memory/library_memory.h"

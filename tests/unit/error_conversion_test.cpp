@@ -1,5 +1,4 @@
 #include "abi/bridge.h"
-#include "abi/error_conversion.h"
 #include "abi/error_object.h"
 #include "tests/failing_memory.h"
 

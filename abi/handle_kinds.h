@@ -1,6 +1,28 @@
+// The seven kinds of handle: the records behind the opaque pointers of the interface, the library objects that these stand
+// for, and the words in which a wrong handle is refused. A new kind is a new record and a new handle_traits.
 #pragma once
 
-#include "abi/handle_records.h"
+#include <tarva_abi.h>
+
+// What stands behind an opaque handle: one word, the object kind. A property's record is public.
+struct tarva_abi_device_s {
+  tarva_abi_object_kind kind;
+};
+struct tarva_abi_program_s {
+  tarva_abi_object_kind kind;
+};
+struct tarva_abi_kernel_s {
+  tarva_abi_object_kind kind;
+};
+struct tarva_abi_memory_s {
+  tarva_abi_object_kind kind;
+};
+struct tarva_abi_future_s {
+  tarva_abi_object_kind kind;
+};
+struct tarva_abi_error_s {
+  tarva_abi_object_kind kind;
+};
 
 namespace oryn::tarva::library {
 
@@ -12,11 +34,12 @@ class library_memory;
 class library_program;
 class property_base;
 
-// What differs between the seven kinds of handle: the library object, the words, and whether the caller's
-// references are counted.
-template <typename record>
+// What differs between the kinds. A kind without a null_message or a wrong_kind_message does not make that test: a look-up
+// refuses the handle all the same.
+template <class Record>
 struct handle_traits;
 
+// The caller may hold several references to the handle, or exactly one.
 struct counted_kind {
   static constexpr bool counted = true;
 };
@@ -95,10 +118,10 @@ struct handle_traits<tarva_abi_property_s> : single_owner_kind {
   static constexpr const char* leak_line = "Property object {} was not destroyed.";
 };
 
-template <typename record>
-concept counted_handle = handle_traits<record>::counted;
+template <class Record>
+concept counted_handle = handle_traits<Record>::counted;
 
-template <typename record>
-using object_of = typename handle_traits<record>::object;
+template <class Record>
+using object_of = typename handle_traits<Record>::object;
 
 } // namespace oryn::tarva::library
