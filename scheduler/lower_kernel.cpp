@@ -96,11 +96,11 @@ void lowering::visit(const logical_ir::kernel& operation) {
   arguments.replace_library_memory(std::move(replacement_blocks));
   const physical_pointer launch =
       add<physical_ir::kernel>(device, operation.get_kernel_object(), std::move(arguments), range);
-  for (const auto& step : predecessors_of_kernel)
-    graph_.insert_edge(step, launch);
+  for (const auto& predecessor : predecessors_of_kernel)
+    graph_.insert_edge(predecessor, launch);
 }
 
-// The step that the launch must wait for.
+// Yields the physical operation that the launch must wait for.
 lowering::physical_pointer lowering::move_to(const std::shared_ptr<library_device>& device,
                                              const std::shared_ptr<library_memory>& memory,
                                              memory_state& state) {

@@ -67,9 +67,9 @@ lowering::lowering(const std::shared_ptr<logical_ir::logical_operation>& operati
                    std::uint64_t& last_sync_id)
     : operation_(operation), host_device_(host_device), table_(table), last_sync_id_(last_sync_id) {}
 
-void lowering::add_chain(const std::vector<physical_pointer>& steps) {
-  for (std::size_t i = 1; i < steps.size(); ++i)
-    graph_.insert_edge(steps[i - 1], steps[i]);
+void lowering::add_chain(const std::vector<physical_pointer>& chain) {
+  for (std::size_t i = 1; i < chain.size(); ++i)
+    graph_.insert_edge(chain[i - 1], chain[i]);
 }
 
 void lowering::settle_after_failure() noexcept {

@@ -1,3 +1,4 @@
+// Where the content of each memory object is.
 #pragma once
 
 #include "base/address_map.h"
@@ -11,7 +12,8 @@ namespace oryn::tarva::library {
 class device_memory;
 class host_memory;
 
-// Where the content of one memory object is, on the host or on a device, and its byte order.
+// Where the content of one memory object is, on the host or on a device, and its byte order: in exactly one of two blocks,
+// which it keeps. No lock of its own, like all of this file: the scheduler's guards it.
 class memory_state {
 public:
   void set_host_block(std::shared_ptr<host_memory> block) {
@@ -48,7 +50,7 @@ private:
 
 class library_memory;
 
-// The last state of every live memory object.
+// The state of every live memory object.
 class memory_table {
 public:
   // Both refuse an object that is there already, or is not. What they return holds until the next change.
@@ -69,8 +71,9 @@ private:
 // Frees the block of the state, if that still holds storage.
 void free_block(const memory_state& state);
 
-// The movement of one object's content to the device of a launch, with what is needed to settle where the
-// content is if the request fails. Used when every command of the request has ended.
+// The movement of one object's content to the device of a launch, with what it takes to find out where the content is if
+// the launch fails: the operations that were to bring it there, each of which has succeeded or not. A block is freed only
+// when its content has arrived elsewhere, so that a failed move loses nothing.
 struct block_move {
   std::shared_ptr<library_memory> memory{};
   memory_state before{};
@@ -82,7 +85,7 @@ struct block_move {
   std::shared_ptr<host_memory> staging{};
   std::shared_ptr<physical_ir::physical_operation> staged{}; // brings the content to `staging`
 
-  // Gives the object the state of the block that holds its content, and frees the others.
+  // Gives the object the state of the block that holds its content, and frees the others. When every command has ended.
   void settle_after_failure(memory_table& table) const;
 };
 
