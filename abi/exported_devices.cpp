@@ -1,6 +1,6 @@
 // The exported functions for devices, programs, and kernels up to their launch, and the versions of the library.
 #include "abi/entry_point.h"
-#include "objects/ir_header.h"
+#include "objects/intermediate_representation.h"
 #include "objects/library_device.h"
 #include "objects/library_kernel.h"
 #include "objects/library_program.h"

@@ -1,6 +1,6 @@
 // The exported function that launches a kernel.
 #include "abi/entry_point.h"
-#include "ir/logical_operations.h"
+#include "ir/logical_operation.h"
 #include "ir/nd_range.h"
 #include "memory/library_memory.h"
 #include "objects/kernel_arguments.h"

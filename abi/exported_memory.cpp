@@ -1,8 +1,7 @@
 // The exported functions for memory objects, the operations on them, and the futures of reads and writes.
 #include "abi/entry_point.h"
-#include "ir/logical_operations.h"
+#include "ir/logical_operation.h"
 #include "memory/library_memory.h"
-#include "objects/library_future.h"
 #include "scheduler/scheduler.h"
 
 #include <memory>

@@ -1,10 +1,8 @@
-#include "capability/buffers.h"
 #include "capability/executor.h"
+#include "capability/kept_objects.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
 
-#include <mutex>
-#include <new>
 #include <unordered_map>
 #include <utility>
 
@@ -29,13 +27,14 @@ bool has_bits_alone(const std::uint64_t* properties) {
 }
 
 // Gives out what was kept from trying the device, if anything was.
-template <typename Record, typename Object>
+template <class Record, class Object>
 bool give(Record& record, Object* kept) {
   record.result = kept;
   record.status = CL_SUCCESS;
   return kept != nullptr;
 }
 
+// A context can be given only as it was made: for the one device, without properties. Errors go to whoever asks for it.
 bool give_kept_context(const root_device& device, create_context_record& record) {
   const bool is_for_device = record.properties == nullptr && record.num_devices == 1 &&
                              record.devices != nullptr && record.devices[0] == device.id;
@@ -45,25 +44,13 @@ bool give_kept_context(const root_device& device, create_context_record& record)
 }
 
 // A queue of the host's; nothing but what OpenCL itself would make.
-template <typename Record>
+template <class Record>
 bool give_kept_queue(const root_device& device, Record& record, cl_command_queue_properties bits) {
   return device.kept != nullptr && record.device == device.id &&
          give(record, device.kept->take_queue(static_cast<cl_context>(record.context), bits));
 }
 
-// Puts an object of this library around the queue that was made, if one was.
-template <typename Record>
-void wrap_queue(const root_device& device, Record& record) {
-  if (record.status != CL_SUCCESS)
-    return;
-  auto* const made = static_cast<cl_command_queue>(record.result);
-  record.result = new (std::nothrow) queue_object(made);
-  if (record.result != nullptr)
-    return;
-  static_cast<void>(call_or_refuse(device.cl.release_command_queue, made));
-  record.status = CL_OUT_OF_HOST_MEMORY;
-}
-
+// What a capability of 2.x asks for, in terms of the device as it is.
 void make_queue(const root_device& device, create_command_queue_with_properties_record& record) {
   const auto context = static_cast<cl_context>(record.context);
   const auto id = static_cast<cl_device_id>(record.device);
@@ -88,12 +75,12 @@ void make_queue(const root_device& device, create_command_queue_with_properties_
 
 // Further references to contexts, counted here so that OpenCL cannot refuse them. The map is there as long as it holds any,
 // so that nothing of it is left at the end.
-std::mutex contexts_lock;
-std::unordered_map<void*, std::size_t>* more_references = nullptr;
+oryn::mutex contexts_lock;
+std::unordered_map<void*, std::size_t>* more_references TARVA_GUARDED_BY(contexts_lock) = nullptr;
 
 // True if there was one beyond OpenCL's.
 bool drop_further_reference(void* context) {
-  const std::lock_guard guard(contexts_lock);
+  const oryn::lock_guard guard(contexts_lock);
   if (more_references == nullptr)
     return false;
   const auto found = more_references->find(context);
@@ -110,8 +97,7 @@ bool drop_further_reference(void* context) {
 
 void create_context(const root_device& device, create_context_record& record) {
   if (lacks_devices(record.devices, record.num_devices)) {
-    record.result = nullptr;
-    record.status = CL_INVALID_DEVICE;
+    refuse(record, CL_INVALID_DEVICE);
     return;
   }
   if (give_kept_context(device, record))
@@ -125,14 +111,14 @@ void retain_context(const root_device&, object_record& record) {
   record.status = record.object == nullptr ? CL_INVALID_CONTEXT : CL_SUCCESS;
   if (record.object == nullptr)
     return;
-  const std::lock_guard guard(contexts_lock);
+  const oryn::lock_guard guard(contexts_lock);
   if (more_references == nullptr)
     more_references = new std::unordered_map<void*, std::size_t>;
   ++(*more_references)[record.object];
 }
 
 cl_uint references_of_context(void* context) {
-  const std::lock_guard guard(contexts_lock);
+  const oryn::lock_guard guard(contexts_lock);
   const bool has_more = more_references != nullptr && more_references->count(context) != 0;
   return 1 + (has_more ? static_cast<cl_uint>(more_references->at(context)) : 0);
 }
@@ -147,34 +133,29 @@ void create_command_queue(const root_device& device, create_command_queue_record
   if (!give_kept_queue(device, record, record.properties))
     create_or_refuse(record, device.cl.create_command_queue, static_cast<cl_context>(record.context),
                      static_cast<cl_device_id>(record.device), record.properties);
-  wrap_queue(device, record);
+  wrap_created<queue_object>(record, device.cl.release_command_queue);
 }
 
 void create_command_queue_with_properties(const root_device& device,
                                           create_command_queue_with_properties_record& record) {
   make_queue(device, record);
-  wrap_queue(device, record);
-}
-
-void release_command_queue(const root_device& device, object_record& record) {
-  auto* const queue = static_cast<queue_object*>(record.object);
-  record.status = queue == nullptr ? CL_INVALID_COMMAND_QUEUE : queue->release(device.cl);
+  wrap_created<queue_object>(record, device.cl.release_command_queue);
 }
 
 void create_buffer(const root_device& device, create_buffer_record& record) {
   create_or_refuse(record, device.cl.create_buffer, static_cast<cl_context>(record.context), record.flags,
                    record.size, record.host_ptr);
-  if (record.status != CL_SUCCESS || note_live_buffer(static_cast<cl_mem>(record.result)))
+  if (record.status != CL_SUCCESS || add_live_buffer(static_cast<cl_mem>(record.result)))
     return;
   static_cast<void>(call_or_refuse(device.cl.release_mem_object, static_cast<cl_mem>(record.result)));
-  record.result = nullptr;
-  record.status = CL_OUT_OF_HOST_MEMORY;
+  refuse(record, CL_OUT_OF_HOST_MEMORY);
 }
 
+// The buffer is dead before OpenCL releases it: from then on another thread may be given its address for a new one.
 void release_mem_object(const root_device& device, object_record& record) {
   auto* const buffer = static_cast<cl_mem>(record.object);
   if (buffer != nullptr) {
-    forget_buffer(buffer);
+    remove_live_buffer(buffer);
     kernel_object::drop_spares_with(device.cl, buffer);
   }
   record.status = call_or_refuse(device.cl.release_mem_object, buffer);

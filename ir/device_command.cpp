@@ -1,5 +1,10 @@
 #include "ir/device_command.h"
 
+#include "objects/library_device.h"
+
+#include <chrono>
+#include <stdexcept>
+
 namespace oryn::tarva::library::device_ir {
 
 namespace {
@@ -27,21 +32,30 @@ constexpr completion_texts texts = {
 
 } // namespace
 
-device_command::device_command(command_kind kind, std::shared_ptr<physical_ir::physical_operation> operation)
-    : kind_(kind), operation_(std::move(operation)), state_(texts) {}
+device_command::device_command(command_stage stage,
+                               std::shared_ptr<physical_ir::physical_operation> physical_operation)
+    : physical_operation_(std::move(physical_operation)), stage_(stage), state_(texts) {}
 
 device_command::~device_command() = default;
 
+library_device& device_command::get_device() const {
+  const auto& device = physical_operation_->get_device();
+  if (!device)
+    throw std::logic_error("No device associated with a device command that requires a device. This is an "
+                           "error.");
+  return *device;
+}
+
 void device_command::set_complete() {
   state_.set_complete();
-  operation_->device_command_complete();
+  physical_operation_->device_command_complete();
   report_end();
 }
 
 void device_command::set_error(const std::exception_ptr& error) {
   if (!state_.set_error(error))
     return;
-  operation_->set_error(error);
+  physical_operation_->set_error(error);
   report_end();
 }
 
@@ -60,12 +74,46 @@ void device_command::abandon(const std::exception_ptr& error) noexcept {
 
 void device_command::set_elapsed_time(std::uint64_t nanoseconds) {
   state_.add_elapsed_time(nanoseconds);
-  operation_->add_elapsed_time(nanoseconds);
+  physical_operation_->add_elapsed_time(nanoseconds);
 }
 
-// Last of all, so that whoever waits for the request's commands finds every report made.
+// Comes last, so that whoever waits for the operation's commands to end finds every report made.
 void device_command::report_end() {
-  operation_->get_logical_operation()->device_commands_ended(1);
+  physical_operation_->get_logical_operation()->device_commands_ended(1);
+}
+
+void host_function_call::run() {
+  using clock = std::chrono::steady_clock;
+  set_submitted();
+  try {
+    if (is_profiling_enabled()) {
+      const auto start = clock::now();
+      function_(shared_from_this());
+      const std::chrono::nanoseconds elapsed = clock::now() - start;
+      set_elapsed_time(static_cast<std::uint64_t>(elapsed.count()));
+    } else {
+      function_(shared_from_this());
+    }
+    set_complete();
+  } catch (...) {
+    set_error(std::current_exception());
+  }
+}
+
+std::string synchronization_command::to_string() const {
+  return head_ + std::string("release_device=") + std::to_string(release_device_->get_unique_identifier()) +
+         ", acquire_device=" + std::to_string(acquire_device_->get_unique_identifier()) +
+         ", sync_id=" + std::to_string(sync_id_) + "}";
+}
+
+void synchronization_release::run() {
+  try {
+    set_submitted();
+    get_acquire_device()->signal_acquire(get_release_device(), get_acquire_device(), get_sync_id());
+    set_complete();
+  } catch (...) {
+    set_error(std::current_exception());
+  }
 }
 
 } // namespace oryn::tarva::library::device_ir

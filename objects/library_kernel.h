@@ -1,36 +1,22 @@
 #pragma once
 
-#include "objects/kernel_parameter.h"
+#include "objects/launch_limits.h"
 #include "properties/property_interface.h"
 
-#include <array>
 #include <cstdint>
 #include <memory>
-#include <optional>
-#include <span>
 #include <string>
 
 namespace oryn::tarva::library {
 
 class library_program;
-
-using size_triple = std::array<std::uint64_t, 3>;
-
-// What a launch must respect, read once when the kernel is made, or later if that failed. A limit that the
-// device cannot tell is absent, and is then left to the device.
-struct launch_limits {
-  bool has_global_offset = true; // false: the offset must be (0,0,0)
-  bool zero_global_size_is_allowed = false;
-  bool local_size_must_divide = true; // the global size, in each dimension
-  std::optional<std::uint64_t> argument_count;
-  std::optional<std::uint64_t> work_group_size;       // work-items of one group
-  std::optional<size_triple> work_item_sizes;         // work-items of one group in each dimension
-  std::optional<size_triple> compile_work_group_size; // absent also if none is fixed
-  std::optional<std::uint64_t> local_memory_bytes;
-  std::optional<std::uint64_t> allocation_bytes; // of one memory object
-  std::optional<std::uint32_t> address_bits;     // global ids must be countable with as many
-  std::span<const kernel_parameter> parameters;  // as long as the kernel lives; empty: not told
-};
+namespace physical_ir {
+class kernel;
+class physical_operation;
+} // namespace physical_ir
+namespace device_ir {
+class device_command;
+}
 
 // A named entry point of a program. Holds no arguments and never changes.
 class library_kernel : public property_interface, public std::enable_shared_from_this<library_kernel> {
@@ -47,6 +33,10 @@ public:
   virtual std::uint32_t get_max_compute_units() = 0;
   virtual size_triple get_max_global_size() = 0;
   virtual const launch_limits& get_launch_limits() const = 0;
+  // The command that carries out `launch`, which is what `operation` points to, on the kernel's own device.
+  virtual std::shared_ptr<device_ir::device_command>
+  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& operation,
+                      const physical_ir::kernel& launch) const = 0;
 
   std::uint64_t get_unique_identifier() const { return unique_identifier_; }
   const std::shared_ptr<library_program>& get_program() const { return program_; }
@@ -58,5 +48,9 @@ private:
   const std::shared_ptr<library_program> program_;
   const std::string name_;
 };
+
+// The largest integers whose square and cube are not above `value`.
+std::uint64_t integer_square_root(std::uint64_t value);
+std::uint64_t integer_cube_root(std::uint64_t value);
 
 } // namespace oryn::tarva::library

@@ -1,6 +1,6 @@
 #include "opencl/acquire_set.h"
 
-#include "ir/synchronization.h"
+#include "ir/device_command.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -11,7 +11,7 @@ acquire_set::key acquire_set::key_of(const synchronization_acquire& acquire) {
   return {acquire.get_release_device(), acquire.get_acquire_device(), acquire.get_sync_id()};
 }
 
-void acquire_set::expect(std::size_t acquires) {
+void acquire_set::reserve_for(std::size_t acquires) {
   signals_.reserve(expected_ + acquires);
   expected_ += acquires;
 }

@@ -1,3 +1,4 @@
+// What one device has been told by others.
 #pragma once
 
 #include <cstddef>
@@ -14,15 +15,16 @@ namespace oryn::tarva::library::device_ir {
 
 class synchronization_acquire;
 
-// The signals that other devices have sent to one, each until its acquire takes it. One that has just come does not
-// count before it has been taken over.
+// The signals that the releases of other devices have sent to one device, each until its acquire takes it. A signal counts
+// only once the worker has taken it over, so that what it sees does not change in the middle of a sweep. No lock of its own:
+// the dispatcher's guards it.
 class acquire_set {
 public:
   using key = std::tuple<std::shared_ptr<library_device>, std::shared_ptr<library_device>, std::uint64_t>;
   static key key_of(const synchronization_acquire& acquire);
 
-  // Makes room for the signals of so many more acquires: none of what follows takes memory for theirs.
-  void expect(std::size_t acquires);
+  // For `acquires` more acquires than before. Their signals then need no memory any more, on whichever thread they come.
+  void reserve_for(std::size_t acquires);
   // An equal signal that is there already stays the only one.
   void add(const key& signal);
   bool has_new() const;

@@ -1,71 +1,55 @@
+// What the worker of a device needs of an OpenCL command, whatever its version.
 #pragma once
 
-#include "access/opencl/command_queue.h"
-#include "access/opencl/event.h"
-#include "access/opencl/host_command_queue.h"
 #include "ir/device_command.h"
-#include "memory/device_memory.h"
-#include "memory/opencl_buffer_allocation.h"
-#include "opencl/opencl_version.h"
 
-#include <typeinfo>
+#include <cstdint>
+#include <memory>
 
 namespace oryn::tarva::library::device_ir::opencl {
 
-// The queue class that a version's dispatcher enqueues on.
-template <version V>
-using dispatch_queue = skerv::opencl::host_queue<V>;
-
-template <version V>
-inline constexpr auto
-    opencl_kind = static_cast<command_kind>(static_cast<std::uint32_t>(command_kind::opencl) +
-                                            version_traits<V>::capability);
-
-// A step that becomes one OpenCL command. The dispatcher of a version runs only commands of that version.
-template <version V>
+// A device command that becomes one OpenCL command on a queue of its device. It was made for the version of that device,
+// knows its queues, and keeps its event, so that nobody who drives it needs to know the version.
 class opencl_device_command : public device_command {
 public:
-  explicit opencl_device_command(std::shared_ptr<physical_ir::physical_operation> operation)
-      : device_command(opencl_kind<V>, std::move(operation)) {}
-
-  // True for a command that needs no OpenCL, as things stand when its turn has come: it is not enqueued, and its end is
-  // told in its turn.
+  // True for a command that needs no OpenCL, as things stand when its turn has come: it is not enqueued, and completes in
+  // its turn.
   virtual bool has_nothing_to_do() const { return false; }
-  // Checks, enqueues, and marks the command as submitted. What it throws has left nothing enqueued.
-  virtual skerv::opencl::event<V> enqueue(dispatch_queue<V>& queue, std::uint32_t wait_count,
-                                          void* const* wait_list) = 0;
+  // Checks, enqueues, and marks the command as submitted. If it throws, nothing has been enqueued.
+  virtual void enqueue() = 0;
+  // From enqueue() on until release_event().
+  virtual bool has_event() const = 0;
+  // Throws the error with which OpenCL ended the command, if it did.
+  virtual void check_execution_status() const = 0;
+  // In nanoseconds, as the device has measured it. For a command that was enqueued with profiling.
+  virtual std::uint64_t get_execution_time() const = 0;
+  virtual void release_event() = 0;
 
 protected:
-  library_device& get_device() const {
-    const auto& device = this->get_physical_operation()->get_device();
-    if (!device)
-      throw std::logic_error("No device associated with a device command that requires a device. This is an "
-                             "error.");
-    return *device;
-  }
-
-  skerv::opencl::event<V> submit(dispatch_queue<V>& queue, const skerv::opencl::command<V>& command,
-                                 std::uint32_t wait_count, void* const* wait_list) {
-    skerv::opencl::event<V> event = queue.enqueue(command, wait_count, wait_list);
-    this->set_submitted();
-    return event;
-  }
+  explicit opencl_device_command(std::shared_ptr<physical_ir::physical_operation> physical_operation)
+      : device_command(command_stage::opencl, std::move(physical_operation)) {}
 };
 
-// The OpenCL buffer behind a block. A block of another version's device is refused. The class of the allocation is
-// final, so a comparison of types is enough.
-template <version V>
-const skerv::opencl::buffer<V>& buffer_of(const device_memory& memory) {
-  using allocation = opencl_buffer_allocation<skerv::opencl::buffer<V>>;
-  const device_memory_allocation& found = memory.get_allocation();
-  if (typeid(found) != typeid(allocation))
-    throw std::bad_cast();
-  return static_cast<const allocation&>(found).get_buffer();
-}
+// The queues of one device on which its worker enqueues, one with profiling and one without, and the commands that they
+// take. Used by the threads of callers to make commands, and by the worker alone for all else.
+class opencl_queues {
+public:
+  using command_pointer = std::shared_ptr<device_command>;
+  using operation_pointer = std::shared_ptr<physical_ir::physical_operation>;
 
-template <version V>
-std::string class_text(const char* name) {
-  return std::string("opencl_") + version_traits<V>::name + "::" + name + ": {";
-}
+  opencl_queues() = default;
+  virtual ~opencl_queues() = default;
+  opencl_queues(const opencl_queues&) = delete;
+  opencl_queues& operator=(const opencl_queues&) = delete;
+
+  // Returns when all that was enqueued on one of the two has ended.
+  virtual void finish(bool profiling) = 0;
+
+  virtual command_pointer make_copy(const operation_pointer& operation, device_to_host_copy copy) = 0;
+  virtual command_pointer make_copy(const operation_pointer& operation, host_to_device_copy copy) = 0;
+  virtual command_pointer make_copy(const operation_pointer& operation, device_copy copy) = 0;
+  // Null in a version that has no such command.
+  virtual command_pointer make_fill(const operation_pointer& operation, device_fill fill) = 0;
+};
 
 } // namespace oryn::tarva::library::device_ir::opencl

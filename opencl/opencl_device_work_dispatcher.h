@@ -1,29 +1,31 @@
+// The worker of one device.
 #pragma once
 
 #include "base/notifier.h"
+#include "base/thread_annotations.h"
+#include "ir/dag.h"
+#include "objects/library_device.h"
 #include "opencl/acquire_set.h"
 #include "opencl/opencl_stage.h"
-#include "ir/dag.h"
-#include "objects/device_work_dispatcher.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 namespace oryn::tarva::library::device_ir::opencl {
 
-// Runs all device commands of one device on a thread of its own. Each graph becomes a list in execution
-// order; the lists advance in turn, a group of runs each, so that one that waits for another device holds
-// back no other.
-template <version V>
+// Runs all device commands of one device on a thread of its own. Each graph becomes a list in the order of execution. The
+// lists advance in turn, each as far as it can in one sweep: OpenCL commands, host function calls, releases, an acquire.
+// So one that waits for another device holds back no other.
+//
+// Callers hand over work and signals under `lock_` and ring `work_pipe_`; the worker takes both over at the start of a
+// sweep and runs without the lock. A failure that the commands cannot tell ends the process.
 class opencl_device_work_dispatcher final : public device_work_dispatcher {
 public:
-  opencl_device_work_dispatcher(const skerv::opencl::context<V>& context,
-                                const skerv::opencl::device<V>& device);
+  explicit opencl_device_work_dispatcher(std::unique_ptr<opencl_queues> queues);
   ~opencl_device_work_dispatcher() override;
 
   std::unique_ptr<prepared_work> prepare_work(const dag<std::shared_ptr<device_command>>& graph) override;
@@ -35,37 +37,40 @@ public:
   void shutdown() override;
 
 private:
-  using command_graph = dag<std::shared_ptr<device_command>>;
-  using lists = std::list<work_list<V>>;
+  using lists = std::list<work_list>;
 
+  // A list of one, which is handed over without needing memory.
   struct prepared_list final : prepared_work {
-    lists only; // a list of one, which can be passed on without memory
+    lists only;
   };
 
-  template <class Taking>
-  void take_in(Taking taking);
+  template <class Handover>
+  void hand_over(Handover handover) TARVA_EXCLUDES(lock_);
+
+  // The worker's functions.
   void worker_main() noexcept;
   void run_until_shutdown();
-  bool has_work();
-  bool can_advance(const work_list<V>& waiting) const;
-  void take_over_pending_work();
-  void pass(work_list<V>& current);
-  void take_acquire(work_list<V>& current);
-  void abandon_remaining_work() noexcept;
+  bool has_work() TARVA_EXCLUDES(lock_);
+  bool can_advance(const work_list& list) const TARVA_REQUIRES(lock_);
+  void take_over_pending_work() TARVA_EXCLUDES(lock_);
+  void advance(work_list& list);
+  void advance_past_acquire(work_list& list) TARVA_EXCLUDES(lock_);
   void wake_callers() const;
 
-  std::mutex lock_; // guards `is_busy_`, the lists that are pending and the signals only
-  bool is_busy_ = false;
-  std::condition_variable became_idle_;
+  void abandon_remaining_work() noexcept TARVA_EXCLUDES(lock_);
+
+  mutex lock_; // taken alone, or inside the predicate of `work_pipe_`
+  bool is_busy_ TARVA_GUARDED_BY(lock_) = false;
+  lists pending_lists_ TARVA_GUARDED_BY(lock_);
+  acquire_set acquires_ TARVA_GUARDED_BY(lock_);
+  std::condition_variable became_idle_; // with `lock_`
   std::atomic<bool> shutdown_requested_ = false;
   notifier work_pipe_;
   std::thread worker_;
-  lists pending_lists_;
-  acquire_set acquires_;
 
-  // The worker's own.
+  // The worker's own, and its owner's once it has been joined.
   lists work_lists_;
-  opencl_stage<V> opencl_stage_;
+  opencl_stage opencl_stage_;
 };
 
 } // namespace oryn::tarva::library::device_ir::opencl

@@ -1,7 +1,8 @@
+// The programs of the six OpenCL versions: one class, written once.
 #pragma once
 
 #include "access/opencl/program.h"
-#include "objects/kernel_signature.h"
+#include "objects/launch_limits.h"
 #include "objects/library_program.h"
 #include "opencl/opencl_version.h"
 #include "properties/catalogue_owner.h"
@@ -14,16 +15,19 @@
 
 namespace oryn::tarva::library {
 
+template <version V>
+class opencl_version_device;
+
 class opencl_program : public catalogue_owner<library_program, get_program_catalogue> {
 public:
   using catalogue_owner::catalogue_owner;
 };
 
-// A built program of one OpenCL version. Never changes, but for what it learns of its kernels.
+// A built program of one OpenCL version, for any thread. It never changes, but for what it learns of its kernels.
 template <version V>
 class opencl_version_program final : public opencl_program {
 public:
-  opencl_version_program(bool is_builtin, const std::shared_ptr<library_device>& device,
+  opencl_version_program(bool is_builtin, opencl_version_device<V>& device,
                          const skerv::opencl::program<V>& program, const std::string& name);
   ~opencl_version_program() override;
 
@@ -36,6 +40,7 @@ private:
   version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
   bool read_value(const program_catalogue::row& wanted, property_value& value) override;
 
+  opencl_version_device<V>& device_; // which the base class keeps alive, or which keeps this alive
   std::unique_ptr<skerv::opencl::program<V>> program_;
   signature_table signatures_;
 };

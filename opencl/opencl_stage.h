@@ -1,30 +1,46 @@
+// How a worker runs the OpenCL commands of its device.
 #pragma once
 
-#include "access/opencl/context.h"
 #include "opencl/opencl_device_command.h"
-#include "opencl/work_list.h"
 
+#include <cstddef>
 #include <exception>
+#include <memory>
+#include <vector>
 
 namespace oryn::tarva::library::device_ir::opencl {
 
-// Runs the OpenCL commands of one device, on a queue with profiling and one without.
-template <version V>
+// The commands of one graph in the order of execution; those before `next` have ended. They belong to one logical
+// operation. Used by one thread at a time: that of the caller until it is handed over, then the worker.
+struct work_list {
+  std::vector<std::shared_ptr<device_command>> commands;
+  std::size_t next = 0;
+  std::exception_ptr fault{}; // why the graph has no order: ends the worker
+
+  bool is_empty() const { return next == commands.size(); }
+  device_command& head() const { return *commands[next]; }
+  bool starts_with(command_stage stage) const { return !is_empty() && head().get_stage() == stage; }
+  // The head as the class that stands for its stage.
+  template <class Command>
+  Command& head_as() const {
+    return static_cast<Command&>(head());
+  }
+};
+
+// Runs the OpenCL commands of one device on its queues. The worker's alone.
 class opencl_stage {
 public:
-  opencl_stage(const skerv::opencl::context<V>& context, const skerv::opencl::device<V>& device)
-      : queue_(context, device, false, false), profiling_queue_(context, device, false, true) {}
+  explicit opencl_stage(std::unique_ptr<opencl_queues> queues) : queues_(std::move(queues)) {}
 
-  // Enqueues the OpenCL commands of this version that the list starts with, and waits for their end.
-  void run(work_list<V>& list);
+  // Enqueues the OpenCL commands that the list starts with, and returns when they have ended. Throws what ends the worker:
+  // the first failure of a logical operation that comes out of an enqueue or a finish, which nobody could know beforehand.
+  void run(work_list& list);
 
 private:
-  void enqueue(work_item<V>& item, dispatch_queue<V>& queue);
+  bool enqueue(opencl_device_command& command);
   std::exception_ptr finish(const device_command& first);
-  void end(work_item<V>& item, const std::exception_ptr& unfinished);
 
-  dispatch_queue<V> queue_;
-  dispatch_queue<V> profiling_queue_;
+  const std::unique_ptr<opencl_queues> queues_;
 };
 
 } // namespace oryn::tarva::library::device_ir::opencl

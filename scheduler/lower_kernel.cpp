@@ -1,7 +1,5 @@
 // The lowering of a launch: its refusals, and the movement of its memory objects to the kernel's device.
-#include "ir/argument_checks.h"
 #include "ir/launch_checks.h"
-#include "ir/logical_operations.h"
 #include "scheduler/lowering.h"
 #include "memory/library_memory.h"
 #include "objects/library_kernel.h"
@@ -98,11 +96,11 @@ void lowering::visit(const logical_ir::kernel& operation) {
   arguments.replace_library_memory(std::move(replacement_blocks));
   const physical_pointer launch =
       add<physical_ir::kernel>(device, operation.get_kernel_object(), std::move(arguments), range);
-  for (const auto& step : predecessors_of_kernel)
-    graph_.insert_edge(step, launch);
+  for (const auto& predecessor : predecessors_of_kernel)
+    graph_.insert_edge(predecessor, launch);
 }
 
-// The step that the launch must wait for.
+// Yields the physical operation that the launch must wait for.
 lowering::physical_pointer lowering::move_to(const std::shared_ptr<library_device>& device,
                                              const std::shared_ptr<library_memory>& memory,
                                              memory_state& state) {
@@ -124,7 +122,7 @@ lowering::physical_pointer lowering::move_from_host(const std::shared_ptr<librar
   const auto allocation = add<allocate_device_memory>(to, memory->get_type(), count);
   if (change_order)
     move.conversion = add<convert_endianness_host>(device, from);
-  const auto copy = add<copy_host_to_device>(from, to, 0, 0, count);
+  const auto copy = add<copy_host_to_device>(host_to_device_copy{from, 0, to, 0, count});
   const auto release = add<free_host_memory>(device, from, copy);
   if (change_order)
     graph_.insert_edge(move.conversion, copy);
@@ -152,13 +150,13 @@ lowering::physical_pointer lowering::move_between_devices(const std::shared_ptr<
   block_move move{.memory = memory, .before = state, .destination = to, .staging = staging};
 
   const auto staging_allocation = add<allocate_host_memory>(holder, staging, memory->get_type(), count);
-  const auto stage = add<copy_device_to_host>(from, staging, 0, 0, count);
+  const auto stage = add<copy_device_to_host>(device_to_host_copy{from, 0, staging, 0, count});
   const auto hand_over = add<synchronize_device_to_device_release>(holder, device, id);
   add_chain({staging_allocation, stage, hand_over, add<free_device_memory>(from, stage)});
 
   const auto allocation = add<allocate_device_memory>(to, from->get_type(), from->get_size());
   const auto take_over = add<synchronize_device_to_device_acquire>(holder, device, id);
-  const auto copy = add<copy_host_to_device>(staging, to, 0, 0, count);
+  const auto copy = add<copy_host_to_device>(host_to_device_copy{staging, 0, to, 0, count});
   add_chain({allocation, take_over, copy, add<free_host_memory>(device, staging, copy)});
 
   move.staged = stage;

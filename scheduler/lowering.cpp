@@ -1,11 +1,9 @@
 #include "scheduler/lowering.h"
 
 #include "base/logging.h"
-#include "ir/logical_operations.h"
-#include "memory/element_range.h"
+#include "memory/ranges.h"
 #include "memory/library_memory.h"
-#include "memory/range_checks.h"
-#include "memory/swap_endianness.h"
+#include "memory/host_memory.h"
 
 #include <stdexcept>
 #include <string>
@@ -69,9 +67,9 @@ lowering::lowering(const std::shared_ptr<logical_ir::logical_operation>& operati
                    std::uint64_t& last_sync_id)
     : operation_(operation), host_device_(host_device), table_(table), last_sync_id_(last_sync_id) {}
 
-void lowering::add_chain(const std::vector<physical_pointer>& steps) {
-  for (std::size_t i = 1; i < steps.size(); ++i)
-    graph_.insert_edge(steps[i - 1], steps[i]);
+void lowering::add_chain(const std::vector<physical_pointer>& chain) {
+  for (std::size_t i = 1; i < chain.size(); ++i)
+    graph_.insert_edge(chain[i - 1], chain[i]);
 }
 
 void lowering::settle_after_failure() noexcept {
@@ -126,11 +124,12 @@ void lowering::visit(const logical_ir::fill& operation) {
     std::vector<std::uint8_t> value = operation.get_value();
     if (!state.is_little_endian()) // half-way from a device of that order
       swap_endianness(value.data(), operation.get_memory()->get_type(), 0, 1);
-    add<physical_ir::fill_on_host>(host_device_, state.get_host_block(), std::move(value),
-                                   operation.get_start_position(), operation.get_count());
+    add<physical_ir::fill_on_host>(host_device_,
+                                   host_fill{state.get_host_block(), std::move(value),
+                                             operation.get_start_position(), operation.get_count()});
   } else {
-    add<physical_ir::fill_on_device>(state.get_device_block(), operation.get_value(),
-                                     operation.get_start_position(), operation.get_count());
+    add<physical_ir::fill_on_device>(device_fill{state.get_device_block(), operation.get_value(),
+                                                 operation.get_start_position(), operation.get_count()});
   }
 }
 
@@ -145,9 +144,11 @@ void lowering::visit(const logical_ir::copy_tarva_to_user& operation) {
   auto users = std::make_shared<host_memory>();
   users->set_user_allocation(operation.get_user_ptr(), memory->get_type(), count);
   if (state.is_on_host())
-    add<physical_ir::copy_host_to_host>(host_device_, state.get_host_block(), users, start, 0, count);
+    add<physical_ir::copy_host_to_host>(host_device_,
+                                        host_copy{state.get_host_block(), start, users, 0, count});
   else
-    add<physical_ir::copy_device_to_host>(state.get_device_block(), users, start, 0, count);
+    add<physical_ir::copy_device_to_host>(
+        device_to_host_copy{state.get_device_block(), start, users, 0, count});
 }
 
 void lowering::visit(const logical_ir::copy_user_to_tarva& operation) {
@@ -161,9 +162,11 @@ void lowering::visit(const logical_ir::copy_user_to_tarva& operation) {
   auto users = std::make_shared<host_memory>();
   users->set_read_only_user_allocation(operation.get_src_ptr(), memory->get_type(), count);
   if (state.is_on_host())
-    add<physical_ir::copy_host_to_host>(host_device_, users, state.get_host_block(), 0, start, count);
+    add<physical_ir::copy_host_to_host>(host_device_,
+                                        host_copy{users, 0, state.get_host_block(), start, count});
   else
-    add<physical_ir::copy_host_to_device>(users, state.get_device_block(), 0, start, count);
+    add<physical_ir::copy_host_to_device>(
+        host_to_device_copy{users, 0, state.get_device_block(), start, count});
 }
 
 void lowering::visit(const logical_ir::copy_tarva_to_tarva& operation) {
@@ -177,19 +180,19 @@ void lowering::visit(const logical_ir::copy_tarva_to_tarva& operation) {
     return;
   check_storage(source, destination);
   if (source.is_on_host() && destination.is_on_host())
-    add<physical_ir::copy_host_to_host>(host_device_, source.get_host_block(), destination.get_host_block(),
-                                        from, to, count);
+    add<physical_ir::copy_host_to_host>(
+        host_device_, host_copy{source.get_host_block(), from, destination.get_host_block(), to, count});
   else if (source.is_on_host() && destination.is_on_device())
-    add<physical_ir::copy_host_to_device>(source.get_host_block(), destination.get_device_block(), from, to,
-                                          count);
+    add<physical_ir::copy_host_to_device>(
+        host_to_device_copy{source.get_host_block(), from, destination.get_device_block(), to, count});
   else if (source.is_on_device() && destination.is_on_host())
-    add<physical_ir::copy_device_to_host>(source.get_device_block(), destination.get_host_block(), from, to,
-                                          count);
+    add<physical_ir::copy_device_to_host>(
+        device_to_host_copy{source.get_device_block(), from, destination.get_host_block(), to, count});
   else if (!source.is_on_device() || !destination.is_on_device())
     throw std::logic_error("Impossible situation.  Cases are exhaustive.");
   else if (source.get_device_block()->get_device() == destination.get_device_block()->get_device())
-    add<physical_ir::copy_same_device>(source.get_device_block(), destination.get_device_block(), from, to,
-                                       count);
+    add<physical_ir::copy_same_device>(
+        device_copy{source.get_device_block(), from, destination.get_device_block(), to, count});
   else
     copy_between_devices(source, destination, operation);
 }
@@ -204,10 +207,12 @@ void lowering::copy_between_devices(const memory_state& source, const memory_sta
   const std::uint64_t id = ++last_sync_id_;
   auto staging = std::make_shared<host_memory>();
   add_chain({add<allocate_host_memory>(from->get_device(), staging, to->get_type(), count),
-             add<copy_device_to_host>(from, staging, operation.get_src_start_position(), 0, count),
+             add<copy_device_to_host>(
+                 device_to_host_copy{from, operation.get_src_start_position(), staging, 0, count}),
              add<synchronize_device_to_device_release>(from->get_device(), to->get_device(), id)});
   add_chain({add<synchronize_device_to_device_acquire>(from->get_device(), to->get_device(), id),
-             add<copy_host_to_device>(staging, to, 0, operation.get_dest_start_position(), count),
+             add<copy_host_to_device>(
+                 host_to_device_copy{staging, 0, to, operation.get_dest_start_position(), count}),
              add<free_host_memory>(to->get_device(), staging)});
 }
 

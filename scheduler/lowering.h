@@ -1,9 +1,9 @@
+// How a logical operation becomes physical operations.
 #pragma once
 
 #include "scheduler/dispatch_operations.h"
-#include "ir/logical_operation_visitor.h"
-#include "ir/physical_operations.h"
-#include "scheduler/block_move.h"
+#include "ir/logical_operation.h"
+#include "ir/physical_operation.h"
 #include "scheduler/memory_table.h"
 
 #include <cstdint>
@@ -13,9 +13,11 @@
 
 namespace oryn::tarva::library {
 
-// Turns one logical operation into its graph of physical operations, and notes in the table where each memory
-// object will be. Runs on the caller's thread with no work in flight. What is wrong with a request is found
-// before anything changes.
+// Turns one logical operation into its graph of physical operations, and enters in the table where each memory object will
+// be. What is wrong with the operation is found before anything changes: then nothing is entered, and no worker sees it.
+//
+// Lives for one operation, on the caller's thread and under the lock of the scheduler, with no work of these objects in
+// flight. It keeps what it takes to put the table right if the work fails.
 class lowering final : public logical_ir::operation_visitor {
 public:
   // Refers to all four for as long as it lives.
@@ -29,9 +31,10 @@ public:
   // Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
   const physical_graph& get_graph() const { return graph_; }
   std::exception_ptr get_refusal() const { return refusal_; }
-  // After a failure, when no command of the request is running any more.
+  // After a failure, when every command of the operation has ended: frees what nobody needs, and lets each object be where
+  // its content is.
   void settle_after_failure() noexcept;
-  // After a failure that the caller is told of: no handle will be made for what the request was to allocate.
+  // After a failure that the caller is told of: no handle will be made for what the operation was to allocate.
   void withdraw_allocation();
 
   void visit(const logical_ir::allocate_memory& operation) override;
@@ -46,13 +49,14 @@ public:
 private:
   using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
 
-  template <class Step, class... Arguments>
-  std::shared_ptr<Step> add(Arguments&&... arguments) {
-    auto step = Step::create(operation_, std::forward<Arguments>(arguments)...);
-    graph_.insert_node(step);
-    return step;
+  template <class Operation, class... Arguments>
+  std::shared_ptr<Operation> add(Arguments&&... arguments) {
+    auto added = Operation::create(operation_, std::forward<Arguments>(arguments)...);
+    graph_.insert_node(added);
+    return added;
   }
-  void add_chain(const std::vector<physical_pointer>& steps);
+  // Edges from each to the next.
+  void add_chain(const std::vector<physical_pointer>& chain);
 
   void copy_between_devices(const memory_state& source, const memory_state& destination,
                             const logical_ir::copy_tarva_to_tarva& operation);
@@ -80,7 +84,7 @@ private:
   std::exception_ptr refusal_;
   std::vector<block_move> moves_;
   std::shared_ptr<library_memory> allocated_;
-  memory_state freed_; // what the request is to free
+  memory_state freed_; // what the operation is to free
 };
 
 } // namespace oryn::tarva::library

@@ -1,5 +1,7 @@
 #include "scheduler/memory_table.h"
 
+#include "memory/device_memory.h"
+#include "memory/host_memory.h"
 #include "memory/library_memory.h"
 
 #include <stdexcept>
@@ -23,6 +25,49 @@ memory_state& memory_table::find(const std::shared_ptr<library_memory>& memory) 
 memory_state memory_table::remove(const std::shared_ptr<library_memory>& memory) {
   auto removed = states_.extract(memory.get());
   return removed ? std::move(removed->state) : memory_state();
+}
+
+namespace {
+
+void free_if_held(const std::shared_ptr<host_memory>& block) {
+  if (block && block->has_storage())
+    block->free();
+}
+
+void free_if_held(const std::shared_ptr<device_memory>& block) {
+  if (block && block->has_allocation())
+    block->free();
+}
+
+bool has_succeeded(const std::shared_ptr<physical_ir::physical_operation>& operation) {
+  return operation && operation->has_succeeded();
+}
+
+} // namespace
+
+void free_block(const memory_state& state) {
+  free_if_held(state.get_host_block());
+  free_if_held(state.get_device_block());
+}
+
+void block_move::settle_after_failure(memory_table& table) const {
+  if (has_succeeded(arrival)) {
+    free_if_held(staging);
+    free_block(before);
+    return;
+  }
+  free_if_held(destination);
+  memory_state& state = table.find(memory);
+  if (has_succeeded(staged)) {
+    free_if_held(before.get_device_block());
+    state = before;
+    state.set_staging_block(staging);
+    return;
+  }
+  free_if_held(staging);
+  if (has_succeeded(conversion))
+    before.get_host_block()->convert_endianness();
+  state = before;
 }
 
 } // namespace oryn::tarva::library

@@ -10,7 +10,7 @@ namespace oryn::tarva::library {
 
 namespace {
 
-// A request that needs no device ends here.
+// An operation that needs no device ends here.
 void end_without_work(logical_ir::logical_operation& operation, const std::exception_ptr& refusal) {
   operation.set_physical_operation_count(1);
   operation.set_submitted();
@@ -23,7 +23,7 @@ void end_without_work(logical_ir::logical_operation& operation, const std::excep
 } // namespace
 
 void ultra_naive_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
-  const std::lock_guard guard(lock_);
+  const lock_guard guard(lock_);
   const device_list& devices = devices_();
   if (devices.empty())
     throw std::logic_error("The scheduler expected at least one device to exist.");
@@ -44,7 +44,7 @@ void ultra_naive_scheduler::submit(const std::shared_ptr<logical_ir::logical_ope
 }
 
 void ultra_naive_scheduler::forget(const std::shared_ptr<library_memory>& memory) noexcept {
-  const std::lock_guard guard(lock_);
+  const lock_guard guard(lock_);
   free_block(memory_states_.remove(memory));
 }
 
@@ -59,7 +59,7 @@ void ultra_naive_scheduler::run(logical_ir::logical_operation& operation, const 
   try {
     commands = dispatch_operations(lowered.get_graph());
   } catch (...) {
-    // Pieces that were handed over may be running.
+    // Subgraphs that were handed over may be running.
     operation.set_error(std::current_exception());
     operation.wait_until_commands_ended();
     throw;

@@ -1,7 +1,8 @@
 // The devices of a machine, as the capability library finds and offers them, and what it does in their place.
 #include "capability/capability_rule.h"
-#include "capability/device_binary.h"
+#include "capability/environment.h"
 #include "capability/machine.h"
+#include "capability/program_checks.h"
 #include "tests/capability/fake_opencl.h"
 #include "tests/failing_memory.h"
 
@@ -72,13 +73,26 @@ protected:
   fake_opencl opencl_;
 };
 
-TEST_F(capability, lists_of_versions_are_read_leniently) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"1.0,1.1 , 2.0", "0010110"},     {"2.2", "1000000"},     {"", "0000000"},
-      {" ,,\t1.2\n,", "0001000"},       {"3.0,9.9", "0000000"}, {"1.2x,1,.2,1.,a,2.1", "0100000"},
-      {"-1.0,1.99999999999", "0000000"}};
-  for (const auto& [list, expected] : rows)
-    EXPECT_EQ(qv::parse_capability_list(list).to_string(), expected) << list;
+TEST_F(capability, lists_of_versions_are_read_leniently_and_what_is_wrong_is_told) {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"1.0,1.1 , 2.0", "0010110", ""},
+      {"2.2", "1000000", ""},
+      {" ,,\t1.2\n,", "0001000", ""},
+      {"3.0,9.9", "0000000", "\"3.0\", \"9.9\""},
+      {"1.2;2.0, all ,1.1", "0000100", "\"1.2;2.0\", \"all\""},
+      {"1.2x,1,.2,1.,2.1", "0100000", "\"1.2x\", \"1\", \".2\", \"1.\""},
+      {"-1.0,1.99999999999", "0000000", "\"-1.0\", \"1.99999999999\""}};
+  for (const auto& [list, expected, wrong] : rows) {
+    std::string unknown;
+    EXPECT_EQ(qv::parse_capability_list(list, &unknown).to_string(), expected) << list;
+    EXPECT_EQ(unknown, wrong);
+  }
+  testing::internal::CaptureStderr();
+  for (const char* versions : {"1.2,2.0,", "1.2;2.0", "all"})
+    qv::look_at_machine("libno-such-opencl.so.1", versions);
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_NE(said.find("\"1.2;2.0\"; devices are offered as what they report\n"), said.npos) << said;
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << "once";
 }
 
 TEST_F(capability, older_devices_have_the_capability_of_their_version) {
@@ -94,35 +108,81 @@ TEST_F(capability, older_devices_have_the_capability_of_their_version) {
   }
 }
 
-TEST_F(capability, newer_devices_get_the_highest_version_that_they_have_whole) {
+TEST_F(capability, newer_devices_are_offered_by_what_they_can_do) {
   fake_platform platform;
-  fake_device device = full_device();
-  const auto result = [&] {
-    return qv::natural_capability(fake_functions(), reinterpret_cast<cl_platform_id>(&platform),
+  fake_device device;
+  qv::opencl_functions cl = fake_functions();
+  const auto result = [&](const char* il, cl_device_info changed = 0, std::uint64_t value = 0) {
+    device = full_device();
+    device.texts[CL_DEVICE_IL_VERSION] = il;
+    device.numbers[changed] = value;
+    return qv::natural_capability(cl, reinterpret_cast<cl_platform_id>(&platform),
                                   reinterpret_cast<cl_device_id>(&device), {3, 0});
   };
-  const auto result_with = [&](cl_device_info changed, std::uint64_t value) {
-    device = full_device();
-    device.numbers[changed] = value;
-    return result();
-  };
-  EXPECT_EQ(result(), 6u);
-  for (const auto& [name, value] : features_of_2_0)
-    EXPECT_EQ(result_with(name, 0), 3u) << std::hex << name;
-  EXPECT_EQ(result_with(CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 1024), 3u);
-  EXPECT_EQ(result_with(CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 1), 4u);
-  EXPECT_EQ(result_with(CL_DEVICE_MAX_NUM_SUB_GROUPS, 0), 4u);
+  constexpr const char *none = "", *other = "PTX_2.0", *spirv = "SPIR-V_1.0 ";
+  // With SPIR-V and its constants nothing else counts.
+  EXPECT_EQ(result(spirv), 6u);
+  EXPECT_EQ(result(none), 4u);
+  EXPECT_EQ(result(other), 4u);
+  for (const auto& [name, value] : features_of_2_0) {
+    EXPECT_EQ(result(spirv, name), 6u) << std::hex << name;
+    EXPECT_EQ(result(none, name), 3u) << std::hex << name;
+  }
+  EXPECT_EQ(result(none, CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 1024), 3u);
 
-  device = full_device();
-  device.numbers[CL_DEVICE_IMAGE_SUPPORT] = device.numbers[CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS] = 0;
-  EXPECT_EQ(result(), 6u) << "no images, so none to read and write";
-  device.texts[CL_DEVICE_IL_VERSION] = "SPIR-V_1.0 ";
-  EXPECT_EQ(result(), 5u);
+  cl.set_program_specialization_constant = nullptr; // an older loader's
+  EXPECT_EQ(result(spirv), 5u);
+  EXPECT_EQ(result(other), 4u);
+  EXPECT_EQ(result(spirv, CL_DEVICE_DEVICE_ENQUEUE_CAPABILITIES, 1), 4u);
+  EXPECT_EQ(result(spirv, CL_DEVICE_MAX_NUM_SUB_GROUPS), 4u);
+  EXPECT_EQ(result(spirv, CL_DEVICE_MAX_READ_WRITE_IMAGE_ARGS), 3u);
   platform.timer = 0;
-  EXPECT_EQ(result(), 4u);
-  platform.timer = 1;
-  device.texts[CL_DEVICE_IL_VERSION] = "";
-  EXPECT_EQ(result(), 4u);
+  EXPECT_EQ(result(spirv), 4u);
+  cl = fake_functions();
+  cl.create_program_with_il = nullptr;
+  EXPECT_EQ(result(spirv, CL_DEVICE_IMAGE_SUPPORT), 4u) << "no images, so none to read and write";
+}
+
+// A plain queue is the default one then, and what 2.2 demands besides is the device's to answer.
+TEST_F(capability, spirv_without_device_queues_is_a_capability_of_2_2) {
+  fake_platform platform;
+  fake_device known = plain_device("OpenCL 3.0");
+  known.texts[CL_DEVICE_IL_VERSION] = "SPIR-V_1.2";
+  platform.devices = {known};
+  opencl_.platforms = {platform};
+  const qv::root_device device = qv::find_root_devices(fake_functions(), {}).at(0);
+  ASSERT_EQ(device.capabilities.to_string(), "1000000");
+  const std::array<std::uint64_t, 3> words{CL_QUEUE_PROPERTIES, 13, 0};
+  qv::create_command_queue_with_properties_record queue{device.id, fake, words.data(), nullptr, 77};
+  ASSERT_EQ(call<operation::create_command_queue_with_properties>(device, 6, queue), QV_OK);
+  EXPECT_EQ(queue.status, CL_SUCCESS);
+  EXPECT_EQ(opencl_.queue_words, std::vector<std::uint64_t>{0});
+  qv::get_device_info_record pipes{device.id, nullptr, nullptr, CL_DEVICE_PIPE_SUPPORT, 0, 77};
+  call<operation::get_device_info>(device, 6, pipes);
+  EXPECT_EQ(pipes.status, CL_INVALID_VALUE);
+}
+
+TEST_F(capability, devices_that_are_custom_or_not_available_are_offered) {
+  fake_device busy = full_device(), silent = full_device(), custom = plain_device("OpenCL 1.2");
+  busy.numbers[CL_DEVICE_AVAILABLE] = 0;
+  silent.numbers.erase(CL_DEVICE_AVAILABLE);
+  fake_platform platform;
+  platform.devices = {busy, silent, full_device()};
+  platform.custom_devices = {custom};
+  fake_platform old = platform;
+  old.version = "OpenCL 1.1";
+  opencl_.platforms = {platform, old};
+  const auto devices = qv::find_root_devices(fake_functions(), {});
+  ASSERT_EQ(devices.size(), 7u) << "a platform of 1.1 knows no custom devices";
+  EXPECT_EQ(devices[3].version, (qv::opencl_version{1, 2}));
+  for (const auto& [place, expected] : {std::pair{0, false}, {1, false}, {2, true}, {3, true}}) {
+    const qv::root_device& device = devices[static_cast<std::size_t>(place)];
+    std::uint64_t available = expected ? 0 : 1; // the fake's numbers are wide
+    qv::get_device_info_record record{device.id, &available, nullptr, CL_DEVICE_AVAILABLE, 8, 77};
+    call<operation::get_device_info>(device, 3, record);
+    EXPECT_EQ(record.status, CL_SUCCESS);
+    EXPECT_EQ(available != 0, expected) << place;
+  }
 }
 
 TEST_F(capability, a_bad_device_takes_nothing_from_the_others) {
@@ -144,7 +204,11 @@ TEST_F(capability, a_bad_device_takes_nothing_from_the_others) {
         row{[](fake_device& it) { it.bad_texts[CL_DEVICE_PROFILE] = fault::refused; }, "in one piece"},
         row{[](fake_device& it) { it.numbers.erase(CL_DEVICE_ENDIAN_LITTLE); }, "in which order"},
         row{[](fake_device& it) { it.texts[CL_DEVICE_VERSION] = "non\nsense"; }, "no version"},
-        row{[](fake_device& it) { it.numbers[CL_DEVICE_AVAILABLE] = 0; }, "not available"}}) {
+        row{[](fake_device& it) {
+              it.numbers[CL_DEVICE_AVAILABLE] = 0;
+              it.bad_objects[id<&cl::create_context>] = fault::refused;
+            },
+            "no context"}}) {
     fake_platform platform;
     platform.devices = {plain_device("OpenCL 1.1"), plain_device("OpenCL 1.2"), full_device()};
     spoil(platform.devices[1]);

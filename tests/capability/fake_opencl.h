@@ -2,7 +2,8 @@
 // answers their queries and notes how else it was called.
 #pragma once
 
-#include "capability/root_device.h"
+#include "capability/kept_objects.h"
+#include "capability/machine.h"
 #include "tests/capability/recording_opencl.h"
 
 #include <cstring>
@@ -42,6 +43,7 @@ struct fake_platform {
   cl_int devices_status = CL_SUCCESS;
   cl_uint count_of_devices = 0; // a lie
   std::deque<fake_device> devices{};
+  std::deque<fake_device> custom_devices{};
 };
 
 struct fake_opencl {
@@ -136,11 +138,12 @@ inline qv::opencl_functions fake_functions() {
     return fake->platforms_status != CL_SUCCESS ? fake->platforms_status
                                                 : list(fake->platforms, count, ids, found);
   };
-  result.get_device_ids = [](cl_platform_id id, cl_device_type, cl_uint count, cl_device_id* ids,
+  result.get_device_ids = [](cl_platform_id id, cl_device_type type, cl_uint count, cl_device_id* ids,
                              cl_uint* found) -> cl_int {
     auto& platform = *reinterpret_cast<fake_platform*>(id);
-    const cl_int status = platform.devices_status != CL_SUCCESS ? platform.devices_status
-                                                                : list(platform.devices, count, ids, found);
+    auto& devices = type == CL_DEVICE_TYPE_CUSTOM ? platform.custom_devices : platform.devices;
+    const cl_int status =
+        platform.devices_status != CL_SUCCESS ? platform.devices_status : list(devices, count, ids, found);
     if (platform.count_of_devices != 0)
       *found = platform.count_of_devices;
     return status;

@@ -1,5 +1,4 @@
 // Queues, events, programs and kernels as the library's own objects.
-#include "capability/buffers.h"
 #include "capability/executor.h"
 #include "tests/capability/fake_opencl.h"
 
@@ -68,7 +67,7 @@ TEST_F(objects, kernels_refuse_what_opencl_would_follow_blindly) {
   const auto buffer = own_objects::as_made<cl_mem>();
   const std::uint64_t number = 12345, zero = 0;
   const std::vector<char> zeros(128);
-  ASSERT_TRUE(qv::note_live_buffer(buffer));
+  ASSERT_TRUE(qv::add_live_buffer(buffer));
   struct row {
     cl_uint index;
     std::size_t size;
@@ -125,7 +124,7 @@ TEST_F(objects, released_kernels_are_used_again_only_as_long_as_they_are_harmles
   const auto buffer = own_objects::as_made<cl_mem>();
   const std::uint32_t number = 1;
   device_.cl.get_kernel_arg_info = nullptr;
-  ASSERT_TRUE(qv::note_live_buffer(buffer));
+  ASSERT_TRUE(qv::add_live_buffer(buffer));
   const auto use = [&](const char* name = "k") {
     auto* const kernel = make_kernel(name);
     set(kernel, 0, 8, &buffer);
@@ -325,9 +324,8 @@ TEST_F(objects, a_build_option_is_added_where_that_is_needed) {
     build.options = given;
     status_of<operation::build_program>(device_, build);
     EXPECT_EQ(options, expected);
-    const std::string* const told = program.given_options();
-    EXPECT_EQ(told == nullptr ? std::string(expected) : *told,
-              given == nullptr ? is_from_source ? "" : "none" : given);
+    const std::optional<std::string> told = program.callers_options();
+    EXPECT_EQ(told.value_or(expected), given == nullptr ? is_from_source ? "" : "none" : given);
   }
 }
 

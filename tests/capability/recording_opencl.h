@@ -1,7 +1,7 @@
 // An OpenCL whose entry points all note how they were called and succeed.
 #pragma once
 
-#include "capability/call_handle.h"
+#include "capability/dispatch.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
 

@@ -1,6 +1,6 @@
 // Every command under every capability: from its literal number, and its arguments at literal offsets, to the
 // OpenCL function with the arguments in the order of that function's prototype.
-#include "capability/call_handle.h"
+#include "capability/dispatch.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
 #include "tests/capability/recording_opencl.h"

@@ -3,10 +3,9 @@
 
 #include "ir/device_command.h"
 #include "ir/dag.h"
-#include "memory/device_memory_allocation.h"
-#include "objects/device_work_dispatcher.h"
-#include "objects/empty_program.h"
+#include "memory/device_memory.h"
 #include "objects/library_device.h"
+#include "objects/library_program.h"
 #include "objects/library_kernel.h"
 
 #include <stdexcept>

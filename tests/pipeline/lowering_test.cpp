@@ -1,5 +1,5 @@
 // The graph that each request becomes, and where its objects are afterwards, from every place they can be at.
-#include "ir/logical_operations.h"
+#include "ir/logical_operation.h"
 #include "scheduler/lowering.h"
 #include "memory/library_memory.h"
 #include "tests/pipeline/fakes.h"

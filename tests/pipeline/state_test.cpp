@@ -1,8 +1,7 @@
 // The state machine of each level, and what one level tells the next.
-#include "ir/host_function_call.h"
-#include "ir/synchronization.h"
-#include "ir/logical_operations.h"
-#include "ir/physical_operations.h"
+#include "ir/device_command.h"
+#include "ir/logical_operation.h"
+#include "ir/physical_operation.h"
 #include "memory/library_memory.h"
 #include "tests/pipeline/fakes.h"
 

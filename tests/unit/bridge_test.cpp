@@ -3,7 +3,7 @@
 #include "base/end_of_process.h"
 #include "base/unique_identifier.h"
 #include "memory/library_memory.h"
-#include "objects/library_future.h"
+#include "ir/logical_operation.h"
 #include "tests/error_of.h"
 
 #include <gtest/gtest.h>

@@ -128,6 +128,15 @@ TEST(info_forms, a_string_loses_its_terminator) {
   EXPECT_THROW(get_string_info(scripted_query{{4, 3}}), bad_implementation);
 }
 
+TEST(info_forms, absurd_sizes_are_told_as_such) {
+  for (const std::size_t size : {~std::size_t{7}, std::size_t{1} << 40}) {
+    const std::string expected = "OpenCL implementation reported a size of " + std::to_string(size) +
+                                 " bytes for a query result, which is more than any such result takes.";
+    EXPECT_EQ(error_of<bad_implementation>([=] { get_string_info(scripted_query{{size}}); }), expected);
+    EXPECT_EQ(error_of<bad_implementation>([=] { read_vector({{size}}); }), expected);
+  }
+}
+
 TEST(info_forms, a_vector_has_its_reported_size_or_grows_until_it_is_not_filled) {
   EXPECT_EQ(read_vector({{16, 16}}).at(1), 0x100f0e0d0c0b0a09u);
   for (const sizes& reports : {sizes{12, 12}, sizes{16, 8}, sizes{0, 20}})

@@ -1,9 +1,8 @@
 // The parts of the pipeline that need no device: the graph, blocks of memory, byte order, attributes, roots.
 #include "ir/dag.h"
 #include "memory/host_memory.h"
-#include "memory/swap_endianness.h"
-#include "objects/integer_root.h"
-#include "objects/kernel_signature.h"
+#include "objects/library_kernel.h"
+#include "objects/launch_limits.h"
 #include "tests/error_of.h"
 
 #include <gtest/gtest.h>

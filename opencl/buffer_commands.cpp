@@ -1,0 +1,104 @@
+#include "opencl/buffer_commands.h"
+
+#include "access/opencl/copy_buffer.h"
+#include "access/opencl/fill_buffer_bytes.h"
+#include "access/opencl/transfer_buffer.h"
+#include "memory/ranges.h"
+#include "objects/library_device.h"
+
+#include <stdexcept>
+
+namespace oryn::tarva::library::device_ir::opencl {
+
+template <version V, class Source, class Destination>
+std::string copy_command<V, Source, Destination>::text(const char* name) const {
+  return this->class_text(name) + "src_object_id=" + std::to_string(copy_.source->get_unique_identifier()) +
+         ", dest_object_id=" + std::to_string(copy_.destination->get_unique_identifier()) +
+         ", src_start_pos=" + std::to_string(copy_.source_start) +
+         ", dest_start_pos=" + std::to_string(copy_.destination_start) +
+         ", count=" + std::to_string(copy_.count) + "}";
+}
+
+template <version V, class Source, class Destination>
+void copy_command<V, Source, Destination>::check() const {
+  check_device_copy({copy_.source->get_type(), copy_.source->get_size()}, copy_.source_start,
+                    {copy_.destination->get_type(), copy_.destination->get_size()}, copy_.destination_start,
+                    copy_.count);
+}
+
+template <version V>
+void copy_device_to_host<V>::enqueue() {
+  this->check();
+  const auto& copy = this->copy_;
+  this->submit(skerv::opencl::read_buffer<V>(this->buffer_of(*copy.source), false,
+                                             this->in_bytes(copy.source_start), this->in_bytes(copy.count),
+                                             copy.destination->get_write_pointer(copy.destination_start)));
+}
+
+template <version V>
+void copy_host_to_device<V>::enqueue() {
+  this->check();
+  const auto& copy = this->copy_;
+  copy.destination->mark_content();
+  this->submit(skerv::opencl::write_buffer<V>(
+      this->buffer_of(*copy.destination), false, this->in_bytes(copy.destination_start),
+      this->in_bytes(copy.count), copy.source->get_read_pointer(copy.source_start)));
+}
+
+template <version V>
+void copy_same_device<V>::enqueue() {
+  const auto& copy = this->copy_;
+  if (copy.source->get_device() != copy.destination->get_device())
+    throw std::logic_error("Source and destination memory must be on the same device.");
+  const auto source = this->buffer_of(*copy.source);
+  this->check();
+  copy.destination->mark_content();
+  this->submit(skerv::opencl::copy_buffer<V>(source, this->buffer_of(*copy.destination),
+                                             this->in_bytes(copy.source_start),
+                                             this->in_bytes(copy.destination_start),
+                                             this->in_bytes(copy.count)));
+}
+
+template <version V>
+requires(version_traits<V>::has_fill_buffer) void fill_on_device<V>::enqueue() {
+  const data_type type = fill_.memory->get_type();
+  check_fill(fill_.value, fill_.start, fill_.count, {type, fill_.memory->get_size()});
+  if (!this->get_device().is_little_endian())
+    swap_endianness(fill_.value.data(), type, 0, 1);
+  fill_.memory->mark_content();
+  this->submit(skerv::opencl::fill_buffer_bytes<V>(this->buffer_of(*fill_.memory), std::move(fill_.value),
+                                                   element_size(type) * fill_.start, fill_.count));
+}
+
+template <version V>
+auto opencl_version_queues<V>::make_copy(const operation_pointer& operation, device_to_host_copy copy)
+    -> command_pointer {
+  return std::make_shared<copy_device_to_host<V>>(operation, *this, std::move(copy));
+}
+
+template <version V>
+auto opencl_version_queues<V>::make_copy(const operation_pointer& operation, host_to_device_copy copy)
+    -> command_pointer {
+  return std::make_shared<copy_host_to_device<V>>(operation, *this, std::move(copy));
+}
+
+template <version V>
+auto opencl_version_queues<V>::make_copy(const operation_pointer& operation, device_copy copy)
+    -> command_pointer {
+  return std::make_shared<copy_same_device<V>>(operation, *this, std::move(copy));
+}
+
+template <version V>
+auto opencl_version_queues<V>::make_fill(const operation_pointer& operation, device_fill fill)
+    -> command_pointer {
+  if constexpr (version_traits<V>::has_fill_buffer)
+    return std::make_shared<fill_on_device<V>>(operation, *this, std::move(fill));
+  else
+    return nullptr;
+}
+
+#define INSTANTIATE(V) template class opencl_version_queues<version::V>;
+ORYN_FOR_EACH_VERSION(INSTANTIATE)
+#undef INSTANTIATE
+
+} // namespace oryn::tarva::library::device_ir::opencl
