@@ -21,6 +21,7 @@ class error_object : public property_interface {
 public:
   error_object(std::uint64_t exception_type, std::string message);
 
+  // ROOT, and below it EXCEPTION_TYPE and EXCEPTION_MESSAGE. Any other path has an empty property.
   std::shared_ptr<property_base> get_property(property_path path) override;
   std::vector<std::string> get_child_names(const property_path& path) override;
 

@@ -23,6 +23,7 @@ class address_map {
 public:
   std::size_t size() const { return size_; }
 
+  // Null if there is none.
   const Value* find(const void* key) const {
     const std::size_t index = place_of(key);
     return index == absent ? nullptr : &slots_[index].value;
@@ -33,6 +34,7 @@ public:
   std::pair<Value*, bool> try_emplace(const void* key, Value&& value) {
     if (Value* found = find(key))
       return {found, false};
+    // At most three quarters are in use: a search ends at a free slot, and there must be one nearby.
     if ((size_ + 1) * 4 > slots_.size() * 3)
       rebuild(slots_.empty() ? least_slots : slots_.size() * 2);
     slot& free = slots_[free_place_for(key)];
@@ -54,6 +56,7 @@ public:
     return removed;
   }
 
+  // Calls visit(key, value) for each entry, in no particular order.
   template <class Visitor>
   void for_each(Visitor&& visit) const {
     for (const slot& each : slots_)
@@ -62,6 +65,7 @@ public:
   }
 
 private:
+  // Free if the key is null.
   struct slot {
     const void* key = nullptr;
     Value value{};

@@ -46,6 +46,8 @@ private:
   std::uint64_t bits_ = 0;
 };
 
+// What differs between the loggers. Levels are written as "trace", "debug", "info", "warn", "error" and "critical", targets
+// as "file" and "console"; anything else means off, or nowhere.
 struct logger_description {
   const char* name;
   const char* level_variable;
@@ -94,6 +96,7 @@ extern logger tarva_logger;
 extern logger skerv_logger;
 
 // A log statement. For a silent logger it costs one comparison. A line that cannot be written is dropped.
+// The arguments take the places of the pairs of braces in the format, in order.
 template <logger& destination, log_level severity>
 struct statement {
   template <class... Arguments>
@@ -130,6 +133,7 @@ inline constexpr logging::statement<logging::skerv_logger, logging::log_level::w
 inline constexpr logging::statement<logging::skerv_logger, logging::log_level::error> log_error{};
 inline constexpr logging::statement<logging::skerv_logger, logging::log_level::critical> log_critical{};
 
+// The first call opens the logger.
 logging::logger* get_logger() noexcept;
 
 } // namespace oryn::skerv
