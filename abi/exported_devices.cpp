@@ -2,7 +2,6 @@
 #include "abi/entry_point.h"
 #include "objects/intermediate_representation.h"
 #include "objects/library_device.h"
-#include "objects/library_kernel.h"
 #include "objects/library_program.h"
 
 #include <cstdlib>

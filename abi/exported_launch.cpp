@@ -4,7 +4,7 @@
 #include "ir/nd_range.h"
 #include "memory/library_memory.h"
 #include "objects/kernel_arguments.h"
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 
 #include <algorithm>
 #include <memory>

@@ -2,7 +2,7 @@
 
 #include "ir/nd_range.h"
 #include "objects/kernel_arguments.h"
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 
 #include <cstdint>
 #include <string>

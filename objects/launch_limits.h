@@ -113,4 +113,8 @@ private:
   std::unordered_map<std::string, std::shared_ptr<const kernel_signature>> known_ TARVA_GUARDED_BY(lock_);
 };
 
+// For square and cubic work-groups: the largest integers whose square and cube are not above `value`.
+std::uint64_t integer_square_root(std::uint64_t value);
+std::uint64_t integer_cube_root(std::uint64_t value);
+
 } // namespace oryn::tarva::library

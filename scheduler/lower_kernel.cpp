@@ -2,7 +2,6 @@
 #include "ir/launch_checks.h"
 #include "scheduler/lowering.h"
 #include "memory/library_memory.h"
-#include "objects/library_kernel.h"
 #include "objects/library_program.h"
 
 #include <stdexcept>

@@ -1,7 +1,7 @@
 // The order in which a worker runs what it is given, seen in the record of the capability library.
 #include "access/opencl/discovery.h"
 #include "access/opencl/fill_buffer_bytes.h"
-#include "opencl/acquire_set.h"
+#include "opencl/opencl_device_work_dispatcher.h"
 #include "ir/device_command.h"
 #include "opencl/opencl_device_command.h"
 #include "ir/logical_operation.h"

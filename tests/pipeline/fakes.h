@@ -6,7 +6,6 @@
 #include "memory/device_memory.h"
 #include "objects/library_device.h"
 #include "objects/library_program.h"
-#include "objects/library_kernel.h"
 
 #include <stdexcept>
 

@@ -1,7 +1,7 @@
 // The commands that a step becomes, and the pieces in which a graph reaches its devices.
 #include "access/opencl/discovery.h"
 #include "scheduler/dispatch_operations.h"
-#include "opencl/generate_device_command_sequence.h"
+#include "opencl/opencl_device_command.h"
 #include "ir/logical_operation.h"
 #include "ir/physical_operation.h"
 #include "memory/library_memory.h"

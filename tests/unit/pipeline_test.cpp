@@ -1,7 +1,7 @@
 // The parts of the pipeline that need no device: the graph, blocks of memory, byte order, attributes, roots.
 #include "ir/dag.h"
 #include "memory/host_memory.h"
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 #include "objects/launch_limits.h"
 #include "tests/error_of.h"
 
