@@ -14,19 +14,20 @@ BLOCK = re.compile(r"^```python\n(.*?)^```$(?:\n\n```text\n(.*?)^```$)?", re.M |
 pytestmark = pytest.mark.usefixtures("device")
 
 
-@pytest.mark.parametrize("page", ["python.md", "coming-from-pyopencl.md"])
-def test_page(page: str, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+PAGES = [page for page in [*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md")] if BLOCK.search(page.read_text())]
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: page.stem)
+def test_page(page: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
     """All blocks of a page are one program. What a block prints is the text below it, where ... stands for anything."""
     monkeypatch.chdir(tmp_path)
-    text = (SOURCE / "docs" / page).read_text()
+    text = page.read_text()
     names: dict[str, object] = {"__name__": "page"}
-    blocks = list(BLOCK.finditer(text))
-    assert blocks
-    for block in blocks:
+    for block in BLOCK.finditer(text):
         printed = io.StringIO()
         line = text.count("\n", 0, block.start(1))
         with contextlib.redirect_stdout(printed):
-            exec(compile("\n" * line + block[1], page, "exec"), names)
+            exec(compile("\n" * line + block[1], str(page), "exec"), names)
         wanted = ".*".join(re.escape(part) for part in (block[2] or "").split("..."))
         assert re.fullmatch(wanted, printed.getvalue(), re.S), f"{page}:{line} printed:\n{printed.getvalue()}"
 
