@@ -12,7 +12,7 @@ namespace oryn::tarva::library {
 namespace {
 
 namespace cl = skerv::common::cl;
-using kind = kernel_parameter::kind;
+using kind = parameter_kind;
 
 bool is_refusal(std::int32_t status) {
   return status == cl::invalid_arg_size || status == cl::invalid_arg_value ||
@@ -65,7 +65,7 @@ kernel_parameter judge(const parameter_answers& answers) {
 
 bool kernel_signature::tells_something() const {
   return parameters.empty() || std::any_of(parameters.begin(), parameters.end(), [](const auto& each) {
-           return each.fitting != kernel_parameter::anything && each.fitting != all_value_sizes;
+           return each.accepted != kernel_parameter::anything && each.accepted != all_value_sizes;
          });
 }
 

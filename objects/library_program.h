@@ -1,3 +1,4 @@
+// Programs for one device, and their kernels.
 #pragma once
 
 #include "objects/launch_limits.h"
@@ -12,6 +13,7 @@
 
 namespace oryn::tarva::library {
 
+class library_device;
 class library_program;
 namespace physical_ir {
 class kernel;
@@ -21,7 +23,8 @@ namespace device_ir {
 class device_command;
 }
 
-// A named entry point of a program. Holds no arguments and never changes.
+// A named entry point of a program. Holds no arguments and never changes, so any thread may use it. It keeps its program
+// alive.
 class library_kernel : public property_interface, public std::enable_shared_from_this<library_kernel> {
 public:
   library_kernel(std::shared_ptr<library_program> program, std::string name);
@@ -52,11 +55,8 @@ private:
   const std::string name_;
 };
 
-class library_device;
-class library_kernel;
-
-// A program for one device. It keeps its device alive, except for the device's own program of built-in
-// kernels, which the device itself holds.
+// A program that was built for one device. It keeps its device alive, except for the device's own program of built-in
+// kernels, which the device itself holds: that pointer back would keep both for ever. Any thread may use it.
 class library_program : public property_interface, public std::enable_shared_from_this<library_program> {
 public:
   library_program(bool is_builtin, const std::shared_ptr<library_device>& device, std::string name);

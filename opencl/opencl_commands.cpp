@@ -14,6 +14,26 @@
 
 namespace oryn::tarva::library::device_ir::opencl {
 
+namespace {
+
+// A value travels in the byte order of the device; the arguments of the launch keep the host's.
+template <version V>
+void set_value(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kernel_argument_pod_value& value,
+               bool device_is_little_endian) {
+  const auto raw = value.get_raw_data();
+  if (raw.empty())
+    throw std::logic_error("Expected raw data to be non-empty.");
+  if (device_is_little_endian) {
+    kernel.set_value_argument(index, raw.size(), raw.data());
+    return;
+  }
+  std::vector<std::uint8_t> bytes(raw.begin(), raw.end());
+  swap_endianness(bytes.data(), value.get_type(), 0, 1);
+  kernel.set_value_argument(index, bytes.size(), bytes.data());
+}
+
+} // namespace
+
 template <version V, class Source, class Destination>
 std::string copy_command<V, Source, Destination>::text(const char* name) const {
   return this->class_text(name) + "src_object_id=" + std::to_string(copy_.source->get_unique_identifier()) +
@@ -57,10 +77,9 @@ void copy_same_device<V>::enqueue() {
   const auto source = this->buffer_of(*copy.source);
   this->check();
   copy.destination->mark_content();
-  this->submit(skerv::opencl::copy_buffer<V>(source, this->buffer_of(*copy.destination),
-                                             this->in_bytes(copy.source_start),
-                                             this->in_bytes(copy.destination_start),
-                                             this->in_bytes(copy.count)));
+  this->submit(skerv::opencl::copy_buffer<V>(
+      source, this->buffer_of(*copy.destination), this->in_bytes(copy.source_start),
+      this->in_bytes(copy.destination_start), this->in_bytes(copy.count)));
 }
 
 template <version V>
@@ -101,30 +120,6 @@ auto opencl_version_queues<V>::make_fill(const operation_pointer& operation, dev
     return nullptr;
 }
 
-#define INSTANTIATE(V) template class opencl_version_queues<version::V>;
-ORYN_FOR_EACH_VERSION(INSTANTIATE)
-#undef INSTANTIATE
-
-namespace {
-
-// A value travels in the byte order of the device; the arguments of the launch keep the host's.
-template <version V>
-void set_value(skerv::opencl::kernel<V>& kernel, std::uint32_t index, const kernel_argument_pod_value& value,
-               bool device_is_little_endian) {
-  const auto raw = value.get_raw_data();
-  if (raw.empty())
-    throw std::logic_error("Expected raw data to be non-empty.");
-  if (device_is_little_endian) {
-    kernel.set_value_argument(index, raw.size(), raw.data());
-    return;
-  }
-  std::vector<std::uint8_t> bytes(raw.begin(), raw.end());
-  swap_endianness(bytes.data(), value.get_type(), 0, 1);
-  kernel.set_value_argument(index, bytes.size(), bytes.data());
-}
-
-} // namespace
-
 template <version V>
 void nd_range_kernel<V>::set_arguments(skerv::opencl::kernel<V>& kernel) const {
   const kernel_argument_capture& arguments = launch_.get_arguments();
@@ -164,11 +159,12 @@ void nd_range_kernel<V>::enqueue() {
     this->submit(skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_offset, range.global_size,
                                                    range.local_size));
   else
-    this->submit(
-        skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_size, range.local_size));
+    this->submit(skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_size, range.local_size));
 }
 
-#define INSTANTIATE(V) template class nd_range_kernel<version::V>;
+#define INSTANTIATE(V)                                                                                       \
+  template class opencl_version_queues<version::V>;                                                          \
+  template class nd_range_kernel<version::V>;
 ORYN_FOR_EACH_VERSION(INSTANTIATE)
 #undef INSTANTIATE
 

@@ -1,5 +1,4 @@
-// The device commands of each OpenCL version that move and fill memory, and the queues that they go to.
-// The device command of each OpenCL version that launches a kernel.
+// The device commands of the six OpenCL versions, which copy, fill and launch, and the queues on which they enqueue.
 #pragma once
 
 #include "access/opencl/buffer.h"
@@ -97,9 +96,7 @@ protected:
   std::string text(const char* name) const;
   void check() const; // refuses what does not fit
 
-  std::uint64_t in_bytes(std::uint64_t count) const {
-    return element_size(copy_.source->get_type()) * count;
-  }
+  std::uint64_t in_bytes(std::uint64_t count) const { return element_size(copy_.source->get_type()) * count; }
 
   block_copy<Source, Destination> copy_;
 };

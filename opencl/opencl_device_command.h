@@ -1,4 +1,4 @@
-// What the worker of a device needs of an OpenCL command, whatever its version.
+// OpenCL commands as those see them who need not know a version: the worker of a device, and the making of commands.
 #pragma once
 
 #include "ir/device_command.h"

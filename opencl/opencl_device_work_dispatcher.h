@@ -1,5 +1,4 @@
-// What one device has been told by others.
-// The worker of one device.
+// The worker of one device, and what other devices tell it.
 #pragma once
 
 #include "base/notifier.h"

@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Iterable, Sequence
 
 from . import _binding
-from ._errors import KernelNotFound
+from ._errors import Error, KernelNotFound
 from ._handle import Handle
 from ._kernel import Kernel
 
@@ -27,12 +27,17 @@ class Program(_binding.Program, Handle):
     @property
     def kernels(self) -> tuple[str, ...]:
         """The names of its kernels."""
-        return self.properties["KERNEL_NAMES"]
+        try:
+            names: tuple[str, ...] = self.properties["KERNEL_NAMES"]
+        except Error:  # a device without built-in kernels has no such program, and says so
+            return ()
+        return names
 
     @property
     def binary(self) -> bytes:
         """The program as a binary of its device, to be given to Device.load of such a device."""
-        return self.properties["CL_PROGRAM_BINARY"]
+        binary: bytes = self.properties["CL_PROGRAM_BINARY"]
+        return binary
 
     def __getitem__(self, name: str) -> Kernel:
         kernel = self._kernels.get(name)
