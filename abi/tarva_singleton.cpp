@@ -21,6 +21,7 @@ namespace oryn::tarva::library {
 
 namespace {
 
+// Three times the same six stripes, and the words.
 std::string compose_banner() {
   const std::string dashes = std::string(59, '-') + '\n';
   const std::string pluses = std::string(59, '+') + '\n';
@@ -112,6 +113,8 @@ void tarva_singleton::start() {
   log_info("Initialization of TARVA complete.");
 }
 
+// Starts the worker of each device. A device that fails here is a failure of the start: those that cannot be prepared have
+// been left out before.
 void tarva_singleton::initialize_devices() {
   log_info("Initializing devices....");
   for (std::size_t index = 0; index < devices_.size(); ++index) {
