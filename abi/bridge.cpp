@@ -208,7 +208,7 @@ void abi_bridge::release_property(tarva_abi_property_s* handle) {
     remove(handle);
 }
 
-// Takes no memory. The counts are those of the caller's references that are still held.
+// The counts are those of the caller's references that are still held.
 void abi_bridge::report_leaks() const {
   const auto report = [](const auto& each) {
     using Record = typename std::decay_t<decltype(each)>::record_type;
