@@ -13,69 +13,27 @@ constexpr const char* oclgrind = "Oclgrind";
 
 using commands = capability;
 
-struct wire_row {
-  op operation;
-  std::array<std::uint64_t, 6> numbers; // 0: not under that capability
-};
-constexpr wire_row wire_rows[] = {
-    {op::build_program, {1, 1, 1, 1, 1, 1}},
-    {op::create_buffer, {2, 2, 3, 3, 3, 3}},
-    {op::create_command_queue, {3, 3, 4, 0, 0, 0}},
-    {op::create_command_queue_with_properties, {0, 0, 0, 4, 4, 4}},
-    {op::create_context, {4, 4, 5, 5, 5, 5}},
-    {op::create_kernels_in_program, {8, 8, 0, 0, 0, 0}},
-    {op::create_kernel, {9, 9, 9, 9, 9, 9}},
-    {op::create_program_with_binary, {10, 10, 10, 11, 11, 11}},
-    {op::create_program_with_builtin_kernels, {0, 0, 11, 12, 12, 12}},
-    {op::create_program_with_source, {11, 11, 12, 13, 13, 13}},
-    {op::create_program_with_il, {0, 0, 0, 0, 95, 95}},
-    {op::enqueue_copy_buffer, {14, 16, 18, 19, 19, 19}},
-    {op::enqueue_fill_buffer, {0, 0, 23, 24, 24, 24}},
-    {op::enqueue_nd_range_kernel, {22, 25, 30, 31, 31, 31}},
-    {op::enqueue_read_buffer, {23, 26, 31, 32, 32, 32}},
-    {op::enqueue_write_buffer, {28, 32, 36, 41, 41, 41}},
-    {op::finish, {30, 35, 39, 44, 44, 44}},
-    {op::device_of_handle, {32, 37, 41, 46, 46, 46}},
-    {op::get_context_info, {34, 39, 43, 48, 48, 48}},
-    {op::get_device_info, {36, 41, 45, 50, 50, 50}},
-    {op::get_event_info, {37, 42, 46, 51, 51, 51}},
-    {op::get_event_profiling_info, {38, 43, 47, 52, 52, 52}},
-    {op::get_extension_function_address_for_platform, {0, 0, 48, 53, 0, 0}},
-    {op::get_kernel_info, {41, 46, 51, 56, 56, 56}},
-    {op::get_kernel_work_group_info, {42, 47, 52, 57, 57, 57}},
-    {op::get_program_build_info, {45, 50, 55, 61, 61, 61}},
-    {op::get_program_info, {46, 51, 56, 62, 62, 62}},
-    {op::release_command_queue, {49, 54, 60, 66, 66, 66}},
-    {op::release_context, {50, 55, 61, 67, 67, 67}},
-    {op::release_device, {0, 0, 62, 68, 68, 68}},
-    {op::release_event, {51, 56, 63, 69, 69, 69}},
-    {op::release_kernel, {52, 57, 64, 70, 70, 70}},
-    {op::release_mem_object, {53, 58, 65, 71, 71, 71}},
-    {op::release_program, {54, 59, 66, 72, 72, 72}},
-    {op::retain_context, {57, 62, 69, 75, 75, 75}},
-    {op::retain_device, {0, 0, 70, 76, 76, 76}},
-    {op::retain_event, {58, 63, 71, 77, 77, 77}},
-    {op::retain_program, {61, 66, 74, 80, 80, 80}},
-    {op::set_kernel_arg, {63, 69, 77, 83, 83, 83}},
-    {op::set_program_specialization_constant, {0, 0, 0, 0, 0, 99}},
-};
-
+// Programs speak these numbers to capability libraries of others, so the table is on record: by its checksum.
 TEST_F(commands, have_their_numbers_and_there_are_no_others) {
   use(plain_device());
   library made;
+  std::uint64_t sum = 0xcbf29ce484222325;
   for (std::uint32_t capability = 1; capability <= 6; ++capability) {
-    std::map<std::uint64_t, std::int32_t> codes;
-    for (const auto& [operation, numbers] : wire_rows) {
-      EXPECT_EQ(qv::command_number(operation, capability), numbers[capability - 1]);
-      if (numbers[capability - 1] != 0)
-        codes[numbers[capability - 1]] = QV_UNRECOVERABLE_ERROR; // it is known, but there is no record
+    std::map<std::uint64_t, int> known;
+    for (std::uint32_t i = 0; i < qv::operation_count; ++i) {
+      const std::uint64_t number = qv::command_number(op{i}, capability);
+      sum = (sum ^ number) * 0x100000001b3;
+      if (number != 0) {
+        EXPECT_EQ(++known[number], 1) << number;
+      }
     }
     qv_call_handle* const handle = made.open(0, capability);
     for (std::uint64_t number = 0; number < 200; ++number)
       EXPECT_EQ(made.call_capability(handle, number, nullptr, 0),
-                codes.contains(number) ? codes[number] : QV_INVALID_COMMAND_ID)
+                known.contains(number) ? QV_UNRECOVERABLE_ERROR : QV_INVALID_COMMAND_ID) // there is no record
           << number << " under " << capability;
   }
+  EXPECT_EQ(sum, 4456532340994903786u);
 }
 
 // What was made to try the device is given to the first who asks for the same. Implementations may lose what their

@@ -4,6 +4,7 @@
 
 #define CL_TARGET_OPENCL_VERSION 220
 #define CL_USE_DEPRECATED_OPENCL_1_2_APIS
+#include <cstdlib>
 #pragma GCC visibility push(default)
 #include <CL/cl.h>
 #pragma GCC visibility pop
@@ -111,6 +112,18 @@ cl_int list(const std::vector<Handle>& all, std::size_t count, cl_uint room, Han
 template <class Entry>
 void* const* handles(const Entry* entries) {
   return reinterpret_cast<void* const*>(entries);
+}
+
+// For programs that know nothing of scripts: one device, which may refuse a query.
+[[gnu::constructor]] void take_device_from_environment() {
+  const char* const name = std::getenv("SCRIPTED_DEVICE_NAME");
+  const char* const query = std::getenv("SCRIPTED_REFUSED_QUERY");
+  if (name == nullptr)
+    return;
+  device_options only{name, {3}};
+  if (query != nullptr)
+    only.defects[static_cast<std::uint32_t>(std::strtoul(query, nullptr, 0))] = defect::refused;
+  set_devices({only});
 }
 
 } // namespace
