@@ -201,6 +201,9 @@ TEST_P(launching, ranges_of_transfers_are_checked_without_wrap_around) {
       EXPECT_NE(write_raw(numbers, start, size, host.data()).code, 0);
     }
     EXPECT_NE(copy(numbers, 0, numbers, 1, 2).code, 0) << "overlapping ranges";
+    const memory beside = make(counted(4));
+    EXPECT_EQ(copy(beside, 0, beside, 2, 2), outcome());
+    EXPECT_EQ(read<std::int32_t>(beside, 4), (std::vector<std::int32_t>{1, 2, 1, 2}));
     const outcome at_host = logic_failure("Memory copy would overflow allocation capacity.");
     EXPECT_EQ(read_raw(numbers, 1, 4, host.data()),
               on_device ? logic_failure("Copy operation would overflow source capacity.") : at_host);
