@@ -104,7 +104,7 @@ xml_part() {
 refusal_part() {
   need xmllint
   all=$("$tool" --xml 0 | grep -c distinct_name)
-  export TARVA_TEST_REFUSED_QUERY=0x1018
+  export SCRIPTED_REFUSED_QUERY=0x1018
   status 1 0 --get OPENCL/CL_DEVICE_MAX_SAMPLERS
   status 0 0 --get OPENCL/CL_DEVICE_ADDRESS_BITS
   status 0 0; holds tree "$output" "error: "; holds "what follows" "$output" "Local memory size"
@@ -113,18 +113,18 @@ refusal_part() {
   xml=$("$tool" --xml 0 2>/dev/null)
   echo "$xml" | xmllint --noout - || fail "XML of what is left"
   equal "all others" "$(echo "$xml" | grep -c distinct_name)" $((all - 1))
-  export TARVA_TEST_REFUSED_QUERY=0x101F
+  export SCRIPTED_REFUSED_QUERY=0x101F
   status 0; holds "the list goes on" "$output" '?'
 }
 
 # Devices with names that their makers should not have chosen.
 names_part() {
   need xmllint; need python3
-  export TARVA_TEST_DEVICE_NAME
-  TARVA_TEST_DEVICE_NAME="<b>&amp;</b> \"Ä\" '5' ]]>"
-  equal xml "$("$tool" 0 --xml | value_in_xml NAME)" "$TARVA_TEST_DEVICE_NAME"
-  TARVA_TEST_DEVICE_NAME=$(printf 'a\033[31m\001\377\\"z\302\205')
-  equal get "$("$tool" 0 --get NAME)" "$TARVA_TEST_DEVICE_NAME"
+  export SCRIPTED_DEVICE_NAME
+  SCRIPTED_DEVICE_NAME="<b>&amp;</b> \"Ä\" '5' ]]>"
+  equal xml "$("$tool" 0 --xml | value_in_xml NAME)" "$SCRIPTED_DEVICE_NAME"
+  SCRIPTED_DEVICE_NAME=$(printf 'a\033[31m\001\377\\"z\302\205')
+  equal get "$("$tool" 0 --get NAME)" "$SCRIPTED_DEVICE_NAME"
   holds tree "$("$tool" 0)" 'a\x1b[31m\x01\xff\"z\xc2\x85'
   holds list "$("$tool")" 'a\x1b[31m\x01\xff\"z\xc2\x85'
   equal json "$("$tool" --json | json 'ascii(all["devices"][0]["NAME"])')" "'a\\x1b[31m\\x01\\ufffd\\\\\"z\\x85'"
