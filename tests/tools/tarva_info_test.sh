@@ -45,9 +45,10 @@ values_part() {
   holds list "$("$tool")" "$name"
   holds tree "$("$tool" 0)" "$name"
   equal "elements on lines" "$("$tool" 0 --get OPENCL/CL_DEVICE_MAX_WORK_ITEM_SIZES | wc -l)" 3
-  for key in $("$tool" 0 --raw | awk 'NR % 9 == 1 { print $2 }'); do
+  raw=$("$tool" 0 --raw)
+  for key in $(echo "$raw" | awk 'NR % 9 == 1 { print $2 }'); do
     equal "what --raw shows of $key" "$("$tool" 0 --get "$key" | tr '\n' ' ' | tr -s ' ')" \
-      "$("$tool" 0 --raw | awk -v key="$key" '$2 == key { $1 = $2 = ""; print $0 " " }' | tr -s ' ' | sed 's/^ //' | tr -d '\n')"
+      "$(echo "$raw" | awk -v key="$key" '$2 == key { $1 = $2 = ""; print $0 " " }' | tr -s ' ' | sed 's/^ //' | tr -d '\n')"
   done
   for path in NOTHING OPENCL OPENCL/NOTHING OPENCL/CL_DEVICE_NAME/NAME OPENCL/CL_DEVICE_SINGLE_FP_CONFIG ""; do
     status 1 0 --get "$path"
