@@ -196,11 +196,10 @@ class Array(_binding.Memory, Handle, Elements, metaclass=_Indexable):
         if isinstance(wanted, Vector):
             shape = shape if values is not None else (*shape, wanted.room)
             wanted = wanted.component
-        self.shape = shape
-        self.dtype = native(wanted)
-        self.label = label
-        self._element = element_of(self.dtype)
-        self._allocate(label, self._element.code, self._element.size, self.size * self._element.parts)
+        own_dtype = native(wanted)
+        element = element_of(own_dtype)
+        self._allocate(label, element.code, element.size, math.prod(shape) * element.parts)
+        self.shape, self.dtype, self.label, self._element = shape, own_dtype, label, element
         if values is not None:
             self._assign(0, self.shape, values)
 
@@ -258,10 +257,11 @@ def _shape_of(content: Any) -> Shape | None:
 
 def _values_of(content: Any) -> NumpyArray:
     if not isinstance(content, Elements) and not hasattr(content, "__array__"):
-        raise TypeError(f"an Array is made of a numpy array, or of a shape and a dtype, not of {_short(content)}")
+        raise TypeError(f"an Array is made of a numpy array, or of a shape and a dtype, not of {short_text(content)}")
     return np.asarray(content)
 
 
-def _short(value: Any) -> str:
+def short_text(value: Any) -> str:
+    """A value as a message shows it."""
     text = repr(value)
     return text if len(text) < 60 else f"a {type(value).__name__}"

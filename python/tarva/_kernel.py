@@ -8,7 +8,7 @@ from typing import Any, NoReturn
 import numpy as np
 
 from . import _binding
-from ._array import Array, ArrayOf, View
+from ._array import Array, ArrayOf, View, short_text
 from ._handle import Handle
 from ._types import Vector, code_of_value, native, value_of
 
@@ -126,7 +126,7 @@ class _Parameter:
             ) from None
         self.code = code_of_value(self.dtype)
         self.wanted = f"an np.{self.dtype}" if self.dtype.kind != "V" else "a structure of its dtype"
-        if self.dtype.kind in "iuf" and self.dtype.itemsize != 2 or self.dtype.kind in "iu":
+        if self.dtype.kind in "iu" or self.dtype in (np.float32, np.float64):
             self.kind = _NUMBER
 
     def could_hold(self, value: Any) -> bool:
@@ -202,20 +202,20 @@ class Kernel(_binding.Kernel, Handle):
 
     def _refuse(self, index: int, value: Any, reason: str = "", wrong: type[Exception] = TypeError) -> NoReturn:
         parameter = self._parameters[index] if self._parameters is not None else None
-        text = f"{self._parameter_text(index)} of kernel {self.name}"
+        text, shown = f"{self._parameter_text(index)} of kernel {self.name}", short_text(value)
         if isinstance(value, View):
             raise TypeError(f"{text} takes whole Arrays: give it a copy() of the view.")
         if isinstance(value, np.ndarray) and value.ndim > 0 and (parameter is None or parameter.kind == _MEMORY):
             raise TypeError(f"{text} takes no numpy array: give it a tarva.Array of it.")
         if parameter is None:
-            told = f" ({reason})" if reason and "no type of its own" not in reason else ""
+            told = f" ({reason})" if reason else ""
             raise TypeError(
-                f"{text} is given {value!r}, whose type is not known{told}: say it by np.float32({value!r}) or the like,"
+                f"{text} is given {shown}, whose type is not known{told}: say it by np.float32({shown}) or the like,"
                 f" or once for all by takes(...)."
             )
         if parameter.kind in (_NUMBER, _LOCAL) and parameter.could_hold(value):
             wrong = ValueError
-        raise wrong(f"{text} takes {parameter.wanted}, not {value!r}{f': {reason}' if reason else ''}.")
+        raise wrong(f"{text} takes {parameter.wanted}, not {shown}{f': {reason}' if reason else ''}.")
 
     def _refuse_count(self, given: int, local: Any) -> NoReturn:
         if self._parameters is None:

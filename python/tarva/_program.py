@@ -13,7 +13,8 @@ from ._kernel import Kernel
 class Program(_binding.Program, Handle):
     """A program of one device. Its kernels are its attributes: program.saxpy, or program["saxpy"].
 
-    The same kernel comes each time, so that what it takes has to be said only once.
+    The same kernel comes each time, so that what it takes has to be said only once. A kernel of the name of something
+    that is described here, such as close, is program["close"].
     """
 
     __slots__ = ("label", "log", "_source", "_kernels", "__weakref__")

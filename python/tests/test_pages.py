@@ -17,7 +17,7 @@ pytestmark = pytest.mark.usefixtures("device")
 PAGES = [page for page in [*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md")] if BLOCK.search(page.read_text())]
 
 
-@pytest.mark.parametrize("page", PAGES, ids=lambda page: page.stem)
+@pytest.mark.parametrize("page", PAGES, ids=str)
 def test_page(page: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
     """All blocks of a page are one program. What a block prints is the text below it, where ... stands for anything."""
     monkeypatch.chdir(tmp_path)

@@ -48,7 +48,7 @@ assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 7
 assert array[0] == 1
 """
     done = run(USE + code)
-    assert (done.returncode, done.stderr) == (0, "")
+    assert done.returncode == 0, done.stderr
     before = "import os, sys\nimport tarva\nif os.fork() == 0:\n  " + USE.strip().replace("\n", "\n  ")
     done = run(before + "\nelse:\n  sys.exit(os.waitstatus_to_exitcode(os.wait()[1]))")
     assert done.returncode == 0, done.stderr
@@ -69,10 +69,11 @@ def test_other_threads_run_on_and_cannot_give_up_what_is_used(device: tarva.Devi
     steps = 0
     launch.start()
     while launch.is_alive():
-        steps += 1
         array.close()  # waits for nobody, and takes nothing from under the launch
+        time.sleep(0.001)  # comes back at once, or, if nobody lets this thread on, after the launch
+        steps += 1
     launch.join()
-    assert array.closed and steps > 100
+    assert array.closed and steps > 5
 
 
 def test_threads_share_a_kernel(device: tarva.Device) -> None:

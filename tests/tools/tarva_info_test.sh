@@ -45,9 +45,10 @@ values_part() {
   holds list "$("$tool")" "$name"
   holds tree "$("$tool" 0)" "$name"
   equal "elements on lines" "$("$tool" 0 --get OPENCL/CL_DEVICE_MAX_WORK_ITEM_SIZES | wc -l)" 3
-  for key in $("$tool" 0 --raw | awk 'NR % 9 == 1 { print $2 }'); do
+  raw=$("$tool" 0 --raw)
+  for key in $(echo "$raw" | awk 'NR % 9 == 1 { print $2 }'); do
     equal "what --raw shows of $key" "$("$tool" 0 --get "$key" | tr '\n' ' ' | tr -s ' ')" \
-      "$("$tool" 0 --raw | awk -v key="$key" '$2 == key { $1 = $2 = ""; print $0 " " }' | tr -s ' ' | sed 's/^ //' | tr -d '\n')"
+      "$(echo "$raw" | awk -v key="$key" '$2 == key { $1 = $2 = ""; print $0 " " }' | tr -s ' ' | sed 's/^ //' | tr -d '\n')"
   done
   for path in NOTHING OPENCL OPENCL/NOTHING OPENCL/CL_DEVICE_NAME/NAME OPENCL/CL_DEVICE_SINGLE_FP_CONFIG ""; do
     status 1 0 --get "$path"
@@ -104,7 +105,7 @@ xml_part() {
 refusal_part() {
   need xmllint
   all=$("$tool" --xml 0 | grep -c distinct_name)
-  export TARVA_TEST_REFUSED_QUERY=0x1018
+  export SCRIPTED_REFUSED_QUERY=0x1018
   status 1 0 --get OPENCL/CL_DEVICE_MAX_SAMPLERS
   status 0 0 --get OPENCL/CL_DEVICE_ADDRESS_BITS
   status 0 0; holds tree "$output" "error: "; holds "what follows" "$output" "Local memory size"
@@ -113,18 +114,18 @@ refusal_part() {
   xml=$("$tool" --xml 0 2>/dev/null)
   echo "$xml" | xmllint --noout - || fail "XML of what is left"
   equal "all others" "$(echo "$xml" | grep -c distinct_name)" $((all - 1))
-  export TARVA_TEST_REFUSED_QUERY=0x101F
+  export SCRIPTED_REFUSED_QUERY=0x101F
   status 0; holds "the list goes on" "$output" '?'
 }
 
 # Devices with names that their makers should not have chosen.
 names_part() {
   need xmllint; need python3
-  export TARVA_TEST_DEVICE_NAME
-  TARVA_TEST_DEVICE_NAME="<b>&amp;</b> \"Ä\" '5' ]]>"
-  equal xml "$("$tool" 0 --xml | value_in_xml NAME)" "$TARVA_TEST_DEVICE_NAME"
-  TARVA_TEST_DEVICE_NAME=$(printf 'a\033[31m\001\377\\"z\302\205')
-  equal get "$("$tool" 0 --get NAME)" "$TARVA_TEST_DEVICE_NAME"
+  export SCRIPTED_DEVICE_NAME
+  SCRIPTED_DEVICE_NAME="<b>&amp;</b> \"Ä\" '5' ]]>"
+  equal xml "$("$tool" 0 --xml | value_in_xml NAME)" "$SCRIPTED_DEVICE_NAME"
+  SCRIPTED_DEVICE_NAME=$(printf 'a\033[31m\001\377\\"z\302\205')
+  equal get "$("$tool" 0 --get NAME)" "$SCRIPTED_DEVICE_NAME"
   holds tree "$("$tool" 0)" 'a\x1b[31m\x01\xff\"z\xc2\x85'
   holds list "$("$tool")" 'a\x1b[31m\x01\xff\"z\xc2\x85'
   equal json "$("$tool" --json | json 'ascii(all["devices"][0]["NAME"])')" "'a\\x1b[31m\\x01\\ufffd\\\\\"z\\x85'"
