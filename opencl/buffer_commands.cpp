@@ -1,8 +1,6 @@
 #include "opencl/buffer_commands.h"
 
-#include "access/opencl/copy_buffer.h"
-#include "access/opencl/fill_buffer_bytes.h"
-#include "access/opencl/transfer_buffer.h"
+#include "access/opencl/commands.h"
 #include "memory/ranges.h"
 #include "objects/library_device.h"
 

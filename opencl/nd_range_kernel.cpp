@@ -1,6 +1,6 @@
 #include "opencl/nd_range_kernel.h"
 
-#include "access/opencl/nd_range_kernel.h"
+#include "access/opencl/commands.h"
 #include "ir/launch_checks.h"
 
 #include <stdexcept>

@@ -1,11 +1,11 @@
 // The commands that a step becomes, and the pieces in which a graph reaches its devices.
-#include "access/opencl/discovery.h"
-#include "scheduler/dispatch_operations.h"
-#include "opencl/generate_device_command_sequence.h"
+#include "access/opencl/device.h"
 #include "ir/logical_operation.h"
 #include "ir/physical_operation.h"
 #include "memory/library_memory.h"
+#include "opencl/generate_device_command_sequence.h"
 #include "opencl/opencl_device.h"
+#include "scheduler/dispatch_operations.h"
 #include "tests/pipeline/fakes.h"
 #include "tests/scripted/scripted_qv.h"
 
