@@ -1,7 +1,7 @@
 #include "opencl/opencl_device.h"
 
 #include "access/common/text.h"
-#include "access/opencl/discovery.h"
+#include "access/opencl/device.h"
 #include "base/logging.h"
 #include "memory/ranges.h"
 #include "objects/library_program.h"

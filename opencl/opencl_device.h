@@ -1,9 +1,9 @@
 // The devices of the six OpenCL versions: one class, written once.
 #pragma once
 
+#include "access/opencl/command_queue.h"
 #include "access/opencl/context.h"
 #include "access/opencl/device.h"
-#include "access/opencl/device_command_queue.h"
 #include "memory/device_memory.h"
 #include "objects/library_device.h"
 #include "opencl/opencl_version.h"

@@ -1,7 +1,7 @@
 #include "opencl/read_launch_limits.h"
 
+#include "access/common/call_handle.h"
 #include "access/common/errors.h"
-#include "access/common/transport.h"
 #include "opencl/opencl_device.h"
 
 #include <algorithm>

@@ -14,9 +14,9 @@ constexpr auto is_whitespace = [](char c) {
 
 constexpr auto is_semicolon = [](char c) { return c == ';'; };
 
-// Calls `take` with the place and the length of each piece.
-template <typename Predicate, typename Taker>
-void find_pieces(std::string_view text, Predicate is_separator, Taker take) {
+// Calls `use` with the place and the length of each part.
+template <class Predicate, class User>
+void find_parts(std::string_view text, Predicate is_separator, User use) {
   auto begin = text.begin();
   while (true) {
     begin = std::find_if_not(begin, text.end(), is_separator);
@@ -25,25 +25,24 @@ void find_pieces(std::string_view text, Predicate is_separator, Taker take) {
     const auto end = std::find_if(begin, text.end(), is_separator);
     const auto place = static_cast<std::size_t>(begin - text.begin());
     const auto length = static_cast<std::size_t>(end - begin);
-    begin = end == text.end() ? end : end + 1; // on, since `take` may write over the separator
-    take(place, length);
+    begin = end == text.end() ? end : end + 1; // on, since `use` may write over the separator
+    use(place, length);
   }
 }
 
-template <typename Predicate>
+template <class Predicate>
 std::vector<std::string> split(std::string_view text, Predicate is_separator) {
-  std::vector<std::string> pieces;
-  find_pieces(text, is_separator, [&](std::size_t begin, std::size_t length) {
-    pieces.emplace_back(text.substr(begin, length));
-  });
-  return pieces;
+  std::vector<std::string> parts;
+  find_parts(text, is_separator,
+             [&](std::size_t begin, std::size_t length) { parts.emplace_back(text.substr(begin, length)); });
+  return parts;
 }
 
-template <typename Predicate>
-void split_in_place(std::string& text, std::vector<const char*>& pieces, Predicate is_separator) {
-  find_pieces(text, is_separator, [&](std::size_t begin, std::size_t length) {
+template <class Predicate>
+void split_in_place(std::string& text, std::vector<const char*>& parts, Predicate is_separator) {
+  find_parts(text, is_separator, [&](std::size_t begin, std::size_t length) {
     text[begin + length] = '\0';
-    pieces.push_back(text.data() + begin);
+    parts.push_back(text.data() + begin);
   });
 }
 
@@ -61,12 +60,12 @@ std::vector<std::string> split_on_semicolon(std::string_view text) {
   return split(text, is_semicolon);
 }
 
-void split_in_place_on_whitespace(std::string& text, std::vector<const char*>& pieces) {
-  split_in_place(text, pieces, is_whitespace);
+void split_in_place_on_whitespace(std::string& text, std::vector<const char*>& parts) {
+  split_in_place(text, parts, is_whitespace);
 }
 
-void split_in_place_on_semicolon(std::string& text, std::vector<const char*>& pieces) {
-  split_in_place(text, pieces, is_semicolon);
+void split_in_place_on_semicolon(std::string& text, std::vector<const char*>& parts) {
+  split_in_place(text, parts, is_semicolon);
 }
 
 std::string join_with_semicolon(const std::vector<std::string>& list) {

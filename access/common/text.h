@@ -1,4 +1,5 @@
-// The lists that OpenCL packs into one string.
+// The lists that OpenCL packs into one string: names of extensions are parted by blanks, names of kernels by semicolons.
+// Plain functions without state, for any thread. Used where a parameter of an object is such a list.
 #pragma once
 
 #include <string>
@@ -11,13 +12,15 @@ namespace oryn::skerv::common {
 std::vector<std::string> split_on_whitespace(std::string_view text);
 std::vector<std::string> split_on_semicolon(std::string_view text);
 
-// The same without copies: each piece is ended by a zero where it lies in `text`, and pointed to.
-void split_in_place_on_whitespace(std::string& text, std::vector<const char*>& pieces);
-void split_in_place_on_semicolon(std::string& text, std::vector<const char*>& pieces);
+// The same without copies, for values that are only looked at: each part is ended by a zero where it lies in `text`, and pointed to.
+void split_in_place_on_whitespace(std::string& text, std::vector<const char*>& parts);
+void split_in_place_on_semicolon(std::string& text, std::vector<const char*>& parts);
 
+// The reverse: no semicolon follows the last element, and no elements give an empty string.
 std::string join_with_semicolon(const std::vector<std::string>& list);
 
-// True if an element of `list` is `name`, or the beginning of it, whatever the case of the letters.
+// Whether a device has an extension: true if an element of `list` is `name`, or the beginning of it, whatever the
+// case of the letters.
 bool has_extension(const std::vector<std::string>& list, std::string_view name);
 
 } // namespace oryn::skerv::common

@@ -1,6 +1,6 @@
+// What tells of an enqueued command.
 #pragma once
 
-#include "access/common/opencl_constants.h"
 #include "access/opencl/opencl_handle.h"
 
 #include <cstdint>
@@ -8,7 +8,14 @@
 
 namespace oryn::skerv::opencl {
 
-// Reports on one enqueued command.
+struct event_kind {
+  static constexpr qv::operation release = qv::operation::release_event;
+  static constexpr qv::operation retain = qv::operation::retain_event;
+  static constexpr const char* destructor_fault = "Exception caught in event::~event().";
+};
+
+// Reports on one enqueued command. Only the worker thread of the device deals with events: it gets one from the queue,
+// asks it once the command has ended, and gives it up.
 template <version V>
 class event : public opencl_handle<V, event_kind> {
 public:
@@ -16,36 +23,15 @@ public:
   event(common::call_handle call_handle, void* handle) noexcept
       : opencl_handle<V, event_kind>(std::move(call_handle), handle) {}
 
-  // Throws what the command failed with, if it has.
+  // Throws what the command failed with, if it has. One that has not ended yet has not failed.
   void check_execution_status() const;
 
-  // In nanoseconds of the device's clock.
-  std::uint64_t get_profiling_start() const { return get_profiling(common::cl::profiling_command_start); }
-  std::uint64_t get_profiling_end() const { return get_profiling(common::cl::profiling_command_end); }
+  // In nanoseconds of the device's clock. Only for a command that has ended, in a queue with profiling.
+  std::uint64_t get_profiling_start() const;
+  std::uint64_t get_profiling_end() const;
 
 private:
   std::uint64_t get_profiling(std::uint32_t parameter) const;
 };
-
-template <version V>
-void event<V>::check_execution_status() const {
-  const auto status = common::get_scalar_info<std::int32_t>(
-      this->template query<qv::operation::get_event_info>(common::cl::event_command_execution_status));
-  if (status < 0)
-    common::check_status(status);
-}
-
-template <version V>
-std::uint64_t event<V>::get_profiling(std::uint32_t parameter) const {
-  return common::get_scalar_info<std::uint64_t>(
-      this->template query<qv::operation::get_event_profiling_info>(parameter));
-}
-
-extern template class event<version::v1_0>;
-extern template class event<version::v1_1>;
-extern template class event<version::v1_2>;
-extern template class event<version::v2_0>;
-extern template class event<version::v2_1>;
-extern template class event<version::v2_2>;
 
 } // namespace oryn::skerv::opencl

@@ -1,11 +1,6 @@
 // The access layer over the scripted capability library, where a caller of the exported functions does not reach:
 // references of every kind, and answers that lie.
-#include "access/opencl/opencl_1_0.h"
-#include "access/opencl/opencl_1_1.h"
-#include "access/opencl/opencl_1_2.h"
-#include "access/opencl/opencl_2_0.h"
-#include "access/opencl/opencl_2_1.h"
-#include "access/opencl/opencl_2_2.h"
+#include "access/opencl/version_namespaces.h"
 #include "tests/scripted/scripted_qv.h"
 
 #include <gtest/gtest.h>

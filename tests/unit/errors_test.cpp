@@ -1,5 +1,5 @@
 #include "access/common/errors.h"
-#include "access/common/info_forms.h"
+#include "access/common/info_query.h"
 #include "tests/error_of.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,6 @@
-#include "access/common/info_forms.h"
+#include "access/common/info_query.h"
 
-#include "access/common/errors.h"
-
+// The texts of these reach the user in an error object, so that a vendor can be told what is wrong.
 namespace oryn::skerv::common {
 
 void throw_scalar_size(std::size_t expected, std::size_t reported) {
