@@ -85,7 +85,7 @@ TEST_F(refusal, of_more_groups_than_can_be_counted) {
     for (std::size_t i = 0; i < std::size(devices); ++i) {
       const auto& [platform, name, letter] = devices[i];
       const user it(made, i);
-      void* const kernel = it.make_kernel("plain");
+      void* const kernel = it.make_kernel();
       for (const row& one : rows) {
         const bool is_refused = one.refused_by.find(letter) != std::string_view::npos ||
                                 (platform == oclgrind && one.refused_by.back() == 'o');
@@ -104,7 +104,7 @@ TEST_F(refusal, of_local_sizes_of_zero) {
   use(plain_device());
   library made;
   const user it(made);
-  void* const kernel = it.make_kernel("plain");
+  void* const kernel = it.make_kernel();
   EXPECT_EQ(it.set(kernel, 0, 8, nullptr), CL_SUCCESS);
   using row = std::tuple<std::uint32_t, std::array<std::size_t, 3>, cl_int, bool>;
   const std::array<std::size_t, 3> global{64, 64, 64};
@@ -337,7 +337,7 @@ TEST_F(refusal, of_answers_that_are_wrong) {
     library made;
     for (std::size_t i = 0; i < with_oclgrind; ++i) {
       const user it(made, i);
-      void* const kernel = it.make_kernel("plain");
+      void* const kernel = it.make_kernel();
       char text[8] = "";
       it.ask<op::get_kernel_info>({kernel, sizeof text, text, nullptr, 77, CL_KERNEL_ATTRIBUTES});
       EXPECT_STREQ(text, knows_better[i] ? "" : "garbage") << names[i];
