@@ -58,7 +58,7 @@ void use_objects_once() {
   EXPECT_EQ(told, loses_user_data ? "another" : "an error");
   const std::uint64_t plain[] = {CL_QUEUE_PROPERTIES, 0, 0};
   const std::uint64_t profiling[] = {CL_QUEUE_PROPERTIES, CL_QUEUE_PROFILING_ENABLE, 0};
-  const std::uint64_t sized[] = {CL_QUEUE_PROPERTIES, 0, CL_QUEUE_SIZE, 0, 0};
+  const std::uint64_t sized[] = {CL_QUEUE_PROPERTIES, CL_QUEUE_PROFILING_ENABLE, CL_QUEUE_SIZE, 0, 0};
   const auto makes_queue = [&](void* context, const std::uint64_t* properties) {
     forget_calls();
     first.release<op::release_command_queue>(
@@ -216,6 +216,9 @@ TEST_F(commands, kernels_refuse_what_opencl_would_follow_blindly) {
     it.release<op::release_mem_object>(buffer);
     EXPECT_EQ(it.set(kernel, 0, 8, &buffer), CL_INVALID_MEM_OBJECT);
     it.release<op::release_kernel>(kernel);
+    forget_calls();
+    it.release<op::release_kernel>(it.make_kernel("k"));
+    EXPECT_EQ(count_calls(op::create_kernel), 1u) << "one that was refused something is not used again";
   }
 }
 
@@ -374,6 +377,11 @@ TEST_F(commands, implementations_that_throw_or_lie_have_failed) {
   const char* const text = "";
   const qv::create_program_with_source_record source{it.context, &text, nullptr, nullptr, 77, 1};
   EXPECT_EQ(it.ask<op::create_program_with_source>(source).status, CL_OUT_OF_RESOURCES);
+  const user old(made, 0, 1);
+  void* kernels[2] = {};
+  fail_call(op::get_kernel_info, 1, CL_OUT_OF_RESOURCES); // the name of the first
+  EXPECT_EQ(old.ask<op::create_kernels_in_program>({old.program, kernels, nullptr, 77, 2}).status,
+            CL_OUT_OF_RESOURCES);
   fail_call(op::create_program_with_source, 1, CL_SUCCESS); // but it makes none
   EXPECT_EQ(it.ask<op::create_program_with_source>(source).status, CL_OUT_OF_RESOURCES);
 }
