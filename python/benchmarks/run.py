@@ -3,8 +3,8 @@
 
     run.py <build folder> [--publish]
 
-Everything is measured in turns, in one run, on one processor; what is told are medians of the rounds. With --publish the
-table on the page docs/python.md is renewed. The build folder has the target python_launch_in_c.
+Everything is measured in turns, in one run, on one processor; what is told are medians of the rounds. With --publish
+the table on the page docs/python.md is renewed. The build folder has the target python_launch_in_c.
 """
 
 import json
@@ -68,8 +68,8 @@ def through_ctypes(library: str) -> dict[str, float]:
     devices, built = c.POINTER(Devices)(), c.POINTER(Built)()
     tarva.tarva_abi_get_devices(None, c.byref(devices), c.byref(error))
     tarva.tarva_abi_load_device_ir(
-        None, c.c_void_p(devices[0].devices[0]), None, c.c_uint64(1), SOURCE.encode(), c.c_uint64(len(SOURCE)), b"", b"",
-        c.byref(built), c.byref(error),
+        None, c.c_void_p(devices[0].devices[0]), None, c.c_uint64(1), SOURCE.encode(), c.c_uint64(len(SOURCE)),
+        b"", b"", c.byref(built), c.byref(error),
     )  # fmt: skip
     tarva.tarva_abi_get_kernel(None, c.c_void_p(built[0].program), b"three", c.byref(kernel), c.byref(error))
     tarva.tarva_abi_memory_allocate_typed(None, b"", c.c_uint64(12), c.c_uint64(1000), c.byref(memory), c.byref(error))

@@ -77,8 +77,8 @@ class Device(_binding.Device, Handle):
             data: its bytes
             options: for the compiler
             label: the name of the program
-            kind: "spir-v", "spir 1.2", "spir 2.0", "binary" for Program.binary of such a device, or "source 1.2" and the
-                like; by itself SPIR-V is recognised, bitcode is taken for SPIR 1.2, and all else for a binary
+            kind: "spir-v", "spir 1.2", "spir 2.0", "binary" for Program.binary of such a device, or "source 1.2" and
+                the like; by itself SPIR-V is recognised, bitcode is taken for SPIR 1.2, and all else for a binary
             constants: values for specialization constants of a SPIR-V module, by their ids: np.float32(2), True
         """
         return self._build(kind or _kind_of(data), data, options, label, constants or {}, None)
@@ -168,8 +168,8 @@ def best_device() -> Device:
     """The available device that promises most: graphics processors come first, then accelerators, then processors; then
     decide compute units times clock, then the newest OpenCL version.
 
-    The user of the program can choose by TARVA_DEVICE in the environment: the number of a device in the list, a type, or a
-    part of the name, each for the best such device. Raises NoDevice if there is none.
+    The user of the program can choose by TARVA_DEVICE in the environment: the number of a device in the list, a type,
+    or a part of the name, each for the best such device. Raises NoDevice if there is none.
     """
     candidates = [_Candidate(device, index) for index, device in enumerate(_some_devices())]
     has_rights_of_caller = (os.getuid(), os.getgid()) == (os.geteuid(), os.getegid())
@@ -202,10 +202,10 @@ def _some_devices() -> list[Device]:
     found = devices()
     if not found:
         raise NoDevice(
-            "The machine has no OpenCL device. An implementation of OpenCL has to be installed: on Debian and Ubuntu the"
-            " package pocl-opencl-icd is one for every processor, and intel-opencl-icd, mesa-opencl-icd, nvidia-opencl-icd"
-            " and rocm-opencl-icd are for graphics processors. QV_LOG=1 in the environment has the reason written why a"
-            " device is left out."
+            "The machine has no OpenCL device. An implementation of OpenCL has to be installed: on Debian and Ubuntu"
+            " the package pocl-opencl-icd is one for every processor, and intel-opencl-icd, mesa-opencl-icd,"
+            " nvidia-opencl-icd and rocm-opencl-icd are for graphics processors. QV_LOG=1 in the environment has the"
+            " reason written why a device is left out."
         )
     return found
 

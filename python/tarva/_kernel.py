@@ -37,8 +37,8 @@ class Local(_binding.Words):
 class Range(_binding.Words):
     """A range of work-items in groups of the library's choosing; sizes are given for one, two or three dimensions.
 
-    Plain sizes, as in kernel((640, 480), ...), need none of this. `D` is the group size that the kernel prefers: the one
-    fixed in its source, else about as large as the kernel can have, and equally long in each dimension.
+    Plain sizes, as in kernel((640, 480), ...), need none of this. `D` is the group size that the kernel prefers: the
+    one fixed in its source, else about as large as the kernel can have, and equally long in each dimension.
     """
 
     _text: str
@@ -155,12 +155,12 @@ class Kernel(_binding.Kernel, Handle):
         kernel(1024, data, group=64, local=64)      with 64 elements for each parameter of local memory
         kernel(Range.groups_per_unit(4), data)      in groups of the library's choosing
 
-    It returns when the launch has ended. `offset` is the first global id, `group` the size of a work-group, both with as
-    many dimensions as the range. `local` gives the number of elements for the parameters that are declared as
+    It returns when the launch has ended. `offset` is the first global id, `group` the size of a work-group, both with
+    as many dimensions as the range. `local` gives the number of elements for the parameters that are declared as
     tarva.Local, in their order: a number, or a tuple of them.
 
-    Arguments are Arrays; None for a null pointer; tarva.Local(dtype, count); and numbers, once takes() has said of which
-    types the parameters are. Without it numbers have to be of numpy types, as np.float32(3).
+    Arguments are Arrays; None for a null pointer; tarva.Local(dtype, count); and numbers, once takes() has said of
+    which types the parameters are. Without it numbers have to be of numpy types, as np.float32(3).
     """
 
     __slots__ = ("name", "_source", "_parameters", "__weakref__")
