@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from collections.abc import Mapping
-from typing import Any, Union
+from typing import Any
 
 from . import _binding
 from ._errors import BuildError, Error, NoDevice
@@ -22,7 +22,7 @@ _BYTE_ORDER_MARK = "\ufeff"  # allowed at the very beginning only
 _SPIR_V_MAGIC = (b"\x03\x02\x23\x07", b"\x07\x23\x02\x03")
 _BITCODE_MAGIC = (b"BC\xc0\xde", b"\xde\xc0\x17\x0b")
 
-Data = Union[bytes, bytearray, memoryview]
+Data = bytes | bytearray | memoryview
 
 
 class Device(_binding.Device, Handle):
