@@ -1,7 +1,7 @@
 #include "abi/bridge.h"
 
+#include "base/end_of_process.h"
 #include "base/logging.h"
-#include "base/process_fault.h"
 #include "properties/property_base.h"
 
 #include <algorithm>
@@ -12,13 +12,15 @@ namespace oryn::tarva::library {
 
 namespace {
 
-template <typename record>
-record_ptr<record> new_record() {
-  auto handle = allocate_records<record>();
-  handle->kind = handle_traits<record>::kind;
+// The opaque record of a handle. Its address is what the caller gets.
+template <class Record>
+record_ptr<Record> new_record() {
+  auto handle = allocate_records<Record>();
+  handle->kind = handle_traits<Record>::kind;
   return handle;
 }
 
+// The public record of a property. Its strings and its value are the property's own, which lives as long as the handle.
 record_ptr<tarva_abi_property_s> describe(const property_base& property) {
   auto handle = new_record<tarva_abi_property_s>();
   handle->name = property.get_name_pointer();
@@ -34,11 +36,11 @@ record_ptr<tarva_abi_property_s> describe(const property_base& property) {
 }
 
 // `count` pointers of a handle array, all NULL; none for no handles.
-template <typename record>
-record_ptr<record*> new_pointers(std::size_t count) {
+template <class Record>
+record_ptr<Record*> new_pointers(std::size_t count) {
   if (count == 0)
     return nullptr;
-  auto pointers = allocate_records<record*>(count);
+  auto pointers = allocate_records<Record*>(count);
   std::fill_n(pointers.get(), count, nullptr);
   return pointers;
 }
@@ -46,25 +48,26 @@ record_ptr<record*> new_pointers(std::size_t count) {
 } // namespace
 
 abi_bridge::owned_property abi_bridge::get_property_and_owner(const tarva_abi_property_s* handle) const {
-  const auto guard = lock_.lock_shared();
-  const auto& found = table<tarva_abi_property_s>().look_up(handle);
+  const reader_writer_lock::shared_guard guard(lock_);
+  const handle_entry<tarva_abi_property_s>& found = table<tarva_abi_property_s>().look_up(handle);
   return {found.object, found.owner};
 }
 
-template <typename record>
-record* abi_bridge::store(record_ptr<record> handle, handle_entry<record> new_entry) {
+// The record frees itself if the table has no room for it. Then nobody has seen its address.
+template <class Record>
+Record* abi_bridge::store(record_ptr<Record> handle, handle_entry<Record> new_entry) {
   {
-    const std::lock_guard guard(lock_);
-    table<record>().insert(handle.get(), new_entry);
+    const lock_guard guard(lock_);
+    table<Record>().insert(handle.get(), new_entry);
   }
   return handle.release();
 }
 
-template <typename record>
-record* abi_bridge::make_handle(std::shared_ptr<object_of<record>> object) {
-  handle_entry<record> new_entry;
+template <class Record>
+Record* abi_bridge::make_handle(std::shared_ptr<object_of<Record>> object) {
+  handle_entry<Record> new_entry;
   new_entry.object = std::move(object);
-  return store(new_record<record>(), std::move(new_entry));
+  return store(new_record<Record>(), std::move(new_entry));
 }
 
 tarva_abi_property_s* abi_bridge::make_property_handle(std::shared_ptr<property_base> property,
@@ -94,6 +97,8 @@ abi_bridge::make_device_array(const std::vector<std::shared_ptr<library_device>>
   return array.release();
 }
 
+// Without one of the handles the caller gets an array of NULLs, so those that were made end again. If even that fails, the
+// tables contradict each other, and nothing that they say can be relied on.
 tarva_abi_property_array_s* abi_bridge::make_property_array(const std::vector<owned_property>& properties) {
   auto array = allocate_records<tarva_abi_property_array_s>();
   auto pointers = new_pointers<tarva_abi_property_s>(properties.size());
@@ -118,58 +123,62 @@ tarva_abi_property_array_s* abi_bridge::make_property_array(const std::vector<ow
 }
 
 // The tables tell the kind of a handle; its record is not read, since it may have been freed long ago.
-template <typename record>
-void abi_bridge::test_kind(const record* handle) const {
-  if constexpr (requires { handle_traits<record>::null_message; }) {
+template <class Record>
+void abi_bridge::test_kind(const Record* handle) const {
+  if constexpr (requires { handle_traits<Record>::null_message; }) {
     if (!handle)
-      throw std::runtime_error(handle_traits<record>::null_message);
+      throw std::runtime_error(handle_traits<Record>::null_message);
   }
-  if constexpr (requires { handle_traits<record>::wrong_kind_message; }) {
+  if constexpr (requires { handle_traits<Record>::wrong_kind_message; }) {
     const auto is_live = [handle](const auto&... each) { return (each.contains(handle) || ...); };
-    if (!table<record>().contains(handle) && std::apply(is_live, tables_))
-      throw std::runtime_error(handle_traits<record>::wrong_kind_message);
+    if (!table<Record>().contains(handle) && std::apply(is_live, tables_))
+      throw std::runtime_error(handle_traits<Record>::wrong_kind_message);
   }
 }
 
-template <counted_handle record>
-void abi_bridge::retain(const record* handle) {
-  const auto guard = lock_.lock_shared();
+template <counted_handle Record>
+void abi_bridge::retain(const Record* handle) {
+  const reader_writer_lock::shared_guard guard(lock_);
   test_kind(handle);
-  table<record>().retain(handle);
+  table<Record>().retain(handle);
 }
 
-template <counted_handle record>
-bool abi_bridge::release(record* handle) {
+// Nearly always the reference is not the last one, and a reader of the lock can count it.
+template <counted_handle Record>
+bool abi_bridge::release(Record* handle) {
   {
-    const auto guard = lock_.lock_shared();
+    const reader_writer_lock::shared_guard guard(lock_);
     test_kind(handle);
-    if (table<record>().release_unless_last(handle))
+    if (table<Record>().release_unless_last(handle))
       return false;
   }
-  // Until the lock is taken alone, others may retain the handle again or end it.
-  typename handle_table<record>::node ended; // dropped after the unlock
+  // It was the last reference. Until this thread is the only one at the table, others may retain the handle again or end
+  // it, so all is asked again.
+  typename handle_table<Record>::removed_entry ended; // destroyed after the unlock
   void* oldest = nullptr;
   {
-    const std::lock_guard guard(lock_);
+    const lock_guard guard(lock_);
     test_kind(handle);
-    ended = table<record>().release(handle);
+    ended = table<Record>().release(handle);
     if (!ended)
       return false;
-    oldest = retired_.exchange(handle);
+    oldest = quarantine_.exchange(handle);
   }
   std::free(oldest);
   return true;
 }
 
-template <typename record>
-void abi_bridge::remove(record* handle) {
-  typename handle_table<record>::node ended; // dropped after the unlock
+// As in release(), what leaves the table and what leaves the quarantine goes after the unlock: the object may call the
+// bridge at its end, and free() would only make the lock longer.
+template <class Record>
+void abi_bridge::remove(Record* handle) {
+  typename handle_table<Record>::removed_entry ended; // destroyed after the unlock
   void* oldest = nullptr;
   {
-    const std::lock_guard guard(lock_);
+    const lock_guard guard(lock_);
     test_kind(handle);
-    ended = table<record>().remove(handle);
-    oldest = retired_.exchange(handle);
+    ended = table<Record>().remove(handle);
+    oldest = quarantine_.exchange(handle);
   }
   std::free(oldest);
 }
@@ -182,9 +191,9 @@ void abi_bridge::withdraw_future(tarva_abi_future_s* handle) {
   try {
     return remove(handle);
   } catch (const std::runtime_error&) {
-    // Whoever has ended it has kept the record, but the teardown leaves records to their owners.
-    const std::lock_guard guard(lock_);
-    if (is_torn_down_ && !retired_.contains(handle))
+    // If a caller has ended it, its record is in the quarantine. After a teardown it is nobody's but ours.
+    const lock_guard guard(lock_);
+    if (is_torn_down_ && !quarantine_.contains(handle))
       std::free(handle);
   }
 }
@@ -201,34 +210,47 @@ void abi_bridge::release_property(tarva_abi_property_s* handle) {
 
 void abi_bridge::report_leaks() const {
   const auto report = [](const auto& each) {
-    using record = typename std::decay_t<decltype(each)>::record_type;
-    each.for_each([](const void* handle, const handle_entry<record>& leaked) {
-      if constexpr (counted_handle<record>)
-        log_warning(handle_traits<record>::leak_line, handle, leaked.count);
+    using Record = typename std::decay_t<decltype(each)>::record_type;
+    each.for_each([](const void* handle, const handle_entry<Record>& leaked) {
+      if constexpr (counted_handle<Record>)
+        log_warning(handle_traits<Record>::leak_line, handle, leaked.count);
       else
-        log_warning(handle_traits<record>::leak_line, handle);
+        log_warning(handle_traits<Record>::leak_line, handle);
     });
   };
   std::apply([&](const auto&... each) { (report(each), ...); }, tables_);
 }
 
-void abi_bridge::teardown() {
+// The lock has no wait with a limit, and this happens once in a process.
+bool abi_bridge::lock_within_grace_period() {
   using clock = std::chrono::steady_clock;
-  handle_tables dropped;
-  std::unique_lock guard(lock_, std::defer_lock);
-  const auto end = clock::now() + patience_with_tables;
-  while (!guard.try_lock() && clock::now() < end)
+  const auto end = clock::now() + grace_period_of_tables;
+  while (!lock_.try_lock()) {
+    if (clock::now() >= end)
+      return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  if (!guard)
+  }
+  return true;
+}
+
+void abi_bridge::teardown() {
+  if (!lock_within_grace_period()) {
     log_critical("ABI bridge internal lock is held during destruction.  Please file a bug.");
-  report_leaks();
-  if (!guard)
+    // The report is worth more than the risk: the process ends anyway.
+    [this]() TARVA_NOT_ANALYSED { report_leaks(); }();
     return;
-  dropped = std::exchange(tables_, {});
-  is_torn_down_ = true;
-  guard.unlock();
+  }
+  handle_tables dropped; // destroyed after the unlock, since objects may call the bridge at their end
+  {
+    const lock_guard guard(lock_, std::adopt_lock);
+    report_leaks();
+    dropped = std::exchange(tables_, {});
+    is_torn_down_ = true;
+  }
   std::apply([](auto&... each) { ((each = {}), ...); }, dropped);
 }
+
+// Conversions between the interface and the library.
 
 data_type to_data_type(tarva_abi_data_type value) {
   if (value < TARVA_ABI_TYPE_STRING || value > TARVA_ABI_TYPE_DOUBLE16)

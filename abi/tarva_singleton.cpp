@@ -1,39 +1,25 @@
 #include "abi/tarva_singleton.h"
 
-#include "abi/call_gate.h"
-#include "abi/device_detection.h"
-#include "abi/error_conversion.h"
-#include "abi/host_threads.h"
-#include "base/busy_wait.h"
+#include "abi/error_object.h"
 #include "base/logging.h"
-#include "base/process_fault.h"
-#include "ir/scheduler/ultra_naive_scheduler.h"
-#include "objects/device_work_dispatcher.h"
+#include "base/notifier.h"
+#include "ir/logical_operation.h"
 #include "objects/library_device.h"
+#include "opencl/opencl_device.h"
 #include "properties/device_catalogue.h"
 #include "properties/kernel_catalogue.h"
 #include "properties/program_catalogue.h"
+#include "scheduler/ultra_naive_scheduler.h"
 
-#include <atomic>
-#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
-#include <pthread.h>
 #include <sstream>
 #include <string>
-#include <unistd.h>
 
 namespace oryn::tarva::library {
 
 namespace {
-
-constinit call_gate the_gate;
-
-// How long the end of the process waits for calls of other threads that are about to return.
-constexpr std::chrono::milliseconds patience_with_short_calls{100};
-
-constinit std::atomic<bool> patience_is_spent = false;
 
 std::string compose_banner() {
   const std::string dashes = std::string(59, '-') + '\n';
@@ -47,15 +33,7 @@ std::string compose_banner() {
   return banner.str();
 }
 
-// Whatever the process does while it ends must be refused from here on: the library never came to be. Takes no
-// memory, for want of which the start may have failed.
-[[noreturn]] void end_failed_start() noexcept {
-  std::fflush(stderr);
-  the_gate.close();
-  limit_exit_handlers(); // they may wait for threads that stand where the library would have started
-  std::exit(1);
-}
-
+// Printed as well as logged, since the log is silent unless it was asked for.
 [[noreturn]] void fail_to_start(const char* reason) noexcept {
   log_critical("Failed to initialize the TARVA library: {}", reason);
   std::fprintf(stderr, "Failed to initialize the TARVA library: %s\n", reason);
@@ -68,8 +46,8 @@ std::string compose_banner() {
   end_failed_start();
 }
 
-// What the library uses at its end, or what a call may use until then, must be made before it, so that it
-// goes after it.
+// Static objects that calls use, or that the stop uses, must be made before the library, so that they are destroyed after
+// it.
 void prepare_what_outlives_the_library() {
   get_logger();
   skerv::get_logger();
@@ -78,80 +56,36 @@ void prepare_what_outlives_the_library() {
   get_program_catalogue();
 }
 
-// Holds the library from its first call to the end of the process, or until it is unloaded.
-class library_holder {
-public:
-  library_holder() : process_(getpid()) {
-    pthread_atfork(nullptr, nullptr, [] { the_gate.close(); });
-    library_ = new (std::nothrow) tarva_singleton;
-    if (!library_)
-      fail_to_start(std::bad_alloc().what());
+// Without memory for the library itself the process ends as with any other failure of the start.
+stoppable_library* start_library() {
+  if (auto* const library = new (std::nothrow) tarva_singleton)
+    return library;
+  fail_to_start(std::bad_alloc().what());
+}
+
+// Takes no memory: nothing else tells of a failure that no future delivers.
+void log_failure(const logical_ir::logical_operation& operation, const std::exception_ptr& error) noexcept {
+  std::string text;
+  try {
+    text = operation.to_string();
+  } catch (...) {
+    // The line then stands without it.
   }
-  library_holder(const library_holder&) = delete;
-  library_holder& operator=(const library_holder&) = delete;
-
-  // A forked child has neither the threads of the library nor a right to its locks, so its calls are refused
-  // and it leaves all as it is.
-  ~library_holder() {
-    if (getpid() != process_)
-      return;
-    note_end_of_process();
-    the_gate.close();
-    if (process_has_failed()) {
-      // Callers sleep inside for ever, and workers may still be at work: none is waited for, and what they use stays.
-      library_->shut_down();
-      return;
-    }
-    the_gate.wait_for_other_threads(patience_with_short_calls);
-    library_->shut_down();
-    the_gate.wait_for_other_threads(patience_is_spent ? patience_with_short_calls : patience_with_long_calls);
-    // A call that is still inside, or that is itself ending the process, keeps the library.
-    if (the_gate.is_idle())
-      delete library_;
+  const char* const description = text.empty() ? "one that there is no memory to describe" : text.c_str();
+  try {
+    std::rethrow_exception(error);
+  } catch (const std::exception& exception) {
+    log_error("An operation without a future failed: {}: {}", description, exception.what());
+  } catch (...) {
+    log_error("An operation without a future failed: {}: {}", description, "Unknown exception.");
   }
-
-  // For a call of this thread.
-  tarva_singleton& get() {
-    if (library_->has_devices())
-      threads_.note_this_thread();
-    return *library_;
-  }
-
-private:
-  const pid_t process_;
-  host_threads threads_;
-  tarva_singleton* library_ = nullptr;
-};
-
-// Runs before the objects go that a compiler had made when it was registered. The library has not stopped yet: what
-// the host's own handlers call until then is served. New calls of other threads only stand back meanwhile, lest they
-// get into a compiler that is going.
-void let_calls_end() noexcept {
-  if (!the_gate.is_open())
-    return; // in a forked child, or done already
-  note_end_of_process();
-  if (!process_has_failed())
-    patience_is_spent =
-        !the_gate.let_other_threads_leave(patience_with_long_calls, patience_with_short_calls);
 }
 
 } // namespace
 
-// Compilers make static objects when they first need them, which therefore go before the library stops, in the
-// middle of the calls that it would then wait for. Most are made by the first programs and launches and few later,
-// hence the powers of two. Against the end of the process in the middle of those first ones there is no remedy.
-void tarva_singleton::note_compilation() noexcept {
-  if (std::has_single_bit(++compilations_))
-    static_cast<void>(std::atexit(let_calls_end)); // without memory for it the end is as safe as before
-}
-
 tarva_singleton& tarva_singleton::get_instance() {
-  static library_holder holder;
-  return holder.get();
-}
-
-call_gate& tarva_singleton::get_call_gate() {
-  return the_gate;
+  static library_lifetime lifetime(start_library);
+  return static_cast<tarva_singleton&>(lifetime.get_library());
 }
 
 tarva_singleton::tarva_singleton() {
@@ -196,6 +130,8 @@ void tarva_singleton::shut_down() noexcept {
   }
 }
 
+// After a failure of the process no worker is waited for. The handles are gone by now, so each device should have no owner
+// but the singleton; the warning tells of another one.
 void tarva_singleton::release_devices() {
   if (!process_has_failed())
     for (const auto& device : devices_)
@@ -213,6 +149,28 @@ void tarva_singleton::release_devices() {
   }
   log_info("Device release complete.");
   log_info("TARVA has shutdown.");
+}
+
+void tarva_singleton::submit_without_future(const std::shared_ptr<logical_ir::logical_operation>& operation) {
+  scheduler_->submit(operation);
+  if (const std::exception_ptr error = operation->get_error())
+    log_failure(*operation, error);
+}
+
+tarva_abi_future_s*
+tarva_singleton::submit_with_future(const std::shared_ptr<logical_ir::logical_operation>& operation) {
+  // First of all, so that a call that has no memory for the handle has done nothing.
+  tarva_abi_future_s* const future = bridge_.make_handle<tarva_abi_future_s>(operation->get_future());
+  try {
+    scheduler_->submit(operation);
+  } catch (...) {
+    // Another thread may be waiting for this future by an old handle that had the same address. It is woken before the
+    // handle ends.
+    operation->refuse(std::current_exception());
+    bridge_.withdraw_future(future);
+    throw;
+  }
+  return future;
 }
 
 std::pair<tarva_abi_result, tarva_abi_error_s*>

@@ -1,56 +1,135 @@
 #include "base/notifier.h"
 
-#include "base/busy_wait.h"
-#include "base/event_count.h"
 #include "base/logging.h"
 
 #include <algorithm>
-#include <atomic>
-#include <forward_list>
-#include <mutex>
+#include <charconv>
+#include <climits>
+#include <cstdlib>
+#include <linux/futex.h>
+#include <sched.h>
 #include <stdexcept>
+#include <string_view>
+#include <sys/syscall.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace oryn::tarva::library {
 
-namespace internal {
+namespace {
 
-struct notifier_internals {
+static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t));
+
+// For FUTEX_WAIT the system compares the word with `value` and falls asleep in one step. Its result is not needed: the
+// callers read their condition again, whatever it says.
+void call_futex(std::atomic<std::uint32_t>& word, int operation, std::uint32_t value) {
+  syscall(SYS_futex, &word, operation, value, nullptr, nullptr, 0);
+}
+
+} // namespace
+
+// Each side writes before it reads: a waiter counts itself before the system compares the word, and a sender changes the
+// word before it looks for sleepers. So either the sender wakes the waiter, or the system does not let it fall asleep.
+
+void event_count::wait(ticket seen) {
+  ++sleepers_;
+  call_futex(events_, FUTEX_WAIT_PRIVATE, seen);
+  --sleepers_;
+}
+
+void event_count::notify_all() {
+  ++events_;
+  if (sleepers_ != 0)
+    call_futex(events_, FUTEX_WAKE_PRIVATE, INT_MAX);
+}
+
+namespace {
+
+constexpr std::uint64_t longest_busy_wait = 1000; // waking a sleeper takes a tenth of that
+constexpr const char* busy_wait_variable = "TARVA_BUSY_WAIT_US";
+
+// How the latest waits of this thread went. The next one is mostly for the same kind of event.
+struct wait_history {
+  unsigned misses = 0;     // waits in a row that looked in vain
+  unsigned pause = 0;      // the number of waits that then sleep at once
+  unsigned pause_left = 0; // how many of these are still to come
+};
+constinit thread_local wait_history history;
+
+bool is_pausing() {
+  if (history.pause_left == 0)
+    return false;
+  --history.pause_left;
+  return true;
+}
+
+// After some misses in a row the thread stops looking for a while, and each further miss doubles that while. Where
+// looking never pays, the tries thus cost next to nothing.
+void record_miss() {
+  constexpr unsigned misses_before_pause = 8, shortest_pause = 8, longest_pause = 512;
+  if (++history.misses >= misses_before_pause)
+    history.pause_left = history.pause = std::clamp(history.pause * 2, shortest_pause, longest_pause);
+}
+
+// On a single processor the awaited thread could not run while this one looks. Asked each time, since a thread may be
+// bound to other processors at any time.
+bool has_one_processor() {
+  cpu_set_t allowed;
+  return sched_getaffinity(0, sizeof(allowed), &allowed) == 0 && CPU_COUNT(&allowed) == 1;
+}
+
+} // namespace
+
+void read_busy_wait_limit() {
+  std::atomic<std::uint64_t>& limit = internal::busy_wait_limit;
+  limit = 0;
+  const char* const value = secure_getenv(busy_wait_variable);
+  if (value == nullptr)
+    return;
+  const std::string_view text = value;
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error == std::errc::invalid_argument || end != text.data() + text.size())
+    log_warning("{} is no number of microseconds, so no wait looks before it sleeps: {}", busy_wait_variable,
+                text);
+  else
+    limit = error == std::errc() ? std::min(number, longest_busy_wait) : longest_busy_wait;
+}
+
+bool internal::look_if_it_pays(const event_count& events, event_count::ticket seen) {
+  if (is_pausing())
+    return false;
+  if (has_one_processor()) {
+    record_miss();
+    return false;
+  }
+  const auto end = std::chrono::steady_clock::now() + get_busy_wait_limit();
+  do {
+    constexpr int looks = 16; // between two looks at the clock
+    for (int i = 0; i < looks; ++i) {
+      if (events.get_ticket() != seen) {
+        history = {};
+        return true;
+      }
+      __builtin_ia32_pause();
+    }
+  } while (std::chrono::steady_clock::now() < end);
+  record_miss();
+  return false;
+}
+
+struct internal::notifier_internals {
   event_count events;
-  std::atomic<bool> closed = false;
-  std::atomic<bool> has_wait_any = false;
-  std::mutex lock;                                                    // guards the list
-  std::forward_list<std::shared_ptr<event_count>> wait_any_notifiers; // each once
+  std::atomic<bool> closed = false; // never goes back
 
   notifier_internals() = default;
   notifier_internals(const notifier_internals&) = delete;
   notifier_internals& operator=(const notifier_internals&) = delete;
   ~notifier_internals() {
-    if (!closed || !wait_any_notifiers.empty())
-      warn_of_what_is_left();
-  }
-
-  void wake() {
-    events.notify_all();
-    if (has_wait_any)
-      wake_wait_any();
-  }
-
-private:
-  void wake_wait_any() {
-    const std::lock_guard guard(lock);
-    for (const auto& each : wait_any_notifiers)
-      each->notify_all();
-  }
-
-  [[gnu::cold]] void warn_of_what_is_left() const {
-    if (!wait_any_notifiers.empty())
-      log_warning("Destroying notifier internals, but wait_any_notifiers set is non-empty.");
     if (!closed)
       log_warning("Destroying notifier that was never closed.  The notifier should have been closed.");
   }
 };
-
-} // namespace internal
 
 notifier::notifier() : internals_(std::make_shared<internal::notifier_internals>()) {}
 
@@ -58,19 +137,20 @@ bool notifier::is_closed() const {
   return internals_->closed;
 }
 
-// The senders' copy of the shared pointer keeps alive what they wake when the woken waiter drops the last notifier.
+// In the three functions below, the woken thread may destroy the last notifier before the sender returns, and a predicate
+// may destroy the one that it was passed to. A copy of the shared pointer keeps the state alive until they return.
 
 void notifier::notify() const {
   const auto internals = internals_;
   if (internals->closed)
     throw std::logic_error("Attempting to call notify on a notifier that has its notification pipe closed.");
-  internals->wake();
+  internals->events.notify_all();
 }
 
 void notifier::close() const {
   const auto internals = internals_;
   internals->closed = true;
-  internals->wake();
+  internals->events.notify_all();
 }
 
 void notifier::wait(const std::function<bool()>& predicate) const {
@@ -84,26 +164,6 @@ void notifier::wait(const std::function<bool()>& predicate) const {
     return;
   if (!look_before_sleep(internals->events, seen))
     internals->events.wait(seen);
-}
-
-// A sender that comes too early to see the registration has closed before, or changed what the waiter will look at.
-void notifier::register_wait_any(std::shared_ptr<event_count> events) const {
-  const std::lock_guard guard(internals_->lock);
-  internals_->has_wait_any = true;
-  if (internals_->closed)
-    throw std::logic_error(
-        "Registering a wait_any for a notifier that has been closed.  This shouldn't be possible.");
-  auto& all = internals_->wait_any_notifiers;
-  if (std::find(all.begin(), all.end(), events) == all.end())
-    all.push_front(std::move(events));
-}
-
-void notifier::unregister_wait_any(const std::shared_ptr<event_count>& events) const {
-  const std::lock_guard guard(internals_->lock);
-  if (internals_->wait_any_notifiers.remove(events) == 0)
-    throw std::logic_error(
-        "Unregistering a wait_any from a notifier, but the wait_any is not found.  This shouldn't be possible.");
-  internals_->has_wait_any = !internals_->wait_any_notifiers.empty();
 }
 
 } // namespace oryn::tarva::library

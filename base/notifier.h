@@ -1,37 +1,86 @@
+// How threads of the library wait for each other: event_count, the place to sleep, and notifier, the wake-up that
+// objects share. Both are free of locks. Before a thread sleeps it may look out for the event for a while, if the
+// environment variable TARVA_BUSY_WAIT_US asks for that.
 #pragma once
 
+#include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
 namespace oryn::tarva::library {
 
-class event_count;
+// A place to sleep until something has happened, for conditions that need no lock to be read:
+//
+//   waiting: take a ticket, read the condition, and wait with the ticket if it does not hold yet; then start over.
+//   waking:  make the condition hold, then call notify_all().
+//
+// No wake-up is lost between reading the condition and falling asleep, because a notification makes older tickets
+// void. A condition variable would need a lock around both, and one system call more for each wake-up.
+//
+// Any thread may call anything at any time. The object must live until notify_all() has returned.
+class event_count {
+public:
+  using ticket = std::uint32_t;
+
+  event_count() = default;
+  event_count(const event_count&) = delete;
+  event_count& operator=(const event_count&) = delete;
+
+  ticket get_ticket() const { return events_; }
+
+  // Sleeps until the first notification after the ticket was taken; returns at once if there was one. May also return
+  // without any.
+  void wait(ticket seen);
+  void notify_all();
+
+private:
+  std::atomic<std::uint32_t> events_ = 0; // how many there were; the word that sleepers sleep on
+  std::atomic<std::uint32_t> sleepers_ = 0;
+};
 
 namespace internal {
+inline std::atomic<std::uint64_t> busy_wait_limit = 0; // in microseconds
+bool look_if_it_pays(const event_count& events, event_count::ticket seen);
 struct notifier_internals;
+} // namespace internal
+
+// Reads TARVA_BUSY_WAIT_US, the time that a wait looks before it sleeps. Without the variable that is 0, and no wait
+// looks. A value that is not a number counts as 0 and is reported in the log. Called once, when the library starts.
+void read_busy_wait_limit();
+inline std::chrono::microseconds get_busy_wait_limit() {
+  return std::chrono::microseconds(internal::busy_wait_limit.load(std::memory_order_relaxed));
 }
 
-// A wake-up without data: a doorbell that is rung again and again, or a latch that is closed once. Copies
-// share one state. A return from wait() means only that something may have changed: callers loop on their own
-// condition, which a sender makes hold before it rings or closes.
+// Looks for an event after the ticket was taken, at most for the limit. True if there was one. False if the caller
+// should sleep: the time is over, or looking has not paid on this thread of late.
+inline bool look_before_sleep(const event_count& events, event_count::ticket seen) {
+  return get_busy_wait_limit().count() != 0 && internal::look_if_it_pays(events, seen);
+}
+
+// A wake-up without data. It serves as a doorbell that rings again and again, for the worker of a device, and as a latch
+// that closes once, when an operation has ended.
+//
+// Any thread may call anything at any time. Copies share one state, which lives as long as the last of them; a copy
+// therefore outlives the owner of the original. A sender first makes the condition hold that the waiter looks at, then
+// rings or closes. wait() returns when something may have changed, so callers loop on their own condition.
 class notifier {
 public:
+  // Throws std::bad_alloc; nothing else here takes memory.
   notifier();
   notifier(const notifier&) = default;
   notifier& operator=(const notifier&) = default;
 
   bool is_closed() const;
+  // Throws std::logic_error if it is closed.
   void notify() const;
   void close() const;
 
-  // Returns at once if closed or if the predicate says true; otherwise sleeps until the first wake-up, or looks out for it
-  // for a while first where that is asked for. Nothing is missed between the predicate and the sleep.
+  // Returns at once if it is closed or the predicate is true; otherwise waits for the first wake-up. The predicate is
+  // called once, on this thread and without a lock, and may take locks of its own. A wake-up between its answer and
+  // the sleep is not lost.
   void wait(const std::function<bool()>& predicate) const;
-
-  // For a wait on several notifiers at once: until it is unregistered, every ring and the close notify `events`, too. Its
-  // waiter registers before it looks at anything. A closed notifier has nothing to wait for.
-  void register_wait_any(std::shared_ptr<event_count> events) const;
-  void unregister_wait_any(const std::shared_ptr<event_count>& events) const;
 
 private:
   std::shared_ptr<internal::notifier_internals> internals_;

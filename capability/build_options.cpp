@@ -1,9 +1,10 @@
-#include "capability/build_options.h"
-
-#include "capability/utf8.h"
+// Options of a build, and names, which are text. How implementations read them is no part of any standard: what is told here
+// of their ways was found by trying.
+#include "capability/program_checks.h"
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -37,6 +38,8 @@ bool takes_next_word(const std::string& option) {
   return std::find(options.begin(), options.end(), option) != options.end();
 }
 
+// Compilers with a command line of their own take any other word for a file, "-" for the standard input and "@word" for more
+// options, and end the process where they cannot read it.
 bool are_options_alone(const std::vector<std::string>& words) {
   bool is_value = false;
   for (const std::string& word : words) {
@@ -47,6 +50,8 @@ bool are_options_alone(const std::vector<std::string>& words) {
   return true;
 }
 
+// Only -D and -I are looked for beyond the end. "-D" as the value of another option is harmless, and refused all the same:
+// nobody means it.
 bool ends_without_value(std::string_view options) {
   const std::size_t end = options.find_last_not_of(' ');
   if (end == std::string_view::npos)
@@ -57,6 +62,27 @@ bool ends_without_value(std::string_view options) {
 
 } // namespace
 
+// Neither overlong forms nor surrogates nor codes beyond Unicode: a strict decoder ends the process over each.
+bool is_utf8(std::string_view text) {
+  constexpr std::array<std::uint32_t, 4> smallest_of_length{0, 0x80, 0x800, 0x10000};
+  for (std::size_t i = 0; i < text.size();) {
+    const auto lead = static_cast<unsigned char>(text[i++]);
+    const std::size_t more = lead < 0x80 ? 0 : lead < 0xC0 ? 4 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
+    if (more > text.size() - i || lead > 0xF4)
+      return false;
+    std::uint32_t code = more == 0 ? lead : lead & (0x3Fu >> more);
+    for (const char each : text.substr(i, more)) {
+      if ((static_cast<unsigned char>(each) & 0xC0) != 0x80)
+        return false;
+      code = code << 6 | (static_cast<unsigned char>(each) & 0x3F);
+    }
+    i += more;
+    if (more == 4 || code < smallest_of_length[more] || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000))
+      return false;
+  }
+  return true;
+}
+
 bool are_harmless_options(const quirks& known, std::string_view options) {
   if (known.reads_past_last_option && ends_without_value(options))
     return false;
@@ -64,6 +90,7 @@ bool are_harmless_options(const quirks& known, std::string_view options) {
     return false;
   if (!known.takes_words_for_files)
     return true;
+  // A quote without an end is a word that goes on beyond the end.
   const auto words = words_of(options, known.cuts_options_at_quotes);
   if (!words || !are_options_alone(*words))
     return false;

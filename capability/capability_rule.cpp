@@ -1,6 +1,6 @@
 #include "capability/capability_rule.h"
 
-#include "capability/device_queries.h"
+#include "capability/opencl_queries.h"
 
 #include <array>
 
@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::uint64_t all_bits = ~std::uint64_t{0};
 
-// A device has a feature if the masked number that it gives is at least `least`; for a feature told by bits
-// mask and least are those bits.
+// What a version demands of its devices and 3.0 leaves to them, as far as a query tells. A device has a feature if the
+// masked number that it gives is at least `least`; for a feature told by bits mask and least are those bits.
 struct mandatory_feature {
   opencl_version since;
   cl_device_info query;
@@ -43,19 +43,25 @@ constexpr std::array mandatory_features{
     mandatory_feature{{2, 1}, CL_DEVICE_MAX_NUM_SUB_GROUPS, all_bits, 1},
 };
 
+std::uint64_t number_or_zero(const opencl_functions& cl, cl_device_id device, cl_device_info name) {
+  return device_number(cl, device, name).value_or(0);
+}
+
 bool has_features_since(const opencl_functions& cl, cl_device_id device, opencl_version since) {
-  const bool images = device_number(cl, device, CL_DEVICE_IMAGE_SUPPORT) != 0;
+  const bool images = number_or_zero(cl, device, CL_DEVICE_IMAGE_SUPPORT) != 0;
   for (const mandatory_feature& feature : mandatory_features) {
     if (feature.since != since || (feature.for_images_only && !images))
       continue;
-    if ((device_number(cl, device, feature.query) & feature.mask) < feature.least)
+    if ((number_or_zero(cl, device, feature.query) & feature.mask) < feature.least)
       return false;
   }
   return true;
 }
 
-bool takes_il(const opencl_functions& cl, cl_device_id device, const char* il) {
-  return device_text(cl, device, CL_DEVICE_IL_VERSION).value_or("").find(il) != std::string::npos;
+// The device lists the language, and the platform has the function that makes programs of it.
+bool takes_spirv(const opencl_functions& cl, cl_device_id device) {
+  return cl.create_program_with_il != nullptr &&
+         device_text(cl, device, CL_DEVICE_IL_VERSION).value_or("").find("SPIR-V_1.") != std::string::npos;
 }
 
 } // namespace
@@ -65,21 +71,22 @@ std::uint32_t natural_capability(const opencl_functions& cl, cl_platform_id plat
   if (version < opencl_version{3, 0})
     return capability_of_version(version);
 
-  opencl_version highest{1, 2};
-  if (has_features_since(cl, device, {2, 0})) {
-    highest = {2, 0};
-    if (has_features_since(cl, device, {2, 1}) && takes_il(cl, device, "SPIR-V_1.") &&
-        platform_number(cl, platform, CL_PLATFORM_HOST_TIMER_RESOLUTION) != 0)
-      highest = takes_il(cl, device, "SPIR-V_1.2") ? opencl_version{2, 2} : opencl_version{2, 1};
-  }
-  return capability_of_version(highest);
+  const bool has_spirv = takes_spirv(cl, device);
+  // From 3.0 on a device that takes SPIR-V takes its constants, too. Neither needs the queues, pipes and shared memory that
+  // 2.x demands besides, and good devices are without those; to hold SPIR-V back for them would help nobody.
+  if (has_spirv && cl.set_program_specialization_constant != nullptr)
+    return capability_of_version({2, 2});
+  if (!has_features_since(cl, device, {2, 0}))
+    return capability_of_version({1, 2});
+  const bool is_of_2_1 = has_spirv && has_features_since(cl, device, {2, 1}) &&
+                         platform_number(cl, platform, CL_PLATFORM_HOST_TIMER_RESOLUTION).value_or(0) != 0;
+  return capability_of_version(is_of_2_1 ? opencl_version{2, 1} : opencl_version{2, 0});
 }
 
 bool has_device_queues(const opencl_functions& cl, cl_device_id device, opencl_version version) {
-  if (version < opencl_version{2, 0})
-    return false;
-  return device_number(cl, device, CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES) != 0 &&
-         device_number(cl, device, CL_DEVICE_MAX_ON_DEVICE_QUEUES) != 0;
+  return version >= opencl_version{2, 0} &&
+         number_or_zero(cl, device, CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES) != 0 &&
+         number_or_zero(cl, device, CL_DEVICE_MAX_ON_DEVICE_QUEUES) != 0;
 }
 
 } // namespace qv

@@ -1,9 +1,11 @@
-#include "capability/device_binary.h"
+#include "capability/program_checks.h"
 
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
+// These formats are not specified anywhere; what is known of them is what the implementations write. A binary is only walked
+// through from length to length, never interpreted, and passes if its end is where the last length says.
 namespace qv {
 namespace {
 
@@ -13,7 +15,7 @@ class binary_reader {
 public:
   binary_reader(const unsigned char* data, std::size_t size) : data_(data), size_(size) {}
 
-  template <typename Number>
+  template <class Number>
   Number number() {
     Number value = 0;
     const unsigned char* from = data_;
@@ -38,7 +40,7 @@ public:
     return count;
   }
 
-  // The next `size` bytes by themselves.
+  // The next `size` bytes by themselves. Not whole if there are fewer.
   binary_reader part(std::uint64_t size) {
     binary_reader front(data_, size);
     front.whole_ = skip(size);
@@ -161,6 +163,7 @@ bool is_harmless_to_clover(binary_reader reader) {
 
 bool is_harmless_binary(const quirks& known, const unsigned char* binary, std::size_t length) {
   const binary_reader reader(binary, length);
+  // Bitcode as it is, or in the wrapper that some linkers put around it.
   if (known.crashes_on_bitcode && (reader.begins_with("BC") || reader.begins_with("\xDE\xC0\x17\x0B")))
     return false;
   switch (known.binaries) {

@@ -1,4 +1,13 @@
+// Two tables: the executors by the number of their command, which the compiler makes, and the slots of call handles. A command
+// looks into both and takes no lock.
 #include "capability/dispatch.h"
+
+#include "base/thread_annotations.h"
+#include "capability/kernels.h"
+#include "capability/queues.h"
+
+#include <atomic>
+#include <thread>
 
 namespace qv {
 namespace {
@@ -17,6 +26,7 @@ void fail(record<Op>& fields) {
     fields.status = status_of_exception();
 }
 
+// Nothing that an executor throws leaves here.
 template <operation Op, void (*Function)(const root_device&, record<Op>&)>
 constexpr command_entry perform(bool releases = false) {
   const executor run = [](const root_device& device, void* block) {
@@ -31,7 +41,7 @@ constexpr command_entry perform(bool releases = false) {
 }
 
 using op = operation;
-constexpr bool is_release = true;
+constexpr bool is_release = true; // may be left out at the end of the process
 
 constexpr std::array entries{
     perform<op::build_program, build_program>(),
@@ -61,22 +71,23 @@ constexpr std::array entries{
     perform<op::get_kernel_work_group_info, get_kernel_work_group_info>(),
     perform<op::get_program_build_info, get_program_build_info>(),
     perform<op::get_program_info, get_program_info>(),
-    perform<op::release_command_queue, release_command_queue>(is_release),
+    perform<op::release_command_queue, release_object<queue_object>>(is_release),
     perform<op::release_context, release_context>(is_release),
-    perform<op::release_device, count_device>(is_release),
-    perform<op::release_event, release_event>(is_release),
-    perform<op::release_kernel, release_kernel>(is_release),
+    perform<op::release_device, retain_or_release_device>(is_release),
+    perform<op::release_event, release_object<event_object>>(is_release),
+    perform<op::release_kernel, release_object<kernel_object>>(is_release),
     perform<op::release_mem_object, release_mem_object>(is_release),
-    perform<op::release_program, release_program>(is_release),
+    perform<op::release_program, release_object<program_object>>(is_release),
     perform<op::retain_context, retain_context>(),
-    perform<op::retain_device, count_device>(),
-    perform<op::retain_event, retain_event>(),
-    perform<op::retain_program, retain_program>(),
+    perform<op::retain_device, retain_or_release_device>(),
+    perform<op::retain_event, retain_object<event_object>>(),
+    perform<op::retain_program, retain_object<program_object>>(),
     perform<op::set_kernel_arg, set_kernel_arg>(),
     perform<op::set_program_specialization_constant, set_program_specialization_constant>(),
 };
 static_assert(entries.size() == operation_count);
 
+// All numbers of all capabilities, worked out by the compiler: a command costs a look into an array.
 constexpr std::array<command_array, capability_count> arrange_by_number() {
   std::array<command_array, capability_count> commands{};
   for (std::uint32_t capability = 1; capability <= capability_count; ++capability)
@@ -88,7 +99,103 @@ constexpr std::array<command_array, capability_count> arrange_by_number() {
 
 constexpr std::array<command_array, capability_count> commands_by_number = arrange_by_number();
 
+// The low bits of a handle are the place of its slot, the others the generation of the slot, so that none is ever given out
+// twice.
+constexpr std::size_t slot_count = 4096;
+constexpr unsigned index_bits = 12;
+static_assert(slot_count == std::size_t{1} << index_bits);
+
+struct slot {
+  // Grows by one at each opening and closing; odd while open. Released after the binding was written, and acquired before it
+  // is read, so that a command needs no lock to find it.
+  std::atomic<std::uint64_t> generation{0};
+  binding bound;
+};
+
+// Plain static storage: handles can be looked up before the first constructor and after the last destructor.
+std::array<slot, slot_count> slots;
+oryn::mutex slots_lock;
+std::size_t next_slot TARVA_GUARDED_BY(slots_lock) = 0;
+std::atomic<std::size_t> open_count{0};
+
+qv_call_handle* make_handle(std::size_t index, std::uint64_t generation) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): it is only ever compared
+  return reinterpret_cast<qv_call_handle*>(generation << index_bits | index);
+}
+
+slot* find_slot(qv_call_handle* handle) noexcept {
+  const auto value = reinterpret_cast<std::uintptr_t>(handle);
+  const std::uint64_t generation = value >> index_bits;
+  slot& candidate = slots[value & (slot_count - 1)];
+  const bool open = generation % 2 == 1 && candidate.generation.load(std::memory_order_acquire) == generation;
+  return open ? &candidate : nullptr;
+}
+
+// For implementations that must not be called on this thread any more. Kept out of the way of the commands that need no other
+// thread.
+[[gnu::noinline]] void run_on_other_thread(const command& performer, const root_device& device,
+                                           void* record) {
+  std::thread([&] { performer.run(device, record); }).join();
+}
+
 } // namespace
+
+qv_call_handle* open_call_handle(const binding& bound) {
+  const oryn::lock_guard guard(slots_lock);
+  for (std::size_t tried = 0; tried < slot_count; ++tried) {
+    const std::size_t index = next_slot;
+    next_slot = (next_slot + 1) % slot_count;
+    slot& candidate = slots[index];
+    const std::uint64_t generation = candidate.generation.load(std::memory_order_relaxed) + 1;
+    if (generation % 2 == 0)
+      continue; // open
+    candidate.bound = bound;
+    candidate.generation.store(generation, std::memory_order_release);
+    ++open_count;
+    return make_handle(index, generation);
+  }
+  return nullptr;
+}
+
+bool close_call_handle(qv_call_handle* handle) {
+  const oryn::lock_guard guard(slots_lock);
+  slot* open = find_slot(handle);
+  if (open == nullptr)
+    return false;
+  open->generation.fetch_add(1, std::memory_order_release);
+  --open_count;
+  return true;
+}
+
+bool any_call_handle_open() noexcept {
+  return open_count != 0;
+}
+
+std::int32_t call_command(const binding& bound, std::uint64_t number, void* record) {
+  if (number >= bound.commands->size())
+    return QV_INVALID_COMMAND_ID;
+  const command& performer = (*bound.commands)[number];
+  if (performer.run == nullptr)
+    return QV_INVALID_COMMAND_ID;
+  if (record == nullptr)
+    return QV_UNRECOVERABLE_ERROR;
+
+  const root_device& device = device_or_stand_in(*bound.device);
+  if (!device.quirks.uses_ended_thread_locals || !thread_locals_have_ended())
+    performer.run(device, record);
+  else if (performer.releases)
+    // The process is ending, perhaps with the dynamic loader's lock held, when another thread would wait for ever. What is not
+    // released now, the system releases soon.
+    static_cast<object_record*>(record)->status = CL_SUCCESS;
+  else
+    run_on_other_thread(performer, device, record);
+  return QV_OK;
+}
+
+std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record) {
+  const slot* open = find_slot(handle);
+  return open == nullptr ? QV_UNRECOVERABLE_ERROR : call_command(open->bound, number, record);
+}
 
 const command_array& commands_of_capability(std::uint32_t capability) {
   return commands_by_number[capability - 1];

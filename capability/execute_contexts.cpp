@@ -1,20 +1,23 @@
-#include "capability/buffers.h"
+// Contexts, queues and buffers.
+//
+// They are made of what was kept from trying the device where that will do, and counted here where OpenCL could refuse to
+// count. Queues are objects of this library; contexts and buffers are OpenCL's own.
 #include "capability/executor.h"
+#include "capability/kept_objects.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
 
-#include <mutex>
-#include <new>
 #include <unordered_map>
 #include <utility>
 
 namespace qv {
 namespace {
 
+// What a queue of the host's may have; the other bits are for queues of the device's own.
 constexpr cl_command_queue_properties host_queue_bits =
     CL_QUEUE_OUT_OF_ORDER_EXEC_MODE_ENABLE | CL_QUEUE_PROFILING_ENABLE;
 
-// The value of CL_QUEUE_PROPERTIES in a zero-terminated list of names and values.
+// The value of CL_QUEUE_PROPERTIES in a zero-terminated list of names and values. Without it a queue has no bits.
 cl_command_queue_properties queue_bits(const std::uint64_t* properties) {
   for (; properties != nullptr && properties[0] != 0; properties += 2)
     if (properties[0] == CL_QUEUE_PROPERTIES)
@@ -29,13 +32,14 @@ bool has_bits_alone(const std::uint64_t* properties) {
 }
 
 // Gives out what was kept from trying the device, if anything was.
-template <typename Record, typename Object>
+template <class Record, class Object>
 bool give(Record& record, Object* kept) {
   record.result = kept;
   record.status = CL_SUCCESS;
   return kept != nullptr;
 }
 
+// A context can be given only as it was made: for the one device, without properties. Errors go to whoever asks for it.
 bool give_kept_context(const root_device& device, create_context_record& record) {
   const bool is_for_device = record.properties == nullptr && record.num_devices == 1 &&
                              record.devices != nullptr && record.devices[0] == device.id;
@@ -44,26 +48,15 @@ bool give_kept_context(const root_device& device, create_context_record& record)
          give(record, device.kept->take_context(record.pfn_notify, record.user_data));
 }
 
-// A queue of the host's; nothing but what OpenCL itself would make.
-template <typename Record>
+// A queue of the host's; nothing but what OpenCL itself would make. The kept ones are of kinds that on-device queues are not.
+template <class Record>
 bool give_kept_queue(const root_device& device, Record& record, cl_command_queue_properties bits) {
   return device.kept != nullptr && record.device == device.id &&
          give(record, device.kept->take_queue(static_cast<cl_context>(record.context), bits));
 }
 
-// Puts an object of this library around the queue that was made, if one was.
-template <typename Record>
-void wrap_queue(const root_device& device, Record& record) {
-  if (record.status != CL_SUCCESS)
-    return;
-  auto* const made = static_cast<cl_command_queue>(record.result);
-  record.result = new (std::nothrow) queue_object(made);
-  if (record.result != nullptr)
-    return;
-  static_cast<void>(call_or_refuse(device.cl.release_command_queue, made));
-  record.status = CL_OUT_OF_HOST_MEMORY;
-}
-
+// What a capability of 2.x asks for, in terms of the device as it is: a platform may lack the function, a device the queues,
+// or both, though it is offered as 2.x. The status is that of the last way that was tried.
 void make_queue(const root_device& device, create_command_queue_with_properties_record& record) {
   const auto context = static_cast<cl_context>(record.context);
   const auto id = static_cast<cl_device_id>(record.device);
@@ -88,12 +81,12 @@ void make_queue(const root_device& device, create_command_queue_with_properties_
 
 // Further references to contexts, counted here so that OpenCL cannot refuse them. The map is there as long as it holds any,
 // so that nothing of it is left at the end.
-std::mutex contexts_lock;
-std::unordered_map<void*, std::size_t>* more_references = nullptr;
+oryn::mutex contexts_lock;
+std::unordered_map<void*, std::size_t>* more_references TARVA_GUARDED_BY(contexts_lock) = nullptr;
 
-// True if there was one beyond OpenCL's.
+// True if there was one beyond OpenCL's. Unknown contexts have none, so that OpenCL judges them.
 bool drop_further_reference(void* context) {
-  const std::lock_guard guard(contexts_lock);
+  const oryn::lock_guard guard(contexts_lock);
   if (more_references == nullptr)
     return false;
   const auto found = more_references->find(context);
@@ -108,10 +101,10 @@ bool drop_further_reference(void* context) {
 
 } // namespace
 
+// Null entries among the devices crash some implementations; all else that may be wrong is OpenCL's to tell.
 void create_context(const root_device& device, create_context_record& record) {
   if (lacks_devices(record.devices, record.num_devices)) {
-    record.result = nullptr;
-    record.status = CL_INVALID_DEVICE;
+    refuse(record, CL_INVALID_DEVICE);
     return;
   }
   if (give_kept_context(device, record))
@@ -125,14 +118,14 @@ void retain_context(const root_device&, object_record& record) {
   record.status = record.object == nullptr ? CL_INVALID_CONTEXT : CL_SUCCESS;
   if (record.object == nullptr)
     return;
-  const std::lock_guard guard(contexts_lock);
+  const oryn::lock_guard guard(contexts_lock);
   if (more_references == nullptr)
     more_references = new std::unordered_map<void*, std::size_t>;
   ++(*more_references)[record.object];
 }
 
 cl_uint references_of_context(void* context) {
-  const std::lock_guard guard(contexts_lock);
+  const oryn::lock_guard guard(contexts_lock);
   const bool has_more = more_references != nullptr && more_references->count(context) != 0;
   return 1 + (has_more ? static_cast<cl_uint>(more_references->at(context)) : 0);
 }
@@ -147,34 +140,30 @@ void create_command_queue(const root_device& device, create_command_queue_record
   if (!give_kept_queue(device, record, record.properties))
     create_or_refuse(record, device.cl.create_command_queue, static_cast<cl_context>(record.context),
                      static_cast<cl_device_id>(record.device), record.properties);
-  wrap_queue(device, record);
+  wrap_created<queue_object>(record, device.cl.release_command_queue);
 }
 
 void create_command_queue_with_properties(const root_device& device,
                                           create_command_queue_with_properties_record& record) {
   make_queue(device, record);
-  wrap_queue(device, record);
+  wrap_created<queue_object>(record, device.cl.release_command_queue);
 }
 
-void release_command_queue(const root_device& device, object_record& record) {
-  auto* const queue = static_cast<queue_object*>(record.object);
-  record.status = queue == nullptr ? CL_INVALID_COMMAND_QUEUE : queue->release(device.cl);
-}
-
+// A buffer that cannot be remembered could not be used as an argument, so it is as if OpenCL had no memory.
 void create_buffer(const root_device& device, create_buffer_record& record) {
   create_or_refuse(record, device.cl.create_buffer, static_cast<cl_context>(record.context), record.flags,
                    record.size, record.host_ptr);
-  if (record.status != CL_SUCCESS || note_live_buffer(static_cast<cl_mem>(record.result)))
+  if (record.status != CL_SUCCESS || add_live_buffer(static_cast<cl_mem>(record.result)))
     return;
   static_cast<void>(call_or_refuse(device.cl.release_mem_object, static_cast<cl_mem>(record.result)));
-  record.result = nullptr;
-  record.status = CL_OUT_OF_HOST_MEMORY;
+  refuse(record, CL_OUT_OF_HOST_MEMORY);
 }
 
+// The buffer is dead before OpenCL releases it: from then on another thread may be given its address for a new one.
 void release_mem_object(const root_device& device, object_record& record) {
   auto* const buffer = static_cast<cl_mem>(record.object);
   if (buffer != nullptr) {
-    forget_buffer(buffer);
+    remove_live_buffer(buffer);
     kernel_object::drop_spares_with(device.cl, buffer);
   }
   record.status = call_or_refuse(device.cl.release_mem_object, buffer);

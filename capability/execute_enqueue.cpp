@@ -1,18 +1,23 @@
+// Work: transfers, copies, fills and launches, and the wait for all of it.
+//
+// Each is checked for what some implementation would follow blindly, handed to OpenCL, and told of by an event, whatever
+// becomes of it.
 #include "capability/executor.h"
 #include "capability/kernels.h"
+#include "capability/opencl_queries.h"
 #include "capability/queues.h"
 
 #include <algorithm>
-#include <new>
 #include <vector>
 
 namespace qv {
 namespace {
 
-// The events that work waits for, as OpenCL's own.
+// The events that work waits for, as OpenCL's own. Work that waits for what has failed fails itself; OpenCL, which may not
+// know of the failure, is not asked.
 class wait_list {
 public:
-  template <typename Record>
+  template <class Record>
   explicit wait_list(const Record& record) : count_(record.num_events_in_wait_list) {
     auto* const* const events = reinterpret_cast<event_object* const*>(record.event_wait_list);
     if (lacks_entries(events, count_) || (count_ == 0 && events != nullptr)) {
@@ -40,18 +45,19 @@ private:
   std::vector<cl_event> events_;
 };
 
-// Work with nobody to tell of its failure later is told of at once.
-template <typename Record, typename Enqueue>
+// Work with nobody to tell of its failure later is told of at once; and should its queue not be finished, the finish tells.
+template <class Record, class Enqueue>
 void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) {
   const wait_list waits(record);
   record.status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue.queue(), waits, nullptr);
   if (record.status == CL_SUCCESS)
-    queue.note_enqueued_without_event();
+    queue.add_outstanding_without_event();
 }
 
-// `enqueue` is given the queue, the wait list and the place for the event, and returns the status. What is refused
-// becomes an event that has failed.
-template <typename Record, typename Enqueue>
+// What all work has in common. `enqueue` is given the queue, the wait list and the place for the event, and returns the
+// status. What is refused, by whomever, becomes an event that has failed, and the command a success: whoever enqueues has no
+// way to undo what came before, and waits for the event anyway. The device may be the reason, so it is suspected.
+template <class Record, class Enqueue>
 void submit(const root_device& device, Record& record, Enqueue enqueue) {
   auto* const queue = static_cast<queue_object*>(record.command_queue);
   if (record.event == nullptr) {
@@ -61,9 +67,9 @@ void submit(const root_device& device, Record& record, Enqueue enqueue) {
       submit_without_event(*queue, record, enqueue);
     return;
   }
-  record.status = CL_SUCCESS;
+  record.status = CL_SUCCESS; // from here on the event tells
   auto* const event = new (std::nothrow) event_object;
-  *record.event = event == nullptr ? event_object::for_want_of_memory() : event;
+  *record.event = event == nullptr ? event_object::out_of_memory() : event;
   if (event == nullptr)
     return;
   cl_int status = CL_INVALID_COMMAND_QUEUE;
@@ -73,20 +79,22 @@ void submit(const root_device& device, Record& record, Enqueue enqueue) {
                                           : enqueue(queue->queue(), waits, event->place_of_event());
   }
   if (status == CL_SUCCESS) {
-    queue->note_enqueued(*event);
+    queue->add_outstanding(*event);
     return;
   }
-  event->fail(status < 0 ? status : CL_OUT_OF_RESOURCES);
+  event->fail(as_failure(status));
   if (device.watch != nullptr)
     device.watch->suspect();
 }
 
-// Some implementations follow blindly a range whose end cannot be counted.
+// Some implementations follow blindly a range whose end cannot be counted. One that merely ends behind the buffer's is refused
+// by all.
 bool is_endless(std::size_t offset, std::size_t size) {
   return offset + size < offset;
 }
 
-template <typename Function>
+// Reads and writes, which differ in the function alone.
+template <class Function>
 void transfer(const root_device& device, Function* function, enqueue_transfer_buffer_record& record) {
   submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
     if (is_endless(record.offset, record.size))
@@ -96,19 +104,18 @@ void transfer(const root_device& device, Function* function, enqueue_transfer_bu
   });
 }
 
-// Sizes of zero end the process on some devices.
+// A local size of zero, in any dimension, ends the process on some devices.
 cl_uint count_zeros(const std::size_t* sizes, cl_uint dimensions) {
   return static_cast<cl_uint>(std::count(sizes, sizes + dimensions, std::size_t{0}));
 }
 
-// The most work-items of a group that the device would choose.
+// The most work-items of a group that the device would choose. One that does not tell is taken to choose the least.
 std::uint64_t largest_group(const root_device& device, cl_kernel kernel) {
   if (device.quirks.chooses_groups_of_one)
     return 1;
   std::size_t size = 0;
-  const cl_int status = call_or_refuse(device.cl.get_kernel_work_group_info, kernel, device.id,
-                                       cl_kernel_work_group_info{CL_KERNEL_WORK_GROUP_SIZE}, sizeof size,
-                                       static_cast<void*>(&size), static_cast<std::size_t*>(nullptr));
+  const cl_int status =
+      ask_value(size, CL_KERNEL_WORK_GROUP_SIZE, device.cl.get_kernel_work_group_info, kernel, device.id);
   return status == CL_SUCCESS ? std::max<std::size_t>(size, 1) : 1;
 }
 
@@ -197,12 +204,11 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
   });
 }
 
+// A queue that cannot be finished has told its events so, and that is enough; the device may be lost.
 void finish(const root_device& device, object_record& record) {
-  auto* const queue = static_cast<queue_object*>(record.object);
-  if (queue == nullptr) {
-    record.status = CL_INVALID_COMMAND_QUEUE;
+  auto* const queue = find_object<queue_object>(record.object, record);
+  if (queue == nullptr)
     return;
-  }
   bool is_finished = true;
   record.status = queue->finish(device.cl, is_finished);
   if (!is_finished && device.watch != nullptr)

@@ -1,54 +1,13 @@
-#include "capability/device_queries.h"
+// The questions that are answered without a kernel: to devices, contexts, programs and events. Most go to OpenCL as they are;
+// what this library knows better it answers itself, in the form that OpenCL would.
 #include "capability/executor.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
 
-#include <algorithm>
-#include <cstring>
-
 namespace qv {
-namespace {
 
-// Answers a query in OpenCL's way, with a value of `size` bytes.
-template <typename Record>
-void answer(Record& record, const void* value, std::size_t size) {
-  if (record.param_value != nullptr) {
-    if (record.param_value_size < size) {
-      record.status = CL_INVALID_VALUE;
-      return;
-    }
-    std::memcpy(record.param_value, value, size);
-  }
-  if (record.param_value_size_ret != nullptr)
-    *record.param_value_size_ret = size;
-  record.status = CL_SUCCESS;
-}
-
-// Puts the record's question to OpenCL. `about` is the object, and the device if the query is about both.
-template <typename Record, typename Query, typename... Objects>
-void ask(Record& record, Query query, Objects... about) {
-  record.status = call_or_refuse(query, about..., record.param_name, record.param_value_size,
-                                 record.param_value, record.param_value_size_ret);
-}
-
-void answer_largest_group(const root_device& device, get_object_device_info_record& record) {
-  if (const std::size_t size = device_number(device.cl, device.id, CL_DEVICE_MAX_WORK_GROUP_SIZE); size != 0)
-    answer(record, &size, sizeof size);
-}
-
-// Where the attributes alone tell a size that was fixed.
-void complete_required_size(const root_device& device, const kernel_object& kernel,
-                            get_object_device_info_record& record) {
-  group_size told{};
-  std::memcpy(&told, record.param_value, std::min(record.param_value_size, sizeof told));
-  if (told != group_size{} || record.param_value_size < sizeof told)
-    return;
-  told = kernel.required_size(device.cl);
-  std::memcpy(record.param_value, &told, sizeof told);
-}
-
-} // namespace
-
+// What every start asks for was asked when the machine was looked at. Everything else is the device's to answer, whichever
+// capability it is offered under; but one that does not say whether it is available is taken not to be.
 void get_device_info(const root_device& device, get_device_info_record& record) {
   const bool is_known = record.device == device.id;
   const std::string* const text = is_known ? device.find_text(record.param_name) : nullptr;
@@ -59,8 +18,14 @@ void get_device_info(const root_device& device, get_device_info_record& record) 
     answer(record, number, sizeof *number);
   else
     ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
+  if (record.status == CL_SUCCESS || !is_known || device.tells_availability ||
+      record.param_name != CL_DEVICE_AVAILABLE)
+    return;
+  const cl_bool is_available = CL_FALSE;
+  answer(record, &is_available, sizeof is_available);
 }
 
+// The references are those of the host; OpenCL itself has one, whatever the implementation counts.
 void get_context_info(const root_device& device, get_context_info_record& record) {
   if (record.param_name == CL_CONTEXT_REFERENCE_COUNT && record.context != nullptr) {
     const cl_uint references = references_of_context(record.context);
@@ -70,79 +35,11 @@ void get_context_info(const root_device& device, get_context_info_record& record
   ask(record, device.cl.get_context_info, static_cast<cl_context>(record.context));
 }
 
-// OpenCL's kernel, to be asked. One that could not be made is made anew for each question, since the refusal may have
-// passed.
-class kernel_to_ask {
-public:
-  kernel_to_ask(const root_device& device, const kernel_object& object)
-      : cl_(device.cl), kernel_(object.kernel()) {
-    if (kernel_ == nullptr && object.program() != nullptr)
-      kernel_ = made_ =
-          make_or_refuse(status_, cl_.create_kernel, object.program()->program(), object.name().c_str());
-    else if (kernel_ == nullptr)
-      status_ = object.failure();
-  }
-  kernel_to_ask(const kernel_to_ask&) = delete;
-  kernel_to_ask& operator=(const kernel_to_ask&) = delete;
-  ~kernel_to_ask() {
-    if (made_ != nullptr)
-      static_cast<void>(call_or_refuse(cl_.release_kernel, made_));
-  }
-
-  template <typename Record, typename Query, typename... Objects>
-  void ask(Record& record, Query query, Objects... about) const {
-    record.status = status_;
-    if (kernel_ != nullptr)
-      qv::ask(record, query, kernel_, about...);
-  }
-
-private:
-  const opencl_functions& cl_;
-  cl_kernel kernel_;
-  cl_kernel made_ = nullptr;
-  cl_int status_ = CL_SUCCESS;
-};
-
-// Where a kernel comes from is known here, so that no launch can fail over it.
-void get_kernel_info(const root_device& device, get_object_info_record& record) {
-  const auto* const kernel = static_cast<const kernel_object*>(record.object);
-  if (kernel == nullptr) {
-    record.status = CL_INVALID_KERNEL;
-    return;
-  }
-  void* const program = kernel->program();
-  const bool has_name = program != nullptr && !kernel->name().empty();
-  if (record.param_name == CL_KERNEL_PROGRAM && program != nullptr)
-    answer(record, &program, sizeof program);
-  else if (record.param_name == CL_KERNEL_FUNCTION_NAME && has_name)
-    answer(record, kernel->name().c_str(), kernel->name().size() + 1);
-  else if (record.param_name == CL_KERNEL_ATTRIBUTES && device.quirks.tells_wrong_kernel_attributes)
-    answer(record, "", 1);
-  else
-    kernel_to_ask(device, *kernel).ask(record, device.cl.get_kernel_info);
-}
-
-void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record) {
-  const auto* const kernel = static_cast<const kernel_object*>(record.object);
-  if (kernel == nullptr)
-    record.status = CL_INVALID_KERNEL;
-  else
-    kernel_to_ask(device, *kernel)
-        .ask(record, device.cl.get_kernel_work_group_info, static_cast<cl_device_id>(record.device));
-  if (record.status != CL_SUCCESS || record.param_value == nullptr)
-    return;
-  if (record.param_name == CL_KERNEL_WORK_GROUP_SIZE && device.quirks.understates_group_sizes)
-    answer_largest_group(device, record);
-  if (record.param_name == CL_KERNEL_COMPILE_WORK_GROUP_SIZE && !device.quirks.tells_wrong_kernel_attributes)
-    complete_required_size(device, *kernel, record);
-}
-
+// References are counted here, and options may have been added to the caller's.
 void get_program_info(const root_device& device, get_object_info_record& record) {
-  const auto* const program = static_cast<const program_object*>(record.object);
-  if (program == nullptr) {
-    record.status = CL_INVALID_PROGRAM;
+  const auto* const program = find_object<program_object>(record.object, record);
+  if (program == nullptr)
     return;
-  }
   const cl_uint references = program->references();
   if (record.param_name == CL_PROGRAM_REFERENCE_COUNT)
     answer(record, &references, sizeof references);
@@ -151,26 +48,25 @@ void get_program_info(const root_device& device, get_object_info_record& record)
 }
 
 void get_program_build_info(const root_device& device, get_object_device_info_record& record) {
-  const auto* const program = static_cast<const program_object*>(record.object);
-  if (program == nullptr) {
-    record.status = CL_INVALID_PROGRAM;
+  const auto* const program = find_object<program_object>(record.object, record);
+  if (program == nullptr)
     return;
-  }
-  const std::string* const options =
-      record.param_name == CL_PROGRAM_BUILD_OPTIONS ? program->given_options() : nullptr;
-  if (options != nullptr)
+  std::optional<std::string> options;
+  if (record.param_name == CL_PROGRAM_BUILD_OPTIONS)
+    options = program->callers_options();
+  if (options)
     answer(record, options->c_str(), options->size() + 1);
   else
     ask(record, device.cl.get_program_build_info, program->program(),
         static_cast<cl_device_id>(record.device));
 }
 
+// A failure that took the place of OpenCL's status goes before it. An event without OpenCL's has nothing else to tell, and
+// neither event nor queue are told by OpenCL's handles, which the caller does not know.
 void get_event_info(const root_device& device, get_object_info_record& record) {
-  const auto* const event = static_cast<const event_object*>(record.object);
-  if (event == nullptr) {
-    record.status = CL_INVALID_EVENT;
+  const auto* const event = find_object<event_object>(record.object, record);
+  if (event == nullptr)
     return;
-  }
   const cl_int failure = event->failure();
   const cl_uint references = event->references();
   void* const queue = event->queue();
@@ -186,34 +82,24 @@ void get_event_info(const root_device& device, get_object_info_record& record) {
     ask(record, device.cl.get_event_info, event->event());
 }
 
+// Work that did not run took no time.
 void get_event_profiling_info(const root_device& device, get_object_info_record& record) {
-  const auto* const event = static_cast<const event_object*>(record.object);
+  const auto* const event = find_object<event_object>(record.object, record);
   if (event == nullptr)
-    record.status = CL_INVALID_EVENT;
-  else if (event->failure() != CL_SUCCESS || event->event() == nullptr)
+    return;
+  if (event->failure() != CL_SUCCESS || event->event() == nullptr)
     record.status = CL_PROFILING_INFO_NOT_AVAILABLE;
   else
     ask(record, device.cl.get_event_profiling_info, event->event());
 }
 
-void retain_event(const root_device&, object_record& record) {
-  auto* const event = static_cast<event_object*>(record.object);
-  record.status = event == nullptr ? CL_INVALID_EVENT : CL_SUCCESS;
-  if (event != nullptr)
-    event->retain();
-}
-
-void release_event(const root_device& device, object_record& record) {
-  auto* const event = static_cast<event_object*>(record.object);
-  record.status = event == nullptr ? CL_INVALID_EVENT : event->release(device.cl);
-}
-
+// What a caller asks of a handle first; it is the same device while that is lost.
 void device_of_handle(const root_device& device, device_of_handle_record& record) {
   record.result = device.id;
 }
 
 // OpenCL counts sub-devices alone, and the devices here are none.
-void count_device(const root_device&, object_record& record) {
+void retain_or_release_device(const root_device&, object_record& record) {
   record.status = record.object == nullptr ? CL_INVALID_DEVICE : CL_SUCCESS;
 }
 

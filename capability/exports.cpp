@@ -1,22 +1,26 @@
+// The exported functions, and the one machine that they are about.
+#include "base/thread_annotations.h"
 #include "capability/machine.h"
 
 #include <cstdlib>
-#include <mutex>
 
 namespace qv {
 namespace {
 
 // The machine is looked at once, by the first call that asks for it and has the memory. It has to outlive every open handle,
 // also in a process that ends without closing them, so it is freed only if there is none.
-std::mutex machine_lock;
-const machine* the_machine = nullptr;
-bool has_ended = false;
+oryn::mutex machine_lock;
+const machine* the_machine TARVA_GUARDED_BY(machine_lock) = nullptr;
+bool has_ended TARVA_GUARDED_BY(machine_lock) = false;
 
+// Runs when the library is unloaded or the process ends, on whatever thread that happens.
 struct machine_end {
   ~machine_end() {
     // Not waited for: in a forked child the thread that held the lock is gone.
-    const std::unique_lock guard(machine_lock, std::try_to_lock);
-    if (!guard || any_call_handle_open())
+    if (!machine_lock.try_lock())
+      return;
+    const oryn::lock_guard guard(machine_lock, std::adopt_lock);
+    if (any_call_handle_open())
       return;
     delete the_machine;
     the_machine = nullptr;
@@ -24,8 +28,8 @@ struct machine_end {
   }
 };
 
-// Null if the process is past its end. With the lock held.
-const machine* find_machine() {
+// Null if the process is past its end.
+const machine* find_machine() TARVA_REQUIRES(machine_lock) {
   if (the_machine != nullptr || has_ended)
     return the_machine;
   the_machine = new machine(look_at_machine(opencl_loader_name, secure_getenv("QV_OPENCL_VERSIONS")));
@@ -34,11 +38,12 @@ const machine* find_machine() {
   return the_machine;
 }
 
-// Puts a question to the machine. Nothing thrown leaves here.
-template <typename Question>
+// Puts a question to the machine. The lock is held while the machine is looked at, so that a second thread waits for the first
+// to have done so; the questions themselves are short. Nothing thrown leaves here.
+template <class Question>
 std::int32_t ask_machine(Question question) noexcept {
   try {
-    const std::lock_guard guard(machine_lock);
+    const oryn::lock_guard guard(machine_lock);
     const machine* found = find_machine();
     return found == nullptr ? QV_UNRECOVERABLE_ERROR : question(*found);
   } catch (...) {
@@ -52,6 +57,8 @@ std::int32_t ask_machine(Question question) noexcept {
 #define QV_EXPORT __attribute__((visibility("default")))
 
 extern "C" {
+
+// What the six functions promise is told in qv.h.
 
 QV_EXPORT uint64_t qv_version(void) {
   return QV_VERSION;
@@ -73,6 +80,8 @@ QV_EXPORT int32_t qv_create_call_handle(uint64_t root, uint64_t node, qv_call_ha
   return qv::ask_machine(
       [=](const qv::machine& machine) { return machine.create_call_handle(root, node, out_handle); });
 }
+
+// These two ask nothing of the machine, which is there as long as a handle is open.
 
 QV_EXPORT int32_t qv_close_call_handle(qv_call_handle* handle) {
   try {

@@ -1,8 +1,5 @@
 #include "capability/kept_objects.h"
 
-#include "capability/opencl_call.h"
-#include "capability/thread_end.h"
-
 #include <atomic>
 #include <utility>
 
@@ -12,12 +9,13 @@ namespace {
 // Who gets callbacks without user data; the implementations that call so have one device.
 std::atomic<kept_objects*> without_user_data{nullptr};
 
+// Those that the library above asks for first.
 constexpr std::array<cl_command_queue_properties, 2> queue_kinds{0, CL_QUEUE_PROFILING_ENABLE};
 
 } // namespace
 
-kept_objects::kept_objects(const opencl_functions& cl, cl_device_id device, const quirks& known)
-    : cl_(cl), device_(device), known_(known) {
+kept_objects::kept_objects(const root_device& device)
+    : cl_(device.cl), device_(device.id), known_(device.quirks) {
   if (known_.loses_user_data_of_contexts)
     without_user_data = this;
   if (!known_.uses_ended_thread_locals)
@@ -29,6 +27,7 @@ kept_objects::kept_objects(const opencl_functions& cl, cl_device_id device, cons
 kept_objects::~kept_objects() {
   kept_objects* self = this;
   without_user_data.compare_exchange_strong(self, nullptr);
+  // At the end of the process the implementation may be half gone; then it keeps what it has.
   if (known_.uses_ended_thread_locals && thread_locals_have_ended())
     return;
   if (program_ != nullptr)
@@ -40,42 +39,58 @@ kept_objects::~kept_objects() {
     static_cast<void>(call_or_refuse(cl_.release_context, context_));
 }
 
+cl_context kept_objects::context() {
+  const oryn::lock_guard guard(lock_);
+  return context_;
+}
+
 cl_int kept_objects::make_context() {
   cl_int status = CL_SUCCESS;
-  context_ = make_or_refuse(status, cl_.create_context, nullptr, cl_uint{1}, &device_, &hand_on,
-                            static_cast<void*>(this));
+  cl_context const made = make_or_refuse(status, cl_.create_context, nullptr, cl_uint{1}, &device_,
+                                         &hand_on_error, static_cast<void*>(this));
+  const oryn::lock_guard guard(lock_);
+  context_ = made;
   return status;
 }
 
 cl_int kept_objects::make_queues() {
+  cl_context const parent = context();
   cl_int status = CL_SUCCESS;
-  for (std::size_t i = 0; i < queues_.size() && status == CL_SUCCESS; ++i)
-    queues_[i] = make_queue(queue_kinds[i], status);
+  for (std::size_t i = 0; i < queue_kinds.size() && status == CL_SUCCESS; ++i) {
+    cl_command_queue const made = make_queue(parent, queue_kinds[i], status);
+    const oryn::lock_guard guard(lock_);
+    queues_[i] = made;
+  }
   return status;
 }
 
-cl_command_queue kept_objects::make_queue(cl_command_queue_properties bits, cl_int& status) const {
+// By the newer function where the platform has it, as a device of 2.0 and later is asked by the commands.
+cl_command_queue kept_objects::make_queue(cl_context context, cl_command_queue_properties bits,
+                                          cl_int& status) const {
   const std::array<cl_queue_properties, 3> list{CL_QUEUE_PROPERTIES, bits, 0};
   if (cl_.create_command_queue_with_properties != nullptr)
-    return make_or_refuse(status, cl_.create_command_queue_with_properties, context_, device_, list.data());
-  return make_or_refuse(status, cl_.create_command_queue, context_, device_, bits);
+    return make_or_refuse(status, cl_.create_command_queue_with_properties, context, device_, list.data());
+  return make_or_refuse(status, cl_.create_command_queue, context, device_, bits);
 }
 
 cl_int kept_objects::make_builtin_program(const std::string& names) {
   cl_int status = CL_SUCCESS;
-  names_ = names;
-  program_ = make_or_refuse(status, cl_.create_program_with_builtin_kernels, context_, cl_uint{1}, &device_,
-                            names_.c_str());
+  std::string copy = names; // whatever throws comes before what would have to be released
+  cl_program const made = make_or_refuse(status, cl_.create_program_with_builtin_kernels, context(),
+                                         cl_uint{1}, &device_, names.c_str());
+  const oryn::lock_guard guard(lock_);
+  program_ = made;
+  program_names_ = std::move(copy);
   return status;
 }
 
-template <typename Object>
-Object kept_objects::take(Object& object, bool is_meant) {
-  return is_meant ? std::exchange(object, nullptr) : nullptr;
+template <class Object>
+Object kept_objects::take(Object& object, cl_context context, bool is_wanted) {
+  return is_wanted && is_context_taken_ && context == context_ ? std::exchange(object, nullptr) : nullptr;
 }
 
 cl_context kept_objects::take_context(context_notify notify, void* user_data) {
-  const std::lock_guard guard(lock_);
+  const oryn::lock_guard guard(lock_);
   if (std::exchange(is_context_taken_, true))
     return nullptr;
   notify_ = notify;
@@ -84,28 +99,28 @@ cl_context kept_objects::take_context(context_notify notify, void* user_data) {
 }
 
 cl_command_queue kept_objects::take_queue(cl_context context, cl_command_queue_properties bits) {
-  const std::lock_guard guard(lock_);
+  const oryn::lock_guard guard(lock_);
   for (std::size_t i = 0; i < queues_.size(); ++i)
     if (queue_kinds[i] == bits)
-      return take(queues_[i], is_context_taken_ && context == context_);
+      return take(queues_[i], context, true);
   return nullptr;
 }
 
 cl_program kept_objects::take_builtin_program(cl_context context, const char* names) {
-  const std::lock_guard guard(lock_);
-  return take(program_, is_context_taken_ && context == context_ && names == names_);
+  const oryn::lock_guard guard(lock_);
+  return take(program_, context, names == program_names_);
 }
 
-// Whoever has the context has its errors.
-void CL_CALLBACK kept_objects::hand_on(const char* message, const void* private_info, std::size_t size,
-                                       void* objects) {
+// The callback that the context was made with. Whoever has the context has its errors.
+void CL_CALLBACK kept_objects::hand_on_error(const char* message, const void* private_info, std::size_t size,
+                                             void* objects) {
   auto* const self = objects == nullptr ? without_user_data.load() : static_cast<kept_objects*>(objects);
   if (self == nullptr)
     return;
-  std::unique_lock guard(self->lock_);
+  oryn::unique_lock guard(self->lock_);
   const context_notify notify = self->notify_;
   void* const user_data = self->user_data_;
-  guard.unlock();
+  guard.unlock(); // the callee may take what is kept here
   if (notify != nullptr)
     notify(message, private_info, size, user_data);
 }

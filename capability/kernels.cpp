@@ -1,52 +1,33 @@
 #include "capability/kernels.h"
 
-#include "capability/buffers.h"
-#include "capability/opencl_call.h"
+#include "capability/opencl_queries.h"
 #include "capability/root_device.h"
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <new>
-#include <optional>
 #include <stdexcept>
 #include <utility>
 
 namespace qv {
 namespace {
 
+// More of one name are needed by none but as many launches of it at once. All together they are bounded, since each holds
+// memory of an implementation and perhaps a buffer that nobody releases.
 constexpr std::size_t most_spares_of_family = 4;
 constexpr std::size_t most_spares = 64;
 
-// Guards the families of all programs and the list of spares. Never held while OpenCL is called.
-std::mutex kernels_lock;
-kernel_object* oldest_spare = nullptr;
-kernel_object* newest_spare = nullptr;
-std::size_t spare_count = 0;
-
-// Empty if OpenCL does not tell it.
-std::string text_of(const opencl_functions& cl, cl_kernel kernel, cl_kernel_info name) {
-  constexpr std::size_t longest = 1 << 20;
-  std::size_t size = 0;
-  if (call_or_refuse(cl.get_kernel_info, kernel, name, std::size_t{0}, static_cast<void*>(nullptr), &size) !=
-          CL_SUCCESS ||
-      size == 0 || size > longest)
-    return {};
-  std::string text(size, '\0');
-  if (call_or_refuse(cl.get_kernel_info, kernel, name, size, static_cast<void*>(text.data()),
-                     static_cast<std::size_t*>(nullptr)) != CL_SUCCESS)
-    return {};
-  text.resize(std::strlen(text.c_str()));
-  return text;
-}
-
-cl_int as_failure(cl_int status) {
-  return status < 0 ? status : CL_OUT_OF_RESOURCES;
-}
+// The spares of all programs, linked by `older_` and `newer_`.
+kernel_object* oldest_spare TARVA_GUARDED_BY(kernels_lock) = nullptr;
+kernel_object* newest_spare TARVA_GUARDED_BY(kernels_lock) = nullptr;
+std::size_t spare_count TARVA_GUARDED_BY(kernels_lock) = 0;
 
 } // namespace
 
+constinit oryn::mutex kernels_lock;
+
+// A kernel holds its program, and a spare does not: the last reference goes with no kernel in use.
 cl_int program_object::release(const opencl_functions& cl) noexcept {
   if (references_.fetch_sub(1, std::memory_order_acq_rel) != 1)
     return CL_SUCCESS;
@@ -56,13 +37,14 @@ cl_int program_object::release(const opencl_functions& cl) noexcept {
   return status;
 }
 
+// Families of which a kernel is in use stay, with what they know: that kernel is of the build that it was made from.
 void program_object::forget_kernels(const opencl_functions& cl) noexcept {
   kernel_object* ended = nullptr;
   {
-    const std::lock_guard guard(kernels_lock);
+    const oryn::lock_guard guard(kernels_lock);
     for (auto family = families_.begin(); family != families_.end();) {
       for (kernel_object* spare : family->second.spares) {
-        spare->leave_spares();
+        spare->remove_from_spares();
         spare->newer_ = std::exchange(ended, spare);
       }
       family->second.spares.clear();
@@ -72,13 +54,21 @@ void program_object::forget_kernels(const opencl_functions& cl) noexcept {
   kernel_object::end_all(cl, ended);
 }
 
-void program_object::set_given_options(const char* options) {
-  has_other_options_ = options != nullptr;
-  given_options_ = options == nullptr ? "" : options;
+void program_object::set_callers_options(const char* options) {
+  std::optional<std::string> copy;
+  if (options != nullptr)
+    copy = options;
+  const oryn::lock_guard guard(kernels_lock);
+  callers_options_.swap(copy);
+}
+
+std::optional<std::string> program_object::callers_options() const {
+  const oryn::lock_guard guard(kernels_lock);
+  return callers_options_;
 }
 
 // Never ended: there is no destructor that would run at the end of the process.
-kernel_object* kernel_object::for_want_of_memory() noexcept {
+kernel_object* kernel_object::out_of_memory() noexcept {
   union immortal {
     constexpr immortal() : object(CL_OUT_OF_HOST_MEMORY) {}
     ~immortal() {}
@@ -88,7 +78,6 @@ kernel_object* kernel_object::for_want_of_memory() noexcept {
   return &only.object;
 }
 
-// With the lock held. What is held does not go.
 kernel_object::family_entry* kernel_object::hold_family(program_object& program, std::string_view name) {
   auto found = program.families_.find(name);
   if (found == program.families_.end())
@@ -97,19 +86,19 @@ kernel_object::family_entry* kernel_object::hold_family(program_object& program,
   return &*found;
 }
 
-// With the lock held. A name that no kernel has had is forgotten.
-void kernel_object::let_go(program_object& program, family_entry& family) noexcept {
-  if (--family.second.holders == 0 && !family.second.is_told && family.second.spares.empty())
+// A name that no kernel has had is forgotten: callers may try any names.
+void kernel_object::release_family(program_object& program, family_entry& family) noexcept {
+  if (--family.second.holders == 0 && !family.second.knows_parameters && family.second.spares.empty())
     program.families_.erase(program.families_.find(family.first));
 }
 
-// With the lock held. Null if there is none.
+// Null if there is none. The spare was released last, so that its memory is the warmest.
 kernel_object* kernel_object::take_spare(program_object& program, family_entry& family) noexcept {
   if (family.second.spares.empty())
     return nullptr;
   kernel_object* const spare = family.second.spares.back();
   family.second.spares.pop_back();
-  spare->leave_spares();
+  spare->remove_from_spares();
   spare->is_reused_ = true;
   spare->is_for_launch_ = family.second.live++ != 0;
   spare->set_count_ = 0;
@@ -121,20 +110,21 @@ kernel_object* kernel_object::take_spare(program_object& program, family_entry& 
 
 void kernel_object::join(const root_device& device, program_object& program, family_entry& family,
                          cl_kernel kernel) {
-  bool is_told = kernel == nullptr;
-  if (!is_told) {
-    const std::lock_guard guard(kernels_lock);
-    is_told = family.second.is_told;
+  // Without OpenCL's kernel there is nobody to ask; else whoever is first asks, and without the lock, as it takes calls.
+  bool is_to_be_asked = kernel != nullptr;
+  if (is_to_be_asked) {
+    const oryn::lock_guard guard(kernels_lock);
+    is_to_be_asked = !family.second.knows_parameters;
   }
   std::optional<std::vector<parameter>> told;
-  if (!is_told)
+  if (is_to_be_asked)
     told = parameters_of(device.cl, kernel);
 
-  const std::lock_guard guard(kernels_lock);
-  if (told && !family.second.is_told) {
-    family.second.spares.reserve(most_spares_of_family);
+  const oryn::lock_guard guard(kernels_lock);
+  if (told && !family.second.knows_parameters) {
+    family.second.spares.reserve(most_spares_of_family); // no release may fail for want of memory
     family.second.parameters = std::move(*told);
-    family.second.is_told = true;
+    family.second.knows_parameters = true;
   }
   arguments_.resize(family.second.parameters.size());
   ++family.second.live;
@@ -145,6 +135,8 @@ void kernel_object::join(const root_device& device, program_object& program, fam
   program.retain();
 }
 
+// The hold on the family comes first, so that it stays while OpenCL is asked without the lock. Whatever fails from then on, a
+// kernel for a launch is given out: at the worst the one that needs no memory.
 kernel_object* kernel_object::make(const root_device& device, program_object& program, const char* name,
                                    cl_int& status) noexcept {
   family_entry* family = nullptr;
@@ -152,7 +144,7 @@ kernel_object* kernel_object::make(const root_device& device, program_object& pr
   bool is_for_launch = false;
   try {
     {
-      const std::lock_guard guard(kernels_lock);
+      const oryn::lock_guard guard(kernels_lock);
       family = hold_family(program, name);
       is_for_launch = family->second.live != 0;
       status = CL_SUCCESS;
@@ -174,13 +166,13 @@ kernel_object* kernel_object::make(const root_device& device, program_object& pr
   if (kernel != nullptr)
     static_cast<void>(call_or_refuse(device.cl.release_kernel, kernel));
   if (family != nullptr) {
-    const std::lock_guard guard(kernels_lock);
-    let_go(program, *family);
+    const oryn::lock_guard guard(kernels_lock);
+    release_family(program, *family);
   }
   if (!is_for_launch)
     return nullptr;
   status = CL_SUCCESS;
-  return for_want_of_memory();
+  return out_of_memory();
 }
 
 kernel_object* kernel_object::wrap(const root_device& device, program_object& program, cl_kernel kernel,
@@ -190,13 +182,13 @@ kernel_object* kernel_object::wrap(const root_device& device, program_object& pr
   if (kernel == nullptr)
     return nullptr;
   try {
-    const std::string name = text_of(device.cl, kernel, CL_KERNEL_FUNCTION_NAME);
-    if (name.empty())
+    const auto name = ask_text(CL_KERNEL_FUNCTION_NAME, device.cl.get_kernel_info, kernel);
+    if (!name || name->empty())
       throw std::runtime_error("OpenCL does not tell the name of a kernel");
     auto object = std::unique_ptr<kernel_object>(new kernel_object);
     {
-      const std::lock_guard guard(kernels_lock);
-      family = hold_family(program, name);
+      const oryn::lock_guard guard(kernels_lock);
+      family = hold_family(program, *name);
     }
     object->join(device, program, *family, kernel);
     status = CL_SUCCESS;
@@ -206,15 +198,15 @@ kernel_object* kernel_object::wrap(const root_device& device, program_object& pr
   }
   static_cast<void>(call_or_refuse(device.cl.release_kernel, kernel));
   if (family != nullptr) {
-    const std::lock_guard guard(kernels_lock);
-    let_go(program, *family);
+    const oryn::lock_guard guard(kernels_lock);
+    release_family(program, *family);
   }
   return nullptr;
 }
 
-// A buffer that was alive at some count of forgotten ones is alive as long as the count stays.
+// The count of removed buffers was read before: what was alive at that count is alive as long as the count stays.
 cl_int kernel_object::check_argument(const root_device& device, std::uint32_t index, std::size_t size,
-                                     const void* value, std::uint64_t now) const noexcept {
+                                     const void* value, std::uint64_t removed_count) const noexcept {
   if (index >= arguments_.size())
     return check_kind(device, parameter::unknown, size, value);
   const parameter wanted = family_->second.parameters[index];
@@ -224,13 +216,13 @@ cl_int kernel_object::check_argument(const root_device& device, std::uint32_t in
   cl_mem buffer = nullptr;
   std::memcpy(&buffer, value, sizeof(cl_mem));
   const argument& known = arguments_[index];
-  const bool is_alive =
-      buffer == nullptr || (buffer == known.buffer && now == known.seen_alive) || is_live_buffer(buffer);
+  const bool is_alive = buffer == nullptr || (buffer == known.buffer && removed_count == known.seen_alive) ||
+                        is_live_buffer(buffer);
   return is_alive ? CL_SUCCESS : CL_INVALID_MEM_OBJECT;
 }
 
-// What the caller is told of an argument that was refused.
-cl_int kernel_object::note_refusal(cl_int status) noexcept {
+// Remembers it for the launch, and gives what the caller is told.
+cl_int kernel_object::refuse_argument(cl_int status) noexcept {
   was_refused_ = true;
   return is_for_launch_ ? CL_SUCCESS : status;
 }
@@ -239,38 +231,40 @@ cl_int kernel_object::set_argument(const root_device& device, std::uint32_t inde
                                    const void* value) noexcept {
   if (kernel_ == nullptr)
     return CL_SUCCESS; // the launch tells
-  const std::uint64_t now = forgotten_buffers();
-  cl_int status = check_argument(device, index, size, value, now);
+  const std::uint64_t removed_count = removed_buffer_count();
+  cl_int status = check_argument(device, index, size, value, removed_count);
   if (status == CL_SUCCESS)
     status = call_or_refuse(device.cl.set_kernel_arg, kernel_, index, size, value);
-  if (index >= arguments_.size()) {
+  if (index >= arguments_.size()) { // of which nothing is known, so that no later argument takes its place
     if (status != CL_SUCCESS && is_for_launch_)
       failure_ = as_failure(status);
-    return note_refusal(status);
+    return refuse_argument(status);
   }
   argument& set = arguments_[index];
   set.refusal = status;
   set.buffer = nullptr;
   if (status != CL_SUCCESS)
-    return note_refusal(status);
+    return refuse_argument(status);
   if (!std::exchange(set.is_set, true))
     ++set_count_;
   if (value != nullptr && size == sizeof(cl_mem))
     std::memcpy(&set.buffer, value, size);
-  set.seen_alive = now;
+  set.seen_alive = removed_count;
   return CL_SUCCESS;
 }
 
+// Two threads may both ask; they are told the same.
 group_size kernel_object::required_size(const opencl_functions& cl) const {
   {
-    const std::lock_guard guard(kernels_lock);
+    const oryn::lock_guard guard(kernels_lock);
     if (family_->second.required_size)
       return *family_->second.required_size;
   }
   if (kernel_ == nullptr)
     return {};
-  const group_size told = group_size_in(text_of(cl, kernel_, CL_KERNEL_ATTRIBUTES));
-  const std::lock_guard guard(kernels_lock);
+  const group_size told =
+      group_size_in(ask_text(CL_KERNEL_ATTRIBUTES, cl.get_kernel_info, kernel_).value_or(""));
+  const oryn::lock_guard guard(kernels_lock);
   family_->second.required_size = told;
   return told;
 }
@@ -282,12 +276,13 @@ cl_int kernel_object::launch_status() const noexcept {
     for (const argument& each : arguments_)
       if (each.refusal != CL_SUCCESS)
         return as_failure(each.refusal);
-  // Else OpenCL would take what the kernel had before.
+  // An argument that was not set again is the one of the last use: OpenCL would take it, where for a new kernel it refuses.
   return is_reused_ && set_count_ != arguments_.size() ? CL_INVALID_KERNEL_ARGS : CL_SUCCESS;
 }
 
+// Kept is only what nothing was odd about, and whose arguments are known, so that a buffer among them can be found.
 bool kernel_object::can_be_kept() const noexcept {
-  return kernel_ != nullptr && !was_refused_ && family_->second.is_told &&
+  return kernel_ != nullptr && !was_refused_ && family_->second.knows_parameters &&
          family_->second.spares.size() < most_spares_of_family;
 }
 
@@ -296,7 +291,8 @@ bool kernel_object::holds(cl_mem buffer) const noexcept {
                      [buffer](const argument& each) { return each.buffer == buffer; });
 }
 
-void kernel_object::become_spare() noexcept {
+// The place among the spares of the family was reserved when the parameters became known.
+void kernel_object::append_to_spares() noexcept {
   family_->second.spares.push_back(this); // there is room
   older_ = std::exchange(newest_spare, this);
   newer_ = nullptr;
@@ -304,27 +300,27 @@ void kernel_object::become_spare() noexcept {
   ++spare_count;
 }
 
-void kernel_object::leave_spares() noexcept {
+void kernel_object::remove_from_spares() noexcept {
   (older_ == nullptr ? oldest_spare : older_->newer_) = newer_;
   (newer_ == nullptr ? newest_spare : newer_->older_) = older_;
   --spare_count;
 }
 
 cl_int kernel_object::release(const opencl_functions& cl) noexcept {
-  if (this == for_want_of_memory())
-    return CL_SUCCESS;
+  if (this == out_of_memory())
+    return CL_SUCCESS; // it is everybody's
   program_object* const program = program_;
   kernel_object* ended = nullptr;
   {
-    const std::lock_guard guard(kernels_lock);
+    const oryn::lock_guard guard(kernels_lock);
     --family_->second.live;
     --family_->second.holders;
     if (can_be_kept()) {
-      become_spare();
+      append_to_spares();
       if (spare_count > most_spares) {
         ended = oldest_spare;
         std::erase(ended->family_->second.spares, ended);
-        ended->leave_spares();
+        ended->remove_from_spares();
       }
     } else {
       ended = this;
@@ -334,21 +330,23 @@ cl_int kernel_object::release(const opencl_functions& cl) noexcept {
   }
   // The oldest spare may be of another device, so `cl` may be wrong for it.
   const bool is_another = ended != nullptr && ended != this;
-  const cl_int status = end_all(is_another ? as_it_is_now(*ended->device_).cl : cl, ended);
+  const cl_int status = end_all(is_another ? device_or_stand_in(*ended->device_).cl : cl, ended);
   program->release(cl);
   return status;
 }
 
+// A look at every spare, of which there are few, each time a buffer goes: cheaper than to remember who holds what at each
+// argument of each launch.
 void kernel_object::drop_spares_with(const opencl_functions& cl, cl_mem buffer) noexcept {
   kernel_object* ended = nullptr;
   {
-    const std::lock_guard guard(kernels_lock);
+    const oryn::lock_guard guard(kernels_lock);
     for (kernel_object *each = oldest_spare, *next = nullptr; each != nullptr; each = next) {
       next = each->newer_;
       if (!each->holds(buffer))
         continue;
       std::erase(each->family_->second.spares, each);
-      each->leave_spares();
+      each->remove_from_spares();
       each->newer_ = std::exchange(ended, each);
     }
   }

@@ -3,10 +3,14 @@
 // Both are objects of this library that wrap OpenCL's. A launch makes a kernel, sets its arguments, and enqueues it, where a
 // failed command would end the process; so a kernel that is made for a launch, that is, while another of its name lives,
 // accepts all arguments, and its launch fails. A kernel that is released is kept for the next one of its program and name.
+//
+// Programs may be used by any thread at any time, and a kernel by one thread at a time, as OpenCL has it. One lock for all
+// programs guards what their kernels share; it is never held while OpenCL is called, and no other lock is taken under it. A
+// launch takes it twice, to make its kernel and to release it.
 #pragma once
 
-#include "capability/kernel_parameters.h"
-#include "capability/opencl_functions.h"
+#include "base/thread_annotations.h"
+#include "capability/kernel_arguments.h"
 
 #include <atomic>
 #include <cstddef>
@@ -19,21 +23,30 @@
 
 namespace qv {
 
-struct root_device;
 class kernel_object;
 
-// The kernels of one name in one program.
+// Guards the kernels of all programs, the order of the spares, and what a program was built with.
+extern oryn::mutex kernels_lock;
+
+// The kernels of one name in one program. It is there as long as a kernel holds it, one is kept in it, or it knows the
+// parameters.
 struct kernel_family {
-  std::uint32_t holders = 0; // those handed out, and those that are being made
-  std::uint32_t live = 0;    // those handed out
-  bool is_told = false;      // whether `parameters` has been asked for, and told
+  // Kernels handed out, and those that are being made.
+  std::uint32_t holders TARVA_GUARDED_BY(kernels_lock) = 0;
+  // Kernels handed out.
+  std::uint32_t live TARVA_GUARDED_BY(kernels_lock) = 0;
+  bool knows_parameters TARVA_GUARDED_BY(kernels_lock) = false;
+  // Constant once they are known. A kernel reads those of the arguments that it knows, and needs no lock for it.
   std::vector<parameter> parameters;
-  std::optional<group_size> required_size;
-  std::vector<kernel_object*> spares; // the one released last at the end
+  std::optional<group_size> required_size TARVA_GUARDED_BY(kernels_lock); // if it was asked for
+  std::vector<kernel_object*> spares TARVA_GUARDED_BY(kernels_lock);      // the one released last at the end
 };
 
+// A program: OpenCL's, and the families of its kernels. Ends with its last reference, of a holder or of a kernel.
 class program_object {
 public:
+  static constexpr cl_int invalid = CL_INVALID_PROGRAM;
+
   program_object(cl_program program, bool is_from_source) noexcept
       : program_(program), is_from_source_(is_from_source) {}
   program_object(const program_object&) = delete;
@@ -44,38 +57,42 @@ public:
 
   // OpenCL is asked for one reference only, and so cannot refuse another.
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
-  cl_int release(const opencl_functions& cl) noexcept;
+  cl_int release(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
   std::uint32_t references() const noexcept { return references_.load(std::memory_order_relaxed); }
 
   // Before a new build: ends the kept kernels, which would block it, and forgets what they told.
-  void forget_kernels(const opencl_functions& cl) noexcept;
+  void forget_kernels(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
 
-  // The options of the last build, if it was given others than the caller's.
-  const std::string* given_options() const noexcept { return has_other_options_ ? &given_options_ : nullptr; }
-  void set_given_options(const char* options);
+  // The options that the caller gave to the last build, if OpenCL was given others; null if they were the caller's.
+  void set_callers_options(const char* options) TARVA_EXCLUDES(kernels_lock);
+  std::optional<std::string> callers_options() const TARVA_EXCLUDES(kernels_lock);
 
 private:
   friend class kernel_object;
 
   const cl_program program_;
   const bool is_from_source_;
-  bool has_other_options_ = false;
   std::atomic<std::uint32_t> references_{1};
-  std::string given_options_;
-  std::map<std::string, kernel_family, std::less<>> families_; // guarded by the lock of all kernels
+  std::optional<std::string> callers_options_ TARVA_GUARDED_BY(kernels_lock);
+  // Entries stay in their places, as kernels point to theirs.
+  std::map<std::string, kernel_family, std::less<>> families_ TARVA_GUARDED_BY(kernels_lock);
 };
 
+// A kernel: OpenCL's, or why it could not be made. It holds its program. Between its uses it may be a spare, which belongs to
+// the families and holds nothing; the spares of all programs stand in one order, so that the oldest can make room.
 class kernel_object {
 public:
+  static constexpr cl_int invalid = CL_INVALID_KERNEL;
+
   kernel_object(const kernel_object&) = delete;
   kernel_object& operator=(const kernel_object&) = delete;
 
   // Null and a status, if OpenCL refuses and no other kernel of the name lives.
   static kernel_object* make(const root_device& device, program_object& program, const char* name,
-                             cl_int& status) noexcept;
+                             cl_int& status) noexcept TARVA_EXCLUDES(kernels_lock);
   // For a kernel that OpenCL has made unasked. Takes over its reference, also if it fails.
   static kernel_object* wrap(const root_device& device, program_object& program, cl_kernel kernel,
-                             cl_int& status) noexcept;
+                             cl_int& status) noexcept TARVA_EXCLUDES(kernels_lock);
 
   // Null if OpenCL has refused to make it.
   cl_kernel kernel() const noexcept { return kernel_; }
@@ -85,19 +102,21 @@ public:
   program_object* program() const noexcept { return program_; }
   const std::string& name() const noexcept { return family_->first; }
 
+  // The status for the caller. A kernel that is made for a launch takes everything, and its launch tells.
   cl_int set_argument(const root_device& device, std::uint32_t index, std::size_t size,
                       const void* value) noexcept;
-  // What the attributes of the kernel demand, asked for once.
-  group_size required_size(const opencl_functions& cl) const;
+  // What the attributes of the kernel demand, asked for once. Throws std::bad_alloc.
+  group_size required_size(const opencl_functions& cl) const TARVA_EXCLUDES(kernels_lock);
 
   // CL_SUCCESS, or why a launch must not reach OpenCL.
   cl_int launch_status() const noexcept;
 
-  // Ends the object, or keeps it for the next of its name.
-  cl_int release(const opencl_functions& cl) noexcept;
+  // Ends the object, or keeps it for the next of its name. The status is OpenCL's, if it was asked.
+  cl_int release(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
 
   // To be called before a buffer is released: no kernel that is kept may hold it as an argument.
-  static void drop_spares_with(const opencl_functions& cl, cl_mem buffer) noexcept;
+  static void drop_spares_with(const opencl_functions& cl, cl_mem buffer) noexcept
+      TARVA_EXCLUDES(kernels_lock);
 
 private:
   friend class program_object;
@@ -105,28 +124,33 @@ private:
 
   struct argument {
     cl_mem buffer = nullptr;      // or any other value of that size
-    std::uint64_t seen_alive = 0; // when, by the count of forgotten buffers
-    cl_int refusal = CL_SUCCESS;
+    std::uint64_t seen_alive = 0; // when, by the count of removed buffers
+    cl_int refusal = CL_SUCCESS;  // of what was set last
     bool is_set = false;
   };
 
   explicit constexpr kernel_object(cl_int failure = CL_SUCCESS) noexcept : failure_(failure) {}
-  static kernel_object* for_want_of_memory() noexcept;
+  static kernel_object* out_of_memory() noexcept;
 
-  static family_entry* hold_family(program_object& program, std::string_view name);
-  static void let_go(program_object& program, family_entry& family) noexcept;
-  static kernel_object* take_spare(program_object& program, family_entry& family) noexcept;
+  // The family of a name, made if there is none. What is held does not go.
+  static family_entry* hold_family(program_object& program, std::string_view name)
+      TARVA_REQUIRES(kernels_lock);
+  static void release_family(program_object& program, family_entry& family) noexcept
+      TARVA_REQUIRES(kernels_lock);
+  static kernel_object* take_spare(program_object& program, family_entry& family) noexcept
+      TARVA_REQUIRES(kernels_lock);
   static cl_int end_all(const opencl_functions& cl, kernel_object* first) noexcept;
 
-  // Takes over the kernel, if there is one, and the hold on the family, if this succeeds.
-  void join(const root_device& device, program_object& program, family_entry& family, cl_kernel kernel);
+  // Makes this a kernel of the family. Takes over the kernel, if there is one, and the hold on the family, if this succeeds.
+  void join(const root_device& device, program_object& program, family_entry& family, cl_kernel kernel)
+      TARVA_EXCLUDES(kernels_lock);
   cl_int check_argument(const root_device& device, std::uint32_t index, std::size_t size, const void* value,
-                        std::uint64_t now) const noexcept;
-  cl_int note_refusal(cl_int status) noexcept;
-  bool can_be_kept() const noexcept;
+                        std::uint64_t removed_count) const noexcept;
+  cl_int refuse_argument(cl_int status) noexcept;
+  bool can_be_kept() const noexcept TARVA_REQUIRES(kernels_lock);
   bool holds(cl_mem buffer) const noexcept;
-  void become_spare() noexcept;
-  void leave_spares() noexcept;
+  void append_to_spares() noexcept TARVA_REQUIRES(kernels_lock);
+  void remove_from_spares() noexcept TARVA_REQUIRES(kernels_lock);
 
   cl_kernel kernel_ = nullptr;
   const root_device* device_ = nullptr;
@@ -135,10 +159,11 @@ private:
   std::vector<argument> arguments_; // one for each parameter, if OpenCL tells of them
   std::size_t set_count_ = 0;
   cl_int failure_ = CL_SUCCESS;
-  bool is_for_launch_ = false;
-  bool is_reused_ = false;
-  bool was_refused_ = false; // an argument; or its parameter is not known
-  // Among all spares, in the order of their release; `newer_` also links those that are to be ended.
+  bool is_for_launch_ = false; // made while another of its family lived
+  bool is_reused_ = false;     // a spare before, so that OpenCL's kernel still has arguments
+  bool was_refused_ = false;   // an argument; or its parameter is not known
+  // Among all spares, in the order of their release, and then guarded by the lock; `newer_` also links those that are to be
+  // ended, which nobody else knows.
   kernel_object* older_ = nullptr;
   kernel_object* newer_ = nullptr;
 };

@@ -1,14 +1,26 @@
-// The devices of the machine behind numbers, and the checks of what callers pass.
+// The devices of the machine behind numbers: which there are, and the checks of what callers pass for them.
+//
+// A device is offered if it says what it is and gives a context and queues; whether it counts itself as available is a
+// property of it. Nothing that a platform or device does wrong while it is looked at touches the others: it is left out, and a
+// line of the log says why.
 #pragma once
 
-#include "capability/call_handle.h"
+#include "capability/dispatch.h"
 
+#include <cstdint>
 #include <utility>
 #include <vector>
 
 namespace qv {
 
-// Root devices and nodes are plain numbers. All operations return a transport code.
+// All devices that can be used, in the order of the loader's platforms, custom devices behind the other devices of theirs.
+// Each is offered under `forced` if that holds any capability, else under its natural one. Throws if there is too little
+// memory to look at the machine.
+std::vector<root_device> find_root_devices(const opencl_functions& cl, const capability_set& forced);
+
+// Owns the root devices, which do not move or go as long as it is there. It does not change, so that any thread may ask it.
+//
+// Root devices and nodes are plain numbers. All operations return a transport code, and write nothing if it is a failure.
 class machine {
 public:
   explicit machine(std::vector<root_device> devices) : devices_(std::move(devices)) {}
@@ -25,7 +37,7 @@ private:
 };
 
 // Looks at the machine through the OpenCL loader `loader`; `versions` is the list of versions that the
-// devices are to be offered under, or null.
+// devices are to be offered under, or null. Without the loader there are no devices. Throws as above.
 machine look_at_machine(const char* loader, const char* versions);
 
 } // namespace qv

@@ -1,6 +1,7 @@
+// The table of entry points, filled from the loader's library and thinned by a platform's version.
 #include "capability/opencl_functions.h"
 
-#include "capability/administrator_log.h"
+#include "capability/environment.h"
 
 #include <cerrno>
 #include <cstring>
@@ -11,10 +12,11 @@
 namespace qv {
 namespace {
 
+// A name that the library lacks leaves its place null: loaders of older versions have fewer entry points.
 struct resolver {
   void* library;
 
-  template <typename Function>
+  template <class Function>
   void operator()(const char* name, Function*& function) const {
     function = reinterpret_cast<Function*>(dlsym(library, name));
   }
@@ -71,12 +73,15 @@ void resolve_programs_and_kernels(const resolver& resolve, opencl_functions& fun
 } // namespace
 
 std::optional<opencl_functions> load_opencl_functions(const char* library) {
-  // Local: in the global scope some implementations would bind their own entry points to the loader's.
+  // Local: in the global scope some implementations would bind their own entry points to the loader's, which calls them, and
+  // so on without end.
   void* handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
   if (handle == nullptr) {
     const char* const reason = dlerror();
     const std::string text = reason == nullptr ? "" : reason;
-    tell_administrator({"no OpenCL: ", text});
+    log_line({"no OpenCL: ", text});
+    // A machine without OpenCL is nothing unusual; one whose OpenCL is broken, or has found no memory, is not to be taken for
+    // it. The dynamic loader tells the one from the other by its text alone.
     if (text.find(std::strerror(ENOENT)) == std::string::npos)
       throw std::runtime_error(text);
     return std::nullopt;
@@ -90,6 +95,7 @@ std::optional<opencl_functions> load_opencl_functions(const char* library) {
   return functions;
 }
 
+// One block a version that brought something.
 opencl_functions functions_of_platform(opencl_functions functions, opencl_version version) {
   if (version < opencl_version{1, 2}) {
     functions.enqueue_fill_buffer = nullptr;

@@ -1,6 +1,6 @@
 #include "capability/queues.h"
 
-#include "capability/opencl_call.h"
+#include "capability/opencl_queries.h"
 
 #include <limits>
 #include <utility>
@@ -11,23 +11,23 @@ namespace {
 // Whether OpenCL says how the work of the event has ended.
 bool has_ended(const opencl_functions& cl, cl_event event) {
   cl_int status = CL_QUEUED;
-  return call_or_refuse(cl.get_event_info, event, cl_event_info{CL_EVENT_COMMAND_EXECUTION_STATUS},
-                        sizeof status, static_cast<void*>(&status),
-                        static_cast<std::size_t*>(nullptr)) == CL_SUCCESS &&
+  return ask_value(status, CL_EVENT_COMMAND_EXECUTION_STATUS, cl.get_event_info, event) == CL_SUCCESS &&
          status <= CL_COMPLETE;
 }
 
-// After this the work writes nothing any more, as far as anybody can tell.
-void settle(const opencl_functions& cl, event_object& event, cl_int status) {
+// For an event of a queue that could not be finished. Work that has ended keeps its own status; any other has that of the
+// queue. After this it writes nothing any more, as far as anybody can tell, since it was waited for by itself.
+void wait_or_fail(const opencl_functions& cl, event_object& event, cl_int status) {
   const cl_event waited_for = event.event();
   static_cast<void>(call_or_refuse(cl.wait_for_events, cl_uint{1}, &waited_for));
   if (!has_ended(cl, waited_for))
-    event.fail(status < 0 ? status : CL_OUT_OF_RESOURCES);
+    event.fail(as_failure(status));
 }
 
 } // namespace
 
-event_object* event_object::for_want_of_memory() noexcept {
+event_object* event_object::out_of_memory() noexcept {
+  // With so many references that it never ends, however often it is released.
   static constinit event_object event(std::numeric_limits<std::uint32_t>::max() / 2, CL_OUT_OF_HOST_MEMORY);
   return &event;
 }
@@ -40,21 +40,24 @@ cl_int event_object::release(const opencl_functions& cl) noexcept {
   return status;
 }
 
-void queue_object::note_enqueued(event_object& event) noexcept {
-  event.retain();
+void queue_object::add_outstanding(event_object& event) noexcept {
+  event.retain(); // for the queue
   event.queue_ = this;
-  const std::lock_guard guard(lock_);
+  const oryn::lock_guard guard(lock_);
   (first_ == nullptr ? first_ : last_->next_) = &event;
   last_ = &event;
 }
 
 event_object* queue_object::take_outstanding() noexcept {
-  const std::lock_guard guard(lock_);
+  const oryn::lock_guard guard(lock_);
   last_ = nullptr;
   return std::exchange(first_, nullptr);
 }
 
+// The events that are outstanding now are this finish's to wait for. Those of another thread's finish are that one's, and
+// OpenCL's finish does not return before both have ended.
 cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexcept {
+  // Before the finish: what another thread enqueues meanwhile is for the next one.
   const bool nobody_else_tells = has_work_without_event_.exchange(false);
   event_object* const outstanding = take_outstanding();
   const cl_int status = call_or_refuse(cl.finish, queue_);
@@ -62,13 +65,14 @@ cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexc
   for (event_object* each = outstanding; each != nullptr;) {
     event_object* const next = std::exchange(each->next_, nullptr);
     if (status != CL_SUCCESS)
-      settle(cl, *each, status);
+      wait_or_fail(cl, *each, status);
     each->release(cl);
     each = next;
   }
   return nobody_else_tells ? status : CL_SUCCESS;
 }
 
+// Events that nobody has waited for live on with their holders, and tell what OpenCL tells of them.
 cl_int queue_object::release(const opencl_functions& cl) noexcept {
   for (event_object* each = take_outstanding(); each != nullptr;)
     std::exchange(each, each->next_)->release(cl);

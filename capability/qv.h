@@ -5,8 +5,35 @@
  * is a number and an argument record (capability/commands.h), and the capability of the handle decides how
  * the number is read.
  *
- * Devices that cannot be used are left out. With the environment variable QV_LOG set to anything but "0", a line
- * on the standard error stream tells of each why.
+ * WHICH DEVICES THERE ARE
+ *
+ * All devices of all platforms of the machine's OpenCL loader, custom devices among them. Those of a platform that does not
+ * list them are left out, and a device
+ *   - that does not tell its name, vendor, version, driver's version, profile and extensions, each in one piece of at most
+ *     1 MiB,
+ *   - whose version is not of the form "OpenCL 1.2 ...",
+ *   - that does not tell its byte order,
+ *   - that gives no context, or not two queues in it, one of which measures times.
+ * A device whose version is none of OpenCL's, such as 1.7, is there, but has no node. Built-in kernels are not listed if no
+ * program can be made of them. One that is not available now is offered nevertheless, and its CL_DEVICE_AVAILABLE says so;
+ * that is false, too, for a device that did not answer the question when it was first looked at, until it does.
+ *
+ * With the environment variable QV_LOG set to anything but "0", a line on the standard error stream tells of each that is
+ * left out why.
+ *
+ * UNDER WHICH VERSIONS
+ *
+ * A device that reports OpenCL 1.0 to 2.2 has one node, of the capability of that version. One that reports 3.0 or later has
+ * one, too: of 2.2 if it takes SPIR-V, and with it specialization constants; else of the highest of 2.1 and 2.0 all of whose
+ * mandatory features it has; else of 1.2. What it lacks all the same, it answers with 0 or refuses, save the default
+ * on-device queue, for which a plain queue stands in.
+ *
+ * The environment variable QV_OPENCL_VERSIONS, such as "1.2,2.0", gives each device nodes of exactly these versions instead.
+ * An entry that is none of 1.0, 1.1, 1.2, 2.0, 2.1 and 2.2 is passed over, which a line on the standard error stream tells
+ * once; if no entry is left, it is as if the variable were not set. Neither variable is read in a process with more rights
+ * than its caller.
+ *
+ * WHAT COMMANDS PROMISE
  *
  * The library answers for the implementation below it. Three rules follow, which OpenCL itself does not have:
  *   - Work that is refused when it is enqueued, whoever refuses it, succeeds as a command and yields an event whose

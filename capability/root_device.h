@@ -1,17 +1,42 @@
-// The OpenCL devices of the machine.
+// A root device: one OpenCL device of the machine, what is known of it, and whether it can be reached now.
+//
+// Root devices are made while the machine is looked at and do not change afterwards, but for what guards itself: the objects
+// that were kept, and the watch. So every command reads them without a lock. The machine owns them and outlives every open
+// call handle; objects that are given out point to them.
 #pragma once
 
-#include "capability/kept_objects.h"
-#include "capability/lost_device.h"
 #include "capability/opencl_functions.h"
 #include "capability/quirks.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace qv {
+
+class kept_objects;
+struct root_device;
+
+// Devices may be lost while they are in use, such as one behind a network, and may come back.
+//
+// An implementation may wait for an answer of a lost device for ever, be it to let go of an object. So once work or a finish
+// has failed, the device is asked whether it is there, before each command until it is. As long as it is not, it gets no new
+// work, and what it holds is given up; only questions and the end of its queues still reach the implementation.
+class device_watch {
+public:
+  // After a failure that may be the device's own. Called by the commands, on any thread.
+  void suspect() noexcept { is_suspected_.store(true, std::memory_order_relaxed); }
+  bool is_suspected() const noexcept { return is_suspected_.load(std::memory_order_relaxed); }
+
+  // Asks the device, and ends the suspicion if it is there.
+  bool is_lost(const root_device& device) noexcept;
+
+private:
+  // Nothing else is handed over with it, so no order is needed.
+  std::atomic<bool> is_suspected_ = false;
+};
 
 struct device_text_entry {
   cl_device_info name;
@@ -28,26 +53,41 @@ struct root_device {
   opencl_version version;
   // Only what the device's platform has.
   opencl_functions cl;
+  // Under which it is offered. None if its version is none: then nobody can use it.
   capability_set capabilities;
   bool has_device_queues = false;
+  // False if it did not say at the first look whether it is available. As long as it does not, it counts as not available.
+  bool tells_availability = true;
   std::uint64_t local_memory_size = 0;
   qv::quirks quirks;
-  // What the device has said of itself, and will go on saying.
+  // What the device has said of itself, and will go on saying: the answers that every start asks for.
   std::vector<device_text_entry> texts;
   std::vector<device_number_entry> numbers;
   // Null if the device has not been tried, or is lost.
   std::shared_ptr<kept_objects> kept;
   // Null if nobody watches it. The other is the same device as long as it is lost.
   std::shared_ptr<device_watch> watch;
-  std::shared_ptr<const root_device> when_lost;
+  std::shared_ptr<const root_device> lost_stand_in;
 
+  // Null if it was not asked for.
   const std::string* find_text(cl_device_info name) const;
   const cl_uint* find_number(cl_device_info name) const;
 };
 
-// All devices that can be used, in the order of the loader. Each is offered under `forced` if that holds any
-// capability, else under its natural one. What fails while it is looked at is left out. Throws if there is too little
-// memory to look at the machine.
-std::vector<root_device> find_root_devices(const opencl_functions& cl, const capability_set& forced);
+// Has the device watched from now on. Throws std::bad_alloc.
+void watch(root_device& device);
+
+// The device, or what stands for it as long as it is lost. Costs one relaxed read as long as nothing has failed.
+const root_device& device_or_stand_in(const root_device& device) noexcept;
+
+// A thread goes on running after its thread-local objects were destroyed: in exit handlers and static destructors, after
+// main or exit(). An implementation that keeps thread-local state, and uses it nevertheless, must not be called then.
+
+// To be called before the first question below, while nothing is being unloaded: each thread that asks it has
+// to find this library when it ends, so the library stays loaded.
+void prepare_for_thread_ends() noexcept;
+
+// Whether that time has come for the calling thread. It is noticed on threads that have asked before.
+bool thread_locals_have_ended() noexcept;
 
 } // namespace qv

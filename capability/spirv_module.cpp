@@ -1,8 +1,6 @@
-#include "capability/spirv_module.h"
+#include "capability/program_checks.h"
 
-#include "capability/device_queries.h"
-#include "capability/opencl_call.h"
-#include "capability/opencl_version.h"
+#include "capability/opencl_queries.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -12,12 +10,14 @@
 namespace qv {
 namespace {
 
+// The numbers are those of the SPIR-V specification.
 constexpr std::uint32_t magic = 0x07230203;
 constexpr std::size_t header_words = 5;
 constexpr std::uint32_t function_opcode = 54;
 constexpr std::uint32_t function_end_opcode = 56;
 
-// A module may have been written in either byte order.
+// The words of a module, which may have been written in either byte order; its first word tells which. Bytes need not be
+// aligned, and up to three of them may be left over.
 class word_reader {
 public:
   word_reader(const void* bytes, std::size_t length)
@@ -43,6 +43,8 @@ private:
   bool is_spirv_;
 };
 
+// After the header a module is instructions, each led by its own length; functions do not nest. That is all that can be
+// told without knowing each instruction, and enough for the compilers that are known to run past the end.
 bool is_whole(const word_reader& words, std::size_t length) {
   if (length % sizeof(std::uint32_t) != 0 || words.count() < header_words)
     return false;
@@ -76,19 +78,9 @@ std::optional<opencl_version> newest_version(std::string_view list) {
 
 // What a device does not tell is left to it.
 bool is_too_new(const word_reader& words, const opencl_functions& cl, cl_device_id device) {
-  const std::uint32_t version = words.at(1);
+  const std::uint32_t version = words.at(1); // 0, major, minor, 0
   const auto newest = newest_version(device_text(cl, device, CL_DEVICE_IL_VERSION).value_or(""));
   return newest && *newest < opencl_version{version >> 16 & 0xFF, version >> 8 & 0xFF};
-}
-
-std::vector<cl_device_id> devices_of(const opencl_functions& cl, cl_context context) {
-  std::vector<cl_device_id> devices(64);
-  std::size_t size = 0;
-  const cl_int status =
-      call_or_refuse(cl.get_context_info, context, cl_context_info{CL_CONTEXT_DEVICES},
-                     devices.size() * sizeof(cl_device_id), static_cast<void*>(devices.data()), &size);
-  devices.resize(status == CL_SUCCESS ? std::min(size / sizeof(cl_device_id), devices.size()) : 0);
-  return devices;
 }
 
 } // namespace
@@ -100,7 +92,7 @@ bool is_harmless_module(const opencl_functions& cl, cl_context context, const vo
     return true;
   if (!is_whole(words, length))
     return false;
-  const std::vector<cl_device_id> devices = devices_of(cl, context);
+  const std::vector<cl_device_id> devices = context_devices(cl, context);
   return std::none_of(devices.begin(), devices.end(),
                       [&](cl_device_id device) { return is_too_new(words, cl, device); });
 }

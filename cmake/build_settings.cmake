@@ -28,6 +28,11 @@ if(TARVA_WERROR)
   target_compile_options(tarva_settings INTERFACE -Werror)
 endif()
 
+# Whether each member is touched only with the lock that guards it: base/thread_annotations.h.
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  target_compile_options(tarva_settings INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wthread-safety>)
+endif()
+
 # Unique symbols would keep a library loaded after dlclose.
 include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-fno-gnu-unique TARVA_HAS_NO_GNU_UNIQUE)

@@ -1,3 +1,4 @@
+// The extent of a kernel launch.
 #pragma once
 
 #include <array>
@@ -6,8 +7,7 @@
 
 namespace oryn::tarva::library {
 
-// The extent of a kernel launch; the first `work_dim` entries count. A local size of all zeros lets the
-// device choose.
+// In work-items. Of each triple the first `work_dim` entries count. A local size of all zeros lets the device choose.
 struct nd_range {
   std::uint64_t work_dim = 0;
   std::array<std::uint64_t, 3> global_offset{};

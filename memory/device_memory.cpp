@@ -2,7 +2,6 @@
 
 #include "base/logging.h"
 #include "base/unique_identifier.h"
-#include "memory/device_memory_allocation.h"
 #include "objects/library_device.h"
 
 #include <stdexcept>

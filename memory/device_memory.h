@@ -1,17 +1,41 @@
+// Blocks of memory on a device.
 #pragma once
 
 #include "properties/data_type.h"
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 namespace oryn::tarva::library {
 
-class device_memory_allocation;
 class library_device;
 
-// A typed block of storage on one device: described once, then allocated and freed by commands. Sizes are
-// numbers of elements. No lock: the order of the commands that use a block keeps access to it serial.
+// Storage on one device, as the device has made it. Keeps the device alive.
+class device_memory_allocation {
+public:
+  device_memory_allocation(std::shared_ptr<library_device> device, data_type type, std::uint64_t size,
+                           void* opencl_buffer)
+      : device_(std::move(device)), opencl_buffer_(opencl_buffer), size_(size), type_(type) {}
+  virtual ~device_memory_allocation() = default;
+  device_memory_allocation(const device_memory_allocation&) = delete;
+  device_memory_allocation& operator=(const device_memory_allocation&) = delete;
+
+  const std::shared_ptr<library_device>& get_device() const { return device_; }
+  data_type get_type() const { return type_; }
+  std::uint64_t get_size() const { return size_; }
+  // The handle by which OpenCL knows it, in the context of the device.
+  void* get_opencl_buffer() const { return opencl_buffer_; }
+
+private:
+  std::shared_ptr<library_device> device_;
+  void* opencl_buffer_; // the derived class owns it
+  std::uint64_t size_;
+  data_type type_;
+};
+
+// A typed block of storage on one device: described once on the thread of a caller, then allocated, used and freed by the
+// commands of the device's worker. Sizes are numbers of elements. No lock, for the reason that a host block has none.
 class device_memory {
 public:
   explicit device_memory(std::shared_ptr<library_device> device);
@@ -28,7 +52,7 @@ public:
   // False until something is put into the allocation: copies out of it copy nothing. One element makes all of it content.
   bool has_content() const { return has_content_; }
   // Before anything is put in, since what fails half-way may have put in some of it.
-  void note_content() { has_content_ = true; }
+  void mark_content() { has_content_ = true; }
 
   void set_allocation(data_type type, std::uint64_t size);
   void allocate();

@@ -2,15 +2,28 @@
 
 #include "base/logging.h"
 #include "base/unique_identifier.h"
-#include "memory/element_range.h"
-#include "memory/range_checks.h"
-#include "memory/swap_endianness.h"
+#include "memory/ranges.h"
 
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
 namespace oryn::tarva::library {
+
+void swap_endianness(void* base, data_type type, std::uint64_t offset, std::uint64_t count) {
+  const data_type_row* row = find_data_type(type);
+  if (row == nullptr)
+    throw std::logic_error("Unhandled type.");
+  if (row->component_bytes == 1 || row->kind == component_kind::boolean)
+    return;
+  const std::uint64_t stride = row->element_bytes();
+  auto* element = static_cast<std::uint8_t*>(base) + stride * offset;
+  for (std::uint64_t i = 0; i < count; ++i, element += stride)
+    for (unsigned component = 0; component < row->components; ++component) {
+      auto* first = element + component * row->component_bytes;
+      std::reverse(first, first + row->component_bytes);
+    }
+}
 
 namespace {
 
@@ -153,7 +166,7 @@ void host_memory::fill(const std::vector<std::uint8_t>& value, std::uint64_t off
   require(value.size() == size,
           "Attempting to fill memory with a value that is larger than the size of the underlying type.");
   auto* base = get_writable_address(0);
-  require(is_within(offset, count, size_), "Fill operation would overflow target capacity.");
+  check_fill_range(offset, count, size_);
   has_content_ = true;
   repeat_pattern(base + size * offset, value, size * count);
 }

@@ -1,17 +1,68 @@
+// Blocks of host memory, and the byte order of what is in them.
 #pragma once
 
-#include "memory/host_storage.h"
+#include "base/large_block.h"
 #include "properties/data_type.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace oryn::tarva::library {
 
-// A typed block of host storage: the library's own, or a view of storage that the caller owns. All sizes and
-// positions are numbers of elements. No lock: the order of the commands that use a block keeps access to it
-// serial.
+// Reverses the byte order of `count` elements of `type`, component by component and in place, from element
+// `offset` of the block at `base` on. The fourth slot of a 3-component vector and a boolean are left as
+// they are.
+void swap_endianness(void* base, data_type type, std::uint64_t offset, std::uint64_t count);
+
+// Uninitialised bytes of the host's memory, or none.
+class host_storage {
+public:
+  host_storage() = default;
+  explicit host_storage(std::size_t bytes)
+      : bytes_(bytes),
+        data_(is_large(bytes) ? static_cast<std::uint8_t*>(map_large_block(bytes + offset)) + offset
+                              : new std::uint8_t[bytes]) {}
+  host_storage(host_storage&& other) noexcept
+      : bytes_(std::exchange(other.bytes_, 0)), data_(std::exchange(other.data_, nullptr)) {}
+  host_storage& operator=(host_storage&& other) noexcept {
+    host_storage taken(std::move(other));
+    std::swap(bytes_, taken.bytes_);
+    std::swap(data_, taken.data_);
+    return *this;
+  }
+  ~host_storage() {
+    if (is_large(bytes_))
+      unmap_large_block(data_ - offset, bytes_ + offset);
+    else
+      delete[] data_;
+  }
+
+  std::uint8_t* get() const { return data_; }
+  explicit operator bool() const { return data_ != nullptr; }
+
+private:
+  // Large copies are several times slower on some processors if the destination begins a few bytes further into its
+  // page than the source. Blocks of malloc begin at 16 and those of devices often at 128: from here, and to here, none
+  // of them is slow.
+  static constexpr std::size_t offset = 1024;
+
+  static bool is_large(std::size_t bytes) {
+    return bytes >= large_block_size && bytes <= std::numeric_limits<std::size_t>::max() - offset;
+  }
+
+  std::size_t bytes_ = 0;
+  std::uint8_t* data_ = nullptr;
+};
+
+// A typed block of host storage: the library's own, or a view of storage that the caller owns. All sizes and positions are
+// numbers of elements.
+//
+// A block is described on the thread of a caller and then used by the commands of a worker. It has no lock: a caller touches
+// it again only when the commands have ended, and the commands of one block run one after the other. What is wrong with a
+// use of it throws std::logic_error; want of storage throws std::bad_alloc and leaves the block as it was.
 class host_memory {
 public:
   host_memory();

@@ -1,6 +1,6 @@
 #include "objects/kernel_arguments.h"
 
-#include "objects/element_bytes.h"
+#include "properties/data_type.h"
 
 #include <algorithm>
 #include <cstring>

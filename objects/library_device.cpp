@@ -1,8 +1,6 @@
 #include "objects/library_device.h"
 
 #include "base/unique_identifier.h"
-#include "objects/device_work_dispatcher.h"
-
 #include <stdexcept>
 
 namespace oryn::tarva::library {
@@ -23,8 +21,9 @@ void library_device::set_dispatcher(std::unique_ptr<device_work_dispatcher> disp
   dispatcher_ = std::move(dispatcher);
 }
 
-void library_device::submit_work(dag<std::shared_ptr<device_ir::device_command>>&& graph) {
-  get_dispatcher().submit_work(get_dispatcher().prepare_work(graph));
+std::vector<std::shared_ptr<device_ir::device_command>>
+library_device::generate_commands(const std::shared_ptr<physical_ir::physical_operation>&) {
+  throw std::logic_error("Unsupported device type found.");
 }
 
 void library_device::signal_acquire(const std::shared_ptr<library_device>& release_device,

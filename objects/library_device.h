@@ -1,7 +1,7 @@
+// Devices as the library's own logic sees them, and the workers that they have.
 #pragma once
 
-#include "objects/build_result.h"
-#include "objects/ir_header.h"
+#include "objects/intermediate_representation.h"
 #include "properties/data_type.h"
 #include "properties/property_interface.h"
 
@@ -13,16 +13,55 @@
 namespace oryn::tarva::library {
 
 class device_memory_allocation;
-class device_work_dispatcher;
+class library_device;
 class library_program;
 template <class T>
 class dag;
+namespace physical_ir {
+class physical_operation;
+}
 namespace device_ir {
 class device_command;
 }
 
-// A compute device as the library's own logic sees it: something with properties that makes programs of
-// intermediate representations, holds memory, and runs work through a dispatcher of its own.
+// A graph of device commands in the order of execution, with all room that it takes to hand it over and to work
+// through it.
+class prepared_work {
+public:
+  prepared_work() = default;
+  virtual ~prepared_work() = default;
+  prepared_work(const prepared_work&) = delete;
+  prepared_work& operator=(const prepared_work&) = delete;
+};
+
+// The worker of one device: takes graphs of device commands and runs them on a thread of its own.
+class device_work_dispatcher {
+public:
+  device_work_dispatcher() = default;
+  virtual ~device_work_dispatcher() = default;
+  device_work_dispatcher(const device_work_dispatcher&) = delete;
+  device_work_dispatcher& operator=(const device_work_dispatcher&) = delete;
+
+  // Makes a graph ready for this dispatcher, so that memory runs out here, on the caller's thread, and not half-way
+  // through a logical operation. Any thread.
+  virtual std::unique_ptr<prepared_work>
+  prepare_work(const dag<std::shared_ptr<device_ir::device_command>>& graph) = 0;
+  // Hands work to the worker that this dispatcher has prepared. Refused after shutdown. Any thread.
+  virtual void submit_work(std::unique_ptr<prepared_work> work) = 0;
+  // Tells the worker that the releasing side of a hand-over between two devices has come. Any thread.
+  virtual void signal_acquire(const std::shared_ptr<library_device>& release_device,
+                              const std::shared_ptr<library_device>& acquire_device,
+                              std::uint64_t sync_id) = 0;
+  // Starts the worker; once.
+  virtual void start() = 0;
+  // Returns when the worker has nothing to do and holds nothing of what it has done.
+  virtual void wait_until_idle() = 0;
+  // Ends the worker and joins it. Work that is left ends with an error. Refused the second time.
+  virtual void shutdown() = 0;
+};
+
+// A compute device: something with properties that makes programs of intermediate representations, holds memory, and runs
+// work through a dispatcher of its own. Between initialize() and release() any thread may use it.
 class library_device : public property_interface, public std::enable_shared_from_this<library_device> {
 public:
   library_device();
@@ -53,9 +92,12 @@ public:
   virtual std::unique_ptr<device_memory_allocation> allocate_memory(data_type type, std::uint64_t size) = 0;
   virtual void free_memory(std::unique_ptr<device_memory_allocation>& allocation) = 0;
 
+  // The device commands, in order, that a physical operation becomes on this device.
+  virtual std::vector<std::shared_ptr<device_ir::device_command>>
+  generate_commands(const std::shared_ptr<physical_ir::physical_operation>& operation);
+
   device_work_dispatcher& get_dispatcher();
   void set_dispatcher(std::unique_ptr<device_work_dispatcher> dispatcher);
-  void submit_work(dag<std::shared_ptr<device_ir::device_command>>&& graph);
   void signal_acquire(const std::shared_ptr<library_device>& release_device,
                       const std::shared_ptr<library_device>& acquire_device, std::uint64_t sync_id);
 

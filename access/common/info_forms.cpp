@@ -35,4 +35,9 @@ void throw_too_many_elements() {
       "Attempted to work around Khronos public bug #1510, and the number of array values in the result has exceeded the number of bytes representable by size_t / 2.  File a bug.");
 }
 
+void throw_absurd_size(std::size_t reported) {
+  throw bad_implementation("OpenCL implementation reported a size of " + std::to_string(reported) +
+                           " bytes for a query result, which is more than any such result takes.");
+}
+
 } // namespace oryn::skerv::common

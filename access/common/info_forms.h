@@ -18,6 +18,14 @@ namespace oryn::skerv::common {
 [[noreturn]] void throw_size_changed();
 [[noreturn]] void throw_not_divisible(std::size_t reported, std::size_t element_size);
 [[noreturn]] void throw_too_many_elements();
+[[noreturn]] void throw_absurd_size(std::size_t reported);
+
+// No result of a query is as long. An implementation that tells more has failed, and no memory is asked for.
+inline void check_reported_size(std::size_t reported) {
+  constexpr std::size_t most_bytes = std::size_t{1} << 30;
+  if (reported > most_bytes)
+    throw_absurd_size(reported);
+}
 
 // Reads exactly sizeof(T) bytes into `value` and returns the size that the implementation reported last.
 template <typename T, typename Query>
@@ -60,6 +68,7 @@ void read_string_info(const Query& query, std::string& text) {
   const std::size_t size = query.ask_size();
   if (size == 0)
     return;
+  check_reported_size(size);
   text.resize(size);
   std::size_t reported = 0;
   query.ask(size, text.data(), &reported);
@@ -104,6 +113,7 @@ std::vector<T> get_vector_info(const Query& query) {
     return get_vector_of_unreported_size<T>(query);
   if (size % sizeof(T) != 0)
     throw_not_divisible(size, sizeof(T));
+  check_reported_size(size);
   std::vector<T> values(size / sizeof(T));
   std::size_t reported = 0;
   query.ask(size, values.data(), &reported);

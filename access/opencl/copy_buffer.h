@@ -12,7 +12,7 @@ namespace oryn::skerv::opencl {
 template <version V>
 class copy_buffer final : public command<V> {
 public:
-  copy_buffer(const buffer<V>& source, const buffer<V>& destination, std::size_t source_offset,
+  copy_buffer(buffer_reference<V> source, buffer_reference<V> destination, std::size_t source_offset,
               std::size_t destination_offset, std::size_t size) noexcept
       : source_(source.get_handle()), destination_(destination.get_handle()), source_offset_(source_offset),
         destination_offset_(destination_offset), size_(size) {}

@@ -16,7 +16,7 @@ namespace oryn::skerv::opencl {
 template <version V>
 requires(version_traits<V>::has_fill_buffer) class fill_buffer_bytes final : public command<V> {
 public:
-  fill_buffer_bytes(const buffer<V>& buffer, std::vector<std::uint8_t> pattern, std::size_t offset,
+  fill_buffer_bytes(buffer_reference<V> buffer, std::vector<std::uint8_t> pattern, std::size_t offset,
                     std::size_t count)
       : buffer_(buffer.get_handle()), pattern_(std::move(pattern)), offset_(offset), count_(count) {
     if (!pattern_.empty() && count > std::numeric_limits<std::size_t>::max() / pattern_.size())

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "access/common/opencl_constants.h"
+#include "access/opencl/buffer.h"
 #include "access/opencl/device.h"
-#include "access/opencl/memory_object.h"
 #include "access/opencl/opencl_handle.h"
 
 #include <array>
@@ -70,7 +70,7 @@ public:
   void set_null_argument(std::uint32_t index) { set_argument(index, sizeof(void*), nullptr); }
   // Local memory of `size` bytes.
   void set_local_argument(std::uint32_t index, std::size_t size) { set_argument(index, size, nullptr); }
-  void set_memory_argument(std::uint32_t index, const memory_object<V>& memory) {
+  void set_memory_argument(std::uint32_t index, buffer_reference<V> memory) {
     void* const handle = memory.get_handle();
     set_argument(index, sizeof(handle), &handle);
   }

@@ -21,6 +21,7 @@
 namespace oryn::skerv::opencl_1_1 {
 
 using buffer = opencl::buffer<opencl::version::v1_1>;
+using buffer_reference = opencl::buffer_reference<opencl::version::v1_1>;
 using command = opencl::command<opencl::version::v1_1>;
 using command_queue = opencl::command_queue<opencl::version::v1_1>;
 using context = opencl::context<opencl::version::v1_1>;

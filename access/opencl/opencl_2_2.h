@@ -23,6 +23,7 @@
 namespace oryn::skerv::opencl_2_2 {
 
 using buffer = opencl::buffer<opencl::version::v2_2>;
+using buffer_reference = opencl::buffer_reference<opencl::version::v2_2>;
 using command = opencl::command<opencl::version::v2_2>;
 using context = opencl::context<opencl::version::v2_2>;
 using copy_buffer = opencl::copy_buffer<opencl::version::v2_2>;

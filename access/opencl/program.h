@@ -102,6 +102,7 @@ std::vector<device_binary<V>> program<V>::get_binaries() const {
 
   std::vector<std::uint8_t*> addresses;
   for (std::size_t i = 0; i < sizes.size(); ++i) {
+    common::check_reported_size(sizes[i]);
     binaries[i].binary.resize(sizes[i]);
     addresses.push_back(binaries[i].binary.data());
   }

@@ -16,7 +16,7 @@ class transfer_buffer final : public command<V> {
 public:
   using host_pointer = std::conditional_t<Op == qv::operation::enqueue_read_buffer, void*, const void*>;
 
-  transfer_buffer(const buffer<V>& buffer, bool blocking, std::size_t offset, std::size_t size,
+  transfer_buffer(buffer_reference<V> buffer, bool blocking, std::size_t offset, std::size_t size,
                   host_pointer pointer) noexcept
       : buffer_(buffer.get_handle()), pointer_(pointer), offset_(offset), size_(size), blocking_(blocking) {}
 

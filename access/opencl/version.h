@@ -8,6 +8,15 @@ namespace oryn::skerv::opencl {
 // The value is the number of the capability under which the capability library offers the version.
 enum class version : std::uint32_t { v1_0 = 1, v1_1, v1_2, v2_0, v2_1, v2_2 };
 
+// Instantiates the templates of a source file for each version: `instantiate` is a macro that is given its enumerator.
+#define ORYN_FOR_EACH_VERSION(instantiate)                                                                   \
+  instantiate(v1_0) instantiate(v1_1) instantiate(v1_2) instantiate(v2_0) instantiate(v2_1) instantiate(v2_2)
+
+template <version... versions>
+struct version_list {};
+using all_versions =
+    version_list<version::v1_0, version::v1_1, version::v1_2, version::v2_0, version::v2_1, version::v2_2>;
+
 constexpr std::uint32_t capability_of(version v) {
   return static_cast<std::uint32_t>(v);
 }

@@ -6,17 +6,32 @@
 #include <tarva/error.hpp>
 
 #include <utility>
+#include <vector>
 
 namespace tarva {
 namespace detail {
 
+TARVA_FAILS inline void fail_wait(tarva_abi_result code, tarva_abi_error_s* object) {
+  std::vector<failure> chain = read_error(code, object);
+  const char* const text =
+      knows_no_handle(chain) ? "The future is empty: it was moved from, or it has been waited for." : "";
+  fail_with(code, std::move(chain), text);
+}
+
 /// Waits for an operation and throws what it failed with.
 TARVA_THIN void finish(tarva_abi_future_s* future) {
-  long code = TARVA_ABI_OK;
-  tarva_abi_error_s* object = nullptr;
-  call<tarva_abi_wait_future>(future, &code, &object);
+  if (has_failed())
+    return;
+  struct { // all of it is written by the call, if it is looked at
+    long code;
+    tarva_abi_error_s *operation, *object;
+  } told;
+  const tarva_abi_result code =
+      tarva_abi_wait_future(nullptr, future, &told.code, &told.operation, &told.object);
   if (code != TARVA_ABI_OK)
-    throw_failure(code, object);
+    fail_wait(code, told.object);
+  else if (told.code != TARVA_ABI_OK)
+    fail_wait(told.code, told.operation);
 }
 
 } // namespace detail
@@ -46,13 +61,19 @@ public:
   }
 
   /// Waits for the end, and throws if the operation failed. To be called once.
-  void get() { detail::finish(std::exchange(record_, nullptr)); }
+  void get() {
+    if (!detail::has_failed())
+      detail::finish(release());
+  }
 
   /// Ends the future without waiting. The storage has to outlive the operation all the same.
   void abandon() noexcept {
-    if (tarva_abi_future_s* record = std::exchange(record_, nullptr))
+    if (tarva_abi_future_s* record = release())
       tarva_abi_abandon_future(nullptr, record);
   }
+
+  /// Gives the future to the caller.
+  [[nodiscard]] tarva_abi_future_s* release() noexcept { return std::exchange(record_, nullptr); }
 
   /// Whether get() is still to be called.
   bool valid() const noexcept { return record_ != nullptr; }

@@ -8,6 +8,7 @@
 #include <tarva/property.hpp>
 #include <tarva/range.hpp>
 #include <tarva/types.hpp>
+#include <tarva/view.hpp>
 
 #include <array>
 #include <cstddef>
@@ -25,25 +26,25 @@ class local {
   static_assert(is_element<T>, "OpenCL has no such type");
 
 public:
-  explicit constexpr local(std::uint64_t count) noexcept : count_(count) {}
+  explicit constexpr local(count size) noexcept : count_(size) {}
   constexpr std::uint64_t size() const noexcept { return count_; }
 
 private:
   std::uint64_t count_;
 };
 
-namespace detail {
-
-/// The records of arguments. That of a value points to it.
+/// The records of arguments, for lists whose length is known at run time only. That of a value points to it.
 template <class T>
 tarva_abi_kernel_argument_s argument(const T& value) noexcept {
-  static_assert(is_element<T>,
-                "a kernel takes tarva::memory, tarva::local, nullptr, and values of OpenCL types");
+  static_assert(is_element<T>, TARVA_NO_VALUE);
   return {TARVA_ABI_ARGUMENT_VALUE, element<T>::type, reinterpret_cast<std::uintptr_t>(&value)};
+}
+inline tarva_abi_kernel_argument_s argument(const memory_handle& object) noexcept {
+  return {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uintptr_t>(object.get()), 0};
 }
 template <class T>
 tarva_abi_kernel_argument_s argument(const memory<T>& object) noexcept {
-  return {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uintptr_t>(object.get()), 0};
+  return argument(static_cast<const memory_handle&>(object));
 }
 template <class T>
 tarva_abi_kernel_argument_s argument(const local<T>& size) noexcept {
@@ -52,6 +53,8 @@ tarva_abi_kernel_argument_s argument(const local<T>& size) noexcept {
 inline tarva_abi_kernel_argument_s argument(std::nullptr_t) noexcept {
   return {TARVA_ABI_ARGUMENT_NULL, 0, 0};
 }
+
+namespace detail {
 
 /// Whether every value of From is one of To; or, for a To with fractions, has one near it.
 template <class To, class From>
@@ -79,7 +82,7 @@ constexpr bool fits(From value) noexcept {
 /// A parameter of a typed kernel: what it can be made from is what the kernel takes there.
 template <class T>
 class parameter {
-  static_assert(is_element<T>, "a kernel takes tarva::memory, tarva::local, and values of OpenCL types");
+  static_assert(is_element<T>, TARVA_NO_VALUE);
   /// Numbers are converted, but no fraction is dropped.
   template <class From>
   using if_number = std::enable_if_t<std::is_arithmetic_v<T> && std::is_arithmetic_v<From> &&
@@ -98,7 +101,7 @@ private:
   template <class From>
   static T converted(From value) {
     if (!fits<T>(value))
-      throw std::out_of_range("A kernel's parameter cannot hold the argument " + std::to_string(value) + ".");
+      fail<std::out_of_range>("A kernel's parameter cannot hold the argument " + std::to_string(value) + '.');
     return static_cast<T>(value);
   }
 
@@ -126,10 +129,45 @@ private:
   local<T> size_;
 };
 
-template <std::size_t Count>
+/// Which memory object among the arguments cannot be used any more, if one cannot.
+inline std::string explain_arguments(view<const tarva_abi_kernel_argument_s> arguments, bool one_is_unknown) {
+  std::string text;
+  for (std::size_t i = 0; i < arguments.size() && text.empty(); ++i)
+    if (arguments[i].kind == TARVA_ABI_ARGUMENT_MEMORY)
+      text = explain(reinterpret_cast<tarva_abi_memory_s*>(arguments[i].first), one_is_unknown,
+                     " of argument " + std::to_string(i));
+  return text;
+}
+
+TARVA_FAILS inline void fail_launch(tarva_abi_result code, tarva_abi_error_s* object,
+                                    view<const tarva_abi_kernel_argument_s> arguments) {
+  std::vector<failure> chain = read_error(code, object);
+  const bool one_is_unknown = knows_no_handle(chain);
+  const std::string text = explain_arguments(arguments, one_is_unknown);
+  fail_with(code, std::move(chain),
+            text.empty() && one_is_unknown ? "The kernel is empty or has been given up." : text);
+}
+
+/// As call_with, but it keeps the arguments and not the kernel.
 TARVA_THIN void launch(tarva_abi_kernel_s* kernel, const range& over,
-                       const std::array<tarva_abi_kernel_argument_s, Count>& arguments) {
-  call<tarva_abi_kernel_call>(kernel, arguments.data(), std::uint64_t{Count}, &over.record());
+                       view<const tarva_abi_kernel_argument_s> arguments) {
+  if (has_failed())
+    return;
+  struct {
+    const tarva_abi_kernel_argument_s* arguments;
+    tarva_abi_error_s* object;
+  } of_call;
+  of_call.arguments = arguments.data();
+  const tarva_abi_result code = tarva_abi_kernel_call(nullptr, kernel, of_call.arguments, arguments.size(),
+                                                      &over.record(), &of_call.object);
+  if (code != TARVA_ABI_OK)
+    fail_launch(code, of_call.object, {of_call.arguments, arguments.size()});
+}
+
+template <std::size_t Count>
+TARVA_THIN void launch_with(tarva_abi_kernel_s* kernel, const range& over,
+                            const std::array<tarva_abi_kernel_argument_s, Count>& arguments) {
+  launch(kernel, over, arguments);
 }
 
 } // namespace detail
@@ -143,7 +181,11 @@ public:
   /// Launches it, and returns when the launch has ended.
   template <class... Arguments>
   void operator()(const range& over, const Arguments&... arguments) const {
-    detail::launch<sizeof...(Arguments)>(get(), over, {detail::argument(arguments)...});
+    detail::launch_with<sizeof...(Arguments)>(get(), over, {argument(arguments)...});
+  }
+  /// The same with a list, of what tarva::argument makes.
+  void launch(const range& over, view<const tarva_abi_kernel_argument_s> arguments) const {
+    detail::launch(get(), over, arguments);
   }
 
   property properties() const { return detail::root<tarva_abi_get_kernel_root_property>(get()); }
@@ -154,18 +196,25 @@ public:
 template <class... Parameters>
 class function {
 public:
+  /// Empty.
+  function() noexcept = default;
   /// Throws std::invalid_argument if the kernel has another number of parameters.
   explicit function(kernel of) : kernel_(std::move(of)) {
+    if (!kernel_)
+      return;
     const auto count = kernel_.properties()["OPENCL"]["CL_KERNEL_NUM_ARGS"].get<std::uint64_t>();
     if (count != sizeof...(Parameters))
-      throw std::invalid_argument("The kernel has " + std::to_string(count) + " parameters, not " +
-                                  std::to_string(sizeof...(Parameters)) + ".");
+      detail::fail<std::invalid_argument>("The kernel has " + std::to_string(count) + " parameters, not " +
+                                          std::to_string(sizeof...(Parameters)) + '.');
   }
 
   /// Launches it, and returns when the launch has ended.
   void operator()(const range& over, const detail::parameter<Parameters>&... arguments) const {
-    detail::launch<sizeof...(Parameters)>(kernel_.get(), over, {arguments.record()...});
+    detail::launch_with<sizeof...(Parameters)>(kernel_.get(), over, {arguments.record()...});
   }
+
+  /// Whether there is a kernel.
+  explicit operator bool() const noexcept { return static_cast<bool>(kernel_); }
 
   const kernel& untyped() const noexcept { return kernel_; }
 

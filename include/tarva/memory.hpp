@@ -11,6 +11,8 @@
 #include <tarva/view.hpp>
 
 #include <stdexcept>
+#include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -23,26 +25,28 @@ class memory;
 template <class T>
 class slice {
 public:
-  slice(tarva_abi_memory_s* of, std::uint64_t start, std::uint64_t count) noexcept
-      : record_(of), start_(start), count_(count) {}
+  slice(tarva_abi_memory_s* of, count start, count size) noexcept
+      : record_(of), start_(start), count_(size) {}
 
   std::uint64_t start() const noexcept { return start_; }
   std::uint64_t size() const noexcept { return count_; }
 
   /// A range of this range. Throws std::out_of_range if it does not lie within.
-  slice part(std::uint64_t start, std::uint64_t count) const {
-    if (start > count_ || count > count_ - start)
-      throw std::out_of_range("A part of a memory object reaches beyond the whole.");
-    return {record_, start_ + start, count};
+  slice part(count start, count size) const {
+    if (start > count_ || size > count_ - start)
+      detail::fail<std::out_of_range>("A part of " + std::to_string(size) + " elements from element " +
+                                      std::to_string(start) + " on reaches beyond the whole of " +
+                                      std::to_string(count_) + " elements.");
+    return {record_, start_ + start, size};
   }
 
   /// Fills the range with one value.
-  void fill(const T& value) const { detail::call<tarva_abi_fill_memory>(record_, &value, start_, count_); }
+  void fill(const T& value) const { call<tarva_abi_fill_memory>(record_, &value, start_, count_); }
 
   /// Copies the range to one of the same size.
   void copy_to(const slice& to) const {
     check(to.count_);
-    detail::call<tarva_abi_copy_memory>(record_, start_, to.record_, to.start_, count_);
+    call<tarva_abi_copy_memory>(record_, start_, to.record_, to.start_, count_);
   }
 
   /// Write as many elements as the range has, and wait.
@@ -73,12 +77,13 @@ public:
   }
 
 private:
-  TARVA_THIN void check(std::uint64_t count) const {
-    if (count != count_)
-      differ();
+  TARVA_THIN void check(std::uint64_t size) const {
+    if (size != count_)
+      differ(size, count_);
   }
-  [[noreturn]] TARVA_COLD static void differ() {
-    throw std::length_error("The two sides of a transfer have different numbers of elements.");
+  TARVA_FAILS static void differ(std::uint64_t size, std::uint64_t own_size) {
+    detail::fail<std::length_error>("The two sides of a transfer have different numbers of elements: " +
+                                    std::to_string(own_size) + " and " + std::to_string(size) + '.');
   }
   /// Containers without elements may have no storage, but the library wants to be given some.
   template <class Storage>
@@ -88,15 +93,14 @@ private:
   TARVA_THIN tarva_abi_future_s* start_write(view<const T> from) const {
     check(from.size());
     tarva_abi_future_s* started = nullptr;
-    detail::call<tarva_abi_async_write_memory>(record_, start_, count_,
-                                               static_cast<const void*>(some(from.data())), &started);
+    call<tarva_abi_async_write_memory>(record_, start_, count_, static_cast<const void*>(some(from.data())),
+                                       &started);
     return started;
   }
   TARVA_THIN tarva_abi_future_s* start_read(view<T> to) const {
     check(to.size());
     tarva_abi_future_s* started = nullptr;
-    detail::call<tarva_abi_async_read_memory>(record_, start_, count_, static_cast<void*>(some(to.data())),
-                                              &started);
+    call<tarva_abi_async_read_memory>(record_, start_, count_, static_cast<void*>(some(to.data())), &started);
     return started;
   }
 
@@ -105,27 +109,31 @@ private:
   std::uint64_t count_;
 };
 
+/// The owner of a memory object whose type is known at run time only.
+using memory_handle = handle<tarva_abi_memory_s, tarva_abi_retain_memory, tarva_abi_release_memory>;
+
 /// A memory object: elements of one type, which belong to no device and are moved to where they are used. A copy
 /// of the object of this class is the same memory object; copy_to() copies content.
 template <class T>
-class memory : public handle<tarva_abi_memory_s, tarva_abi_retain_memory, tarva_abi_release_memory> {
-  using base = handle<tarva_abi_memory_s, tarva_abi_retain_memory, tarva_abi_release_memory>;
-  static_assert(is_element<T>, "OpenCL has no such type; bool is tarva::boolean, a struct has to be bytes");
+class memory : public memory_handle {
+  static_assert(is_element<T>, TARVA_NO_VALUE);
 
 public:
   using value_type = T;
 
-  /// `count` elements without content. The label is for the object's properties.
-  explicit memory(std::uint64_t count, text label = "") : base(allocate(label, count)), count_(count) {}
+  /// Empty: no memory object.
+  memory() noexcept = default;
+  /// So many elements without content. The label is for the object's properties.
+  explicit memory(count size, text label = "") : memory_handle(allocate(label, size)), count_(size) {}
   /// As many elements as there are in `content`, with this content.
   explicit memory(view<const T> content, text label = "") : memory(content.size(), label) { write(content); }
   /// Takes over a reference that the caller has. Throws std::invalid_argument, with the reference given up, if the
   /// elements of the object are of another type.
   static memory adopt(tarva_abi_memory_s* owned) {
-    memory result{base(owned)};
+    memory result{memory_handle(owned)};
     const property tree = result.properties();
     if (tree["TYPE"].get<std::uint64_t>() != element<T>::type)
-      throw std::invalid_argument("The memory object has elements of another type.");
+      detail::fail<std::invalid_argument>("The memory object has elements of another type.");
     result.count_ = tree["NUM_ELEMENTS"].get<std::uint64_t>();
     return result;
   }
@@ -135,7 +143,7 @@ public:
 
   /// All of it, or a range of it, for the functions of tarva::slice.
   TARVA_THIN slice<T> all() const noexcept { return {get(), 0, count_}; }
-  slice<T> part(std::uint64_t start, std::uint64_t count) const { return all().part(start, count); }
+  slice<T> part(count start, count size) const { return all().part(start, size); }
 
   /// What follows is for all of it; see tarva::slice.
   TARVA_THIN void fill(const T& value) const { all().fill(value); }
@@ -154,15 +162,15 @@ public:
   [[nodiscard]] future<std::vector<T>> async_read() const { return all().async_read(); }
 
 private:
-  explicit memory(base&& owned) noexcept : base(std::move(owned)), count_(0) {}
+  explicit memory(memory_handle&& owned) noexcept : memory_handle(std::move(owned)) {}
 
-  static tarva_abi_memory_s* allocate(text label, std::uint64_t count) {
+  static tarva_abi_memory_s* allocate(text label, std::uint64_t size) {
     tarva_abi_memory_s* record = nullptr;
-    detail::call<tarva_abi_memory_allocate_typed>(label.c_str(), element<T>::type, count, &record);
+    call<tarva_abi_memory_allocate_typed>(label.c_str(), element<T>::type, size, &record);
     return record;
   }
 
-  std::uint64_t count_;
+  std::uint64_t count_ = 0;
 };
 
 template <class Container>

@@ -6,12 +6,15 @@
 #include <tarva/handle.hpp>
 #include <tarva/kernel.hpp>
 #include <tarva/property.hpp>
+#include <tarva/result.hpp>
 #include <tarva/types.hpp>
 
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace tarva {
 
@@ -33,7 +36,7 @@ class constant {
 public:
   template <class T>
   constant(std::uint32_t id, const T& value) noexcept : id_(id), type_(element<T>::type) {
-    static_assert(is_element<T>, "no type of a constant; a truth value is tarva::boolean");
+    static_assert(is_element<T>, TARVA_NO_VALUE);
     std::memcpy(bytes_.data(), &value, sizeof value);
   }
   /// Points into this object.
@@ -50,10 +53,14 @@ class program : public handle<tarva_abi_program_s, tarva_abi_retain_program, tar
 public:
   using handle::handle;
 
-  /// A kernel by its name.
+  /// A kernel by its name. If there is none of that name, the failure tells those there are.
   tarva::kernel kernel(text name) const {
     tarva_abi_kernel_s* record = nullptr;
-    detail::call<tarva_abi_get_kernel>(get(), name.c_str(), &record);
+    detail::call_with<tarva_abi_get_kernel>(
+        [&](tarva_abi_result code, const std::vector<failure>&) {
+          return code == TARVA_ABI_RUNTIME_FAILURE ? list_kernels(name.c_str()) : "";
+        },
+        get(), name.c_str(), &record);
     return tarva::kernel(record);
   }
   /// A kernel by its name, with its parameters.
@@ -62,14 +69,33 @@ public:
     return function<Parameters...>(kernel(name));
   }
 
+  /// The names of its kernels.
+  std::vector<std::string> kernel_names() const {
+    return properties()["KERNEL_NAMES"].get_all<std::string>();
+  }
+
   property properties() const { return detail::root<tarva_abi_get_program_root_property>(get()); }
+
+private:
+  /// For a failure, so it fails no more itself.
+  std::string list_kernels(std::string_view wanted) const {
+    if (!*this)
+      return {};
+    std::string list;
+    for (const std::string& one : attempt([this] { return kernel_names(); }).value_or({})) {
+      if (one == wanted) // it fails for another reason
+        return {};
+      list += (list.empty() ? "" : ", ") + one;
+    }
+    return list.empty() ? list : "There is no " + std::string(wanted) + ", but there are: " + list + '.';
+  }
 };
 
 /// What became of a program.
 struct build_result {
-  program made; ///< without kernels if the build failed
-  std::string log;
-  bool success;
+  program made{}; ///< without kernels if the build failed
+  std::string log{};
+  bool success = false;
 };
 
 } // namespace tarva

@@ -49,12 +49,16 @@ public:
   /// Takes over a property that the caller has.
   explicit property(tarva_abi_property_s* owned) noexcept : record_(owned) {}
 
-  const char* name() const noexcept { return record_->name; }
-  const char* friendly_name() const noexcept { return record_->friendly_name; }
-  const char* description() const noexcept { return record_->description; }
-  bool has_value() const noexcept { return record_->has_data != 0; }
+  const char* name() const noexcept { return record_ ? record_->name : ""; }
+  const char* friendly_name() const noexcept { return record_ ? record_->friendly_name : ""; }
+  const char* description() const noexcept { return record_ ? record_->description : ""; }
+  bool has_value() const noexcept { return record_ && record_->has_data != 0; }
   /// The number of elements of the value; 0 without a value.
-  std::size_t size() const noexcept { return record_->element_count; }
+  std::size_t size() const noexcept { return record_ ? record_->element_count : 0; }
+  /// The type of its elements: TARVA_ABI_TYPE_STRING, _BOOLEAN, _UINT8 or _UINT64; _NONE without a value.
+  tarva_abi_data_type type() const noexcept {
+    return has_value() ? record_->data_type : tarva_abi_data_type{TARVA_ABI_TYPE_NONE};
+  }
 
   /// One element: a text (std::string, std::string_view), a bool, or a number of any integral type that can hold
   /// it. The string_view is valid as long as the property. Throws std::logic_error if the value is of another
@@ -74,18 +78,16 @@ public:
 
   /// A child. Throws std::out_of_range if there is none of that name.
   property operator[](text name) const {
-    std::optional<property> found = find(name);
-    if (!found)
-      throw std::out_of_range(std::string("There is no property ") + name.c_str() + " below " + this->name() +
-                              ".");
-    return std::move(*found);
+    property found = child(name);
+    if (*found.name() == '\0')
+      detail::fail<std::out_of_range>(std::string("There is no property ") + name.c_str() + " below " +
+                                      this->name() + '.');
+    return found;
   }
   /// A child, or nothing if there is none of that name.
   std::optional<property> find(text name) const {
-    tarva_abi_property_s* child = nullptr;
-    detail::call<tarva_abi_get_child_property_by_name>(get(), name.c_str(), &child);
-    property owned(child);
-    return *owned.name() == '\0' ? std::nullopt : std::optional(std::move(owned));
+    property found = child(name);
+    return *found.name() == '\0' ? std::nullopt : std::optional(std::move(found));
   }
   /// All children. Fails if one of them cannot be read.
   std::vector<property> children() const;
@@ -100,16 +102,29 @@ public:
   /// The same in a form of the caller's choice.
   std::string write(const tarva_abi_tree_format_s& format) const {
     char* written = nullptr;
-    detail::call<tarva_abi_get_property_tree_string>(get(), &format, &written);
+    if (!call<tarva_abi_get_property_tree_string>(get(), &format, &written))
+      return {};
     return std::unique_ptr<char, detail::give_up<tarva_abi_free_property_tree_string>>(written).get();
   }
 
+  /// The handle for the functions of tarva_abi.h, which is a record. It stays owned.
   tarva_abi_property_s* get() const noexcept { return record_.get(); }
+  const tarva_abi_property_s* operator->() const noexcept { return record_.get(); }
+  /// Gives the property to the caller.
+  [[nodiscard]] tarva_abi_property_s* release() noexcept { return record_.release(); }
 
 private:
-  void require(bool right) const {
+  /// Without a name if there is none of that name.
+  property child(text name) const {
+    tarva_abi_property_s* found = nullptr;
+    call<tarva_abi_get_child_property_by_name>(get(), name.c_str(), &found);
+    return property(found);
+  }
+  bool require(bool right) const {
     if (!right)
-      throw std::logic_error(std::string("The property ") + name() + " has no value of that type or place.");
+      detail::fail<std::logic_error>(std::string("The property ") + name() +
+                                     " has no value of that type or place.");
+    return right;
   }
 
   detail::unique_property record_;
@@ -118,21 +133,24 @@ private:
 template <class T>
 T property::get(std::size_t index) const {
   static_assert(std::is_integral_v<T> || std::is_constructible_v<T, const char*>, "no type of a property");
-  require(index < size());
+  if (!require(index < size()))
+    return T();
   if constexpr (std::is_same_v<T, bool>) {
-    require(record_->data_type == TARVA_ABI_TYPE_BOOLEAN);
-    return static_cast<const std::uint32_t*>(record_->data)[index] != 0;
+    return require(type() == TARVA_ABI_TYPE_BOOLEAN) &&
+           static_cast<const std::uint32_t*>(record_->data)[index] != 0;
   } else if constexpr (std::is_integral_v<T>) {
-    const bool is_byte = record_->data_type == TARVA_ABI_TYPE_UINT8;
-    require(is_byte || record_->data_type == TARVA_ABI_TYPE_UINT64);
+    const bool is_byte = type() == TARVA_ABI_TYPE_UINT8;
+    if (!require(is_byte || type() == TARVA_ABI_TYPE_UINT64))
+      return T();
     const std::uint64_t value = is_byte ? static_cast<const std::uint8_t*>(record_->data)[index]
                                         : static_cast<const std::uint64_t*>(record_->data)[index];
     if (value > static_cast<std::uint64_t>(std::numeric_limits<T>::max()))
-      throw std::out_of_range(std::string("The number of the property ") + name() + " is too large.");
+      detail::fail<std::out_of_range>("The number " + std::to_string(value) + " of the property " + name() +
+                                      " is too large.");
     return static_cast<T>(value);
   } else {
-    require(record_->data_type == TARVA_ABI_TYPE_STRING);
-    return T(static_cast<const char* const*>(record_->data)[index]);
+    return require(type() == TARVA_ABI_TYPE_STRING) ? T(static_cast<const char* const*>(record_->data)[index])
+                                                    : T();
   }
 }
 
@@ -140,9 +158,9 @@ inline std::string property::value_text() const {
   std::string result;
   for (std::size_t i = 0; i < size(); ++i) {
     result += i == 0 ? "" : ", ";
-    if (record_->data_type == TARVA_ABI_TYPE_STRING)
+    if (type() == TARVA_ABI_TYPE_STRING)
       result += get<std::string_view>(i);
-    else if (record_->data_type == TARVA_ABI_TYPE_BOOLEAN)
+    else if (type() == TARVA_ABI_TYPE_BOOLEAN)
       result += get<bool>(i) ? "true" : "false";
     else
       result += std::to_string(get<std::uint64_t>(i));
@@ -153,15 +171,16 @@ inline std::string property::value_text() const {
 inline std::vector<property> property::children() const {
   using array = std::unique_ptr<tarva_abi_property_array_s, detail::give_up<tarva_abi_free_property_array>>;
   tarva_abi_property_array_s* record = nullptr;
-  detail::call<tarva_abi_get_all_children_properties>(get(), &record);
-  const array owned(record);
   std::vector<property> result;
+  if (!call<tarva_abi_get_all_children_properties>(get(), &record))
+    return result;
+  const array owned(record);
   result.reserve(record->count);
   for (std::uint64_t i = 0; i < record->count; ++i)
     if (record->properties[i] != nullptr)
       result.emplace_back(record->properties[i]);
   if (result.size() != record->count)
-    detail::throw_failure(TARVA_ABI_OUT_OF_MEMORY, nullptr);
+    detail::fail_with(TARVA_ABI_OUT_OF_MEMORY, {});
   return result;
 }
 

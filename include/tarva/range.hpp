@@ -3,6 +3,8 @@
 #ifndef TARVA_RANGE_HPP
 #define TARVA_RANGE_HPP
 
+#include <tarva/view.hpp>
+
 #include <tarva_abi.h>
 
 #include <cstddef>
@@ -21,48 +23,47 @@ public:
 
   /// So many work-items in each dimension, in groups of the device's choice unless `in_groups_of` is added.
   template <class... Sizes>
-  static constexpr global_range<sizeof...(Sizes)> items(Sizes... sizes) noexcept;
+  static constexpr global_range<sizeof...(Sizes)> items(Sizes... sizes);
 
   /// At least so many work-items in each dimension, in groups of the size that the kernel prefers: a kernel gets
   /// no fewer than such a group has. Below OpenCL 2.0 a size that the group does not divide is refused.
   template <class... Sizes>
-  static constexpr range at_least(Sizes... sizes) noexcept {
-    return range({TARVA_ABI_LAUNCH_GLOBAL_SIZE, {count<Sizes...>(), word(sizes)...}});
+  static constexpr range at_least(Sizes... sizes) {
+    return range({TARVA_ABI_LAUNCH_GLOBAL_SIZE, {dimensions<Sizes...>(), word(sizes)...}});
   }
 
   /// So many groups, in one dimension, of the size that the kernel prefers.
-  static constexpr range groups(std::uint64_t number) noexcept {
-    return range({TARVA_ABI_LAUNCH_GROUPS, {number}});
-  }
+  static constexpr range groups(count number) { return range({TARVA_ABI_LAUNCH_GROUPS, {number}}); }
 
   /// In each dimension so many groups, of this size.
   template <class... Sizes>
-  static constexpr range groups_of(std::uint64_t number, Sizes... sizes) noexcept {
-    return range({TARVA_ABI_LAUNCH_GROUPS_SIZED, {count<Sizes...>(), number, word(sizes)...}});
+  static constexpr range groups_of(count number, Sizes... sizes) {
+    return range({TARVA_ABI_LAUNCH_GROUPS_SIZED, {dimensions<Sizes...>(), number, word(sizes)...}});
   }
 
   /// For each compute unit so many groups, in one dimension, of the size that the kernel prefers.
-  static constexpr range groups_per_unit(std::uint64_t number) noexcept {
+  static constexpr range groups_per_unit(count number) {
     return range({TARVA_ABI_LAUNCH_GROUPS_PER_UNIT, {number}});
   }
 
   /// In each dimension one group of this size for each compute unit.
   template <class... Sizes>
-  static constexpr range group_per_unit_of(Sizes... sizes) noexcept {
-    return range({TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED, {count<Sizes...>(), 0, word(sizes)...}});
+  static constexpr range group_per_unit_of(Sizes... sizes) {
+    return range({TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED, {dimensions<Sizes...>(), 0, word(sizes)...}});
   }
 
   constexpr const tarva_abi_launch_range_s& record() const noexcept { return record_; }
 
 private:
   template <class... Sizes>
-  static constexpr std::uint64_t count() noexcept {
+  static constexpr std::uint64_t dimensions() noexcept {
     static_assert(sizeof...(Sizes) >= 1 && sizeof...(Sizes) <= 3, "a launch has one to three dimensions");
     return sizeof...(Sizes);
   }
   template <class Size>
-  static constexpr std::uint64_t word(Size size) noexcept {
-    return static_cast<std::uint64_t>(size);
+  static constexpr std::uint64_t word(Size size) {
+    static_assert(std::is_convertible_v<Size, count>, "sizes are whole numbers");
+    return count(size);
   }
   template <std::size_t>
   friend class global_range;
@@ -76,12 +77,12 @@ class global_range : public range {
 public:
   /// In groups of this size.
   template <class... Sizes>
-  constexpr global_range in_groups_of(Sizes... sizes) const noexcept {
+  constexpr global_range in_groups_of(Sizes... sizes) const {
     return with(7, sizes...);
   }
   /// With global ids that begin there. Not on a device of OpenCL 1.0.
   template <class... Ids>
-  constexpr global_range from(Ids... ids) const noexcept {
+  constexpr global_range from(Ids... ids) const {
     return with(1, ids...);
   }
 
@@ -90,7 +91,7 @@ private:
   explicit constexpr global_range(const tarva_abi_launch_range_s& record) noexcept : range(record) {}
 
   template <class... Words>
-  constexpr global_range with(std::size_t place, Words... words) const noexcept {
+  constexpr global_range with(std::size_t place, Words... words) const {
     static_assert(sizeof...(Words) == Dimensions, "the range has another number of dimensions");
     global_range result = *this;
     ((result.record_.words[place++] = word(words)), ...);
@@ -99,9 +100,9 @@ private:
 };
 
 template <class... Sizes>
-constexpr global_range<sizeof...(Sizes)> range::items(Sizes... sizes) noexcept {
+constexpr global_range<sizeof...(Sizes)> range::items(Sizes... sizes) {
   return global_range<sizeof...(Sizes)>(
-      {TARVA_ABI_LAUNCH_EXPLICIT, {count<Sizes...>(), 0, 0, 0, word(sizes)...}});
+      {TARVA_ABI_LAUNCH_EXPLICIT, {dimensions<Sizes...>(), 0, 0, 0, word(sizes)...}});
 }
 
 } // namespace tarva

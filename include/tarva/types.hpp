@@ -120,6 +120,11 @@ struct element<vec<T, N>> {
 template <class T>
 inline constexpr bool is_element = element<T>::type != TARVA_ABI_TYPE_NONE&& std::is_trivially_copyable_v<T>;
 
+/// What the compiler says to a value that is none.
+#define TARVA_NO_VALUE                                                                                       \
+  "no type of OpenCL: bool is tarva::boolean, and a kernel takes a struct as vectors of 16 bytes, such as "  \
+  "tarva::float4, or from a memory object of its bytes: tarva::memory<std::byte>(tarva::bytes_of(struct))"
+
 inline half::half(float value) noexcept {
   std::uint32_t from = 0;
   std::memcpy(&from, &value, sizeof from);

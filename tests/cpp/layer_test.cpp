@@ -36,6 +36,9 @@ static_assert(can_write_later<ints&> && can_write_later<ints> && can_write_later
 static_assert(!can_write_later<std::array<int, 2>> && !can_write_later<std::vector<float>&>);
 static_assert(!std::is_copy_constructible_v<tarva::future<>>);
 static_assert(!tarva::is_element<bool> && !tarva::is_element<own> && !tarva::is_element<int*>);
+static_assert(std::is_convertible_v<int, tarva::count> && !std::is_convertible_v<float, tarva::count>);
+static_assert(!std::is_constructible_v<tarva::memory<int>, double> &&
+              !std::is_constructible_v<tarva::local<int>, bool>);
 
 class cpp_layer : public scripted_test {
 protected:
@@ -92,9 +95,6 @@ TEST_F(cpp_layer, owners_balance) {
   EXPECT_EQ(error_of<std::invalid_argument>([&] { (void)tarva::memory<float>::adopt(shared); }),
             "The memory object has elements of another type.");
   EXPECT_EQ(first.read(), counted(2));
-  EXPECT_EQ(error_of<tarva::runtime_failure>([&] { (void)second.read(); }),
-            "Lookup of internal type map failed.");
-
   { const auto dropped = first.async_read(); }
   tarva::future<ints> replaced = first.async_read();
   replaced = first.async_write({5, 6});
@@ -112,8 +112,12 @@ TEST_F(cpp_layer, failures_are_exceptions) {
   EXPECT_THROW((void)beyond.read(), tarva::logic_failure);
   EXPECT_THROW(beyond.async_write(ints(4)).get(), tarva::logic_failure);
   EXPECT_EQ(error_of<std::length_error>([&] { data.write(counted(5)); }),
-            "The two sides of a transfer have different numbers of elements.");
-  EXPECT_THROW((void)data.part(3, 2), std::out_of_range);
+            "The two sides of a transfer have different numbers of elements: 4 and 5.");
+  EXPECT_EQ(error_of<std::out_of_range>([&] { (void)data.part(3, 2); }),
+            "A part of 2 elements from element 3 on reaches beyond the whole of 4 elements.");
+  volatile int below_zero = -1;
+  EXPECT_EQ(error_of<std::out_of_range>([&] { (void)data.part(below_zero, 1); }), "A count cannot be -1.");
+  EXPECT_THROW((void)tarva::range::items(1, below_zero), std::out_of_range);
   EXPECT_THROW((void)data.part(1, 2).part(1, ~std::uint64_t{0}), std::out_of_range);
 
   // The work of a read fails on the device.
@@ -142,14 +146,67 @@ TEST_F(cpp_layer, failures_are_exceptions) {
   EXPECT_THROW(add(tarva::range::items(0), data, 0), tarva::logic_failure);
 }
 
+// What does not exist any more, or never has, is told by its kind and place.
+TEST_F(cpp_layer, empty_and_stale_objects_are_named) {
+  tarva::memory<int> gone(2), none;
+  const tarva::memory data(counted(2));
+  tarva::kernel add = on(3).build(source).kernel("add");
+  const tarva::slice<int> stale = gone.all();
+  int into[2] = {};
+  tarva::future<> waited = data.async_read(into);
+  waited.get();
+  gone.reset();
+  EXPECT_FALSE(gone || none || tarva::kernel() || tarva::program() || tarva::device() ||
+               tarva::function<int>());
+  const auto last = tarva::range::items(1);
+  const auto told = [](auto action) {
+    const auto result = tarva::attempt(action);
+    EXPECT_EQ(result.error().code(), TARVA_ABI_RUNTIME_FAILURE);
+    EXPECT_EQ(result.error().chain().front().message, "Lookup of internal type map failed.");
+    return std::string(result.error().what()).substr(result.error().chain().front().message.size());
+  };
+  const std::string empty = " is empty: it was moved from or given up, or never made.";
+  EXPECT_EQ(told([&] { none.fill(1); }), " The memory object" + empty);
+  EXPECT_EQ(told([&] { stale.fill(1); }), " The memory object has been given up.");
+  EXPECT_EQ(told([&] { data.copy_to(stale); }), " The memory object has been given up.");
+  EXPECT_EQ(told([&] { add(last, data, none); }), " The memory object of argument 1" + empty);
+  EXPECT_EQ(told([&] {
+              add.launch(last, std::array{tarva::argument(data),
+                                          tarva_abi_kernel_argument_s{TARVA_ABI_ARGUMENT_MEMORY, 16, 0}});
+            }),
+            " The memory object of argument 1 has been given up.");
+  EXPECT_EQ(told([&] { tarva::kernel()(last, data); }), " The kernel is empty or has been given up.");
+  EXPECT_EQ(told([&] { (void)tarva::program().kernel("add"); }), " The program" + empty);
+  EXPECT_EQ(told([&] { (void)tarva::device().name(); }), " The device" + empty);
+  EXPECT_EQ(told([&] { waited.get(); }),
+            " The future is empty: it was moved from, or it has been waited for.");
+}
+
 TEST_F(cpp_layer, programs_build_or_tell_why_not) {
-  try {
-    (void)on(1).build("#error");
-    ADD_FAILURE();
-  } catch (const tarva::build_failure& caught) {
-    EXPECT_EQ(caught.log(), "error: the text says #error");
-    EXPECT_EQ(caught.what(), "The program does not build: " + caught.log());
-  }
+  const tarva::device device = on(3);
+  const std::string log = "error: the text says #error";
+  const std::pair<std::array<const char*, 2>, std::string> failures[] = {
+      {{"", ""}, "The program does not build: "},
+      {{"-w", "mine"}, "The program mine does not build with the options -w: "}};
+  for (const auto& [given, words] : failures)
+    try {
+      (void)device.build("#error", given[0], given[1]);
+      ADD_FAILURE();
+    } catch (const tarva::build_failure& caught) {
+      EXPECT_EQ(caught.log(), log);
+      EXPECT_EQ(caught.what(), words + log);
+    }
+  fail_call(op::build_program, 1, -43);
+  const auto refused = tarva::attempt([&] { return device.build(source, "-odd"); });
+  EXPECT_EQ(refused.error().what(), refused.error().chain()[0].message + " The options were: -odd");
+
+  // The label is the name of the file, whatever is in it.
+  const auto named = device.build("\xEF\xBB\xBF" + source, "", "a \"file\"\\\n");
+  EXPECT_EQ(named.properties()["OPENCL"]["CL_PROGRAM_SOURCE"].get<std::string>(),
+            "#line 1 \"a \\\"file\\\"\\\\ \"\n" + source);
+  EXPECT_EQ(error_of<tarva::runtime_failure>([&] { (void)named.kernel("ad"); }),
+            "Kernel name not found in the program. There is no ad, but there are: add, sum, observe, flag, "
+            "fixed, empty.");
   EXPECT_FALSE(on(4).supports(tarva::ir::spir_v));
   EXPECT_TRUE(on(6).supports(tarva::ir::spir_v, {{1, 2}}));
 
@@ -210,6 +267,57 @@ TEST_F(cpp_layer, properties_are_a_tree_to_walk) {
   EXPECT_THROW((void)root["OPENCL"].get<bool>(), std::logic_error);
   EXPECT_THROW((void)tarva::memory<int>(256).properties()["NUM_ELEMENTS"].get<std::uint8_t>(),
                std::out_of_range);
+}
+
+TEST_F(cpp_layer, the_best_device_is_chosen) {
+  const auto set = [](std::size_t device, std::uint32_t parameter, auto value) {
+    set_info(device, parameter, value_answer(value));
+  };
+  constexpr std::uint32_t type = 0x1000, units = 0x1002, clock = 0x100C, available = 0x1027;
+  set(7, type, std::uint64_t{2}); // a processor, and a fast one
+  set(7, units, 500U);
+  set(10, clock, 3U);
+  set(13, units, 64U);
+  set(13, available, 0U);
+  set_info(4, clock, text_answer("")); // refused
+  const auto id = [](const tarva::device& of) { return of.properties()["OBJECT_ID"].get<std::uint64_t>(); };
+  const auto all = tarva::devices();
+  const std::pair<const char*, std::size_t> rows[] = {{"", 10},    {"gpu", 10}, {"Cpu", 7},    {"13", 13},
+                                                      {"0", 0},    {"BIG", 17}, {"first", 15}, {"econd", 10},
+                                                      {"2.2", 99}, {"18", 99},  {"custom", 99}};
+  for (const auto& [wanted, index] : rows) {
+    setenv("TARVA_DEVICE", wanted, 1);
+    const auto best = tarva::attempt([] { return tarva::best_device(); });
+    ASSERT_EQ(static_cast<bool>(best), index < all.size()) << wanted;
+    if (best)
+      EXPECT_EQ(id(*best), id(all[index])) << wanted << " is " << best->name();
+    else
+      EXPECT_EQ(std::string(best.error().what())
+                    .find(std::string("TARVA_DEVICE is ") + wanted +
+                          ", and no available device is that. There are: 0 (first, gpu, OpenCL 1.0), 1 ("),
+                0U)
+          << best.error().what();
+  }
+  unsetenv("TARVA_DEVICE");
+  EXPECT_EQ(tarva::devices(tarva::device_type::cpu).size(), 1U);
+  EXPECT_EQ(tarva::devices(tarva::device_type::gpu).size(), 11U);
+  for (const auto& [device, parameter] : {std::pair<std::size_t, std::uint32_t>{7, type},
+                                          {7, units},
+                                          {10, clock},
+                                          {13, units},
+                                          {13, available},
+                                          {4, clock}})
+    set_info(device, parameter, {});
+}
+
+TEST(cpp_devices, without_one_it_is_told_what_to_install) {
+  const auto without = [] {
+    set_devices({});
+    for (const auto choose : {tarva::first_device, tarva::best_device})
+      std::fputs(tarva::attempt(choose).error().what(), stderr);
+    std::exit(0);
+  };
+  EXPECT_EXIT(without(), ::testing::ExitedWithCode(0), "no OpenCL device.*pocl-opencl-icd.*pocl-opencl-icd");
 }
 
 TEST(cpp_ranges, are_the_records_of_the_interface) {

@@ -37,6 +37,14 @@ void tarva_abi_retain_kernel(void*, tarva_abi_kernel_s*) {}
 void tarva_abi_retain_memory(void*, tarva_abi_memory_s*) {}
 void tarva_abi_release_kernel(void*, tarva_abi_kernel_s*) {}
 void tarva_abi_release_memory(void*, tarva_abi_memory_s*) {}
+tarva_abi_result tarva_abi_get_kernel_root_property(void*, tarva_abi_kernel_s*, tarva_abi_property_s**,
+                                                    tarva_abi_error_s**) {
+  return TARVA_ABI_OK;
+}
+tarva_abi_result tarva_abi_get_memory_root_property(void*, tarva_abi_memory_s*, tarva_abi_property_s**,
+                                                    tarva_abi_error_s**) {
+  return TARVA_ABI_OK;
+}
 
 tarva_abi_result tarva_abi_kernel_call(void*, tarva_abi_kernel_s*, const tarva_abi_kernel_argument_s*,
                                        uint64_t, const tarva_abi_launch_range_s*, tarva_abi_error_s**) {

@@ -28,7 +28,7 @@ LINK = re.compile(r"\]\((?!https?:|#)([^)#]+)(?:#[^)]*)?\)")
 CPP_HEAD = """#include <iostream>
 #include <tarva.hpp>
 int main() {
-[[maybe_unused]] const tarva::device device = tarva::first_device();
+[[maybe_unused]] const tarva::device device = tarva::best_device();
 [[maybe_unused]] const std::vector<float> numbers(1024, 1.0F);
 """
 

@@ -1,6 +1,6 @@
 // The stop of the library while others are at work, and threads that end the process or are ended. Each case runs in a process
 // of its own, with its own machine.
-#include "abi/call_gate.h"
+#include "base/end_of_process.h"
 #include "tests/scripted/one_process.h"
 
 #include <atomic>
@@ -17,7 +17,7 @@ namespace scripted {
 
 namespace {
 
-using oryn::tarva::library::patience_with_long_calls;
+using oryn::tarva::library::grace_period_of_long_calls;
 
 tarva_abi_memory_s* survivor = nullptr;
 
@@ -59,7 +59,7 @@ void exit_while_others_work() {
   while (at_work < 3)
     std::this_thread::yield();
   // New calls must not use up the time that the end waits for those inside.
-  alarm(static_cast<unsigned>(patience_with_long_calls.count() / 1000 - 2));
+  alarm(static_cast<unsigned>(grace_period_of_long_calls.count() / 1000 - 2));
 }
 
 void call_in_a_forked_child() {
@@ -172,7 +172,7 @@ void exit_with_work_left() {
     });
   threads.emplace_back([] {
     await_turn(2);
-    pause(static_cast<int>(patience_with_long_calls.count()) + 1000); // the library waits for the devices
+    pause(static_cast<int>(grace_period_of_long_calls.count()) + 1000); // the library waits for the devices
     flockfile(stderr);
     turn = 3;
     await_turn(4);

@@ -1,5 +1,5 @@
-#include "base/busy_wait.h"
 #include "base/logging.h"
+#include "base/notifier.h"
 #include "base/unique_identifier.h"
 #include "tests/failing_memory.h"
 

@@ -11,7 +11,7 @@ namespace oryn::tarva::library {
 namespace {
 
 struct reader {
-  explicit reader(reader_writer_lock& lock) : guard(lock.lock_shared()) {}
+  explicit reader(reader_writer_lock& lock) : guard(lock) {}
   const reader_writer_lock::shared_guard guard;
 };
 

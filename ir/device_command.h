@@ -1,0 +1,137 @@
+// The third of the three levels of operations: what a device's worker carries out, one after the other.
+#pragma once
+
+#include "base/completion_state.h"
+#include "ir/physical_operation.h"
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace oryn::tarva::library::device_ir {
+
+// Which stage of a dispatcher carries out a command.
+enum class command_stage : std::uint8_t {
+  host_function_call,
+  synchronization_release,
+  synchronization_acquire,
+  opencl,
+};
+
+// The unit of execution: what a work dispatcher carries out for one physical operation, to which it reports its end.
+// Made on the caller's thread; once it is handed over, the dispatcher's thread alone drives it. No lock of its own.
+class device_command {
+public:
+  virtual ~device_command();
+  device_command(const device_command&) = delete;
+  device_command& operator=(const device_command&) = delete;
+
+  virtual std::string to_string() const = 0;
+
+  command_stage get_stage() const { return stage_; }
+  const std::shared_ptr<physical_ir::physical_operation>& get_physical_operation() const {
+    return physical_operation_;
+  }
+  // The device on which the command runs; an error if there is none.
+  library_device& get_device() const;
+  // The error with which another command of the same logical operation has failed, if one has.
+  std::exception_ptr get_operation_error() const {
+    return physical_operation_->get_logical_operation()->get_error();
+  }
+
+  void set_submitted() { state_.set_submitted(); }
+  void set_complete();
+  void set_error(const std::exception_ptr& error);
+  // Ends a command that will never run: marks it as submitted if nobody has, and fails it.
+  void abandon(const std::exception_ptr& error) noexcept;
+  bool has_ended() const { return state_.is_complete(); }
+
+  void enable_profiling() { state_.enable_profiling(); }
+  bool is_profiling_enabled() const { return state_.is_profiling_enabled(); }
+  void set_elapsed_time(std::uint64_t nanoseconds);
+
+protected:
+  device_command(command_stage stage, std::shared_ptr<physical_ir::physical_operation> physical_operation);
+
+private:
+  void report_end();
+
+  const std::shared_ptr<physical_ir::physical_operation> physical_operation_;
+  const command_stage stage_;
+  completion_state state_; // reports what was left undone before the level above does
+};
+
+// Work on the host: allocation, freeing, host copies and fills.
+class host_function_call final : public device_command,
+                                 public std::enable_shared_from_this<host_function_call> {
+public:
+  using function = std::function<void(const std::shared_ptr<device_command>&)>;
+
+  host_function_call(std::shared_ptr<physical_ir::physical_operation> physical_operation, function work)
+      : device_command(command_stage::host_function_call, std::move(physical_operation)),
+        function_(std::move(work)) {}
+  static std::shared_ptr<host_function_call>
+  create(std::shared_ptr<physical_ir::physical_operation> physical_operation, function work) {
+    return std::make_shared<host_function_call>(std::move(physical_operation), std::move(work));
+  }
+
+  std::string to_string() const override { return "host_function_call: { }"; }
+
+  // A failure of the function fails this command and is not thrown.
+  void run();
+
+private:
+  function function_;
+};
+
+// One side of a hand-over from one device's commands to another's; the two sides of a pair have equal fields. No edge of a
+// graph runs between devices, so this is all that orders the work of two devices.
+class synchronization_command : public device_command {
+public:
+  using device_pointer = std::shared_ptr<library_device>;
+
+  const device_pointer& get_release_device() const { return release_device_; }
+  const device_pointer& get_acquire_device() const { return acquire_device_; }
+  std::uint64_t get_sync_id() const { return sync_id_; }
+  std::string to_string() const override;
+
+protected:
+  synchronization_command(command_stage stage, const char* head,
+                          std::shared_ptr<physical_ir::physical_operation> physical_operation,
+                          device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
+      : device_command(stage, std::move(physical_operation)), head_(head),
+        release_device_(std::move(release_device)), acquire_device_(std::move(acquire_device)),
+        sync_id_(sync_id) {}
+
+private:
+  const char* head_; // the text form up to the fields
+  device_pointer release_device_;
+  device_pointer acquire_device_;
+  std::uint64_t sync_id_;
+};
+
+// Holds back what follows it in its graph until the release has signalled; the dispatcher completes it.
+class synchronization_acquire final : public synchronization_command {
+public:
+  synchronization_acquire(std::shared_ptr<physical_ir::physical_operation> physical_operation,
+                          device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
+      : synchronization_command(command_stage::synchronization_acquire, "synchronization_acquire: {",
+                                std::move(physical_operation), std::move(release_device),
+                                std::move(acquire_device), sync_id) {}
+};
+
+class synchronization_release final : public synchronization_command {
+public:
+  synchronization_release(std::shared_ptr<physical_ir::physical_operation> physical_operation,
+                          device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
+      : synchronization_command(command_stage::synchronization_release, "synchronization_release: {",
+                                std::move(physical_operation), std::move(release_device),
+                                std::move(acquire_device), sync_id) {}
+
+  // Signals the acquiring dispatcher without waiting for it. A failure fails this command and is not thrown.
+  void run();
+};
+
+} // namespace oryn::tarva::library::device_ir

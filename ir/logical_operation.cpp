@@ -1,0 +1,214 @@
+#include "ir/logical_operation.h"
+
+#include "base/end_of_process.h"
+#include "memory/library_memory.h"
+#include "objects/library_program.h"
+
+#include <sstream>
+#include <stdexcept>
+
+namespace oryn::tarva::library::logical_ir {
+
+namespace {
+
+constexpr completion_texts texts = {
+    .profiling_after_submission =
+        "Attempting to enable profiling on a logical operation that has already been submitted.",
+    .already_submitted =
+        "Attempting to set a logical operation to submitted state, but it was already submitted.",
+    .complete_before_submission =
+        "Attempting to set a logical operation to be complete, but it was never submitted.",
+    .error_before_submission =
+        "Attempting to set a logical operation to an error state, but it was never submitted.",
+    .already_complete = "Attempting to set a logical operation to be complete, but it was already complete.",
+    .count_after_submission = "Setting a physical operation count on a logical operation, but the logical "
+                              "operation was already submitted.",
+    .count_already_set = "Setting a physical operation count on a logical operation, but the physical "
+                         "operation count was already set.",
+    .part_before_submission =
+        "Attempting to set a physical operation as completed on a logical operation that "
+        "was never submitted.",
+    .part_at_zero = "Notifying a logical operation that a physical operation has completed, but the count of "
+                    "outstanding physical operations is zero.",
+    .part_without_count = "Notifying a logical operation that a physical operation has completed, but the "
+                          "count of outstanding physical operations was never set.",
+    .destroyed_incomplete = "Destroying a logical operation that was not completed.",
+    .destroyed_open = "Destroying a logical operation that did not close its notification pipe.",
+    .destroyed_with_exception = "Caught an exception while destroying a logical operation.",
+};
+
+} // namespace
+
+logical_operation::logical_operation() : state_(texts) {}
+
+logical_operation::~logical_operation() = default;
+
+std::shared_ptr<library_future> logical_operation::get_future() {
+  return std::make_shared<library_future>(shared_from_this());
+}
+
+void logical_operation::add_device_commands(std::uint64_t count) {
+  static_cast<void>(state_.get_pipe());
+  running_commands_ += count;
+}
+
+// A notifier wakes for any reason, so the condition is asked again each time. Whoever comes too late to be woken by a
+// worker that has failed must not fall asleep, either.
+void logical_operation::wait_until_complete() const {
+  while (!is_complete()) {
+    state_.get_pipe().wait([this] { return is_complete() || process_has_failed(); });
+    if (process_has_failed() && !is_complete())
+      end_process_after_exit_handlers();
+  }
+}
+
+void logical_operation::wake_waiters() const noexcept {
+  try {
+    state_.get_pipe().notify();
+  } catch (...) {
+    // It is closed, so all are awake.
+  }
+}
+
+// Every command reports its own error before its end, so whoever takes the last one sees the error. Without one
+// nobody waits for the commands.
+void logical_operation::device_commands_ended(std::uint64_t count) {
+  if (running_commands_.fetch_sub(count) == count && state_.has_failed())
+    commands_ended_.notify_all();
+}
+
+void logical_operation::wait_until_commands_ended() {
+  while (true) {
+    const event_count::ticket seen = commands_ended_.get_ticket();
+    if (running_commands_ == 0)
+      return;
+    commands_ended_.wait(seen);
+  }
+}
+
+namespace {
+
+std::string text(std::uint64_t number) {
+  return std::to_string(number);
+}
+
+std::string text(const void* pointer) {
+  std::ostringstream stream;
+  stream << pointer;
+  return stream.str();
+}
+
+std::string identifier(const std::shared_ptr<library_memory>& memory) {
+  return text(memory->get_unique_identifier());
+}
+
+std::uint64_t bytes(const std::shared_ptr<library_memory>& memory, std::uint64_t count) {
+  return element_size(memory->get_type()) * count;
+}
+
+} // namespace
+
+std::uint64_t allocate_memory::byte_count() const {
+  return get_memory()->get_size_in_bytes();
+}
+
+std::string allocate_memory::to_string() const {
+  return "allocate_memory: {mem_object_id=" + identifier(get_memory()) +
+         ", type=" + data_type_name(get_memory()->get_type()) +
+         ", count=" + text(get_memory()->get_num_elements()) + "}";
+}
+
+std::uint64_t free_memory::byte_count() const {
+  return get_memory()->get_size_in_bytes();
+}
+
+std::string free_memory::to_string() const {
+  return "free_memory: {"
+         "memory_object_id=" +
+         identifier(get_memory()) + "}";
+}
+
+copy_tarva_to_tarva::copy_tarva_to_tarva(std::shared_ptr<library_memory> source,
+                                         std::shared_ptr<library_memory> destination,
+                                         std::uint64_t source_start, std::uint64_t destination_start,
+                                         std::uint64_t count)
+    : src_memory_(std::move(source)), dest_memory_(std::move(destination)), src_start_position_(source_start),
+      dest_start_position_(destination_start), count_(count) {
+  if (src_memory_->get_type() != dest_memory_->get_type())
+    throw std::logic_error("Cannot copy between memory objects with different types.");
+}
+
+std::vector<std::shared_ptr<library_memory>> copy_tarva_to_tarva::memory_objects() const {
+  return {src_memory_, dest_memory_};
+}
+
+std::uint64_t copy_tarva_to_tarva::byte_count() const {
+  return bytes(src_memory_, count_);
+}
+
+std::string copy_tarva_to_tarva::to_string() const {
+  return "copy_tarva_to_tarva: {"
+         "src_object_id=" +
+         identifier(src_memory_) + ", dest_object_id=" + identifier(dest_memory_) +
+         ", src_start_position=" + text(src_start_position_) +
+         ", dest_start_position=" + text(dest_start_position_) + ", count=" + text(count_) + "}";
+}
+
+std::uint64_t copy_tarva_to_user::byte_count() const {
+  return bytes(get_memory(), count_);
+}
+
+std::string copy_tarva_to_user::to_string() const {
+  return "copy_tarva_to_user: {"
+         "src_object_id=" +
+         identifier(get_memory()) + ", src_start_position=" + text(src_start_position_) +
+         ", count=" + text(count_) + ", user_ptr=" + text(user_ptr_) + "}";
+}
+
+std::uint64_t copy_user_to_tarva::byte_count() const {
+  return bytes(get_memory(), count_);
+}
+
+std::string copy_user_to_tarva::to_string() const {
+  return "copy_user_to_tarva: {"
+         "dest_object_id=" +
+         identifier(get_memory()) + ", dest_start_position=" + text(dest_start_position_) +
+         ", count=" + text(count_) + ", src_ptr=" + text(src_ptr_) + "}";
+}
+
+fill::fill(std::shared_ptr<library_memory> memory, const void* pattern, std::uint64_t start_position,
+           std::uint64_t count)
+    : concrete_operation(std::move(memory)), start_position_(start_position), count_(count) {
+  const auto* first = static_cast<const std::uint8_t*>(pattern);
+  value_.assign(first, first + element_size(get_memory()->get_type()));
+}
+
+std::uint64_t fill::byte_count() const {
+  return bytes(get_memory(), count_);
+}
+
+std::string fill::to_string() const {
+  return "fill: {"
+         "memory_object_id=" +
+         identifier(get_memory()) + ", start_position=" + text(start_position_) + ", count=" + text(count_) +
+         ", value=<omitted>"
+         "}";
+}
+
+std::vector<std::shared_ptr<library_memory>> kernel::memory_objects() const {
+  const auto objects = arguments_.get_library_memory_arguments();
+  return {objects.begin(), objects.end()};
+}
+
+std::uint64_t kernel::byte_count() const {
+  std::uint64_t total = 0;
+  for (const auto& memory : memory_objects())
+    total += memory->get_size_in_bytes();
+  return total;
+}
+
+std::string kernel::to_string() const {
+  return "kernel: {" + library::to_string(range_) + "}";
+}
+
+} // namespace oryn::tarva::library::logical_ir

@@ -1,0 +1,373 @@
+// The second of the three levels of operations: what is to be done on which device.
+#pragma once
+
+#include "base/completion_state.h"
+#include "ir/logical_operation.h"
+#include "memory/device_memory.h"
+#include "memory/host_memory.h"
+#include "objects/library_device.h"
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+// The ranges that physical operations and their device commands work on. Positions and counts are numbers of elements.
+// They share the blocks, so that these live for as long as anyone works on them.
+
+template <class Source, class Destination>
+struct block_copy {
+  std::shared_ptr<Source> source;
+  std::uint64_t source_start;
+  std::shared_ptr<Destination> destination;
+  std::uint64_t destination_start;
+  std::uint64_t count;
+};
+
+using device_to_host_copy = block_copy<device_memory, host_memory>;
+using host_to_device_copy = block_copy<host_memory, device_memory>;
+using device_copy = block_copy<device_memory, device_memory>;
+using host_copy = block_copy<host_memory, host_memory>;
+
+template <class Memory>
+struct block_fill {
+  std::shared_ptr<Memory> memory;
+  std::vector<std::uint8_t> value; // the bytes of one element
+  std::uint64_t start;
+  std::uint64_t count;
+};
+
+using device_fill = block_fill<device_memory>;
+using host_fill = block_fill<host_memory>;
+
+namespace physical_ir {
+
+class allocate_device_memory;
+class allocate_host_memory;
+class free_host_memory;
+class free_device_memory;
+class fill_on_device;
+class fill_on_host;
+class kernel;
+class copy_same_device;
+class copy_host_to_device;
+class copy_device_to_host;
+class copy_host_to_host;
+class convert_endianness_host;
+class convert_endianness_device;
+class synchronize_device_to_device_release;
+class synchronize_device_to_device_acquire;
+
+// One function for each kind of physical operation.
+class operation_visitor {
+public:
+  virtual ~operation_visitor() = default;
+
+  virtual void visit(const allocate_device_memory& operation) = 0;
+  virtual void visit(const allocate_host_memory& operation) = 0;
+  virtual void visit(const free_host_memory& operation) = 0;
+  virtual void visit(const free_device_memory& operation) = 0;
+  virtual void visit(const fill_on_device& operation) = 0;
+  virtual void visit(const fill_on_host& operation) = 0;
+  virtual void visit(const kernel& operation) = 0;
+  virtual void visit(const copy_same_device& operation) = 0;
+  virtual void visit(const copy_host_to_device& operation) = 0;
+  virtual void visit(const copy_device_to_host& operation) = 0;
+  virtual void visit(const copy_host_to_host& operation) = 0;
+  virtual void visit(const convert_endianness_host& operation) = 0;
+  virtual void visit(const convert_endianness_device& operation) = 0;
+  virtual void visit(const synchronize_device_to_device_release& operation) = 0;
+  virtual void visit(const synchronize_device_to_device_acquire& operation) = 0;
+  // For an operation of a class that is not among these.
+  virtual void visit_unknown() = 0;
+};
+
+using logical_pointer = std::shared_ptr<logical_ir::logical_operation>;
+using device_pointer = std::shared_ptr<library_device>;
+
+// A part of a logical operation whose place is decided. Counts its device commands down and passes completion, errors and
+// times on to its logical operation. Made on the caller's thread, ended on the thread of its device; no lock of its own.
+class physical_operation {
+public:
+  using visitor = operation_visitor;
+
+  virtual ~physical_operation();
+  physical_operation(const physical_operation&) = delete;
+  physical_operation& operator=(const physical_operation&) = delete;
+
+  virtual std::string to_string() const = 0;
+  virtual void accept(visitor& visitor) const { visitor.visit_unknown(); }
+
+  // The device whose dispatcher runs it. Never changes.
+  const device_pointer& get_device() const { return device_; }
+  const logical_pointer& get_logical_operation() const { return logical_operation_; }
+  bool has_succeeded() const { return state_.has_succeeded(); }
+
+  void set_device_command_count(std::uint64_t count) { state_.set_part_count(count); }
+  void set_submitted() { state_.set_submitted(); }
+  void device_command_complete();
+  void set_error(const std::exception_ptr& error);
+  void add_elapsed_time(std::uint64_t nanoseconds);
+  void enable_profiling() { state_.enable_profiling(); }
+
+protected:
+  physical_operation(logical_pointer logical_operation, device_pointer device);
+
+private:
+  const logical_pointer logical_operation_;
+  const device_pointer device_;
+  completion_state state_; // reports what was left undone before the level above does
+};
+
+// The fifteen kinds. `create` takes the logical operation first, then the device where a class takes one, then the fields
+// in order.
+
+// On one block. On host memory the device is given; on device memory it is the block's own.
+template <class Memory>
+class block_operation : public physical_operation {
+public:
+  const std::shared_ptr<Memory>& get_memory() const { return memory_; }
+
+protected:
+  block_operation(logical_pointer operation, device_pointer device, std::shared_ptr<Memory> memory)
+      : physical_operation(std::move(operation), std::move(device)), memory_(std::move(memory)) {}
+  block_operation(logical_pointer operation, std::shared_ptr<Memory> memory)
+      : physical_operation(std::move(operation), memory->get_device()), memory_(std::move(memory)) {}
+
+private:
+  std::shared_ptr<Memory> memory_;
+};
+
+// What comes after an allocation in a graph must know the shape of the block, so it is set when the operation is made; the
+// storage comes into being when it runs.
+class allocate_device_memory final
+    : public concrete_operation<allocate_device_memory, block_operation<device_memory>> {
+public:
+  allocate_device_memory(logical_pointer operation, std::shared_ptr<device_memory> memory, data_type type,
+                         std::uint64_t count);
+  std::string to_string() const override;
+};
+
+class allocate_host_memory final
+    : public concrete_operation<allocate_host_memory, block_operation<host_memory>> {
+public:
+  allocate_host_memory(logical_pointer operation, device_pointer device, std::shared_ptr<host_memory> memory,
+                       data_type type, std::uint64_t count);
+  std::string to_string() const override;
+};
+
+// Frees a block. A block whose content moves elsewhere is given the operation that brings the content there, and is kept if
+// that one has failed.
+template <class Memory>
+class free_operation : public block_operation<Memory> {
+public:
+  bool content_is_needed() const { return mover_ && !mover_->has_succeeded(); }
+
+protected:
+  template <class... Arguments>
+  explicit free_operation(std::shared_ptr<physical_operation> mover, Arguments&&... arguments)
+      : block_operation<Memory>(std::forward<Arguments>(arguments)...), mover_(std::move(mover)) {}
+
+private:
+  std::shared_ptr<physical_operation> mover_;
+};
+
+class free_device_memory final
+    : public concrete_operation<free_device_memory, free_operation<device_memory>> {
+public:
+  free_device_memory(logical_pointer operation, std::shared_ptr<device_memory> memory,
+                     std::shared_ptr<physical_operation> mover = {})
+      : concrete_operation(std::move(mover), std::move(operation), std::move(memory)) {}
+  std::string to_string() const override;
+};
+
+class free_host_memory final : public concrete_operation<free_host_memory, free_operation<host_memory>> {
+public:
+  free_host_memory(logical_pointer operation, device_pointer device, std::shared_ptr<host_memory> memory,
+                   std::shared_ptr<physical_operation> mover = {})
+      : concrete_operation(std::move(mover), std::move(operation), std::move(device), std::move(memory)) {}
+  std::string to_string() const override;
+};
+
+class convert_endianness_device final
+    : public concrete_operation<convert_endianness_device, block_operation<device_memory>> {
+public:
+  convert_endianness_device(logical_pointer operation, std::shared_ptr<device_memory> memory)
+      : concrete_operation(std::move(operation), std::move(memory)) {}
+  std::string to_string() const override;
+};
+
+class convert_endianness_host final
+    : public concrete_operation<convert_endianness_host, block_operation<host_memory>> {
+public:
+  convert_endianness_host(logical_pointer operation, device_pointer device,
+                          std::shared_ptr<host_memory> memory)
+      : concrete_operation(std::move(operation), std::move(device), std::move(memory)) {}
+  std::string to_string() const override;
+};
+
+template <class Source, class Destination>
+class copy_operation : public physical_operation {
+public:
+  const block_copy<Source, Destination>& get_copy() const { return copy_; }
+  const std::shared_ptr<Source>& get_src_memory() const { return copy_.source; }
+  const std::shared_ptr<Destination>& get_dest_memory() const { return copy_.destination; }
+  std::uint64_t get_src_start_position() const { return copy_.source_start; }
+  std::uint64_t get_dest_start_position() const { return copy_.destination_start; }
+  std::uint64_t get_count() const { return copy_.count; }
+  std::string to_string() const override {
+    return head_ + std::string("src_object_id=") + std::to_string(copy_.source->get_unique_identifier()) +
+           ", dest_object_id=" + std::to_string(copy_.destination->get_unique_identifier()) +
+           ", src_start_position=" + std::to_string(copy_.source_start) +
+           ", dest_start_position=" + std::to_string(copy_.destination_start) +
+           ", count=" + std::to_string(copy_.count) + "}";
+  }
+
+protected:
+  copy_operation(const char* head, logical_pointer operation, device_pointer device,
+                 block_copy<Source, Destination> copy)
+      : physical_operation(std::move(operation), std::move(device)), head_(head), copy_(std::move(copy)) {}
+  // On the device of the block that is on one.
+  copy_operation(const char* head, logical_pointer operation, block_copy<Source, Destination> copy)
+      : physical_operation(std::move(operation), device_of(copy)), head_(head), copy_(std::move(copy)) {}
+
+private:
+  static const device_pointer& device_of(const block_copy<Source, Destination>& copy) {
+    if constexpr (std::is_same_v<Source, device_memory>)
+      return copy.source->get_device();
+    else
+      return copy.destination->get_device();
+  }
+
+  const char* head_; // the text form up to the fields
+  block_copy<Source, Destination> copy_;
+};
+
+class copy_device_to_host final
+    : public concrete_operation<copy_device_to_host, copy_operation<device_memory, host_memory>> {
+public:
+  copy_device_to_host(logical_pointer operation, device_to_host_copy copy)
+      : concrete_operation("copy_device_to_host: {", std::move(operation), std::move(copy)) {}
+};
+
+class copy_host_to_device final
+    : public concrete_operation<copy_host_to_device, copy_operation<host_memory, device_memory>> {
+public:
+  copy_host_to_device(logical_pointer operation, host_to_device_copy copy)
+      : concrete_operation("copy_host_to_device: {", std::move(operation), std::move(copy)) {}
+};
+
+class copy_same_device final
+    : public concrete_operation<copy_same_device, copy_operation<device_memory, device_memory>> {
+public:
+  copy_same_device(logical_pointer operation, device_copy copy)
+      : concrete_operation("copy_same_device: {", std::move(operation), std::move(copy)) {}
+};
+
+class copy_host_to_host final
+    : public concrete_operation<copy_host_to_host, copy_operation<host_memory, host_memory>> {
+public:
+  copy_host_to_host(logical_pointer operation, device_pointer device, host_copy copy)
+      : concrete_operation("copy_host_to_host: {", std::move(operation), std::move(device), std::move(copy)) {
+  }
+};
+
+// Writes one element's bytes into a range of a block.
+template <class Memory>
+class fill_operation : public physical_operation {
+public:
+  const block_fill<Memory>& get_fill() const { return fill_; }
+  const std::shared_ptr<Memory>& get_memory() const { return fill_.memory; }
+  const std::vector<std::uint8_t>& get_value() const { return fill_.value; }
+  std::uint64_t get_start_position() const { return fill_.start; }
+  std::uint64_t get_count() const { return fill_.count; }
+
+protected:
+  fill_operation(logical_pointer operation, device_pointer device, block_fill<Memory> fill)
+      : physical_operation(std::move(operation), std::move(device)), fill_(std::move(fill)) {}
+  fill_operation(logical_pointer operation, block_fill<Memory> fill)
+      : physical_operation(std::move(operation), fill.memory->get_device()), fill_(std::move(fill)) {}
+
+private:
+  block_fill<Memory> fill_;
+};
+
+class fill_on_device final : public concrete_operation<fill_on_device, fill_operation<device_memory>> {
+public:
+  fill_on_device(logical_pointer operation, device_fill fill)
+      : concrete_operation(std::move(operation), std::move(fill)) {}
+  std::string to_string() const override;
+};
+
+class fill_on_host final : public concrete_operation<fill_on_host, fill_operation<host_memory>> {
+public:
+  fill_on_host(logical_pointer operation, device_pointer device, host_fill fill)
+      : concrete_operation(std::move(operation), std::move(device), std::move(fill)) {}
+  std::string to_string() const override;
+};
+
+class kernel final : public concrete_operation<kernel, physical_operation> {
+public:
+  kernel(logical_pointer operation, device_pointer device, std::shared_ptr<library_kernel> kernel_object,
+         kernel_argument_capture arguments, const nd_range& range)
+      : concrete_operation(std::move(operation), std::move(device)), kernel_object_(std::move(kernel_object)),
+        arguments_(std::move(arguments)), range_(range) {}
+
+  const std::shared_ptr<library_kernel>& get_kernel_object() const { return kernel_object_; }
+  const kernel_argument_capture& get_arguments() const { return arguments_; }
+  const nd_range& get_range() const { return range_; }
+  std::string to_string() const override;
+
+private:
+  std::shared_ptr<library_kernel> kernel_object_;
+  kernel_argument_capture arguments_;
+  nd_range range_;
+};
+
+// One side of a hand-over between two devices. A pair with equal fields belongs together.
+class synchronization_operation : public physical_operation {
+public:
+  const device_pointer& get_release_device() const { return release_device_; }
+  const device_pointer& get_acquire_device() const { return acquire_device_; }
+  std::uint64_t get_sync_id() const { return sync_id_; }
+  std::string to_string() const override;
+
+protected:
+  synchronization_operation(const char* head, logical_pointer operation, const device_pointer& device,
+                            device_pointer release_device, device_pointer acquire_device,
+                            std::uint64_t sync_id)
+      : physical_operation(std::move(operation), device), head_(head),
+        release_device_(std::move(release_device)), acquire_device_(std::move(acquire_device)),
+        sync_id_(sync_id) {}
+
+private:
+  const char* head_; // the text form up to the fields
+  device_pointer release_device_;
+  device_pointer acquire_device_;
+  std::uint64_t sync_id_;
+};
+
+class synchronize_device_to_device_acquire final
+    : public concrete_operation<synchronize_device_to_device_acquire, synchronization_operation> {
+public:
+  synchronize_device_to_device_acquire(logical_pointer operation, const device_pointer& release_device,
+                                       const device_pointer& acquire_device, std::uint64_t sync_id)
+      : concrete_operation("synchronize_device_to_device_acquire: {", std::move(operation), acquire_device,
+                           release_device, acquire_device, sync_id) {}
+};
+
+class synchronize_device_to_device_release final
+    : public concrete_operation<synchronize_device_to_device_release, synchronization_operation> {
+public:
+  synchronize_device_to_device_release(logical_pointer operation, const device_pointer& release_device,
+                                       const device_pointer& acquire_device, std::uint64_t sync_id)
+      : concrete_operation("synchronize_device_to_device_release: {", std::move(operation), release_device,
+                           release_device, acquire_device, sync_id) {}
+};
+
+} // namespace physical_ir
+} // namespace oryn::tarva::library

@@ -1,0 +1,151 @@
+#include "opencl/opencl_device_command.h"
+
+#include "objects/library_program.h"
+
+#include <stdexcept>
+
+namespace oryn::tarva::library::device_ir::opencl {
+
+namespace {
+
+class command_generator final : public physical_ir::operation_visitor {
+public:
+  using sequence = std::vector<std::shared_ptr<device_command>>;
+
+  command_generator(const std::shared_ptr<physical_ir::physical_operation>& operation, opencl_queues& queues)
+      : operation_(operation), queues_(queues) {}
+
+  sequence take() { return std::move(sequence_); }
+
+  void visit(const physical_ir::allocate_device_memory& operation) override {
+    allocate(operation.get_memory());
+  }
+  void visit(const physical_ir::allocate_host_memory& operation) override {
+    allocate(operation.get_memory());
+  }
+  void visit(const physical_ir::free_device_memory& operation) override { free(operation); }
+  void visit(const physical_ir::free_host_memory& operation) override { free(operation); }
+
+  void visit(const physical_ir::fill_on_device& operation) override {
+    if (auto command = queues_.make_fill(operation_, operation.get_fill()))
+      add(std::move(command));
+    else
+      add_staged_fill(operation.get_fill());
+  }
+  void visit(const physical_ir::fill_on_host& operation) override {
+    add_host_work([fill = operation.get_fill()](const auto&) {
+      fill.memory->fill(fill.value, fill.start, fill.count);
+    });
+  }
+
+  void visit(const physical_ir::kernel& operation) override {
+    add(operation.get_kernel_object()->make_launch_command(operation_, operation));
+  }
+
+  void visit(const physical_ir::copy_same_device& operation) override { add_copy(operation.get_copy()); }
+  void visit(const physical_ir::copy_host_to_device& operation) override { add_copy(operation.get_copy()); }
+  void visit(const physical_ir::copy_device_to_host& operation) override { add_copy(operation.get_copy()); }
+  void visit(const physical_ir::copy_host_to_host& operation) override {
+    add_host_work([copy = operation.get_copy()](const auto&) {
+      copy.source->copy_to(copy.destination, copy.source_start, copy.destination_start, copy.count);
+    });
+  }
+
+  void visit(const physical_ir::convert_endianness_host& operation) override {
+    add_host_work([memory = operation.get_memory()](const auto&) { memory->convert_endianness(); });
+  }
+  void visit(const physical_ir::convert_endianness_device& operation) override {
+    add_staged_conversion(operation.get_memory());
+  }
+
+  void visit(const physical_ir::synchronize_device_to_device_release& operation) override {
+    add_synchronization<synchronization_release>(operation);
+  }
+  void visit(const physical_ir::synchronize_device_to_device_acquire& operation) override {
+    add_synchronization<synchronization_acquire>(operation);
+  }
+
+  void visit_unknown() override { throw std::logic_error("Unknown physical IR node type."); }
+
+private:
+  void add(std::shared_ptr<device_command> command) { sequence_.push_back(std::move(command)); }
+
+  void add_host_work(host_function_call::function work) {
+    add(host_function_call::create(operation_, std::move(work)));
+  }
+
+  template <class Copy>
+  void add_copy(Copy copy) {
+    add(queues_.make_copy(operation_, std::move(copy)));
+  }
+
+  template <class Command, class Operation>
+  void add_synchronization(const Operation& operation) {
+    add(std::make_shared<Command>(operation_, operation.get_release_device(), operation.get_acquire_device(),
+                                  operation.get_sync_id()));
+  }
+
+  template <class Memory>
+  void allocate(const std::shared_ptr<Memory>& memory) {
+    add_host_work([memory](const auto&) { memory->allocate(); });
+  }
+
+  // A block whose content has not arrived elsewhere is kept: it still holds what the user has. The physical operation
+  // lives as long as its commands.
+  template <class Operation>
+  void free(const Operation& operation) {
+    add_host_work([&operation](const auto&) {
+      if (!operation.content_is_needed())
+        operation.get_memory()->free();
+    });
+  }
+
+  // In a version without a fill command a block on the host is filled and copied.
+  void add_staged_fill(const device_fill& fill) {
+    auto staging = std::make_shared<host_memory>();
+    staging->set_allocation(fill.memory->get_type(), fill.count);
+    add_host_work([staging, value = fill.value, count = fill.count](const auto& command) {
+      staging->allocate();
+      std::vector<std::uint8_t> bytes = value;
+      if (!command->get_device().is_little_endian())
+        swap_endianness(bytes.data(), staging->get_type(), 0, 1);
+      staging->fill(bytes, 0, count);
+    });
+    add_copy(host_to_device_copy{staging, 0, fill.memory, fill.start, fill.count});
+    free_staging(staging);
+  }
+
+  void add_staged_conversion(const std::shared_ptr<device_memory>& memory) {
+    const std::uint64_t size = memory->get_size();
+    auto staging = std::make_shared<host_memory>();
+    staging->set_allocation(memory->get_type(), size);
+    allocate(staging);
+    add_copy(device_to_host_copy{memory, 0, staging, 0, size});
+    add_host_work([staging](const auto&) { staging->convert_endianness(); });
+    add_copy(host_to_device_copy{staging, 0, memory, 0, size});
+    free_staging(staging);
+  }
+
+  void free_staging(const std::shared_ptr<host_memory>& staging) {
+    add_host_work([staging](const auto&) { staging->free(); });
+  }
+
+  const std::shared_ptr<physical_ir::physical_operation>& operation_; // the caller's
+  opencl_queues& queues_;
+  sequence sequence_;
+};
+
+} // namespace
+
+std::vector<std::shared_ptr<device_command>>
+generate_device_command_sequence(const std::shared_ptr<physical_ir::physical_operation>& operation,
+                                 opencl_queues& queues) {
+  command_generator generator(operation, queues);
+  if (operation)
+    operation->accept(generator);
+  else
+    generator.visit_unknown();
+  return generator.take();
+}
+
+} // namespace oryn::tarva::library::device_ir::opencl

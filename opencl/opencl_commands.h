@@ -1,0 +1,168 @@
+// The device commands of the six OpenCL versions, which copy, fill and launch, and the queues on which they enqueue.
+#pragma once
+
+#include "access/opencl/buffer.h"
+#include "access/opencl/command.h"
+#include "access/opencl/context.h"
+#include "access/opencl/device.h"
+#include "access/opencl/event.h"
+#include "access/opencl/host_command_queue.h"
+#include "memory/device_memory.h"
+#include "memory/host_memory.h"
+#include "opencl/opencl_device_command.h"
+#include "opencl/opencl_kernel.h"
+#include "opencl/opencl_version.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace oryn::tarva::library::device_ir::opencl {
+
+// Kept by the dispatcher of the device; the device and its kernels make commands with it.
+template <version V>
+class opencl_version_queues final : public opencl_queues {
+public:
+  using queue = skerv::opencl::host_queue<V>;
+
+  opencl_version_queues(const skerv::opencl::context<V>& context, const skerv::opencl::device<V>& device)
+      : plain_(context, device, false, false), profiling_(context, device, false, true) {}
+
+  queue& get(bool profiling) { return profiling ? profiling_ : plain_; }
+  void finish(bool profiling) override { get(profiling).finish(); }
+
+  command_pointer make_copy(const operation_pointer& operation, device_to_host_copy copy) override;
+  command_pointer make_copy(const operation_pointer& operation, host_to_device_copy copy) override;
+  command_pointer make_copy(const operation_pointer& operation, device_copy copy) override;
+  command_pointer make_fill(const operation_pointer& operation, device_fill fill) override;
+
+private:
+  queue plain_;
+  queue profiling_;
+};
+
+// What the commands of one version share.
+template <version V>
+class opencl_version_command : public opencl_device_command {
+public:
+  opencl_version_command(std::shared_ptr<physical_ir::physical_operation> physical_operation,
+                         opencl_version_queues<V>& queues)
+      : opencl_device_command(std::move(physical_operation)), queues_(queues) {}
+
+  bool has_event() const final { return event_.has_value(); }
+  void check_execution_status() const final { event_->check_execution_status(); }
+  std::uint64_t get_execution_time() const final {
+    return event_->get_profiling_end() - event_->get_profiling_start();
+  }
+  void release_event() final { event_.reset(); }
+
+protected:
+  void submit(const skerv::opencl::command<V>& command) {
+    event_.emplace(queues_.get(is_profiling_enabled()).enqueue(command, 0, nullptr));
+    set_submitted();
+  }
+
+  // The OpenCL buffer behind a block, which must be on the device of this command.
+  skerv::opencl::buffer_reference<V> buffer_of(const device_memory& memory) const {
+    if (memory.get_device() != get_physical_operation()->get_device())
+      refuse_device();
+    return skerv::opencl::buffer_reference<V>(memory.get_allocation().get_opencl_buffer());
+  }
+
+  // "opencl_1_2::name: {"
+  static std::string class_text(const char* name) {
+    return std::string("opencl_") + version_traits<V>::name + "::" + name + ": {";
+  }
+
+private:
+  [[noreturn]] static void refuse_device() {
+    throw std::logic_error("Memory arguments are associated with the wrong device.");
+  }
+
+  opencl_version_queues<V>& queues_;
+  std::optional<skerv::opencl::event<V>> event_;
+};
+
+template <version V, class Source, class Destination>
+class copy_command : public opencl_version_command<V> {
+public:
+  copy_command(std::shared_ptr<physical_ir::physical_operation> physical_operation,
+               opencl_version_queues<V>& queues, block_copy<Source, Destination> copy)
+      : opencl_version_command<V>(std::move(physical_operation), queues), copy_(std::move(copy)) {}
+  bool has_nothing_to_do() const override { return !copy_.source->has_content(); }
+
+protected:
+  std::string text(const char* name) const;
+  void check() const; // refuses what does not fit
+
+  std::uint64_t in_bytes(std::uint64_t count) const { return element_size(copy_.source->get_type()) * count; }
+
+  block_copy<Source, Destination> copy_;
+};
+
+template <version V>
+class copy_device_to_host final : public copy_command<V, device_memory, host_memory> {
+public:
+  using copy_command<V, device_memory, host_memory>::copy_command;
+  std::string to_string() const override { return this->text("copy_device_to_host"); }
+  // The read does not block: the host block is kept by this command until the event has been seen.
+  void enqueue() override;
+};
+
+template <version V>
+class copy_host_to_device final : public copy_command<V, host_memory, device_memory> {
+public:
+  using copy_command<V, host_memory, device_memory>::copy_command;
+  std::string to_string() const override { return this->text("copy_host_to_device"); }
+  void enqueue() override;
+};
+
+template <version V>
+class copy_same_device final : public copy_command<V, device_memory, device_memory> {
+public:
+  using copy_command<V, device_memory, device_memory>::copy_command;
+  std::string to_string() const override { return this->text("copy_same_device"); }
+  void enqueue() override;
+};
+
+template <version V>
+requires(version_traits<V>::has_fill_buffer) class fill_on_device final : public opencl_version_command<V> {
+public:
+  fill_on_device(std::shared_ptr<physical_ir::physical_operation> physical_operation,
+                 opencl_version_queues<V>& queues, device_fill fill)
+      : opencl_version_command<V>(std::move(physical_operation), queues), fill_(std::move(fill)) {}
+  std::string to_string() const override {
+    return this->class_text("fill_on_device") +
+           "mem_object_id=" + std::to_string(fill_.memory->get_unique_identifier()) +
+           ", start_pos=" + std::to_string(fill_.start) + ", count=" + std::to_string(fill_.count) + "}";
+  }
+  void enqueue() override;
+
+private:
+  device_fill fill_;
+};
+
+// The arguments are set on an OpenCL kernel of this command alone, so that launches of one kernel never share any.
+template <version V>
+class nd_range_kernel final : public opencl_version_command<V> {
+public:
+  // `launch` is what `operation` points to; it keeps the kernel, and the blocks of its arguments stay where they are until
+  // the logical operation has ended.
+  nd_range_kernel(std::shared_ptr<physical_ir::physical_operation> operation,
+                  opencl_version_queues<V>& queues, const physical_ir::kernel& launch,
+                  const opencl_version_kernel<V>& kernel)
+      : opencl_version_command<V>(std::move(operation), queues), launch_(launch), kernel_(kernel) {}
+  std::string to_string() const override {
+    return this->class_text("nd_range_kernel") + library::to_string(launch_.get_range()) + "}";
+  }
+  void enqueue() override;
+
+private:
+  void set_arguments(skerv::opencl::kernel<V>& kernel) const;
+
+  const physical_ir::kernel& launch_;
+  const opencl_version_kernel<V>& kernel_;
+};
+
+} // namespace oryn::tarva::library::device_ir::opencl

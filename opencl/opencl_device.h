@@ -1,0 +1,131 @@
+// The devices of the six OpenCL versions: one class, written once.
+#pragma once
+
+#include "access/opencl/context.h"
+#include "access/opencl/device.h"
+#include "access/opencl/device_command_queue.h"
+#include "memory/device_memory.h"
+#include "objects/library_device.h"
+#include "opencl/opencl_version.h"
+#include "properties/catalogue_owner.h"
+#include "properties/device_catalogue.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+namespace device_ir::opencl {
+template <version V>
+class opencl_version_queues;
+}
+
+// All devices that the capability library offers, those of 1.0 first. Makes no OpenCL object: each device still has to be
+// initialised.
+std::vector<std::shared_ptr<library_device>> detect_devices();
+
+class opencl_device : public catalogue_owner<library_device, get_device_catalogue> {};
+
+// A device of one OpenCL version. Initialised and released by the thread that starts and stops the library; what any thread
+// may call in between changes nothing in it.
+//
+// It is here, in the program and in the kernel that the version is known. What they hand to the levels above and below
+// (allocations, commands, queues) already does the right thing.
+template <version V>
+class opencl_version_device final : public opencl_device {
+public:
+  using access_device = skerv::opencl::device<V>;
+  using queues = device_ir::opencl::opencl_version_queues<V>;
+
+  // Makes no OpenCL object; see initialize().
+  explicit opencl_version_device(const access_device& device);
+  ~opencl_version_device() override;
+
+  void initialize() override;
+  void release() override;
+
+  bool is_ir_supported(const std::shared_ptr<const ir_header>& header, std::uint64_t ir_type,
+                       const std::vector<std::uint8_t>& data, const std::string& options) override;
+  build_result load_ir(const std::shared_ptr<const ir_header>& header, std::uint64_t ir_type,
+                       const std::vector<std::uint8_t>& data, const std::string& options,
+                       const std::string& user_label) override;
+  std::shared_ptr<library_program> get_builtin_program() override { return builtin_program_; }
+
+  bool is_little_endian() override { return little_endian_; }
+  std::string get_friendly_short_description() override;
+  std::string get_friendly_summary() override;
+
+  std::unique_ptr<device_memory_allocation> allocate_memory(data_type type, std::uint64_t size) override;
+  void free_memory(std::unique_ptr<device_memory_allocation>& allocation) override;
+
+  std::vector<std::shared_ptr<device_ir::device_command>>
+  generate_commands(const std::shared_ptr<physical_ir::physical_operation>& operation) override;
+
+  const access_device& get_access_device() const { return *device_; }
+  // From initialize() on, for as long as the device lives.
+  queues& get_queues() const { return *queues_; }
+
+private:
+  version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
+  bool read_value(const device_catalogue::row& wanted, property_value& value) override;
+
+  struct no_queue {};
+  template <version W, bool HasQueue = version_traits<W>::has_device_queue>
+  struct default_queue {
+    using type = no_queue;
+  };
+  template <version W>
+  struct default_queue<W, true> {
+    using type = std::unique_ptr<skerv::opencl::device_command_queue<W>>;
+  };
+
+  std::string get_name() const;
+  // What the OpenCL functions that take several devices are given. A list in braces would copy the device twice.
+  std::vector<access_device> list_of_this() const { return std::vector<access_device>(1, *device_); }
+  std::shared_ptr<library_program> make_builtin_program();
+  void make_default_device_queue();
+
+  std::unique_ptr<access_device> device_;
+  std::unique_ptr<skerv::opencl::context<V>> context_;
+  [[no_unique_address]] typename default_queue<V>::type default_device_queue_;
+  std::shared_ptr<library_program> builtin_program_;
+  queues* queues_ = nullptr; // the dispatcher's
+  bool little_endian_ = false;
+};
+
+using opencl_1_0_device = opencl_version_device<version::v1_0>;
+using opencl_1_1_device = opencl_version_device<version::v1_1>;
+using opencl_1_2_device = opencl_version_device<version::v1_2>;
+using opencl_2_0_device = opencl_version_device<version::v2_0>;
+using opencl_2_1_device = opencl_version_device<version::v2_1>;
+using opencl_2_2_device = opencl_version_device<version::v2_2>;
+
+// Device storage that is one OpenCL buffer, which is released with it. `Buffer` is the buffer class of one OpenCL version.
+template <class Buffer>
+class opencl_buffer_allocation final : public device_memory_allocation {
+public:
+  opencl_buffer_allocation(std::shared_ptr<library_device> device, data_type type, std::uint64_t size,
+                           Buffer buffer)
+      : device_memory_allocation(std::move(device), type, size, buffer.get_handle()),
+        buffer_(std::move(buffer)) {}
+
+  const Buffer& get_buffer() const { return buffer_; }
+
+private:
+  Buffer buffer_;
+};
+
+// While one lives, errors are provoked on this thread. An implementation may tell a context of them, which is then not
+// worth a line in the log.
+class expected_errors {
+public:
+  expected_errors() noexcept;
+  ~expected_errors();
+  expected_errors(const expected_errors&) = delete;
+  expected_errors& operator=(const expected_errors&) = delete;
+
+  static bool on_this_thread() noexcept;
+};
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,72 @@
+// The kernels of the six OpenCL versions: one class, written once.
+#pragma once
+
+#include "access/opencl/kernel.h"
+#include "base/thread_annotations.h"
+#include "objects/library_program.h"
+#include "opencl/opencl_version.h"
+#include "properties/catalogue_owner.h"
+#include "properties/kernel_catalogue.h"
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace oryn::tarva::library {
+
+template <version V>
+class opencl_version_device;
+
+class opencl_kernel : public catalogue_owner<library_kernel, get_kernel_catalogue> {
+public:
+  using catalogue_owner::catalogue_owner;
+};
+
+// A kernel of one OpenCL version, for any thread. It never changes; launches set their arguments on clones.
+template <version V>
+class opencl_version_kernel final : public opencl_kernel {
+public:
+  // `signature` is null if it is not known yet: then it is learnt, as far as the device tells.
+  opencl_version_kernel(std::shared_ptr<library_program> program, opencl_version_device<V>& device,
+                        const std::string& name, skerv::opencl::kernel<V> kernel,
+                        std::shared_ptr<const kernel_signature> signature);
+  ~opencl_version_kernel() override;
+
+  size_triple get_preferred_work_group_size(std::uint64_t work_dim) override;
+  size_triple get_compile_work_group_size() override;
+  std::uint32_t get_max_compute_units() override;
+  size_triple get_max_global_size() override;
+  const launch_limits& get_launch_limits() const override TARVA_EXCLUDES(limits_lock_);
+  std::shared_ptr<device_ir::device_command>
+  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& operation,
+                      const physical_ir::kernel& launch) const override;
+
+  const std::shared_ptr<const kernel_signature>& get_signature() const { return signature_; }
+  // A fresh OpenCL kernel of the same program and name.
+  skerv::opencl::kernel<V> clone_kernel() const { return kernel_.clone(); }
+
+private:
+  version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
+  bool read_value(const kernel_catalogue::row& wanted, property_value& value) override;
+
+  void add_signature(launch_limits& limits) const;
+  size_triple get_address_space_limit() const;
+
+  skerv::opencl::kernel<V> kernel_;
+  opencl_version_device<V>& library_device_; // which the program keeps alive
+  skerv::opencl::device<V> device_;
+  std::shared_ptr<const kernel_signature> signature_;
+  mutable mutex limits_lock_;                    // for who finds no limits yet
+  mutable std::optional<launch_limits> limits_;  // written once, before `has_limits_`
+  mutable std::atomic<bool> has_limits_ = false; // from then on `limits_` is read without the lock
+};
+
+using opencl_1_0_kernel = opencl_version_kernel<version::v1_0>;
+using opencl_1_1_kernel = opencl_version_kernel<version::v1_1>;
+using opencl_1_2_kernel = opencl_version_kernel<version::v1_2>;
+using opencl_2_0_kernel = opencl_version_kernel<version::v2_0>;
+using opencl_2_1_kernel = opencl_version_kernel<version::v2_1>;
+using opencl_2_2_kernel = opencl_version_kernel<version::v2_2>;
+
+} // namespace oryn::tarva::library

@@ -1,0 +1,109 @@
+#include "scheduler/dispatch_operations.h"
+
+#include "objects/library_device.h"
+
+#include <algorithm>
+#include <span>
+#include <stdexcept>
+#include <utility>
+
+namespace oryn::tarva::library {
+
+namespace {
+
+using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
+using command_pointer = std::shared_ptr<device_ir::device_command>;
+using command_sequence = std::vector<command_pointer>;
+
+command_sequence generate_commands(const physical_pointer& operation) {
+  const auto& device = operation->get_device();
+  if (!device)
+    throw std::logic_error("Unsupported device type found.");
+  return device->generate_commands(operation);
+}
+
+// No command may report to an operation that has not been counted.
+void mark_submitted(const physical_pointer& operation, const command_sequence& commands) {
+  operation->set_device_command_count(commands.size());
+  operation->set_submitted();
+}
+
+device_work_dispatcher& dispatcher_of(const physical_graph& subgraph) {
+  return subgraph.nodes().front()->get_device()->get_dispatcher();
+}
+
+void submit_subgraph(const physical_graph& subgraph, std::unique_ptr<prepared_work> work,
+                     std::uint64_t command_count) {
+  const auto& operation = subgraph.nodes().front()->get_logical_operation();
+  operation->add_device_commands(command_count);
+  try {
+    dispatcher_of(subgraph).submit_work(std::move(work));
+  } catch (...) {
+    operation->device_commands_ended(command_count);
+    throw;
+  }
+}
+
+bool is_on_one_device(const physical_graph& graph) {
+  return std::all_of(graph.nodes().begin(), graph.nodes().end(), [&graph](const auto& node) {
+    return node->get_device() == graph.nodes().front()->get_device();
+  });
+}
+
+void check_subgraph(const physical_graph& subgraph) {
+  if (!is_on_one_device(subgraph))
+    throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
+}
+
+} // namespace
+
+std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
+  if (is_on_one_device(graph))
+    return graph.disjoint_subgraphs();
+  // Few devices, in the order in which the graph names them.
+  std::vector<std::pair<std::shared_ptr<library_device>, std::vector<physical_pointer>>> by_device;
+  for (const auto& node : graph.nodes()) {
+    auto group = by_device.begin();
+    while (group != by_device.end() && group->first != node->get_device())
+      ++group;
+    if (group == by_device.end())
+      group = by_device.insert(group, {node->get_device(), {}});
+    group->second.push_back(node);
+  }
+  std::vector<physical_graph> subgraphs;
+  for (const auto& group : by_device)
+    for (auto& subgraph : physical_graph(graph, group.second).disjoint_subgraphs())
+      subgraphs.push_back(std::move(subgraph));
+  return subgraphs;
+}
+
+namespace {
+
+std::vector<command_graph> dispatch_subgraphs(std::span<const physical_graph> subgraphs) {
+  for (const auto& subgraph : subgraphs)
+    check_subgraph(subgraph);
+  // All commands are made, and all room for them, before any is handed over: a subgraph that waits for another device
+  // must not run if the other device's subgraph cannot be handed over, too.
+  std::vector<command_graph> commands;
+  std::vector<std::unique_ptr<prepared_work>> prepared;
+  commands.reserve(subgraphs.size());
+  prepared.reserve(subgraphs.size());
+  for (const auto& subgraph : subgraphs) {
+    const command_graph& made = commands.emplace_back(subgraph, generate_commands, mark_submitted);
+    prepared.push_back(dispatcher_of(subgraph).prepare_work(made));
+  }
+  for (std::size_t i = 0; i < subgraphs.size(); ++i)
+    submit_subgraph(subgraphs[i], std::move(prepared[i]), commands[i].nodes().size());
+  return commands;
+}
+
+} // namespace
+
+std::vector<command_graph> dispatch_operations(const physical_graph& graph) {
+  // Most operations are a single node, and that graph is its only subgraph.
+  if (graph.nodes().size() == 1)
+    return dispatch_subgraphs({&graph, 1});
+  return dispatch_subgraphs(device_subgraphs(graph));
+}
+
+} // namespace oryn::tarva::library

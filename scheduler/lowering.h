@@ -1,0 +1,90 @@
+// How a logical operation becomes physical operations.
+#pragma once
+
+#include "ir/logical_operation.h"
+#include "ir/physical_operation.h"
+#include "scheduler/dispatch_operations.h"
+#include "scheduler/memory_table.h"
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+// Turns one logical operation into its graph of physical operations, and enters in the table where each memory object will
+// be. What is wrong with the operation is found before anything changes: then nothing is entered, and no worker sees it.
+//
+// Lives for one operation, on the caller's thread and under the lock of the scheduler, with no work of these objects in
+// flight. It keeps what it takes to put the table right if the work fails.
+class lowering final : public logical_ir::operation_visitor {
+public:
+  // Refers to all four for as long as it lives.
+  lowering(const std::shared_ptr<logical_ir::logical_operation>& operation,
+           const std::shared_ptr<library_device>& host_device, memory_table& table,
+           std::uint64_t& last_sync_id);
+  // A pointer to a derived class would be turned into a temporary one.
+  lowering(std::shared_ptr<logical_ir::logical_operation>&&, const std::shared_ptr<library_device>&,
+           memory_table&, std::uint64_t&) = delete;
+
+  // Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
+  const physical_graph& get_graph() const { return graph_; }
+  std::exception_ptr get_refusal() const { return refusal_; }
+  // After a failure, when every command of the operation has ended: frees what nobody needs, and lets each object be where
+  // its content is.
+  void settle_after_failure() noexcept;
+  // After a failure that the caller is told of: no handle will be made for what the operation was to allocate.
+  void withdraw_allocation();
+
+  void visit(const logical_ir::allocate_memory& operation) override;
+  void visit(const logical_ir::free_memory& operation) override;
+  void visit(const logical_ir::fill& operation) override;
+  void visit(const logical_ir::kernel& operation) override;
+  void visit(const logical_ir::copy_tarva_to_user& operation) override;
+  void visit(const logical_ir::copy_user_to_tarva& operation) override;
+  void visit(const logical_ir::copy_tarva_to_tarva& operation) override;
+  void visit_unknown() override;
+
+private:
+  using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
+
+  template <class Operation, class... Arguments>
+  std::shared_ptr<Operation> add(Arguments&&... arguments) {
+    auto added = Operation::create(operation_, std::forward<Arguments>(arguments)...);
+    graph_.insert_node(added);
+    return added;
+  }
+  // Edges from each to the next.
+  void add_chain(const std::vector<physical_pointer>& chain);
+
+  void copy_between_devices(const memory_state& source, const memory_state& destination,
+                            const logical_ir::copy_tarva_to_tarva& operation);
+
+  // A memory object among the arguments of a launch.
+  struct used_object {
+    const std::shared_ptr<library_memory>& memory;
+    memory_state& state;
+  };
+  // In argument order, with repeats.
+  std::vector<used_object> check_launch(const logical_ir::kernel& operation,
+                                        const std::shared_ptr<library_device>& device, const nd_range& range);
+  physical_pointer move_to(const std::shared_ptr<library_device>& device,
+                           const std::shared_ptr<library_memory>& memory, memory_state& state);
+  physical_pointer move_from_host(const std::shared_ptr<library_device>& device,
+                                  const std::shared_ptr<library_memory>& memory, memory_state& state);
+  physical_pointer move_between_devices(const std::shared_ptr<library_device>& device,
+                                        const std::shared_ptr<library_memory>& memory, memory_state& state);
+
+  const std::shared_ptr<logical_ir::logical_operation>& operation_;
+  const std::shared_ptr<library_device>& host_device_;
+  memory_table& table_;
+  std::uint64_t& last_sync_id_;
+  physical_graph graph_;
+  std::exception_ptr refusal_;
+  std::vector<block_move> moves_;
+  std::shared_ptr<library_memory> allocated_;
+  memory_state freed_; // what the operation is to free
+};
+
+} // namespace oryn::tarva::library

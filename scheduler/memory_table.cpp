@@ -1,0 +1,73 @@
+#include "scheduler/memory_table.h"
+
+#include "memory/device_memory.h"
+#include "memory/host_memory.h"
+#include "memory/library_memory.h"
+
+#include <stdexcept>
+
+namespace oryn::tarva::library {
+
+memory_state& memory_table::add(const std::shared_ptr<library_memory>& memory) {
+  const auto [found, is_new] = states_.try_emplace(memory.get(), {memory, {}});
+  if (!is_new)
+    throw std::logic_error("Last memory state already exists in the tracking table, but it should not.");
+  return found->state;
+}
+
+memory_state& memory_table::find(const std::shared_ptr<library_memory>& memory) {
+  entry* found = states_.find(memory.get());
+  if (found == nullptr)
+    throw std::logic_error("Could not find the last memory state in the tracking table.");
+  return found->state;
+}
+
+memory_state memory_table::remove(const std::shared_ptr<library_memory>& memory) {
+  auto removed = states_.extract(memory.get());
+  return removed ? std::move(removed->state) : memory_state();
+}
+
+namespace {
+
+void free_if_held(const std::shared_ptr<host_memory>& block) {
+  if (block && block->has_storage())
+    block->free();
+}
+
+void free_if_held(const std::shared_ptr<device_memory>& block) {
+  if (block && block->has_allocation())
+    block->free();
+}
+
+bool has_succeeded(const std::shared_ptr<physical_ir::physical_operation>& operation) {
+  return operation && operation->has_succeeded();
+}
+
+} // namespace
+
+void free_block(const memory_state& state) {
+  free_if_held(state.get_host_block());
+  free_if_held(state.get_device_block());
+}
+
+void block_move::settle_after_failure(memory_table& table) const {
+  if (has_succeeded(arrival)) {
+    free_if_held(staging);
+    free_block(before);
+    return;
+  }
+  free_if_held(destination);
+  memory_state& state = table.find(memory);
+  if (has_succeeded(staged)) {
+    free_if_held(before.get_device_block());
+    state = before;
+    state.set_staging_block(staging);
+    return;
+  }
+  free_if_held(staging);
+  if (has_succeeded(conversion))
+    before.get_host_block()->convert_endianness();
+  state = before;
+}
+
+} // namespace oryn::tarva::library
