@@ -79,6 +79,10 @@ bool completion_state::succeed() {
 }
 
 completion_state::part_outcome completion_state::part_complete() {
+  return count_part() ? complete_parts() : part_outcome::pending;
+}
+
+bool completion_state::count_part() {
   if (!submitted_)
     throw std::logic_error(texts_.part_before_submission);
   std::uint64_t parts = outstanding_parts_;
@@ -88,9 +92,7 @@ completion_state::part_outcome completion_state::part_complete() {
     if (parts == never_set)
       throw std::logic_error(texts_.part_without_count);
   } while (!outstanding_parts_.compare_exchange_weak(parts, parts - 1));
-  if (parts != 1)
-    return part_outcome::pending;
-  return succeed() ? part_outcome::last : part_outcome::last_after_error;
+  return parts == 1;
 }
 
 void completion_state::refuse(const std::exception_ptr& error) noexcept {

@@ -59,6 +59,9 @@ public:
   void set_submitted();
   // One part has ended. The last one completes the whole; the pipe is closed then, unless an error closed it.
   part_outcome part_complete();
+  // The two halves of part_complete(): true if the part was the last; completes the whole.
+  bool count_part();
+  part_outcome complete_parts() { return succeed() ? part_outcome::last : part_outcome::last_after_error; }
   // Completes something that has no parts, and closes the pipe.
   void set_complete();
   // True if this error is the first: it is kept and the pipe is closed. A later one is dropped.

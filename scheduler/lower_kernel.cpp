@@ -1,9 +1,9 @@
 // The lowering of a launch: its refusals, and the movement of its memory objects to the kernel's device.
 #include "ir/launch_checks.h"
-#include "scheduler/lowering.h"
 #include "memory/library_memory.h"
 #include "objects/library_kernel.h"
 #include "objects/library_program.h"
+#include "scheduler/lowering.h"
 
 #include <stdexcept>
 #include <string>
