@@ -45,6 +45,7 @@ package:
 format format-check:
 	scripts/install-packages --checks
 	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
+	black --quiet $(if $(filter format,$@),,--check) python
 
 benchmarks:
 	scripts/install-packages --benchmarks

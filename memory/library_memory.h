@@ -1,3 +1,4 @@
+// Memory objects as the user sees them.
 #pragma once
 
 #include "memory/memory_state.h"
@@ -11,8 +12,8 @@
 
 namespace oryn::tarva::library {
 
-// The user's description of a block of typed elements. It holds no storage, and where its content is stands in an entry that is
-// the scheduler's alone. Two objects with equal fields are different memory: identity is the address.
+// The user's description of a block of typed elements, which never changes. It holds no storage; where its content is stands
+// in an entry that is the scheduler's alone. Two objects with equal fields are different memory: identity is the address.
 class library_memory : public property_interface {
 public:
   library_memory(data_type type, std::uint64_t num_elements, std::string user_label);
