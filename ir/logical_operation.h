@@ -83,6 +83,11 @@ public:
   void add_elapsed_time(std::uint64_t nanoseconds) { state_.add_elapsed_time(nanoseconds); }
   void enable_profiling() { state_.enable_profiling(); }
 
+  // Its place in the order in which a scheduler has accepted operations, if several of them may go on at a time; 0 otherwise.
+  // Set before the work is handed over.
+  void set_acceptance_number(std::uint64_t number) { acceptance_number_ = number; }
+  std::uint64_t get_acceptance_number() const { return acceptance_number_; }
+
   // Passes the turn of the operation on, on the thread that completes it, so that others need not wait until the caller's
   // thread has woken. Called when all of the work has succeeded, just before the operation is complete. Yields who comes next.
   class turn_holder {
@@ -108,6 +113,7 @@ protected:
 private:
   completion_state state_;
   turn_holder* turn_holder_ = nullptr;
+  std::uint64_t acceptance_number_ = 0;
   std::atomic<std::uint64_t> running_commands_ = 0;
   event_count commands_ended_;
 };
