@@ -47,8 +47,8 @@ private:
 
 void concurrent_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
   const auto& host_device = get_host_device(devices_());
-  submission own(require_operation(operation));
-  const turn at_all_objects(*this, *operation);
+  const turn at_all_objects(*this, *require_operation(operation)); // takes all other memory first
+  submission own(operation);
   own.start(host_device, state_, submission::host_work::on_starting_thread, nullptr);
   own.finish();
 }
