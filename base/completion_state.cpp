@@ -85,6 +85,10 @@ bool completion_state::succeed() {
 // The count is checked and lowered in one step: a report too many is refused, and never wraps around. An error may have
 // ended the whole before its last part; then the parts are still counted, as others wait for the last.
 completion_state::part_outcome completion_state::part_complete() {
+  return count_part() ? complete_parts() : part_outcome::pending;
+}
+
+bool completion_state::count_part() {
   if (!submitted_)
     throw std::logic_error(texts_.part_before_submission);
   std::uint64_t parts = outstanding_parts_;
@@ -94,9 +98,7 @@ completion_state::part_outcome completion_state::part_complete() {
     if (parts == never_set)
       throw std::logic_error(texts_.part_without_count);
   } while (!outstanding_parts_.compare_exchange_weak(parts, parts - 1));
-  if (parts != 1)
-    return part_outcome::pending;
-  return succeed() ? part_outcome::last : part_outcome::last_after_error;
+  return parts == 1;
 }
 
 void completion_state::refuse(const std::exception_ptr& error) noexcept {

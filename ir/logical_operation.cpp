@@ -47,6 +47,15 @@ std::shared_ptr<library_future> logical_operation::get_future() {
   return std::make_shared<library_future>(shared_from_this());
 }
 
+void logical_operation::physical_operation_complete() {
+  if (!state_.count_part())
+    return;
+  fair_mutex::place* const next = turn_holder_ != nullptr ? turn_holder_->give_up_turn() : nullptr;
+  state_.complete_parts();
+  if (next != nullptr)
+    next->take_turn();
+}
+
 void logical_operation::add_device_commands(std::uint64_t count) {
   static_cast<void>(state_.get_pipe());
   running_commands_ += count;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/completion_state.h"
+#include "base/fair_mutex.h"
 #include "base/notifier.h"
 #include "ir/nd_range.h"
 #include "objects/kernel_arguments.h"
@@ -75,12 +76,29 @@ public:
   // The transitions, in their order; each is allowed once, except that of a second error, which is dropped.
   void set_physical_operation_count(std::uint64_t count) { state_.set_part_count(count); }
   void set_submitted() { state_.set_submitted(); }
-  void physical_operation_complete() { state_.part_complete(); }
+  void physical_operation_complete();
   void set_error(const std::exception_ptr& error) { state_.set_error(error); }
   // Fails an operation that is not going to run, whether or not it was submitted.
   void refuse(const std::exception_ptr& error) noexcept { state_.refuse(error); }
   void add_elapsed_time(std::uint64_t nanoseconds) { state_.add_elapsed_time(nanoseconds); }
   void enable_profiling() { state_.enable_profiling(); }
+
+  // Its place in the order in which a scheduler has accepted operations, if several of them may go on at a time; 0 otherwise.
+  // Set before the work is handed over.
+  void set_acceptance_number(std::uint64_t number) { acceptance_number_ = number; }
+  std::uint64_t get_acceptance_number() const { return acceptance_number_; }
+
+  // Passes the turn of the operation on, on the thread that completes it, so that others need not wait until the caller's
+  // thread has woken. Called when all of the work has succeeded, just before the operation is complete. Yields who comes next.
+  class turn_holder {
+  public:
+    virtual fair_mutex::place* give_up_turn() noexcept = 0;
+
+  protected:
+    ~turn_holder() = default;
+  };
+  // Before the work is handed over; for a holder that lives until the operation is complete.
+  void set_turn_holder(turn_holder& holder) { turn_holder_ = &holder; }
 
   // An error completes the operation at once, while commands of it may still run. With these three the scheduler waits for
   // the last of them: `count` commands are on their way to a worker; as many have ended; wait until all have.
@@ -94,6 +112,8 @@ protected:
 
 private:
   completion_state state_;
+  turn_holder* turn_holder_ = nullptr;
+  std::uint64_t acceptance_number_ = 0;
   std::atomic<std::uint64_t> running_commands_ = 0;
   event_count commands_ended_;
 };
