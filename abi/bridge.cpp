@@ -12,6 +12,7 @@ namespace oryn::tarva::library {
 
 namespace {
 
+// The opaque record of a handle. Its address is what the caller gets.
 template <class Record>
 record_ptr<Record> new_record() {
   auto handle = allocate_records<Record>();
@@ -19,6 +20,7 @@ record_ptr<Record> new_record() {
   return handle;
 }
 
+// The public record of a property. Its strings and its value are the property's own, which lives as long as the handle.
 record_ptr<tarva_abi_property_s> describe(const property_base& property) {
   auto handle = new_record<tarva_abi_property_s>();
   handle->name = property.get_name_pointer();
@@ -51,6 +53,7 @@ abi_bridge::owned_property abi_bridge::get_property_and_owner(const tarva_abi_pr
   return {found.object, found.owner};
 }
 
+// The record frees itself if the table has no room for it. Then nobody has seen its address.
 template <class Record>
 Record* abi_bridge::store(record_ptr<Record> handle, handle_entry<Record> new_entry) {
   {
@@ -94,6 +97,8 @@ abi_bridge::make_device_array(const std::vector<std::shared_ptr<library_device>>
   return array.release();
 }
 
+// Without one of the handles the caller gets an array of NULLs, so those that were made end again. If even that fails, the
+// tables contradict each other, and nothing that they say can be relied on.
 tarva_abi_property_array_s* abi_bridge::make_property_array(const std::vector<owned_property>& properties) {
   auto array = allocate_records<tarva_abi_property_array_s>();
   auto pointers = new_pointers<tarva_abi_property_s>(properties.size());
@@ -138,6 +143,7 @@ void abi_bridge::retain(const Record* handle) {
   table<Record>().retain(handle);
 }
 
+// Nearly always the reference is not the last one, and a reader of the lock can count it.
 template <counted_handle Record>
 bool abi_bridge::release(Record* handle) {
   {
@@ -162,6 +168,8 @@ bool abi_bridge::release(Record* handle) {
   return true;
 }
 
+// As in release(), what leaves the table and what leaves the quarantine goes after the unlock: the object may call the
+// bridge at its end, and free() would only make the lock longer.
 template <class Record>
 void abi_bridge::remove(Record* handle) {
   typename handle_table<Record>::removed_entry ended; // destroyed after the unlock
@@ -213,6 +221,7 @@ void abi_bridge::report_leaks() const {
   std::apply([&](const auto&... each) { (report(each), ...); }, tables_);
 }
 
+// The lock has no wait with a limit, and this happens once in a process.
 bool abi_bridge::lock_within_grace_period() {
   using clock = std::chrono::steady_clock;
   const auto end = clock::now() + grace_period_of_tables;
@@ -240,6 +249,8 @@ void abi_bridge::teardown() {
   }
   std::apply([](auto&... each) { ((each = {}), ...); }, dropped);
 }
+
+// Conversions between the interface and the library.
 
 data_type to_data_type(tarva_abi_data_type value) {
   if (value < TARVA_ABI_TYPE_STRING || value > TARVA_ABI_TYPE_DOUBLE16)

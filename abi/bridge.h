@@ -19,13 +19,14 @@ namespace oryn::tarva::library {
 //
 // One lock guards all tables and nothing else. Look-ups and counting are readers, several of which go on side by side;
 // making and ending a handle are writers. Whoever holds it calls no library object and destroys none, so objects that leave
-// the tables are destroyed after the unlock. It is the first of the lock order, and the only lock that is ever taken while
-// it is held is a logger's, by the leak report.
+// the tables are destroyed after the unlock. It is the first of the lock order: bridge, scheduler, dispatcher, completion
+// state, logger. In fact the only lock that is ever taken while it is held is a logger's, by the leak report.
 //
 // A handle that is null, unknown or of the wrong kind is refused with std::runtime_error, and is never followed. What
 // throws has changed nothing.
 class abi_bridge {
 public:
+  // A property, and the object whose values it shows.
   struct owned_property {
     std::shared_ptr<property_base> property;
     std::shared_ptr<property_interface> owner;
@@ -68,6 +69,7 @@ public:
   // A new handle with one reference, also if the object has a handle already.
   template <class Record>
   Record* make_handle(std::shared_ptr<object_of<Record>> object) TARVA_EXCLUDES(lock_);
+  // A record that shows the property. The handle keeps the property alive, and its owner.
   tarva_abi_property_s* make_property_handle(std::shared_ptr<property_base> property,
                                              std::shared_ptr<property_interface> owner) TARVA_EXCLUDES(lock_);
   // If one handle cannot be made, those made before it end again.
@@ -75,12 +77,14 @@ public:
   // If one handle cannot be made the array comes back all the same, with NULL for every handle.
   tarva_abi_property_array_s* make_property_array(const std::vector<owned_property>& properties);
 
+  // One more reference, and one less. Most of them are readers of the lock; a last release is a writer.
   template <counted_handle Record>
   void retain(const Record* handle) TARVA_EXCLUDES(lock_);
   // True if this release ended the handle.
   template <counted_handle Record>
   bool release(Record* handle) TARVA_EXCLUDES(lock_);
 
+  // The others have one owner, who ends them once.
   void release_future(tarva_abi_future_s* handle) TARVA_EXCLUDES(lock_);
   // Ends a handle that was made but not given to the caller. A caller who uses an old handle of the same address may have
   // ended it before.
@@ -111,16 +115,22 @@ private:
     return std::get<handle_table<Record>>(tables_);
   }
 
+  // Puts a new record into its table.
   template <class Record>
   Record* store(record_ptr<Record> handle, handle_entry<Record> new_entry) TARVA_EXCLUDES(lock_);
+  // Ends a handle that has one owner.
   template <class Record>
   void remove(Record* handle) TARVA_EXCLUDES(lock_);
+  // Refuses null and live handles of other kinds, for kinds of handle that have words for that.
   template <class Record>
   void test_kind(const Record* handle) const TARVA_REQUIRES_SHARED(lock_);
   void report_leaks() const TARVA_REQUIRES_SHARED(lock_);
+  // False if another thread has held the lock for the whole grace period.
   bool lock_within_grace_period() TARVA_TRY_ACQUIRE(true, lock_);
 
   mutable reader_writer_lock lock_;
+
+  // All that the lock guards.
   handle_tables tables_ TARVA_GUARDED_BY(lock_);
   record_quarantine quarantine_ TARVA_GUARDED_BY(lock_);
   bool is_torn_down_ TARVA_GUARDED_BY(lock_) = false;

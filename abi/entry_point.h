@@ -25,11 +25,13 @@
 
 namespace oryn::tarva::library {
 
+// A caller who passes no place for the error gets none.
 inline void write_error(tarva_abi_error_s** out_error, tarva_abi_error_s* error) {
   if (out_error)
     *out_error = error;
 }
 
+// Turns the exception that is being handled into a result and a handle. If the caller cannot take the handle, it ends here.
 inline tarva_abi_result report_exception(tarva_singleton& library, tarva_abi_error_s** out_error,
                                          const std::exception& exception) noexcept {
   log_error("Caught an exception within TARVA that will be converted into an error object: {}",

@@ -56,10 +56,12 @@ enum exception_type : std::uint64_t {
   STANDARD_EXCEPTION = 7
 };
 
+// Of two results the one that says whose mistake it was: the caller's, or the world's.
 tarva_abi_result result_of(std::uint64_t type) {
   return type <= LENGTH_ERROR ? TARVA_ABI_LOGIC_FAILURE : TARVA_ABI_RUNTIME_FAILURE;
 }
 
+// What an error object holds, and the exception inside, if there is one.
 struct exception_facts {
   std::uint64_t type;
   std::string message;
@@ -71,6 +73,7 @@ exception_facts facts_of(exception_type type, const std::exception& exception) {
   return {type, exception.what(), outer ? outer->nested_ptr() : nullptr};
 }
 
+// Of classes that derive from each other the nearest one counts, so derived classes stand first.
 exception_facts facts_of(const std::exception_ptr& exception, const char* unknown_message) {
   try {
     std::rethrow_exception(exception);
@@ -91,6 +94,7 @@ exception_facts facts_of(const std::exception_ptr& exception, const char* unknow
   }
 }
 
+// Such an exception gets no object, which would itself take memory.
 bool is_lack_of_memory(const std::exception_ptr& exception) {
   try {
     std::rethrow_exception(exception);

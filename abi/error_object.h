@@ -21,6 +21,7 @@ class error_object : public property_interface {
 public:
   error_object(std::uint64_t exception_type, std::string message);
 
+  // ROOT, and below it EXCEPTION_TYPE and EXCEPTION_MESSAGE. Any other path has an empty property.
   std::shared_ptr<property_base> get_property(property_path path) override;
   std::vector<std::string> get_child_names(const property_path& path) override;
 
@@ -28,9 +29,6 @@ public:
   std::shared_ptr<error_object> set_nested_error(std::uint64_t exception_type, std::string message);
   // Empty at the end of the chain.
   std::shared_ptr<error_object> get_nested_error() const { return nested_; }
-
-  const std::string& get_message() const { return message_; }
-  std::uint64_t get_exception_type() const { return exception_type_; }
 
 private:
   std::shared_ptr<error_object> nested_;

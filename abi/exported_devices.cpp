@@ -2,7 +2,6 @@
 #include "abi/entry_point.h"
 #include "objects/intermediate_representation.h"
 #include "objects/library_device.h"
-#include "objects/library_kernel.h"
 #include "objects/library_program.h"
 
 #include <cstdlib>
@@ -24,6 +23,7 @@ static_assert(offsetof(tarva_abi_ir_header_s, constants) == 1 * word);
 static_assert(TARVA_ABI_IR_SOURCE_1_0 == 1 && TARVA_ABI_IR_SPIR_V == 8 && TARVA_ABI_IR_DEVICE_BINARY == 9);
 static_assert(TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS == 2);
 
+// NULL stands for no data, whatever the size says.
 std::vector<std::uint8_t> copy_data(const void* data, std::uint64_t size) {
   if (!data || size == 0)
     return {};
@@ -38,6 +38,7 @@ std::string copy_options(const char* options) {
   return options;
 }
 
+// The constants copy their values, so the caller's arrays are not needed after the call.
 std::shared_ptr<const ir_header> make_constant_array(const tarva_abi_ir_header_s& header) {
   if (!header.constants && header.count != 0)
     throw std::logic_error(
@@ -52,6 +53,7 @@ std::shared_ptr<const ir_header> make_constant_array(const tarva_abi_ir_header_s
   return std::make_shared<spirv_specialization_constant_array>(std::move(constants));
 }
 
+// NULL means the same as a record without content.
 std::shared_ptr<const ir_header> make_ir_header(const tarva_abi_ir_header_s* header) {
   if (!header || header->kind == TARVA_ABI_IR_HEADER_EMPTY)
     return std::make_shared<empty_ir_header>();
@@ -73,6 +75,7 @@ struct ir_arguments {
   std::shared_ptr<const ir_header> header;
 };
 
+// Each part frees itself if a later one cannot be made. The handle is made last but for what cannot fail.
 tarva_abi_build_result_s* make_build_result(abi_bridge& bridge, build_result built) {
   auto result = allocate_records<tarva_abi_build_result_s>();
   record_ptr<char> log(built.log.empty() ? nullptr : copy_string(built.log));
@@ -94,7 +97,7 @@ uint64_t tarva_abi_get_library_version(void) {
   return 0;
 }
 
-// Devices.
+// Devices. Each call makes new handles, also for devices that have some.
 
 tarva_abi_result tarva_abi_get_devices(void*, tarva_abi_device_array_s** out_devices,
                                        tarva_abi_error_s** out_error) {
@@ -122,6 +125,7 @@ void tarva_abi_release_device(void*, tarva_abi_device_s* device) {
   call_without_result([&](tarva_singleton& library) { library.get_bridge().release(device); });
 }
 
+// The handles in the array are the caller's, and stay alive.
 void tarva_abi_free_device_array(void*, tarva_abi_device_array_s* array) {
   call_without_result([&](tarva_singleton&) {
     if (!array)
@@ -147,6 +151,7 @@ tarva_abi_result tarva_abi_get_builtin_program(void*, tarva_abi_device_s* device
   });
 }
 
+// That a device cannot take the program is an answer, not a failure.
 tarva_abi_result tarva_abi_check_device_ir_support(void*, tarva_abi_device_s* device,
                                                    tarva_abi_ir_header_s* ir_header,
                                                    tarva_abi_ir_type ir_type, const void* data,
@@ -162,6 +167,7 @@ tarva_abi_result tarva_abi_check_device_ir_support(void*, tarva_abi_device_s* de
   });
 }
 
+// Neither is a failed build: the caller gets an empty program, and the log that says why.
 tarva_abi_result tarva_abi_load_device_ir(void*, tarva_abi_device_s* device, tarva_abi_ir_header_s* ir_header,
                                           tarva_abi_ir_type ir_type, const void* data, uint64_t data_size,
                                           const char* options, const char* user_label,
@@ -196,6 +202,7 @@ void tarva_abi_release_program(void*, tarva_abi_program_s* program) {
   call_without_result([&](tarva_singleton& library) { library.get_bridge().release(program); });
 }
 
+// So does the handle of the program.
 void tarva_abi_free_build_result(void*, tarva_abi_build_result_s* result) {
   call_without_result([&](tarva_singleton&) {
     if (!result)

@@ -4,7 +4,7 @@
 #include "ir/nd_range.h"
 #include "memory/library_memory.h"
 #include "objects/kernel_arguments.h"
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 
 #include <algorithm>
 #include <memory>
@@ -19,6 +19,7 @@ static_assert(has_words<tarva_abi_launch_range_s>(11));
 static_assert(offsetof(tarva_abi_launch_range_s, words) == 1 * word);
 static_assert(TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED == 6);
 
+// A product that wrapped around would launch something else than was asked for.
 std::uint64_t multiply(std::uint64_t first, std::uint64_t second) {
   std::uint64_t product = 0;
   if (__builtin_mul_overflow(first, second, &product))
@@ -47,12 +48,14 @@ nd_range preferred_groups(library_kernel& kernel, std::uint64_t groups) {
   return {1, {}, {multiply(length, groups), 1, 1}, {length, 1, 1}};
 }
 
+// The same number of groups for each compute unit of the device.
 nd_range preferred_groups_per_unit(library_kernel& kernel, std::uint64_t groups) {
   nd_range range = preferred_groups(kernel, groups);
   range.global_size[0] = multiply(range.global_size[0], kernel.get_max_compute_units());
   return range;
 }
 
+// The wanted number of work-items, but a whole group at least.
 nd_range wanted_global_size(library_kernel& kernel, std::uint64_t work_dim, const size_triple& wanted) {
   const size_triple preferred = kernel.get_preferred_work_group_size(work_dim);
   nd_range range{work_dim, {}, {}, preferred};
@@ -83,6 +86,7 @@ nd_range make_range(library_kernel& kernel, const tarva_abi_launch_range_s& laun
   }
 }
 
+// Words of the records hold pointers as numbers.
 template <class Pointee>
 Pointee* pointer_in(std::uint64_t word) {
   return reinterpret_cast<Pointee*>(static_cast<std::uintptr_t>(word)); // NOLINT(performance-no-int-to-ptr)
@@ -105,6 +109,7 @@ void add_argument(kernel_argument_list& captured, const abi_bridge::reading& han
   }
 }
 
+// Values are copied, memory objects are kept alive by the capture. All handles are looked up under one lock.
 kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
                                        std::uint64_t count) {
   if (count == 0)
@@ -121,6 +126,8 @@ kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi
 
 } // namespace
 
+// Checks in this order: the array, the range, the kernel, the launch type, the arguments. What is wrong with sizes and with
+// the number of arguments is found by the operation.
 tarva_abi_result tarva_abi_kernel_call(void*, tarva_abi_kernel_s* kernel,
                                        const tarva_abi_kernel_argument_s* arguments, uint64_t argument_count,
                                        const tarva_abi_launch_range_s* launch_range,

@@ -23,6 +23,9 @@ void free_memory(tarva_singleton& library, const std::shared_ptr<library_memory>
 
 } // namespace
 
+// Memory objects.
+
+// The operation comes before the handle: nobody else can see the object yet, so it can still be freed without one.
 tarva_abi_result tarva_abi_memory_allocate_typed(void*, const char* user_label, tarva_abi_data_type type,
                                                  uint64_t count, tarva_abi_memory_s** out_memory,
                                                  tarva_abi_error_s** out_error) {
@@ -63,6 +66,8 @@ void tarva_abi_release_memory(void*, tarva_abi_memory_s* memory) {
   });
 }
 
+// Operations. Fills and copies have no future; a failure of their work is only logged.
+
 tarva_abi_result tarva_abi_fill_memory(void*, tarva_abi_memory_s* memory, const void* value,
                                        uint64_t start_position, uint64_t count,
                                        tarva_abi_error_s** out_error) {
@@ -86,6 +91,7 @@ tarva_abi_result tarva_abi_copy_memory(void*, tarva_abi_memory_s* src, uint64_t 
   });
 }
 
+// The storage behind `dest`, and `src` below, stays the caller's, who keeps it valid until the future has been waited for.
 tarva_abi_result tarva_abi_async_read_memory(void*, tarva_abi_memory_s* memory, uint64_t src_start_position,
                                              uint64_t count, void* dest, tarva_abi_future_s** out_future,
                                              tarva_abi_error_s** out_error) {
@@ -120,6 +126,7 @@ tarva_abi_result tarva_abi_async_write_memory(void*, tarva_abi_memory_s* memory,
 
 // Futures.
 
+// Ends the future whatever the outcome. The result says how the waiting went, `future_error_code` how the operation did.
 tarva_abi_result tarva_abi_wait_future(void*, tarva_abi_future_s* future, long* future_error_code,
                                        tarva_abi_error_s** future_error, tarva_abi_error_s** out_error) {
   static_assert(sizeof(long) == sizeof(tarva_abi_result));
@@ -147,6 +154,7 @@ tarva_abi_result tarva_abi_wait_future(void*, tarva_abi_future_s* future, long* 
   });
 }
 
+// The operation runs on.
 void tarva_abi_abandon_future(void*, tarva_abi_future_s* future) {
   call_without_result([&](tarva_singleton& library) {
     library.get_bridge().get_library_object(future); // refuses NULL in the words of a look-up

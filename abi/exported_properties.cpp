@@ -37,6 +37,7 @@ tarva_abi_result tarva_abi_get_error_root_property(void*, tarva_abi_error_s* err
       "tarva_abi_get_error_root_property: property argument is NULL, but expected a memory location to write the result property.");
 }
 
+// NULL at the end of the chain. The handle is new each time.
 tarva_abi_result tarva_abi_get_nested_error(void*, tarva_abi_error_s* error, tarva_abi_error_s** nested_error,
                                             tarva_abi_error_s** out_error) {
   return call_with_result(out_error, [&](tarva_singleton& library) {
@@ -55,6 +56,7 @@ void tarva_abi_free_error(void*, tarva_abi_error_s* error) {
 
 // Properties.
 
+// A name that does not exist has an empty property, whose handle is the caller's like any other.
 tarva_abi_result tarva_abi_get_child_property_by_name(void*, tarva_abi_property_s* parent, const char* name,
                                                       tarva_abi_property_s** out_property,
                                                       tarva_abi_error_s** out_error) {
@@ -98,6 +100,7 @@ tarva_abi_result tarva_abi_get_all_children_properties(void*, tarva_abi_property
   });
 }
 
+// The string is made by malloc in the first place, so it need not be copied.
 tarva_abi_result tarva_abi_get_property_tree_string(void*, tarva_abi_property_s* property,
                                                     const tarva_abi_tree_format_s* format, char** out_string,
                                                     tarva_abi_error_s** out_error) {
@@ -132,6 +135,7 @@ void tarva_abi_free_property(void*, tarva_abi_property_s* property) {
   call_without_result([&](tarva_singleton& library) { library.get_bridge().release_property(property); });
 }
 
+// The handles in the array are the caller's, and stay alive.
 void tarva_abi_free_property_array(void*, tarva_abi_property_array_s* array) {
   call_without_result([&](tarva_singleton&) {
     if (!array)

@@ -26,6 +26,7 @@ struct tarva_abi_error_s {
 
 namespace oryn::tarva::library {
 
+// Only named here, so that handles can be passed on without what they stand for.
 class error_object;
 class library_device;
 class library_future;
@@ -47,6 +48,12 @@ struct single_owner_kind {
   static constexpr bool counted = false;
 };
 
+// The texts are those that callers and logs have always seen, with their small differences.
+//
+//   null_message        a NULL handle was to be retained, released or ended
+//   wrong_kind_message  a live handle of another kind was
+//   unknown_message     an address that is no live handle was to be ended
+//   leak_line           the stop found the handle alive; with the count, where there is one
 template <>
 struct handle_traits<tarva_abi_device_s> : counted_kind {
   using object = library_device;
@@ -118,9 +125,11 @@ struct handle_traits<tarva_abi_property_s> : single_owner_kind {
   static constexpr const char* leak_line = "Property object {} was not destroyed.";
 };
 
+// Handles with retain and release; the others end once.
 template <class Record>
 concept counted_handle = handle_traits<Record>::counted;
 
+// The class of the library's object behind a handle.
 template <class Record>
 using object_of = typename handle_traits<Record>::object;
 

@@ -37,6 +37,7 @@ struct handle_entry<tarva_abi_property_s> {
   std::shared_ptr<property_base> object;
 };
 
+// Records are the caller's memory, and so from malloc.
 struct record_deleter {
   void operator()(void* memory) const noexcept { std::free(memory); }
 };
@@ -72,6 +73,7 @@ public:
 
   bool contains(const void* handle) const { return entries_.find(handle) != nullptr; }
 
+  // The entry is valid until the table changes, which it cannot while a reader holds the lock.
   const entry& look_up(const Record* handle) const {
     const entry* found = entries_.find(handle);
     if (found == nullptr)
@@ -91,6 +93,7 @@ public:
       std::swap(*found, new_entry);
   }
 
+  // Counts are read and changed in one step, since readers of the lock may do so at the same time. None wraps around.
   void retain(const Record* handle) requires counted_handle<Record> {
     const std::atomic_ref count(counted(handle).count);
     std::uint64_t before = count;
@@ -120,6 +123,7 @@ public:
     return entries_.extract(handle);
   }
 
+  // For handles with one owner.
   removed_entry remove(const Record* handle) requires(!counted_handle<Record>) {
     removed_entry removed = entries_.extract(handle);
     if (!removed)
@@ -127,12 +131,14 @@ public:
     return removed;
   }
 
+  // In no particular order.
   template <class Visitor>
   void for_each(Visitor&& visit) const {
     entries_.for_each(std::forward<Visitor>(visit));
   }
 
 private:
+  // The words differ from those of look_up(): they tell that a reference was to be counted.
   entry& counted(const Record* handle) {
     entry* found = entries_.find(handle);
     if (found == nullptr)
@@ -167,7 +173,7 @@ public:
   }
 
 private:
-  std::array<void*, 1024> records_{};
+  std::array<void*, 1024> records_{}; // a ring: the oldest is at next_
   std::size_t next_ = 0;
 };
 

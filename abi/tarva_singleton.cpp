@@ -33,6 +33,7 @@ std::string compose_banner() {
   return banner.str();
 }
 
+// Printed as well as logged, since the log is silent unless it was asked for.
 [[noreturn]] void fail_to_start(const char* reason) noexcept {
   log_critical("Failed to initialize the TARVA library: {}", reason);
   std::fprintf(stderr, "Failed to initialize the TARVA library: %s\n", reason);
@@ -55,6 +56,7 @@ void prepare_what_outlives_the_library() {
   get_program_catalogue();
 }
 
+// Without memory for the library itself the process ends as with any other failure of the start.
 stoppable_library* start_library() {
   if (auto* const library = new (std::nothrow) tarva_singleton)
     return library;
@@ -128,7 +130,8 @@ void tarva_singleton::shut_down() noexcept {
   }
 }
 
-// After a failure of the process no worker is waited for.
+// After a failure of the process no worker is waited for. The handles are gone by now, so each device should have no owner
+// but the singleton; the warning tells of another one.
 void tarva_singleton::release_devices() {
   if (!process_has_failed())
     for (const auto& device : devices_)

@@ -1,3 +1,4 @@
+// A hash map with addresses as keys: handles in the bridge, and memory objects in the scheduler.
 #pragma once
 
 #include "base/large_block.h"
@@ -12,24 +13,28 @@
 
 namespace oryn::tarva::library {
 
-// A hash map whose keys are addresses; null is never a key. The entries stand in one array (open addressing, linear
-// probing), so that a look-up among very many costs one miss of the processor's caches and not three. References to
-// values hold until the next insertion or removal.
+// Null is never a key. The entries stand in one array (open addressing, linear probing), so that a look-up among very many
+// costs one miss of the processor's caches and not three. Pointers to values are valid until the next insertion or removal.
+//
+// It has no lock: its owner guards it. Look-ups may go on side by side. An insertion that throws std::bad_alloc has changed
+// nothing, and a removal needs no memory.
 template <class Value>
 class address_map {
 public:
   std::size_t size() const { return size_; }
 
+  // Null if there is none.
   const Value* find(const void* key) const {
     const std::size_t index = place_of(key);
     return index == absent ? nullptr : &slots_[index].value;
   }
   Value* find(const void* key) { return const_cast<Value*>(std::as_const(*this).find(key)); }
 
-  // The value at the key, and whether it is new. One that is there already is left alone, and so is `value`.
+  // The value at the key, and whether it is new. If the key is there already, neither its value nor `value` changes.
   std::pair<Value*, bool> try_emplace(const void* key, Value&& value) {
     if (Value* found = find(key))
       return {found, false};
+    // At most three quarters are in use: a search ends at a free slot, and there must be one nearby.
     if ((size_ + 1) * 4 > slots_.size() * 3)
       rebuild(slots_.empty() ? least_slots : slots_.size() * 2);
     slot& free = slots_[free_place_for(key)];
@@ -39,7 +44,7 @@ public:
     return {&free.value, true};
   }
 
-  // Removes what is at the key and gives it back; nothing if there is none.
+  // Removes the value at the key and returns it; nothing if there is none.
   std::optional<Value> extract(const void* key) {
     const std::size_t index = place_of(key);
     if (index == absent)
@@ -51,6 +56,7 @@ public:
     return removed;
   }
 
+  // Calls visit(key, value) for each entry, in no particular order.
   template <class Visitor>
   void for_each(Visitor&& visit) const {
     for (const slot& each : slots_)
@@ -59,6 +65,7 @@ public:
   }
 
 private:
+  // Free if the key is null.
   struct slot {
     const void* key = nullptr;
     Value value{};
@@ -69,8 +76,8 @@ private:
   static constexpr std::size_t absent = ~std::size_t{0};
   static constexpr std::size_t least_slots = 16; // a power of two, as every number of slots is
 
-  // Where the search for a key begins. Addresses come in even distances; multiplied by the golden ratio, their uppermost
-  // bits lie about as far from each other as they can.
+  // The slot where the search for a key begins. Addresses are multiples of 16; multiplied by 2^64 divided by the golden
+  // ratio, their uppermost bits are spread as evenly as possible.
   std::size_t home_of(const void* key) const {
     const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key));
     return address * 0x9E3779B97F4A7C15U >> (std::countl_zero(slots_.size()) + 1);
@@ -96,7 +103,7 @@ private:
     return index;
   }
 
-  // Moves those behind a removed entry forward that would not be found across the gap.
+  // Entries behind the gap whose search would now end at it move forward.
   void close_gap(std::size_t gap) {
     for (std::size_t index = after(gap); slots_[index].key != nullptr; index = after(index)) {
       const std::size_t home = home_of(slots_[index].key);
@@ -118,7 +125,7 @@ private:
         slots_[free_place_for(each.key)] = std::move(each);
   }
 
-  // Far fewer entries than there were need not keep the room of all. Without memory for that, all stays as it is.
+  // Shrinks the array when few entries are left. Without memory for a smaller one, the large one stays.
   void give_back_room() noexcept {
     if (slots_.size() <= least_slots || size_ * 8 > slots_.size())
       return;

@@ -10,9 +10,9 @@ completion_state::~completion_state() {
   try {
     if (!is_complete()) {
       if (std::uncaught_exceptions() != 0)
-        return; // what an exception takes along was never begun, and the exception tells of it
+        return;
       log_warning("{}", texts_.destroyed_incomplete);
-      get_pipe(); // that it is open is told by it, too, when it goes
+      get_pipe(); // an open pipe logs a warning of its own when it is destroyed, so there must be one
     }
     if (pipe_ && !pipe_->is_closed())
       log_warning("{}", texts_.destroyed_open);
@@ -21,29 +21,31 @@ completion_state::~completion_state() {
   }
 }
 
-// Whoever ends the operation sees that there is a pipe, or the maker of the pipe sees that it has ended: both of them
-// write before they read.
+// The pipe must be closed at the end, whether it is made before or after that. So both threads write before they read: the
+// one that ends the operation stores the outcome and then looks for a pipe, the one that makes the pipe stores it and then
+// looks at the outcome. One of them at least sees what the other has done.
 
 const notifier& completion_state::get_pipe() const {
   if (!has_pipe_)
     make_pipe();
-  return *pipe_;
+  return finished_pipe();
 }
 
 void completion_state::make_pipe() const {
-  std::unique_lock guard(lock_);
-  if (pipe_)
-    return;
-  pipe_.emplace();
-  has_pipe_ = true;
-  guard.unlock();
+  {
+    const lock_guard guard(lock_);
+    if (pipe_)
+      return;
+    pipe_.emplace();
+    has_pipe_ = true;
+  }
   if (is_complete())
-    pipe_->close(); // whoever ended it may have looked too early
+    finished_pipe().close();
 }
 
 void completion_state::close_pipe() const {
   if (has_pipe_)
-    pipe_->close();
+    finished_pipe().close();
 }
 
 void completion_state::enable_profiling() {
@@ -107,7 +109,7 @@ void completion_state::set_complete() {
 }
 
 bool completion_state::set_error(const std::exception_ptr& error) {
-  // First of all, so that a second failure of the same request can never throw.
+  // Asked first, so that a second error can never throw.
   const auto has_an_error = [](outcome seen) { return seen == outcome::failing || seen == outcome::failed; };
   if (has_an_error(outcome_))
     return false;

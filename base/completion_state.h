@@ -1,16 +1,17 @@
+// The state machine of operations and commands.
 #pragma once
 
 #include "base/notifier.h"
+#include "base/thread_annotations.h"
 
 #include <atomic>
 #include <cstdint>
 #include <exception>
-#include <mutex>
 #include <optional>
 
 namespace oryn::tarva::library {
 
-// The words of one level's state machine.
+// The words of one kind of operation. They live as long as the process.
 struct completion_texts {
   const char* profiling_after_submission;
   const char* already_submitted;
@@ -28,22 +29,24 @@ struct completion_texts {
 };
 
 // The state machine that logical operations, physical operations and device commands share: created, counted,
-// submitted, then succeeded or failed. Refuses repeated transitions, except a repeated error: the first
-// stands.
+// submitted, then succeeded or failed. Each owns one. A transition out of order is refused with std::logic_error and changes
+// nothing; a second error is no mistake, and the first stands.
 //
-// Each transition is one atomic step, as one operation makes many of them. The lock guards the making of the pipe only.
+// The caller's thread creates, counts and submits, workers report ends and errors, and any thread may ask. Each transition
+// is one atomic step, without a lock, since one operation makes many of them.
 class completion_state {
 public:
   enum class part_outcome { pending, last, last_after_error };
 
   explicit completion_state(const completion_texts& texts) : texts_(texts) {}
-  // Logs what was left undone, unless an exception unwinds it: then a request was refused on the way down.
+  // Logs a warning if it has not ended, but not while an exception unwinds the stack: then it was never begun, and the
+  // exception tells why.
   ~completion_state();
   completion_state(const completion_state&) = delete;
   completion_state& operator=(const completion_state&) = delete;
 
-  // Made for the first who asks, since few are ever waited for; from then on always the same.
-  const notifier& get_pipe() const;
+  // Is closed at the end. Made when it is first asked for, since few are ever waited for; always the same from then on.
+  const notifier& get_pipe() const TARVA_EXCLUDES(lock_);
   bool is_complete() const { return has_failed() || has_succeeded(); }
   bool has_failed() const { return outcome_ == outcome::failed; }
   // Complete without an error.
@@ -54,38 +57,42 @@ public:
   bool is_profiling_enabled() const { return profiling_enabled_; }
   void add_elapsed_time(std::uint64_t nanoseconds);
 
-  // The number of parts that will report; once, before submission.
+  // The number of parts that will report their end; once, before submission.
   void set_part_count(std::uint64_t count);
   void set_submitted();
-  // One part has ended. The last one completes the whole; the pipe is closed then, unless an error closed it.
+  // One part has ended. The last one completes the whole and closes the pipe, unless an error has done so.
   part_outcome part_complete();
   // Completes something that has no parts, and closes the pipe.
   void set_complete();
-  // True if this error is the first: it is kept and the pipe is closed. A later one is dropped.
+  // Ends it with this error and closes the pipe. False, with nothing changed, if there was an error before.
   bool set_error(const std::exception_ptr& error);
-  // Ends with the error what is not going to run, whether or not it has been submitted. Nothing else drives it any more.
+  // Ends with the error what is not going to run, whether or not it has been submitted. No other thread may report to it
+  // any more.
   void refuse(const std::exception_ptr& error) noexcept;
 
 private:
   static constexpr std::uint64_t never_set = ~std::uint64_t{0};
 
-  // While it is `failing`, one thread is putting the error where all can read it once it has `failed`.
+  // `failing` while one thread stores the error, which all may read once it is `failed`.
   enum class outcome : std::uint8_t { pending, failing, failed, succeeded };
 
   bool succeed();
-  void make_pipe() const;
+  void make_pipe() const TARVA_EXCLUDES(lock_);
+  // Once has_pipe_ is true, the pipe never changes and is read without the lock.
+  const notifier& finished_pipe() const TARVA_NOT_ANALYSED { return *pipe_; }
   void close_pipe() const;
 
   const completion_texts& texts_;
-  mutable std::mutex lock_;
-  mutable std::optional<notifier> pipe_;
+  // Guards the making of the pipe, nothing else. A leaf of the lock order: nothing is called while it is held.
+  mutable mutex lock_;
+  mutable std::optional<notifier> pipe_ TARVA_GUARDED_BY(lock_);
   mutable std::atomic<bool> has_pipe_ = false;
   std::atomic<bool> profiling_enabled_ = false;
   std::atomic<bool> submitted_ = false;
   std::atomic<outcome> outcome_ = outcome::pending;
   std::atomic<std::uint64_t> elapsed_time_ = 0;
   std::atomic<std::uint64_t> outstanding_parts_ = never_set;
-  std::exception_ptr error_; // never changes once the outcome is `failed`
+  std::exception_ptr error_; // written while the outcome is `failing`, read once it is `failed`
 };
 
 } // namespace oryn::tarva::library

@@ -9,7 +9,7 @@ void* map_large_block(std::size_t bytes) {
   constexpr std::size_t page = 4096, huge_page = std::size_t{2} << 20;
   if (bytes > std::numeric_limits<std::size_t>::max() - huge_page - page)
     throw std::bad_alloc();
-  // Enough to cut a piece out of it that begins with a huge page.
+  // One huge page more than is needed, so that the block can begin at the boundary of one. The rest is given back.
   const std::size_t used = (bytes + page - 1) / page * page;
   void* const mapping =
       mmap(nullptr, used + huge_page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -21,7 +21,7 @@ void* map_large_block(std::size_t bytes) {
   if (before != 0)
     munmap(start, before);
   munmap(block + used, huge_page - before);
-  madvise(block, used, MADV_HUGEPAGE); // advice: without huge pages all is as it was
+  madvise(block, used, MADV_HUGEPAGE); // only advice: without huge pages the block works as well
   return block;
 }
 

@@ -1,3 +1,4 @@
+// Storage for large blocks: the content of memory objects on the host, and tables that grow large.
 #pragma once
 
 #include <cstddef>
@@ -6,15 +7,16 @@
 
 namespace oryn::tarva::library {
 
-// From here on a block is worth pages of its own, and large ones: faults of ordinary pages decide how long the first
-// touch of it takes, and misses of the address translation how long random accesses to it take.
+// From this size on a block gets pages of its own, of 2 MiB if possible. With pages of 4 KiB, the first use of a large block
+// spends most of its time on page faults, and random accesses spend most of theirs on misses of the address translation.
 inline constexpr std::size_t large_block_size = std::size_t{4} << 20;
 
-// Zeroed storage straight from the system, backed by huge pages where the system has them. Throws std::bad_alloc.
+// Zeroed storage straight from the system. Any thread may call both; the caller owns the block and gives it back with the
+// same size. Throws std::bad_alloc.
 void* map_large_block(std::size_t bytes);
 void unmap_large_block(void* block, std::size_t bytes) noexcept;
 
-// For containers that may become large.
+// An allocator for containers that may become large. Small storage comes from operator new.
 template <class T>
 struct large_block_allocator {
   using value_type = T;

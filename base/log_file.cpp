@@ -15,7 +15,7 @@ namespace {
 }
 
 int open_for_appending(const char* name) {
-  // Without waiting, lest a pipe of that name hold the host up.
+  // Without O_NONBLOCK a pipe of that name would block the host until somebody reads from it.
   const int descriptor =
       open(name, O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
            S_IRUSR | S_IWUSR);

@@ -1,14 +1,20 @@
+// How lines are written without harm to the host: the file that they go to, and the signals that a write may raise.
 #pragma once
 
+#include <csignal>
+#include <ctime>
+#include <initializer_list>
 #include <string_view>
 
 namespace oryn::logging {
 
-// A file that lines are appended to. No line waits in a buffer, which a forked child would write once more when it
-// exits, and a program that takes this one's place does not inherit the file.
+// A file that lines are appended to. There is no buffer, since a forked child would write it out once more when it exits. A
+// program that takes this one's place (exec) does not inherit the file.
+//
+// It never changes once it is open. Each append() is in one piece unless the disk is full; the sink that owns it has a lock.
 class log_file {
 public:
-  // A regular file in the working directory, made for its owner alone; neither a link nor something that blocks. Throws
+  // Opens a file in the working directory, or makes it, for its owner alone. It must be a regular file and no link. Throws
   // std::system_error.
   explicit log_file(const char* name);
   log_file(const log_file&) = delete;
@@ -20,6 +26,34 @@ public:
 
 private:
   const int descriptor_;
+};
+
+// While it lives, a write of this thread just fails that goes into a pipe without a reader, or beyond the largest size that
+// the process may give a file. Without it such a write raises a signal, which ends a process that does not expect it. A
+// signal of that sort that was pending before is the host's, and stays.
+class withheld_write_signals {
+public:
+  withheld_write_signals() noexcept {
+    sigset_t pending;
+    sigpending(&pending);
+    sigemptyset(&withheld_);
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+      if (sigismember(&pending, signal) == 0)
+        sigaddset(&withheld_, signal);
+    pthread_sigmask(SIG_BLOCK, &withheld_, &before_);
+  }
+  withheld_write_signals(const withheld_write_signals&) = delete;
+  withheld_write_signals& operator=(const withheld_write_signals&) = delete;
+  ~withheld_write_signals() {
+    const timespec at_once{};
+    while (sigtimedwait(&withheld_, nullptr, &at_once) > 0)
+      continue;
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  }
+
+private:
+  sigset_t withheld_{};
+  sigset_t before_{};
 };
 
 } // namespace oryn::logging

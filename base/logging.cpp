@@ -1,7 +1,6 @@
 #include "base/logging.h"
 
 #include "base/log_file.h"
-#include "base/write_signals.h"
 
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/null_sink.h>
@@ -29,7 +28,7 @@ constexpr const char* pattern = "[%Y-%m-%d %T] [thread %t] [%n] [%l] %v";
 constexpr std::array<std::string_view, 6> level_names = {"trace", "debug", "info",
                                                          "warn",  "error", "critical"};
 
-// A process with more rights than its caller does not write where that one likes.
+// A process with more rights than its caller must not write where the caller likes, so it reads no variables.
 std::string_view read_environment(const char* variable, std::string_view fallback) {
   const char* value = secure_getenv(variable);
   return value ? std::string_view(value) : fallback;
@@ -43,7 +42,7 @@ log_level read_level(const char* variable) {
   return log_level::off;
 }
 
-// Without memory for a whole line, what fits into the room that every line has is left of it.
+// Without memory for a whole line it writes the beginning, as much as fits into the buffer that is part of every line.
 class frugal_formatter final : public spdlog::formatter {
 public:
   explicit frugal_formatter(std::unique_ptr<spdlog::formatter> whole) : whole_(std::move(whole)) {}
@@ -52,7 +51,7 @@ public:
     try {
       whole_->format(message, line);
     } catch (const std::bad_alloc&) {
-      constexpr std::size_t beginning = 100; // of the line: all that stands before the text
+      constexpr std::size_t beginning = 100; // enough for what stands before the text
       line.clear();
       spdlog::details::log_msg cut = message;
       cut.payload = {message.payload.data(),
@@ -113,7 +112,7 @@ void append(fmt::memory_buffer& line, const log_argument& argument) {
   }
 }
 
-// Puts the arguments where the pairs of braces are. Only a long line takes memory.
+// Puts the arguments in the places of the pairs of braces. Takes memory for a long line only.
 void compose(fmt::memory_buffer& line, std::string_view format, const log_argument* arguments,
              std::size_t count) {
   constexpr std::string_view place = "{}";
@@ -128,8 +127,8 @@ void compose(fmt::memory_buffer& line, std::string_view format, const log_argume
   line.append(format);
 }
 
-// Opens a logger, and closes it at exit. A forked child leaves the parent's logger alone: the locks in it may
-// have been held by a thread that the child does not have.
+// Opens a logger, and closes it when the process exits. A forked child does not close it: its locks may have been held by a
+// thread that the child does not have.
 class logger_lifetime {
 public:
   explicit logger_lifetime(logger& subject) : subject_(subject), process_(getpid()) { subject_.open(); }
@@ -145,7 +144,8 @@ private:
   const pid_t process_;
 };
 
-// What a logger writes through must be made before its lifetime begins, so that it goes after it.
+// Opens the logger at its first line. The static object is complete when open() has returned, so that what open() makes is
+// destroyed after the logger has closed.
 template <logger& subject>
 void bring_up_once() noexcept {
   try {
@@ -165,23 +165,24 @@ void logger::open() {
           std::make_unique<frugal_formatter>(std::make_unique<spdlog::pattern_formatter>(pattern)));
     level = read_level(description_.level_variable);
     auto opened = std::make_unique<target>();
-    opened->lines = create_lines(description_); // last of what takes memory: a second one would be refused
+    // The last step that takes memory: it cannot be repeated, since the name would be taken.
+    opened->lines = create_lines(description_);
     opened->lines->set_level(static_cast<spdlog::level::level_enum>(level));
-    const std::lock_guard guard(lock_);
+    const lock_guard guard(lock_);
     target_ = opened.release();
   } catch (const std::bad_alloc&) {
     throw;
   } catch (...) {
-    level = log_level::off; // a target that cannot be opened leaves the logger silent
+    level = log_level::off; // without a target the logger is silent
   }
   threshold_.store(static_cast<int>(level), std::memory_order_relaxed);
 }
 
 void logger::close() noexcept {
   threshold_.store(static_cast<int>(log_level::off), std::memory_order_relaxed);
-  const withheld_write_signals withheld; // a file is written to when it is closed
+  const withheld_write_signals withheld; // closing may still write
   std::unique_ptr<target> closed;
-  const std::lock_guard guard(lock_);
+  const lock_guard guard(lock_);
   closed.reset(target_);
   target_ = nullptr;
   if (closed)
@@ -197,7 +198,7 @@ void logger::write(log_level level, std::string_view format, const log_argument*
     const withheld_write_signals withheld;
     std::shared_ptr<spdlog::logger> lines;
     {
-      const std::lock_guard guard(lock_);
+      const lock_guard guard(lock_);
       if (target_)
         lines = target_->lines;
     }
@@ -213,7 +214,7 @@ void logger::write(log_level level, std::string_view format, const log_argument*
     }
     lines->log(spdlog_level, spdlog::string_view_t(line.data(), line.size()));
   } catch (...) {
-    // A line that cannot be written must not disturb the operation that it tells of.
+    // A line that cannot be written must not disturb the operation that it is about.
   }
 }
 

@@ -1,20 +1,21 @@
+// Two loggers, one for the library and one for the access layer below it. They are configured through the environment only
+// and silent by default. The logging library behind them is not visible here, so that it can stay private to this one.
 #pragma once
+
+#include "base/thread_annotations.h"
 
 #include <atomic>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <string_view>
 
-// Two loggers, one for the library and one for the access layer below it, configured through the environment
-// only and silent by default. Nothing of the logging library behind them shows here.
 namespace oryn::logging {
 
 enum class log_level : int { trace, debug, info, warning, error, critical, off };
 
-// One value of a log line, by reference: it lives no longer than the statement.
+// One value of a log line. It only refers to text, so it must not outlive the statement.
 class log_argument {
 public:
   enum class kind { text, unsigned_number, signed_number, boolean, pointer };
@@ -45,6 +46,8 @@ private:
   std::uint64_t bits_ = 0;
 };
 
+// What differs between the loggers. Levels are written as "trace", "debug", "info", "warn", "error" and "critical", targets
+// as "file" and "console"; anything else means off, or nowhere.
 struct logger_description {
   const char* name;
   const char* level_variable;
@@ -54,44 +57,50 @@ struct logger_description {
   void (*bring_up)() noexcept;
 };
 
-// Lives from before the first line to after the last one: it has nothing that an exit handler could take
-// away. What it writes to is opened by the first line that there is memory for, and closed by an exit handler, after
-// which lines are dropped. Without memory to compose a line its format is written as it stands.
+// A logger itself needs no start and no end, so that lines can be written at any moment of the process. Its target is opened
+// by the first line that there is memory for, and closed by an exit handler; later lines are dropped. Without memory to
+// compose a line, its format is written as it stands.
+//
+// Any thread may write, with any lock of the library held: the logger's lock comes last in the lock order, before those
+// that the logging library has inside.
 class logger {
 public:
   explicit constexpr logger(const logger_description& description) noexcept : description_(description) {}
   logger(const logger&) = delete;
   logger& operator=(const logger&) = delete;
 
-  // Until the first line every level passes, so that the first statement of all opens the logger.
+  // Before the logger is open every level is enabled, so that the first statement opens it.
   bool is_enabled(log_level level) const noexcept {
     return static_cast<int>(level) >= threshold_.load(std::memory_order_relaxed);
   }
   void write(log_level level, std::string_view format, const log_argument* arguments,
-             std::size_t count) noexcept;
+             std::size_t count) noexcept TARVA_EXCLUDES(lock_);
 
+  // Opens the logger unless it has been opened before. Any number of threads may call it at a time.
   void bring_up() noexcept { description_.bring_up(); }
-  // Throws std::bad_alloc alone; then nothing has changed. Whatever else goes wrong leaves the logger silent.
-  void open();
-  void close() noexcept;
+  // Called once each, by the object whose lifetime is that of the open logger. The first throws nothing but std::bad_alloc,
+  // with nothing changed; any other failure leaves the logger silent.
+  void open() TARVA_EXCLUDES(lock_);
+  void close() noexcept TARVA_EXCLUDES(lock_);
 
 private:
   struct target;
 
   const logger_description description_;
   std::atomic<int> threshold_{static_cast<int>(log_level::trace)};
-  std::mutex lock_;
-  target* target_ = nullptr;
+  mutex lock_;
+  target* target_ TARVA_GUARDED_BY(lock_) = nullptr; // null before it is opened and after it is closed
 };
 
 extern logger tarva_logger;
 extern logger skerv_logger;
 
-// A log statement: a silent logger costs one comparison, and a line that cannot be written is dropped.
+// A log statement. For a silent logger it costs one comparison. A line that cannot be written is dropped.
+// The arguments take the places of the pairs of braces in the format, in order.
 template <logger& destination, log_level severity>
 struct statement {
-  template <typename... arguments>
-  void operator()(std::string_view format, const arguments&... values) const noexcept {
+  template <class... Arguments>
+  void operator()(std::string_view format, const Arguments&... values) const noexcept {
     if (!destination.is_enabled(severity))
       return;
     const log_argument erased[] = {log_argument(values)..., log_argument("")};
@@ -124,6 +133,7 @@ inline constexpr logging::statement<logging::skerv_logger, logging::log_level::w
 inline constexpr logging::statement<logging::skerv_logger, logging::log_level::error> log_error{};
 inline constexpr logging::statement<logging::skerv_logger, logging::log_level::critical> log_critical{};
 
+// The first call opens the logger.
 logging::logger* get_logger() noexcept;
 
 } // namespace oryn::skerv

@@ -22,7 +22,7 @@ void compare_allocations(benchmark::State& state, std::uint64_t bytes) {
   const std::function<void()> give = [&] { block.reset(); };
   worker thread;
   compare(state, std::vector<subject>{
-                     {"tarva", [&] { caller::allocate(TARVA_ABI_TYPE_UINT8, bytes).reset(); }},
+                     {"tarva", [&] { const tarva::memory<std::uint8_t> object(bytes); }},
                      // Of OpenCL itself.
                      {"raw",
                       [&] {

@@ -24,7 +24,7 @@ void compare_builds(benchmark::State& state, bool cold) {
   };
   compare(state,
           std::vector<subject>{
-              {"tarva", [&] { caller::compile(tarva_devices().front(), source); }, prepare},
+              {"tarva", [&] { tarva_devices().front().build(source); }, prepare},
               {"raw", [&] { check(opencl().release_program(device.build(source)), "Releasing a program"); },
                prepare},
           });

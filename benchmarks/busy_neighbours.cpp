@@ -89,10 +89,10 @@ void compare_neighbours(benchmark::State& state) {
   constexpr double wanted_time = 1e6;
   steps = static_cast<cl_uint>(steps * wanted_time / usual_time(raw_launch));
 
-  const caller::kernel kernel = caller::find_kernel(caller::compile(tarva_devices()[0], source), "work");
-  const caller::memory here = make_resident(0, 1);
-  const caller::memory there = make_resident(1, 1);
-  const caller::arguments arguments{caller::argument(here), caller::argument(steps, TARVA_ABI_TYPE_UINT32)};
+  const tarva::kernel kernel = tarva_devices()[0].build(source).kernel("work");
+  const numbers here = make_resident(0, 1);
+  const numbers there = make_resident(1, 1);
+  const argument_list arguments{tarva::argument(here), tarva::argument(steps)};
   const std::function<void()> launching = [&] { launch(kernel, arguments); };
   const std::function<void()> writing = [&] { write(there, &value, 1); };
 

@@ -15,9 +15,8 @@ namespace {
 void compare_written(benchmark::State& state, std::uint64_t bytes) {
   const std::uint64_t count = bytes / sizeof(std::uint32_t);
   const std::vector<std::uint32_t> content(count, 3);
-  const caller::kernel kernel =
-      caller::find_kernel(caller::compile(tarva_devices().front(), kernel_source(1)), kernel_name(1).c_str());
-  caller::memory memory;
+  const tarva::kernel kernel = tarva_devices().front().build(kernel_source(1)).kernel(kernel_name(1));
+  numbers memory;
 
   const raw_device& device = first_raw_device();
   cl_program raw_program = device.build(kernel_source(1));
@@ -43,9 +42,9 @@ void compare_written(benchmark::State& state, std::uint64_t bytes) {
 
   worker thread;
   compare(state, std::vector<subject>{
-                     {"tarva", [&] { launch(kernel, {caller::argument(memory)}); },
+                     {"tarva", [&] { launch(kernel, {tarva::argument(memory)}); },
                       [&] {
-                        memory = caller::allocate(TARVA_ABI_TYPE_UINT32, count);
+                        memory = numbers(count);
                         write(memory, content.data(), count);
                       },
                       [&] { memory.reset(); }},
@@ -65,8 +64,7 @@ void compare_never_written(benchmark::State& state, std::uint64_t bytes) {
     state.SkipWithError("the device has no room");
     return;
   }
-  const caller::kernel kernel =
-      caller::find_kernel(caller::compile(tarva_devices().front(), kernel_source(1)), kernel_name(1).c_str());
+  const tarva::kernel kernel = tarva_devices().front().build(kernel_source(1)).kernel(kernel_name(1));
   cl_program raw_program = device.build(kernel_source(1));
   cl_int status = CL_SUCCESS;
   cl_kernel raw_kernel = opencl().create_kernel(raw_program, kernel_name(1).c_str(), &status);
@@ -79,9 +77,8 @@ void compare_never_written(benchmark::State& state, std::uint64_t bytes) {
   worker thread;
   compare(state, std::vector<subject>{{"tarva",
                                        [&] {
-                                         const caller::memory memory = caller::allocate(
-                                             TARVA_ABI_TYPE_UINT32, bytes / sizeof(std::uint32_t));
-                                         launch(kernel, {caller::argument(memory)});
+                                         const numbers memory(bytes / sizeof(std::uint32_t));
+                                         launch(kernel, {tarva::argument(memory)});
                                        }},
                                       {"raw", raw},
                                       {"floor", [&] { thread.do_and_wait(raw); }}});

@@ -23,7 +23,7 @@ constexpr std::uint64_t calls = 2000;
 constexpr int rounds = 200;
 
 void compare_retains(benchmark::State& state, std::size_t threads) {
-  const caller::memory memory = caller::allocate(TARVA_ABI_TYPE_UINT32, 1);
+  const numbers memory(1);
   cl_context context = first_raw_device().get_context();
   thread_team team(threads);
   compare(state,

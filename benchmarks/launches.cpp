@@ -17,12 +17,11 @@ void compare_launches(benchmark::State& state, int argument_count, bool is_fresh
   const std::string name = kernel_name(argument_count);
   const cl_int number = 7;
 
-  const caller::kernel kernel =
-      caller::find_kernel(caller::compile(tarva_devices().front(), source), name.c_str());
-  const caller::memory memory = caller::allocate(TARVA_ABI_TYPE_INT32, 1);
-  caller::arguments arguments;
+  const tarva::kernel kernel = tarva_devices().front().build(source).kernel(name);
+  const tarva::memory<cl_int> memory(1);
+  argument_list arguments;
   for (int i = 0; i < argument_count; ++i)
-    arguments.push_back(i % 2 == 0 ? caller::argument(memory) : caller::argument(number));
+    arguments.push_back(i % 2 == 0 ? tarva::argument(memory) : tarva::argument(number));
 
   const raw_device& device = first_raw_device();
   cl_program raw_program = device.build(source);

@@ -12,8 +12,8 @@ namespace benchmarks {
 namespace {
 
 // Only grows, from one measure to the next.
-std::vector<caller::memory>& live_objects() {
-  static auto& objects = *new std::vector<caller::memory>;
+std::vector<numbers>& live_objects() {
+  static auto& objects = *new std::vector<numbers>;
   return objects;
 }
 
@@ -22,7 +22,7 @@ std::vector<caller::memory>& live_objects() {
 void compare_operations(benchmark::State& state, std::size_t count, bool at_random) {
   auto& objects = live_objects();
   while (objects.size() < count)
-    objects.push_back(caller::allocate(TARVA_ABI_TYPE_UINT32, 1));
+    objects.emplace_back(1);
   std::vector<std::uint32_t> raw_objects(count);
   std::minstd_rand random; // NOLINT(cert-msc51-cpp): the same picks in each run
   std::size_t index = 0;

@@ -89,11 +89,10 @@ void compare_movements(benchmark::State& state, std::uint64_t bytes) {
     state.SkipWithError("needs two devices");
     return;
   }
-  std::array<caller::kernel, 2> kernels;
+  std::array<tarva::kernel, 2> kernels;
   for (std::size_t i = 0; i < kernels.size(); ++i)
-    kernels[i] =
-        caller::find_kernel(caller::compile(tarva_devices()[i], kernel_source(1)), kernel_name(1).c_str());
-  const caller::memory memory = make_resident(0, bytes / sizeof(std::uint32_t));
+    kernels[i] = tarva_devices()[i].build(kernel_source(1)).kernel(kernel_name(1));
+  const numbers memory = make_resident(0, bytes / sizeof(std::uint32_t));
   std::size_t here = 0;
 
   raw_shuttle raw(bytes);
@@ -101,7 +100,7 @@ void compare_movements(benchmark::State& state, std::uint64_t bytes) {
   compare(state, std::vector<subject>{{"tarva",
                                        [&] {
                                          here = 1 - here;
-                                         launch(kernels[here], {caller::argument(memory)});
+                                         launch(kernels[here], {tarva::argument(memory)});
                                        }},
                                       {"raw", [&] { raw.move(); }},
                                       {"floor", [&] { by_threads.move_by_threads(); }}});

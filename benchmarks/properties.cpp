@@ -15,7 +15,7 @@ namespace {
 
 using namespace oryn::tarva::library;
 
-void write_tree(const caller::property& root, tarva_abi_tree_kind kind) {
+void write_tree(const tarva::property& root, tarva_abi_tree_kind kind) {
   const tarva_abi_tree_format_s format{kind, 1, 1, 0, 0, 0, 1};
   char* text = nullptr;
   tarva_abi_error_s* error = nullptr;
@@ -63,7 +63,7 @@ void ask_all(cl_device_id device, const std::vector<cl_device_info>& parameters)
 }
 
 void compare_trees(benchmark::State& state, tarva_abi_tree_kind kind) {
-  const caller::property root = caller::root<tarva_abi_get_device_root_property>(tarva_devices().front());
+  const tarva::property root = tarva_devices().front().properties();
   cl_device_id device = find_raw_devices().front();
   const std::vector<cl_device_info> parameters = parameters_of_tree();
   const std::vector<cl_device_info> distinct = without_repeats(parameters);

@@ -18,8 +18,7 @@ constexpr std::uint64_t launches = 20;
 
 void compare_submissions(benchmark::State& state, std::size_t threads) {
   const std::string source = kernel_source(0);
-  const caller::kernel kernel =
-      caller::find_kernel(caller::compile(tarva_devices().front(), source), kernel_name(0).c_str());
+  const tarva::kernel kernel = tarva_devices().front().build(source).kernel(kernel_name(0));
   const raw_device& device = first_raw_device();
   cl_program program = device.build(source);
   cl_int status = CL_SUCCESS;

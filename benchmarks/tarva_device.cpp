@@ -26,50 +26,50 @@ void check_call(tarva_abi_result result, const char* doing) {
   std::exit(1);
 }
 
-const std::vector<caller::device>& tarva_devices() {
-  static const auto& devices = *new std::vector<caller::device>(caller::devices());
+const std::vector<tarva::device>& tarva_devices() {
+  static const auto& devices = *new std::vector<tarva::device>(tarva::devices());
   return devices;
 }
 
-void write(const caller::memory& to, const void* from, std::uint64_t count) {
+void write(const numbers& to, const void* from, std::uint64_t count) {
   tarva_abi_future_s* future = nullptr;
   tarva_abi_error_s* error = nullptr;
   check_call(tarva_abi_async_write_memory(nullptr, to.get(), 0, count, from, &future, &error), "A write");
   wait(future);
 }
 
-void read(const caller::memory& from, void* to, std::uint64_t count) {
+void read(const numbers& from, void* to, std::uint64_t count) {
   tarva_abi_future_s* future = nullptr;
   tarva_abi_error_s* error = nullptr;
   check_call(tarva_abi_async_read_memory(nullptr, from.get(), 0, count, to, &future, &error), "A read");
   wait(future);
 }
 
-void copy(const caller::memory& from, const caller::memory& to, std::uint64_t count) {
+void copy(const numbers& from, const numbers& to, std::uint64_t count) {
   tarva_abi_error_s* error = nullptr;
   check_call(tarva_abi_copy_memory(nullptr, from.get(), 0, to.get(), 0, count, &error), "A copy");
 }
 
-void fill(const caller::memory& what, std::uint32_t value, std::uint64_t count) {
+void fill(const numbers& what, std::uint32_t value, std::uint64_t count) {
   tarva_abi_error_s* error = nullptr;
   check_call(tarva_abi_fill_memory(nullptr, what.get(), &value, 0, count, &error), "A fill");
 }
 
-void launch(const caller::kernel& kernel, const caller::arguments& arguments) {
-  static const tarva_abi_launch_range_s range = caller::line(1);
+void launch(const tarva::kernel& kernel, const argument_list& arguments) {
+  static constexpr auto range = tarva::range::items(1).in_groups_of(1);
   tarva_abi_error_s* error = nullptr;
-  check_call(tarva_abi_kernel_call(nullptr, kernel.get(), arguments.data(), arguments.size(), &range, &error),
+  check_call(tarva_abi_kernel_call(nullptr, kernel.get(), arguments.data(), arguments.size(), &range.record(),
+                                   &error),
              "A launch");
 }
 
-caller::memory make_resident(std::size_t device, std::uint64_t count) {
-  static auto& touch = *new std::map<std::size_t, caller::kernel>;
+numbers make_resident(std::size_t device, std::uint64_t count) {
+  static auto& touch = *new std::map<std::size_t, tarva::kernel>;
   if (touch.count(device) == 0)
-    touch.emplace(device, caller::find_kernel(caller::compile(tarva_devices().at(device), kernel_source(1)),
-                                              kernel_name(1).c_str()));
-  caller::memory made = caller::allocate(TARVA_ABI_TYPE_UINT32, count);
+    touch.emplace(device, tarva_devices().at(device).build(kernel_source(1)).kernel(kernel_name(1)));
+  numbers made(count);
   fill(made, 1, count);
-  launch(touch.at(device), {caller::argument(made)});
+  launch(touch.at(device), {tarva::argument(made)});
   fill(made, 2, count);
   return made;
 }

@@ -1,27 +1,28 @@
-// The library, as a C program would use it, on its first device.
+// The library on its first device. What is measured are the calls of a C program; all else is done in C++.
 #pragma once
 
-#include "tests/device/caller.h"
-
 #include <cstdint>
-#include <string>
+#include <tarva.hpp>
 #include <vector>
 
 namespace benchmarks {
 
+using numbers = tarva::memory<std::uint32_t>;
+using argument_list = std::vector<tarva_abi_kernel_argument_s>;
+
 // Ends the process, with `doing`, if a call has failed.
 void check_call(tarva_abi_result result, const char* doing);
 
-const std::vector<caller::device>& tarva_devices();
+const std::vector<tarva::device>& tarva_devices();
 
 // Each waits for the end.
-void write(const caller::memory& to, const void* from, std::uint64_t count);
-void read(const caller::memory& from, void* to, std::uint64_t count);
-void copy(const caller::memory& from, const caller::memory& to, std::uint64_t count);
-void fill(const caller::memory& what, std::uint32_t value, std::uint64_t count);
-void launch(const caller::kernel& kernel, const caller::arguments& arguments);
+void write(const numbers& to, const void* from, std::uint64_t count);
+void read(const numbers& from, void* to, std::uint64_t count);
+void copy(const numbers& from, const numbers& to, std::uint64_t count);
+void fill(const numbers& what, std::uint32_t value, std::uint64_t count);
+void launch(const tarva::kernel& kernel, const argument_list& arguments);
 
 // `count` 32-bit numbers that are resident on the device, in pages that have been touched.
-caller::memory make_resident(std::size_t device, std::uint64_t count);
+numbers make_resident(std::size_t device, std::uint64_t count);
 
 } // namespace benchmarks

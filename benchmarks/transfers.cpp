@@ -31,8 +31,8 @@ struct transfer_set {
   std::uint64_t bytes;
   std::uint64_t count;
   std::vector<std::uint32_t> block;
-  caller::memory first;
-  caller::memory second;
+  numbers first;
+  numbers second;
   cl_mem raw_first;
   cl_mem raw_second;
 };

@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::uint64_t all_bits = ~std::uint64_t{0};
 
-// What a version demands of its devices and 3.0 leaves to them, as far as a query tells. A device has a feature if the masked number that it gives is at least `least`; for a feature told by bits
-// mask and least are those bits.
+// What a version demands of its devices and 3.0 leaves to them, as far as a query tells. A device has a feature if the
+// masked number that it gives is at least `least`; for a feature told by bits mask and least are those bits.
 struct mandatory_feature {
   opencl_version since;
   cl_device_info query;

@@ -9,6 +9,8 @@
 //   1.2       else
 //
 // Whoever asks a device for what the capability promises and the device lacks gets the device's own answer: 0, or a refusal.
+//
+// Asked once for each device, by the thread that looks at the machine. Nothing is kept.
 #pragma once
 
 #include "capability/opencl_functions.h"

@@ -1,3 +1,5 @@
+// Two tables: the executors by the number of their command, which the compiler makes, and the slots of call handles. A command
+// looks into both and takes no lock.
 #include "capability/dispatch.h"
 
 #include "base/thread_annotations.h"

@@ -1,3 +1,7 @@
+// Contexts, queues and buffers.
+//
+// They are made of what was kept from trying the device where that will do, and counted here where OpenCL could refuse to
+// count. Queues are objects of this library; contexts and buffers are OpenCL's own.
 #include "capability/executor.h"
 #include "capability/kept_objects.h"
 #include "capability/kernels.h"
@@ -9,10 +13,11 @@
 namespace qv {
 namespace {
 
+// What a queue of the host's may have; the other bits are for queues of the device's own.
 constexpr cl_command_queue_properties host_queue_bits =
     CL_QUEUE_OUT_OF_ORDER_EXEC_MODE_ENABLE | CL_QUEUE_PROFILING_ENABLE;
 
-// The value of CL_QUEUE_PROPERTIES in a zero-terminated list of names and values.
+// The value of CL_QUEUE_PROPERTIES in a zero-terminated list of names and values. Without it a queue has no bits.
 cl_command_queue_properties queue_bits(const std::uint64_t* properties) {
   for (; properties != nullptr && properties[0] != 0; properties += 2)
     if (properties[0] == CL_QUEUE_PROPERTIES)
@@ -43,14 +48,15 @@ bool give_kept_context(const root_device& device, create_context_record& record)
          give(record, device.kept->take_context(record.pfn_notify, record.user_data));
 }
 
-// A queue of the host's; nothing but what OpenCL itself would make.
+// A queue of the host's; nothing but what OpenCL itself would make. The kept ones are of kinds that on-device queues are not.
 template <class Record>
 bool give_kept_queue(const root_device& device, Record& record, cl_command_queue_properties bits) {
   return device.kept != nullptr && record.device == device.id &&
          give(record, device.kept->take_queue(static_cast<cl_context>(record.context), bits));
 }
 
-// What a capability of 2.x asks for, in terms of the device as it is.
+// What a capability of 2.x asks for, in terms of the device as it is: a platform may lack the function, a device the queues,
+// or both, though it is offered as 2.x. The status is that of the last way that was tried.
 void make_queue(const root_device& device, create_command_queue_with_properties_record& record) {
   const auto context = static_cast<cl_context>(record.context);
   const auto id = static_cast<cl_device_id>(record.device);
@@ -78,7 +84,7 @@ void make_queue(const root_device& device, create_command_queue_with_properties_
 oryn::mutex contexts_lock;
 std::unordered_map<void*, std::size_t>* more_references TARVA_GUARDED_BY(contexts_lock) = nullptr;
 
-// True if there was one beyond OpenCL's.
+// True if there was one beyond OpenCL's. Unknown contexts have none, so that OpenCL judges them.
 bool drop_further_reference(void* context) {
   const oryn::lock_guard guard(contexts_lock);
   if (more_references == nullptr)
@@ -95,6 +101,7 @@ bool drop_further_reference(void* context) {
 
 } // namespace
 
+// Null entries among the devices crash some implementations; all else that may be wrong is OpenCL's to tell.
 void create_context(const root_device& device, create_context_record& record) {
   if (lacks_devices(record.devices, record.num_devices)) {
     refuse(record, CL_INVALID_DEVICE);
@@ -142,6 +149,7 @@ void create_command_queue_with_properties(const root_device& device,
   wrap_created<queue_object>(record, device.cl.release_command_queue);
 }
 
+// A buffer that cannot be remembered could not be used as an argument, so it is as if OpenCL had no memory.
 void create_buffer(const root_device& device, create_buffer_record& record) {
   create_or_refuse(record, device.cl.create_buffer, static_cast<cl_context>(record.context), record.flags,
                    record.size, record.host_ptr);

@@ -1,3 +1,7 @@
+// Work: transfers, copies, fills and launches, and the wait for all of it.
+//
+// Each is checked for what some implementation would follow blindly, handed to OpenCL, and told of by an event, whatever
+// becomes of it.
 #include "capability/executor.h"
 #include "capability/kernels.h"
 #include "capability/opencl_queries.h"
@@ -41,7 +45,7 @@ private:
   std::vector<cl_event> events_;
 };
 
-// Work with nobody to tell of its failure later is told of at once.
+// Work with nobody to tell of its failure later is told of at once; and should its queue not be finished, the finish tells.
 template <class Record, class Enqueue>
 void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) {
   const wait_list waits(record);
@@ -50,8 +54,9 @@ void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) 
     queue.add_outstanding_without_event();
 }
 
-// What all work has in common. `enqueue` is given the queue, the wait list and the place for the event, and returns the status. What is refused
-// becomes an event that has failed.
+// What all work has in common. `enqueue` is given the queue, the wait list and the place for the event, and returns the
+// status. What is refused, by whomever, becomes an event that has failed, and the command a success: whoever enqueues has no
+// way to undo what came before, and waits for the event anyway. The device may be the reason, so it is suspected.
 template <class Record, class Enqueue>
 void submit(const root_device& device, Record& record, Enqueue enqueue) {
   auto* const queue = static_cast<queue_object*>(record.command_queue);
@@ -82,11 +87,13 @@ void submit(const root_device& device, Record& record, Enqueue enqueue) {
     device.watch->suspect();
 }
 
-// Some implementations follow blindly a range whose end cannot be counted.
+// Some implementations follow blindly a range whose end cannot be counted. One that merely ends behind the buffer's is refused
+// by all.
 bool is_endless(std::size_t offset, std::size_t size) {
   return offset + size < offset;
 }
 
+// Reads and writes, which differ in the function alone.
 template <class Function>
 void transfer(const root_device& device, Function* function, enqueue_transfer_buffer_record& record) {
   submit(device, record, [&](cl_command_queue queue, const wait_list& waits, cl_event* event) -> cl_int {
@@ -102,7 +109,7 @@ cl_uint count_zeros(const std::size_t* sizes, cl_uint dimensions) {
   return static_cast<cl_uint>(std::count(sizes, sizes + dimensions, std::size_t{0}));
 }
 
-// The most work-items of a group that the device would choose.
+// The most work-items of a group that the device would choose. One that does not tell is taken to choose the least.
 std::uint64_t largest_group(const root_device& device, cl_kernel kernel) {
   if (device.quirks.chooses_groups_of_one)
     return 1;
@@ -197,6 +204,7 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
   });
 }
 
+// A queue that cannot be finished has told its events so, and that is enough; the device may be lost.
 void finish(const root_device& device, object_record& record) {
   auto* const queue = find_object<queue_object>(record.object, record);
   if (queue == nullptr)

@@ -1,3 +1,4 @@
+// Kernels, and the questions to them. What a kernel is, and what it remembers, is in kernels.h.
 #include "capability/executor.h"
 #include "capability/kernels.h"
 #include "capability/opencl_queries.h"
@@ -59,6 +60,7 @@ void complete_required_size(const root_device& device, const kernel_object& kern
 
 } // namespace
 
+// What is not known of a program before it is built, OpenCL tells: such a name, or no build at all.
 void create_kernel(const root_device& device, create_kernel_record& record) {
   record.result = nullptr;
   auto* const program = find_object<program_object>(record.program, record);
@@ -72,6 +74,7 @@ void create_kernel(const root_device& device, create_kernel_record& record) {
     record.result = kernel_object::make(device, *program, record.kernel_name, record.status);
 }
 
+// OpenCL writes its own kernels to the caller's array first; each is then replaced by an object of this library.
 void create_kernels_in_program(const root_device& device, create_kernels_in_program_record& record) {
   auto* const program = find_object<program_object>(record.program, record);
   if (program == nullptr)
@@ -99,13 +102,14 @@ void create_kernels_in_program(const root_device& device, create_kernels_in_prog
       made->release(device.cl);
 }
 
+// All that there is to check, the kernel knows.
 void set_kernel_arg(const root_device& device, set_kernel_arg_record& record) {
   if (auto* const kernel = find_object<kernel_object>(record.kernel, record))
     record.status = kernel->set_argument(device, record.arg_index, record.arg_size, record.arg_value);
 }
 
-// The program and the name of a kernel are known here, so that no launch can fail over these questions, and the program is told
-// by the handle that the caller knows.
+// The program and the name of a kernel are known here, so that no launch can fail over these questions, and the program is
+// told by the handle that the caller knows.
 void get_kernel_info(const root_device& device, get_object_info_record& record) {
   const auto* const kernel = find_object<kernel_object>(record.object, record);
   if (kernel == nullptr)
@@ -122,6 +126,7 @@ void get_kernel_info(const root_device& device, get_object_info_record& record) 
     kernel_to_ask(device, *kernel).ask(record, device.cl.get_kernel_info);
 }
 
+// An answer that an implementation gives wrongly is put right once it is there, so that refusals stay OpenCL's.
 void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record) {
   const auto* const kernel = find_object<kernel_object>(record.object, record);
   if (kernel == nullptr)

@@ -1,3 +1,7 @@
+// Programs: made of source, binaries, built-in kernels or SPIR-V, and built.
+//
+// Compilers run in the process of the host, so nothing reaches one that is known to end it. Programs that are given out are
+// objects of this library.
 #include "capability/executor.h"
 #include "capability/kept_objects.h"
 #include "capability/kernels.h"
@@ -26,7 +30,7 @@ cl_int check_binaries(const quirks& known, const create_program_with_binary_reco
   return CL_SUCCESS;
 }
 
-// The program that was made to find out whether one can be made.
+// The program that was made to find out whether one can be made, if it is for this device alone and has all the kernels.
 bool give_kept_program(const root_device& device, create_program_with_builtin_kernels_record& record) {
   if (device.kept == nullptr || record.num_devices != 1 || record.device_list == nullptr ||
       record.device_list[0] != device.id)
@@ -44,13 +48,14 @@ struct build_notification {
   void* user_data;
 };
 
+// What was allocated for the callback goes with its one call.
 void CL_CALLBACK notify_of_build(cl_program, void* user_data) {
   const std::unique_ptr<build_notification> owned(static_cast<build_notification*>(user_data));
   owned->notify(owned->program, owned->user_data);
 }
 
-// The options with that of the implementation's quirks, if it has one. In front, since a last option that lacks its value would
-// swallow it. Nothing if the caller's will do.
+// The options with that of the implementation's quirks, if it has one. In front, since a last option that lacks its value
+// would swallow it. Nothing if the caller's will do.
 std::optional<std::string> completed_options(const root_device& device, const program_object& program,
                                              const char* options) {
   const char* const added = device.quirks.build_option;
@@ -93,6 +98,7 @@ cl_int build_alone(Build build) {
 
 } // namespace
 
+// Texts may be without a zero at the end where their lengths are given; OpenCL reads as much as it is told to.
 void create_program_with_source(const root_device& device, create_program_with_source_record& record) {
   if (record.count == 0 || lacks_entries(record.strings, record.count)) {
     refuse(record, CL_INVALID_VALUE);
@@ -104,6 +110,8 @@ void create_program_with_source(const root_device& device, create_program_with_s
   wrap_created<program_object>(record, device.cl.release_program, true);
 }
 
+// The status of each binary is the caller's to look at only if there is an array for it. All have the one refusal here, since
+// OpenCL has not looked at any.
 void create_program_with_binary(const root_device& device, create_program_with_binary_record& record) {
   if (const cl_int status = check_binaries(device.quirks, record); status != CL_SUCCESS) {
     if (status == CL_INVALID_BINARY && record.binary_status != nullptr)
@@ -150,6 +158,7 @@ void create_program_with_il(const root_device& device, create_program_with_il_re
   wrap_created<program_object>(record, device.cl.release_program, false);
 }
 
+// A program in its wrapper, and otherwise the call itself: OpenCL checks the size of the value against the constant's.
 void set_program_specialization_constant(const root_device& device,
                                          set_program_specialization_constant_record& record) {
   if (const auto* const program = find_object<program_object>(record.program, record))
@@ -157,6 +166,9 @@ void set_program_specialization_constant(const root_device& device,
                                    record.spec_id, record.spec_size, record.spec_value);
 }
 
+// A program may be built again as long as no kernel of it is in use, which OpenCL checks; those kept here are not in use,
+// but it would not know. The options are remembered first, as a build with a callback may end on another thread before this
+// returns.
 void build_program(const root_device& device, build_program_record& record) {
   auto* const program = find_object<program_object>(record.program, record);
   if (program == nullptr)

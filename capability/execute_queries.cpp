@@ -1,3 +1,5 @@
+// The questions that are answered without a kernel: to devices, contexts, programs and events. Most go to OpenCL as they are;
+// what this library knows better it answers itself, in the form that OpenCL would.
 #include "capability/executor.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
@@ -23,6 +25,7 @@ void get_device_info(const root_device& device, get_device_info_record& record) 
   answer(record, &is_available, sizeof is_available);
 }
 
+// The references are those of the host; OpenCL itself has one, whatever the implementation counts.
 void get_context_info(const root_device& device, get_context_info_record& record) {
   if (record.param_name == CL_CONTEXT_REFERENCE_COUNT && record.context != nullptr) {
     const cl_uint references = references_of_context(record.context);
@@ -79,6 +82,7 @@ void get_event_info(const root_device& device, get_object_info_record& record) {
     ask(record, device.cl.get_event_info, event->event());
 }
 
+// Work that did not run took no time.
 void get_event_profiling_info(const root_device& device, get_object_info_record& record) {
   const auto* const event = find_object<event_object>(record.object, record);
   if (event == nullptr)
@@ -89,6 +93,7 @@ void get_event_profiling_info(const root_device& device, get_object_info_record&
     ask(record, device.cl.get_event_profiling_info, event->event());
 }
 
+// What a caller asks of a handle first; it is the same device while that is lost.
 void device_of_handle(const root_device& device, device_of_handle_record& record) {
   record.result = device.id;
 }

@@ -1,3 +1,4 @@
+// The exported functions, and the one machine that they are about.
 #include "base/thread_annotations.h"
 #include "capability/machine.h"
 
@@ -12,6 +13,7 @@ oryn::mutex machine_lock;
 const machine* the_machine TARVA_GUARDED_BY(machine_lock) = nullptr;
 bool has_ended TARVA_GUARDED_BY(machine_lock) = false;
 
+// Runs when the library is unloaded or the process ends, on whatever thread that happens.
 struct machine_end {
   ~machine_end() {
     // Not waited for: in a forked child the thread that held the lock is gone.
@@ -55,6 +57,8 @@ std::int32_t ask_machine(Question question) noexcept {
 #define QV_EXPORT __attribute__((visibility("default")))
 
 extern "C" {
+
+// What the six functions promise is told in qv.h.
 
 QV_EXPORT uint64_t qv_version(void) {
   return QV_VERSION;

@@ -24,8 +24,9 @@ bool ask(const opencl_functions& cl, cl_kernel kernel, cl_uint index, cl_kernel_
   return ask_value(value, name, cl.get_kernel_arg_info, kernel, index) == CL_SUCCESS;
 }
 
-// Images, samplers and queues are told by their types. Those names are short; a longer one does not fit, and is none of
-// them.
+// OpenCL names the address space of a parameter, and its type as the source has it. A parameter without an address space is
+// a value, unless its type says otherwise. Images, samplers and queues are told by their types. Those names are short; a
+// longer one does not fit, and is none of them.
 parameter kind_of(const opencl_functions& cl, cl_kernel kernel, cl_uint index) {
   cl_kernel_arg_address_qualifier address = 0;
   if (!ask(cl, kernel, index, CL_KERNEL_ARG_ADDRESS_QUALIFIER, address))

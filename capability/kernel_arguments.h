@@ -1,8 +1,8 @@
 // What may be given to a kernel as an argument, as far as an implementation tells.
 //
-// Implementations follow a wrong argument blindly: a number where a buffer belongs, a buffer that was released, a null value. So
-// arguments are checked here first, against what the kernel's parameters are and which buffers are alive. OpenCL 1.1 and
-// older, and programs that are not from source, tell nothing of parameters; there OpenCL alone judges.
+// Implementations follow a wrong argument blindly: a number where a buffer belongs, a buffer that was released, a null
+// value. So arguments are checked here first, against what the kernel's parameters are and which buffers are alive. OpenCL
+// 1.1 and older, and programs that are not from source, tell nothing of parameters; there OpenCL alone judges.
 //
 // All may be called from any thread. One lock guards the set of live buffers; it is held for a look-up only, and no other lock
 // is taken under it.

@@ -37,6 +37,7 @@ cl_int program_object::release(const opencl_functions& cl) noexcept {
   return status;
 }
 
+// Families of which a kernel is in use stay, with what they know: that kernel is of the build that it was made from.
 void program_object::forget_kernels(const opencl_functions& cl) noexcept {
   kernel_object* ended = nullptr;
   {
@@ -252,6 +253,7 @@ cl_int kernel_object::set_argument(const root_device& device, std::uint32_t inde
   return CL_SUCCESS;
 }
 
+// Two threads may both ask; they are told the same.
 group_size kernel_object::required_size(const opencl_functions& cl) const {
   {
     const oryn::lock_guard guard(kernels_lock);
@@ -289,6 +291,7 @@ bool kernel_object::holds(cl_mem buffer) const noexcept {
                      [buffer](const argument& each) { return each.buffer == buffer; });
 }
 
+// The place among the spares of the family was reserved when the parameters became known.
 void kernel_object::append_to_spares() noexcept {
   family_->second.spares.push_back(this); // there is room
   older_ = std::exchange(newest_spare, this);
@@ -305,7 +308,7 @@ void kernel_object::remove_from_spares() noexcept {
 
 cl_int kernel_object::release(const opencl_functions& cl) noexcept {
   if (this == out_of_memory())
-    return CL_SUCCESS;
+    return CL_SUCCESS; // it is everybody's
   program_object* const program = program_;
   kernel_object* ended = nullptr;
   {
@@ -332,6 +335,8 @@ cl_int kernel_object::release(const opencl_functions& cl) noexcept {
   return status;
 }
 
+// A look at every spare, of which there are few, each time a buffer goes: cheaper than to remember who holds what at each
+// argument of each launch.
 void kernel_object::drop_spares_with(const opencl_functions& cl, cl_mem buffer) noexcept {
   kernel_object* ended = nullptr;
   {

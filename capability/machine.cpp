@@ -1,3 +1,4 @@
+// Looking at the machine: from the loader's platforms to devices that have been tried; then what callers ask of them.
 #include "capability/machine.h"
 
 #include "capability/capability_rule.h"
@@ -11,7 +12,7 @@
 namespace qv {
 namespace {
 
-// More of them is no answer, and no memory is spent on it.
+// More platforms or devices is no answer, and no memory is spent on it.
 constexpr cl_uint most_objects = 4096;
 
 // The two steps that all OpenCL lists share: how many there are, and which. An implementation that tells another number the
@@ -59,6 +60,7 @@ bool read_numbers(root_device& device) {
   return true;
 }
 
+// By whole words: one extension's name may begin like another's.
 bool has_extension(const root_device& device, const std::string& name) {
   return (' ' + *device.find_text(CL_DEVICE_EXTENSIONS) + ' ').find(' ' + name + ' ') != std::string::npos;
 }
@@ -95,7 +97,8 @@ void try_builtin_kernels(root_device& device) {
   device.texts.push_back({CL_DEVICE_BUILT_IN_KERNELS, std::move(names)});
 }
 
-// Completes what is known of a device: why it cannot be used, or nothing.
+// Completes what is known of a device: why it cannot be used, or nothing. Questions come first; a device that cannot even say
+// what it is need not be tried.
 std::string look_at_device(root_device& device, cl_platform_id platform, const capability_set& forced) {
   if (device.id == nullptr || !read_texts(device))
     return "it does not say in one piece what it is";
@@ -156,10 +159,10 @@ std::vector<cl_device_id> list_devices(const opencl_functions& loader, cl_platfo
   return ids;
 }
 
+// A platform that does not say its name has no quirks, and one that does not say its version has the fewest functions.
 void append_devices(std::vector<root_device>& devices, const opencl_functions& loader,
                     cl_platform_id platform, const capability_set& forced) {
   const std::string name = platform_text(loader, platform, CL_PLATFORM_NAME).value_or("");
-  // What does not tell its version is trusted with the oldest only.
   const opencl_version version =
       parse_reported_version(platform_text(loader, platform, CL_PLATFORM_VERSION).value_or(""))
           .value_or(opencl_version{1, 0});
@@ -189,6 +192,7 @@ std::uint64_t make_node(std::uint64_t root, std::uint64_t capability) {
   return root << capability_bits | capability;
 }
 
+// A place for the count, and for as many entries as there is said to be room for.
 bool is_valid_list(std::uint64_t count, const std::uint64_t* array, const std::uint64_t* out_count) {
   return out_count != nullptr && (array != nullptr || count == 0);
 }
@@ -227,6 +231,7 @@ const root_device* machine::find(std::uint64_t root) const {
   return root >= 1 && root <= devices_.size() ? &devices_[root - 1] : nullptr;
 }
 
+// The count is that of all, also where the array has less room: the caller comes again.
 std::int32_t machine::get_root_devices(std::uint64_t count, std::uint64_t* array,
                                        std::uint64_t* out_count) const {
   if (!is_valid_list(count, array, out_count))
@@ -237,6 +242,7 @@ std::int32_t machine::get_root_devices(std::uint64_t count, std::uint64_t* array
   return QV_OK;
 }
 
+// At most one: a root device has a capability or lacks it.
 std::int32_t machine::find_capability_nodes(std::uint64_t root, std::uint64_t capability, std::uint64_t count,
                                             std::uint64_t* array, std::uint64_t* out_count) const {
   const root_device* device = find(root);

@@ -1,3 +1,4 @@
+// The table of entry points, filled from the loader's library and thinned by a platform's version.
 #include "capability/opencl_functions.h"
 
 #include "capability/environment.h"

@@ -20,6 +20,7 @@ namespace qv {
 // A status. An answer narrower than `value` fills its low bytes and leaves the others.
 template <class Value, class Query, class... Objects>
 cl_int ask_value(Value& value, cl_uint name, Query query, Objects... about) noexcept {
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): of a handle, too, which is a pointer
   return call_or_refuse(query, about..., name, sizeof value, static_cast<void*>(&value),
                         static_cast<std::size_t*>(nullptr));
 }

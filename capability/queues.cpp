@@ -15,8 +15,8 @@ bool has_ended(const opencl_functions& cl, cl_event event) {
          status <= CL_COMPLETE;
 }
 
-// For an event of a queue that could not be finished. Work that has ended keeps its own status; any other has that of the queue.
-// After this it writes nothing any more, as far as anybody can tell, since it was waited for by itself.
+// For an event of a queue that could not be finished. Work that has ended keeps its own status; any other has that of the
+// queue. After this it writes nothing any more, as far as anybody can tell, since it was waited for by itself.
 void wait_or_fail(const opencl_functions& cl, event_object& event, cl_int status) {
   const cl_event waited_for = event.event();
   static_cast<void>(call_or_refuse(cl.wait_for_events, cl_uint{1}, &waited_for));
@@ -54,6 +54,8 @@ event_object* queue_object::take_outstanding() noexcept {
   return std::exchange(first_, nullptr);
 }
 
+// The events that are outstanding now are this finish's to wait for. Those of another thread's finish are that one's, and
+// OpenCL's finish does not return before both have ended.
 cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexcept {
   // Before the finish: what another thread enqueues meanwhile is for the next one.
   const bool nobody_else_tells = has_work_without_event_.exchange(false);
@@ -70,6 +72,7 @@ cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexc
   return nobody_else_tells ? status : CL_SUCCESS;
 }
 
+// Events that nobody has waited for live on with their holders, and tell what OpenCL tells of them.
 cl_int queue_object::release(const opencl_functions& cl) noexcept {
   for (event_object* each = take_outstanding(); each != nullptr;)
     std::exchange(each, each->next_)->release(cl);

@@ -10,7 +10,10 @@ struct quirks_row {
   quirks known;
 };
 
+// Each entry was seen to do harm, or to be answered wrongly, on the implementation of that name. None is meant for one version
+// of it.
 constexpr std::array rows{
+    // A simulator, which keeps a stack of its own for each thread.
     quirks_row{"Oclgrind",
                {.uses_ended_thread_locals = true,
                 .loses_user_data_of_contexts = true,
@@ -19,6 +22,7 @@ constexpr std::array rows{
                 .takes_words_for_files = true,
                 .counts_groups_in_32_bits = true,
                 .chooses_groups_of_one = true}},
+    // Without the option it does not say of a kernel's parameters what they are. Its assertions are compiled in.
     quirks_row{"Portable Computing Language",
                {.build_option = "-cl-kernel-arg-info",
                 .asserts_on_large_local_arguments = true,
@@ -26,6 +30,7 @@ constexpr std::array rows{
                 .crashes_on_bitcode = true,
                 .reads_past_last_option = true,
                 .counts_groups_in_32_bits = true}},
+    // Of Mesa. It aborts where it meets what it does not expect.
     quirks_row{"rusticl",
                {.binaries = binary_format::rusticl,
                 .takes_words_for_files = true,
@@ -34,7 +39,7 @@ constexpr std::array rows{
                 .crashes_on_builtin_kernels = true,
                 .understates_group_sizes = true,
                 .counts_items_in_32_bits = true}},
-    // Without the option, its compiler fails an assertion at each image and sampler.
+    // Of Mesa, too, and older. Without the option, its compiler fails an assertion at each image and sampler.
     quirks_row{"Clover",
                {.build_option = "-no-opaque-pointers",
                 .tells_wrong_kernel_attributes = true,
@@ -52,6 +57,7 @@ quirks quirks_of_platform(std::string_view platform_name) {
 }
 
 void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir) {
+  // It can read bitcode where it was built to, which it says by the extension.
   known.crashes_on_bitcode = known.crashes_on_bitcode && !takes_spir;
   // Mesa's device on the processor, which several platforms have.
   constexpr std::string_view mesa_on_processor = "llvmpipe";

@@ -21,6 +21,9 @@ set(CPACK_COMPONENTS_ALL runtime development)
 if(TARVA_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
+if(TARGET python_binding)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
@@ -64,6 +67,16 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION "show the OpenCL devices of a machine
 The program tarva-info prints the OpenCL devices of a machine, and all that
 is to be known of them, for people and for scripts.")
 
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tarva)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.11), python3-numpy, liboryn-tarva0 ${same_version}")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "interface to all OpenCL devices of a machine - package for Python
+One plain interface to the OpenCL devices of a machine, of the versions 1.0
+to 2.2, with numpy arrays for what goes in and out.
+
+This package holds the module for Python, two pages about it, and examples.")
+
 # Debian's own files of each package, which `cmake --install` leaves out. The date of the version is that in CHANGELOG.md.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
 file(STRINGS CHANGELOG.md newest REGEX "^## " LIMIT_COUNT 1)
@@ -72,7 +85,7 @@ if(NOT newest MATCHES "^## ${PROJECT_VERSION}, (.+)$")
 endif()
 execute_process(COMMAND date --utc --rfc-email --date=${CMAKE_MATCH_1} OUTPUT_VARIABLE date
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-foreach(component IN ITEMS runtime development tools)
+foreach(component IN ITEMS runtime development tools python)
   string(TOUPPER ${component} upper)
   set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
   set(folder ${PROJECT_BINARY_DIR}/install/debian/${package})
@@ -90,5 +103,24 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${control}/triggers)
 file(WRITE ${control}/liboryn-tarva0
      "liboryn-tarva0: package-name-doesnt-match-sonames\nliboryn-tarva0: maintscript-calls-ldconfig\n")
 install(FILES ${control}/liboryn-tarva0 DESTINATION share/lintian/overrides COMPONENT runtime EXCLUDE_FROM_ALL)
+
+# Python's byte code is made and taken away as for Debian's own packages, save below another root.
+if(TARGET python_binding)
+  foreach(script IN ITEMS "postinst configure py3compile" "prerm remove py3clean")
+    string(REPLACE " " ";" parts ${script})
+    list(POP_FRONT parts script action tool)
+    file(WRITE ${control}/python/${script} "#!/bin/sh
+set -e
+if [ \"$1\" = ${action} ] && [ -z \"$DPKG_ROOT\" ] && command -v ${tool} >/dev/null; then
+  ${tool} -p python3-tarva
+fi
+")
+    list(APPEND CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${control}/python/${script})
+  endforeach()
+  install(FILES docs/python.md docs/coming-from-pyopencl.md DESTINATION share/doc/python3-tarva COMPONENT python
+          EXCLUDE_FROM_ALL)
+  install(DIRECTORY docs/pictures python/examples DESTINATION share/doc/python3-tarva COMPONENT python EXCLUDE_FROM_ALL
+          PATTERN __pycache__ EXCLUDE)
+endif()
 
 include(CPack)

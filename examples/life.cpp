@@ -46,7 +46,7 @@ int main(int argc, char** argv) try {
     glider[cell] = 1;
 
   using cells = tarva::memory<std::uint8_t>;
-  const auto next = tarva::first_device().build(source).kernel<cells, cells>("next");
+  const auto next = tarva::best_device().build(source).kernel<cells, cells>("next");
   const bool to_terminal = isatty(STDOUT_FILENO) != 0;
   cells now(glider), then(now.size());
   if (to_terminal)

@@ -85,7 +85,7 @@ int main(int argc, char** argv) try {
   make_disc(start, speed);
 
   using vectors = tarva::memory<tarva::float4>;
-  const tarva::program program = tarva::first_device().build(source);
+  const tarva::program program = tarva::best_device().build(source);
   const auto accelerate = program.kernel<vectors, vectors, float>("accelerate");
   const auto move = program.kernel<vectors, vectors, float>("move");
   const vectors bodies(start, "bodies"), speeds(speed, "speeds");

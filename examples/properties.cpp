@@ -1,4 +1,4 @@
-// Everything that the library tells of the first device, of a program, a kernel and a memory object.
+// Everything that the library tells of the best device, of a program, a kernel and a memory object.
 #include <iostream>
 #include <tarva.hpp>
 
@@ -16,7 +16,7 @@ void print(const tarva::property& property, int depth) {
 } // namespace
 
 int main() try {
-  const tarva::device device = tarva::first_device();
+  const tarva::device device = tarva::best_device();
   const tarva::program program = device.build("kernel void nothing(global int* data) {}", "-w", "an example");
   const tarva::memory<tarva::float4> memory(100, "some vectors");
   print(device.properties(), 0);

@@ -26,7 +26,7 @@ const char* const source = R"(
 
 int main() try {
   using numbers = tarva::memory<std::uint32_t>;
-  const auto program = tarva::first_device().build(source);
+  const auto program = tarva::best_device().build(source);
   const auto add_up = program.kernel<numbers, std::uint32_t, numbers, tarva::local<std::uint32_t>>("add_up");
 
   std::vector<std::uint32_t> input(1'000'003);

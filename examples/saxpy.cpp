@@ -2,7 +2,7 @@
 #include <tarva.hpp>
 
 int main() {
-  const auto program = tarva::first_device().build(R"(
+  const auto program = tarva::best_device().build(R"(
     kernel void saxpy(float a, global const float* x, global float* y) {
       y[get_global_id(0)] += a * x[get_global_id(0)];
     })");

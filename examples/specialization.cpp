@@ -37,30 +37,28 @@ constexpr std::uint32_t code[] = {
     0x00010038,                              // OpFunctionEnd
 };
 
-// The first device that takes the module with the constant. Below OpenCL 2.2 asking for constants is an error.
-const tarva::device* find_device(const std::vector<tarva::device>& devices,
-                                 const std::vector<tarva::constant>& with) {
+// A device that takes the module with the constant, the best one if it does. Below OpenCL 2.2 asking for constants is
+// an error.
+tarva::device find_device(const std::vector<tarva::constant>& with) {
+  std::vector<tarva::device> devices = tarva::devices();
+  devices.insert(devices.begin(), tarva::best_device());
   for (const tarva::device& device : devices)
-    try {
-      if (device.supports(tarva::ir::spir_v, with))
-        return &device;
-    } catch (const tarva::logic_failure&) {
-    }
-  return nullptr;
+    if (tarva::attempt([&] { return device.supports(tarva::ir::spir_v, with); }).value_or(false))
+      return device;
+  return {};
 }
 
 } // namespace
 
 int main() try {
   const std::vector<tarva::constant> constants = {{7, 5U}};
-  const std::vector<tarva::device> devices = tarva::devices();
-  const tarva::device* device = find_device(devices, constants);
-  if (device == nullptr) {
+  const tarva::device device = find_device(constants);
+  if (!device) {
     std::cout << "No device of this machine takes SPIR-V with constants.\n";
     return 77;
   }
   const auto bytes = tarva::as_bytes(code);
-  const tarva::build_result built = device->try_load(tarva::ir::spir_v, bytes, "", "multiply", constants);
+  const tarva::build_result built = device.try_load(tarva::ir::spir_v, bytes, "", "multiply", constants);
   if (!built.success) {
     std::cerr << "The module does not build: " << built.log << '\n';
     return 1;

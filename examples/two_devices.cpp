@@ -4,8 +4,11 @@
 #include <tarva.hpp>
 
 int main() try {
-  const std::vector<tarva::device> devices = tarva::devices();
-  const tarva::device &first = devices.at(0), &second = devices.size() > 1 ? devices[1] : first;
+  const tarva::device first = tarva::best_device();
+  tarva::device second = first;
+  for (const tarva::device& other : tarva::devices())
+    if (other.properties()["OBJECT_ID"].value_text() != first.properties()["OBJECT_ID"].value_text())
+      second = other;
 
   using numbers = tarva::memory<int>;
   const char* source = "kernel void scale(global int* data, int factor, int summand) {"

@@ -1,3 +1,4 @@
+// The graph in which operations and commands stand.
 #pragma once
 
 #include <algorithm>

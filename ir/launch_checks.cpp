@@ -135,15 +135,15 @@ std::string list_sizes(unsigned sizes) {
 }
 
 // Null for a parameter that some argument fits.
-const char* unservable(kernel_parameter::kind kind) {
+const char* unservable(parameter_kind kind) {
   switch (kind) {
-  case kernel_parameter::kind::image:
+  case parameter_kind::image:
     return "an image";
-  case kernel_parameter::kind::sampler:
+  case parameter_kind::sampler:
     return "a sampler";
-  case kernel_parameter::kind::device_queue:
+  case parameter_kind::device_queue:
     return "a device queue";
-  case kernel_parameter::kind::other_value:
+  case parameter_kind::other_value:
     return "a value of a size that no data type has";
   default:
     return nullptr;
@@ -151,13 +151,13 @@ const char* unservable(kernel_parameter::kind kind) {
 }
 
 std::string wanted(const kernel_parameter& parameter) {
-  switch (parameter.of) {
-  case kernel_parameter::kind::memory:
+  switch (parameter.kind) {
+  case parameter_kind::memory:
     return "a memory object";
-  case kernel_parameter::kind::local_memory:
+  case parameter_kind::local_memory:
     return "local memory";
   default:
-    return parameter.fitting == all_value_sizes ? "a value" : "a value of " + list_sizes(parameter.fitting);
+    return parameter.accepted == all_value_sizes ? "a value" : "a value of " + list_sizes(parameter.accepted);
   }
 }
 
@@ -186,7 +186,7 @@ std::string describe(const kernel_argument_pod_value& value) {
 
 void refuse_argument(const argument_place& place, const kernel_parameter& parameter,
                      const std::string& given) {
-  if (const char* const thing = unservable(parameter.of))
+  if (const char* const thing = unservable(parameter.kind))
     throw std::logic_error(to_string(place) + " is " + thing + ", which no argument can be.");
   throw std::logic_error(to_string(place) + " must be " + wanted(parameter) + ", but " + given +
                          " was provided.");

@@ -1,15 +1,17 @@
+// What is wrong with a launch.
 #pragma once
 
 #include "ir/nd_range.h"
 #include "objects/kernel_arguments.h"
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 
 #include <cstdint>
 #include <string>
 
 namespace oryn::tarva::library {
 
-// The refusals of a launch that would fail, or worse, on the device. All throw std::logic_error.
+// The refusals of a launch that would fail, or worse, on the device. They run on the caller's thread before anything
+// changes, and throw std::logic_error. All that they need of the kernel was read when it was made.
 
 void check_work_dimension(const nd_range& range, bool has_global_offset);
 void check_argument_count(std::uint64_t count, const launch_limits& limits);
@@ -53,7 +55,7 @@ std::string describe(const kernel_argument_pod_value& value);
 template <class Argument>
 [[gnu::always_inline]] inline void check_argument(const library_kernel& kernel, std::uint64_t index,
                                                   const kernel_parameter& parameter, const Argument& given) {
-  if (!parameter.takes(form_of(given)))
+  if (!parameter.accepts(form_of(given)))
     refuse_argument({kernel, index}, parameter, describe(given));
 }
 

@@ -2,7 +2,7 @@
 
 #include "base/end_of_process.h"
 #include "memory/library_memory.h"
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 
 #include <sstream>
 #include <stdexcept>

@@ -1,3 +1,4 @@
+// Blocks of memory on a device.
 #pragma once
 
 #include "properties/data_type.h"
@@ -10,7 +11,7 @@ namespace oryn::tarva::library {
 
 class library_device;
 
-// Storage on one device, opaque to all but that device. Keeps the device alive.
+// Storage on one device, as the device has made it. Keeps the device alive.
 class device_memory_allocation {
 public:
   device_memory_allocation(std::shared_ptr<library_device> device, data_type type, std::uint64_t size,
@@ -33,8 +34,8 @@ private:
   data_type type_;
 };
 
-// A typed block of storage on one device: described once, then allocated and freed by commands. Sizes are
-// numbers of elements. No lock: the order of the commands that use a block keeps access to it serial.
+// A typed block of storage on one device: described once on the thread of a caller, then allocated, used and freed by the
+// commands of the device's worker. Sizes are numbers of elements. No lock, for the reason that a host block has none.
 class device_memory {
 public:
   explicit device_memory(std::shared_ptr<library_device> device);

@@ -166,7 +166,7 @@ void host_memory::fill(const std::vector<std::uint8_t>& value, std::uint64_t off
   require(value.size() == size,
           "Attempting to fill memory with a value that is larger than the size of the underlying type.");
   auto* base = get_writable_address(0);
-  require(is_within(offset, count, size_), "Fill operation would overflow target capacity.");
+  check_fill_range(offset, count, size_);
   has_content_ = true;
   repeat_pattern(base + size * offset, value, size * count);
 }

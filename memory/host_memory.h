@@ -1,3 +1,4 @@
+// Blocks of host memory, and the byte order of what is in them.
 #pragma once
 
 #include "base/large_block.h"
@@ -56,9 +57,12 @@ private:
   std::uint8_t* data_ = nullptr;
 };
 
-// A typed block of host storage: the library's own, or a view of storage that the caller owns. All sizes and
-// positions are numbers of elements. No lock: the order of the commands that use a block keeps access to it
-// serial.
+// A typed block of host storage: the library's own, or a view of storage that the caller owns. All sizes and positions are
+// numbers of elements.
+//
+// A block is described on the thread of a caller and then used by the commands of a worker. It has no lock: a caller touches
+// it again only when the commands have ended, and the commands of one block run one after the other. What is wrong with a
+// use of it throws std::logic_error; want of storage throws std::bad_alloc and leaves the block as it was.
 class host_memory {
 public:
   host_memory();

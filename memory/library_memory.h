@@ -1,3 +1,4 @@
+// Memory objects as the user sees them.
 #pragma once
 
 #include "properties/data_type.h"
@@ -10,8 +11,8 @@
 
 namespace oryn::tarva::library {
 
-// The user's description of a block of typed elements. It holds no storage and does not know where its
-// content is. Two objects with equal fields are different memory: identity is the address.
+// The user's description of a block of typed elements. It never changes, holds no storage, and does not know where its
+// content is: that is the scheduler's to know. Two objects with equal fields are different memory: identity is the address.
 class library_memory : public property_interface {
 public:
   library_memory(data_type type, std::uint64_t num_elements, std::string user_label);

@@ -22,12 +22,16 @@ void check_host_copy(const block_shape& source, std::uint64_t source_start, cons
     throw std::logic_error("Memory copy would overflow allocation capacity.");
 }
 
+void check_fill_range(std::uint64_t start, std::uint64_t count, std::uint64_t size) {
+  if (!is_within(start, count, size))
+    throw std::logic_error("Fill operation would overflow target capacity.");
+}
+
 void check_fill(const std::vector<std::uint8_t>& value, std::uint64_t start, std::uint64_t count,
                 const block_shape& memory) {
   if (value.size() != element_size(memory.type))
     throw std::logic_error("Fill value is an incorrect size for the given type.");
-  if (!is_within(start, count, memory.size))
-    throw std::logic_error("Fill operation would overflow target capacity.");
+  check_fill_range(start, count, memory.size);
 }
 
 } // namespace oryn::tarva::library

@@ -1,3 +1,5 @@
+// Ranges of elements: what fits into a block and what does not. Here alone positions and counts, which are numbers of
+// elements, are compared with sizes; none of it can wrap around.
 #pragma once
 
 #include "properties/data_type.h"
@@ -32,7 +34,7 @@ struct block_shape {
   std::uint64_t size;
 };
 
-// The refusals of a copy in which a device takes part. Positions and counts are numbers of elements.
+// The refusals of a copy in which a device takes part. These functions throw std::logic_error.
 void check_device_copy(const block_shape& source, std::uint64_t source_start, const block_shape& destination,
                        std::uint64_t destination_start, std::uint64_t count);
 
@@ -41,6 +43,7 @@ void check_host_copy(const block_shape& source, std::uint64_t source_start, cons
                      std::uint64_t destination_start, std::uint64_t count);
 
 // The refusals of a fill, on the host and on a device alike.
+void check_fill_range(std::uint64_t start, std::uint64_t count, std::uint64_t size);
 void check_fill(const std::vector<std::uint8_t>& value, std::uint64_t start, std::uint64_t count,
                 const block_shape& memory);
 

@@ -1,9 +1,11 @@
+// What programs are loaded from, and what loading gives.
 #pragma once
 
 #include "properties/data_type.h"
 
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,7 +39,8 @@ class empty_ir_header : public ir_header {};
 class spirv_specialization_constant {
 public:
   // Copies one element of `type` from `value`.
-  spirv_specialization_constant(std::uint64_t id, data_type type, const void* value);
+  spirv_specialization_constant(std::uint64_t id, data_type type, const void* value)
+      : id_(id), type_(type), value_(copy_element_bytes(value, type)) {}
 
   std::uint64_t get_id() const { return id_; }
   data_type get_type() const { return type_; }
@@ -56,7 +59,13 @@ public:
       : constants_(std::move(constants)) {}
 
   std::uint64_t size() const { return constants_.size(); }
-  const spirv_specialization_constant& at(std::uint64_t index) const;
+  const spirv_specialization_constant& at(std::uint64_t index) const {
+    if (index >= constants_.size())
+      throw std::out_of_range("Attempted to access array entry " + std::to_string(index) +
+                              " but there are only " + std::to_string(constants_.size()) +
+                              " array elements.");
+    return constants_[index];
+  }
 
 private:
   std::vector<spirv_specialization_constant> constants_;

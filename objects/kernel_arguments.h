@@ -1,3 +1,4 @@
+// The arguments of a launch.
 #pragma once
 
 #include "properties/data_type.h"

@@ -12,7 +12,7 @@ namespace oryn::tarva::library {
 namespace {
 
 namespace cl = skerv::common::cl;
-using kind = kernel_parameter::kind;
+using kind = parameter_kind;
 
 bool is_refusal(std::int32_t status) {
   return status == cl::invalid_arg_size || status == cl::invalid_arg_value ||
@@ -65,7 +65,7 @@ kernel_parameter judge(const parameter_answers& answers) {
 
 bool kernel_signature::tells_something() const {
   return parameters.empty() || std::any_of(parameters.begin(), parameters.end(), [](const auto& each) {
-           return each.fitting != kernel_parameter::anything && each.fitting != all_value_sizes;
+           return each.accepted != kernel_parameter::anything && each.accepted != all_value_sizes;
          });
 }
 
@@ -99,6 +99,35 @@ std::shared_ptr<const kernel_signature> signature_table::find(const std::string&
 void signature_table::keep(const std::string& name, std::shared_ptr<const kernel_signature> signature) {
   const lock_guard guard(lock_);
   known_.insert_or_assign(name, std::move(signature));
+}
+
+// Bit by bit, from the highest power of four on.
+std::uint64_t integer_square_root(std::uint64_t value) {
+  std::uint64_t root = 0;
+  for (std::uint64_t bit = 0x4000000000000000; bit != 0; bit >>= 2) {
+    if (value >= root + bit) {
+      value -= root + bit;
+      root = (root >> 1) + bit;
+    } else {
+      root >>= 1;
+    }
+  }
+  return root;
+}
+
+// Three bits of the value give one bit of the root.
+std::uint64_t integer_cube_root(std::uint64_t value) {
+  std::uint64_t root = 0;
+  for (int shift = 63; shift >= 0; shift -= 3) {
+    root *= 2;
+    const std::uint64_t step = 3 * root * (root + 1) + 1;
+    const std::uint64_t shifted = step << shift;
+    if (shifted >> shift == step && shifted <= value) {
+      value -= shifted;
+      ++root;
+    }
+  }
+  return root;
 }
 
 } // namespace oryn::tarva::library

@@ -1,4 +1,4 @@
-// What a kernel's parameter takes, as far as the device's answers tell.
+// What a launch of a kernel must respect, and what its parameters take, as far as the device's answers tell.
 #pragma once
 
 #include "base/thread_annotations.h"
@@ -45,29 +45,30 @@ struct parameter_answers {
   }
 };
 
-struct kernel_parameter {
-  enum class kind : std::uint8_t {
-    untold,
-    value,
-    memory,
-    local_memory,
-    // These no argument can be.
-    image,
-    sampler,
-    device_queue,
-    other_value, // of a size that no data type has
-  };
+enum class parameter_kind : std::uint8_t {
+  unknown, // the device does not tell
+  value,
+  memory,
+  local_memory,
+  // These no argument can be.
+  image,
+  sampler,
+  device_queue,
+  other_value, // of a size that no data type has
+};
 
-  // What can be given: values of these sizes, and these.
+struct kernel_parameter {
+  // Sets of what can be given: values of these sizes, which are their bits, and these.
   static constexpr std::uint16_t memory_or_null = 0x100, local_memory = 0x200, anything = 0x3FF;
   static_assert(all_value_sizes < memory_or_null);
 
-  kind of = kind::untold;
-  std::uint16_t fitting = anything;
+  parameter_kind kind = parameter_kind::unknown;
+  std::uint16_t accepted = anything;
 
-  bool takes(std::uint64_t what) const { return (fitting & what) != 0; }
+  bool accepts(std::uint64_t given) const { return (accepted & given) != 0; }
 };
 
+// What the answers tell of the parameter.
 kernel_parameter judge(const parameter_answers& answers);
 
 // What all kernels of one name of a program have in common. To learn it takes several calls for each parameter.
@@ -112,5 +113,9 @@ private:
   mutable mutex lock_;
   std::unordered_map<std::string, std::shared_ptr<const kernel_signature>> known_ TARVA_GUARDED_BY(lock_);
 };
+
+// For square and cubic work-groups: the largest integers whose square and cube are not above `value`.
+std::uint64_t integer_square_root(std::uint64_t value);
+std::uint64_t integer_cube_root(std::uint64_t value);
 
 } // namespace oryn::tarva::library

@@ -7,6 +7,12 @@
 
 namespace oryn::tarva::library {
 
+library_kernel::library_kernel(std::shared_ptr<library_program> program, std::string name)
+    : unique_identifier_(library::get_unique_identifier()), program_(std::move(program)),
+      name_(std::move(name)) {}
+
+library_kernel::~library_kernel() = default;
+
 // A built-in program is held by its own device: a strong pointer back would keep both for ever.
 library_program::library_program(bool is_builtin, const std::shared_ptr<library_device>& device,
                                  std::string name)

@@ -1,5 +1,7 @@
+// Programs for one device, and their kernels.
 #pragma once
 
+#include "objects/launch_limits.h"
 #include "properties/catalogue_owner.h"
 #include "properties/program_catalogue.h"
 #include "properties/property_interface.h"
@@ -12,10 +14,49 @@
 namespace oryn::tarva::library {
 
 class library_device;
-class library_kernel;
+class library_program;
+namespace physical_ir {
+class kernel;
+class physical_operation;
+} // namespace physical_ir
+namespace device_ir {
+class device_command;
+}
 
-// A program for one device. It keeps its device alive, except for the device's own program of built-in
-// kernels, which the device itself holds.
+// A named entry point of a program. Holds no arguments and never changes, so any thread may use it. It keeps its program
+// alive.
+class library_kernel : public property_interface, public std::enable_shared_from_this<library_kernel> {
+public:
+  library_kernel(std::shared_ptr<library_program> program, std::string name);
+  ~library_kernel() override;
+  library_kernel(const library_kernel&) = delete;
+  library_kernel& operator=(const library_kernel&) = delete;
+
+  // A work-group size that suits the kernel in 1, 2 or 3 dimensions.
+  virtual size_triple get_preferred_work_group_size(std::uint64_t work_dim) = 0;
+  // The size fixed at compile time, or (0,0,0).
+  virtual size_triple get_compile_work_group_size() = 0;
+  virtual std::uint32_t get_max_compute_units() = 0;
+  virtual size_triple get_max_global_size() = 0;
+  virtual const launch_limits& get_launch_limits() const = 0;
+  // The command that carries out `launch`, which is what `operation` points to, on the kernel's own device.
+  virtual std::shared_ptr<device_ir::device_command>
+  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& operation,
+                      const physical_ir::kernel& launch) const = 0;
+
+  std::uint64_t get_unique_identifier() const { return unique_identifier_; }
+  const std::shared_ptr<library_program>& get_program() const { return program_; }
+  // By which the program was asked for it.
+  const std::string& get_name() const { return name_; }
+
+private:
+  const std::uint64_t unique_identifier_;
+  const std::shared_ptr<library_program> program_;
+  const std::string name_;
+};
+
+// A program that was built for one device. It keeps its device alive, except for the device's own program of built-in
+// kernels, which the device itself holds: that pointer back would keep both for ever. Any thread may use it.
 class library_program : public property_interface, public std::enable_shared_from_this<library_program> {
 public:
   library_program(bool is_builtin, const std::shared_ptr<library_device>& device, std::string name);

@@ -1,6 +1,6 @@
-#include "opencl/generate_device_command_sequence.h"
+#include "opencl/opencl_device_command.h"
 
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 
 #include <stdexcept>
 

@@ -55,10 +55,9 @@ bool has_spir_version(const skerv::opencl::device<V>& device, const char* wanted
 }
 
 template <version V>
-skerv::opencl::program<V> make_unspecialized_program(const skerv::opencl::context<V>& context,
-                                                     const skerv::opencl::device<V>& device,
-                                                     std::uint64_t type,
-                                                     const std::vector<std::uint8_t>& data) {
+skerv::opencl::program<V>
+make_unspecialized_program(const skerv::opencl::context<V>& context, const skerv::opencl::device<V>& device,
+                           std::uint64_t type, const std::vector<std::uint8_t>& data) {
   if (type == ir_type::device_binary || type == ir_type::spir_1_2 || type == ir_type::spir_2_0) {
     std::vector<skerv::opencl::device_binary<V>> binaries;
     binaries.push_back({device, data});

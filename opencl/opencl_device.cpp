@@ -5,9 +5,9 @@
 #include "base/logging.h"
 #include "memory/ranges.h"
 #include "objects/library_program.h"
-#include "opencl/buffer_commands.h"
-#include "opencl/generate_device_command_sequence.h"
 #include "opencl/make_program.h"
+#include "opencl/opencl_commands.h"
+#include "opencl/opencl_device_command.h"
 #include "opencl/opencl_device_work_dispatcher.h"
 #include "opencl/opencl_program.h"
 
@@ -74,9 +74,8 @@ void opencl_version_device<V>::initialize() {
   const std::string name = get_name();
   log_info("Begin initialization of OpenCL {} device {} named: {}", version_traits<V>::text,
            static_cast<const void*>(this), name);
-  context_ = std::make_unique<skerv::opencl::context<V>>(std::vector<std::uint64_t>{}, list_of_this(),
-                                                         &on_context_error,
-                                                         static_cast<library_device*>(this));
+  context_ = std::make_unique<skerv::opencl::context<V>>(
+      std::vector<std::uint64_t>{}, list_of_this(), &on_context_error, static_cast<library_device*>(this));
   builtin_program_ = make_builtin_program();
   make_default_device_queue();
   little_endian_ = device_->template get<skerv::opencl::device_parameter::endian_little>();
@@ -105,7 +104,8 @@ std::shared_ptr<library_program> opencl_version_device<V>::make_builtin_program(
     log_info(count_text, names.size());
     if (!names.empty())
       return std::make_shared<opencl_version_program<V>>(
-          true, *this, context_->create_program_with_builtin_kernels(list_of_this(), names), builtin_program_name);
+          true, *this, context_->create_program_with_builtin_kernels(list_of_this(), names),
+          builtin_program_name);
   }
   return std::make_shared<empty_program>(true, this->shared_from_this(), builtin_program_name);
 }

@@ -1,10 +1,11 @@
-// What the worker of a device needs of an OpenCL command, whatever its version.
+// OpenCL commands as those see them who need not know a version: the worker of a device, and the making of commands.
 #pragma once
 
 #include "ir/device_command.h"
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace oryn::tarva::library::device_ir::opencl {
 
@@ -51,5 +52,12 @@ public:
   // Null in a version that has no such command.
   virtual command_pointer make_fill(const operation_pointer& operation, device_fill fill) = 0;
 };
+
+// The commands, in order, that a physical operation becomes on the device of these queues: one for most, and a sequence
+// through a block on the host where the device's version has no command for it. Nothing is allocated, freed or enqueued
+// before the commands run. On the caller's thread.
+std::vector<std::shared_ptr<device_command>>
+generate_device_command_sequence(const std::shared_ptr<physical_ir::physical_operation>& operation,
+                                 opencl_queues& queues);
 
 } // namespace oryn::tarva::library::device_ir::opencl

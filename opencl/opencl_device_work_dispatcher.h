@@ -1,21 +1,54 @@
-// The worker of one device.
+// The worker of one device, and what other devices tell it.
 #pragma once
 
 #include "base/notifier.h"
 #include "base/thread_annotations.h"
 #include "ir/dag.h"
 #include "objects/library_device.h"
-#include "opencl/acquire_set.h"
 #include "opencl/opencl_stage.h"
 
 #include <atomic>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <memory>
 #include <thread>
+#include <tuple>
+#include <vector>
 
 namespace oryn::tarva::library::device_ir::opencl {
+
+// The signals that the releases of other devices have sent to one device, each until its acquire takes it. A signal counts
+// only once the worker has taken it over, so that what it sees does not change in the middle of a sweep. No lock of its own:
+// the dispatcher's guards it.
+class acquire_set {
+public:
+  using key = std::tuple<std::shared_ptr<library_device>, std::shared_ptr<library_device>, std::uint64_t>;
+  static key key_of(const synchronization_acquire& acquire);
+
+  // For `acquires` more acquires than before. Their signals then need no memory any more, on whichever thread they come.
+  void reserve_for(std::size_t acquires);
+  // An equal signal that is there already stays the only one.
+  void add(const key& signal);
+  bool has_new() const;
+  void take_over();
+  // Of the signals that have been taken over.
+  bool contains(const key& signal) const;
+  void remove(const key& signal);
+  void clear() { signals_.clear(); }
+
+private:
+  struct entry {
+    key signal;
+    bool is_taken_over = false;
+  };
+
+  std::vector<entry>::const_iterator find(const key& signal) const;
+
+  std::vector<entry> signals_;
+  std::size_t expected_ = 0;
+};
 
 // Runs all device commands of one device on a thread of its own. Each graph becomes a list in the order of execution. The
 // lists advance in turn, each as far as it can in one sweep: OpenCL commands, host function calls, releases, an acquire.

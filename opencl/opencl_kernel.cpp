@@ -2,7 +2,7 @@
 
 #include "access/opencl/program.h"
 #include "objects/library_program.h"
-#include "opencl/nd_range_kernel.h"
+#include "opencl/opencl_commands.h"
 #include "opencl/opencl_device.h"
 #include "opencl/read_launch_limits.h"
 

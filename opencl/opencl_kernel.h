@@ -3,7 +3,7 @@
 
 #include "access/opencl/kernel.h"
 #include "base/thread_annotations.h"
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 #include "opencl/opencl_version.h"
 #include "properties/catalogue_owner.h"
 #include "properties/kernel_catalogue.h"

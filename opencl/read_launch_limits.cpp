@@ -53,15 +53,13 @@ bool has_non_uniform_groups(const skerv::opencl::device<V>& device) {
   constexpr std::uint32_t non_uniform_work_group_support = 0x1065;
   if constexpr (V < version::v2_0)
     return false;
-  const std::string reported = ask([&] {
-                                 return device.template get<skerv::opencl::device_parameter::version>();
-                               }).value_or("");
+  const std::string reported =
+      ask([&] { return device.template get<skerv::opencl::device_parameter::version>(); }).value_or("");
   if (reported.rfind("OpenCL 1.", 0) == 0)
     return false;
   if (reported.rfind("OpenCL 2.", 0) == 0)
     return true;
-  return try_to_ask([&] { return device.get_bool(non_uniform_work_group_support); })
-      .value_or(true);
+  return try_to_ask([&] { return device.get_bool(non_uniform_work_group_support); }).value_or(true);
 }
 
 // More than a device can pass to a kernel: a count above it is no count.
@@ -120,11 +118,9 @@ launch_limits read_launch_limits(const skerv::opencl::kernel<V>& kernel,
     limits.compile_work_group_size.reset();
   limits.work_item_sizes =
       limit([&] { return device.template get<device_parameter::max_work_item_sizes>(); });
-  limits.local_memory_bytes =
-      limit([&] { return device.template get<device_parameter::local_mem_size>(); });
+  limits.local_memory_bytes = limit([&] { return device.template get<device_parameter::local_mem_size>(); });
   // The kernel's own local variables take room from its arguments.
-  const auto own_bytes =
-      try_to_ask([&] { return kernel.get_local_memory_size(device); }).value_or(0);
+  const auto own_bytes = try_to_ask([&] { return kernel.get_local_memory_size(device); }).value_or(0);
   if (limits.local_memory_bytes)
     *limits.local_memory_bytes -= std::min(own_bytes, *limits.local_memory_bytes);
   limits.allocation_bytes =

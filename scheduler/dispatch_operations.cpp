@@ -33,7 +33,7 @@ device_work_dispatcher& dispatcher_of(const physical_graph& subgraph) {
 }
 
 void submit_subgraph(const physical_graph& subgraph, std::unique_ptr<prepared_work> work,
-                  std::uint64_t command_count) {
+                     std::uint64_t command_count) {
   const auto& operation = subgraph.nodes().front()->get_logical_operation();
   operation->add_device_commands(command_count);
   try {

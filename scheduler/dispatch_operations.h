@@ -1,8 +1,8 @@
 // How the graph of a logical operation gets to the workers.
 #pragma once
 
-#include "ir/device_command.h"
 #include "ir/dag.h"
+#include "ir/device_command.h"
 #include "ir/physical_operation.h"
 
 #include <memory>

@@ -1,9 +1,8 @@
 // The lowering of a launch: its refusals, and the movement of its memory objects to the kernel's device.
 #include "ir/launch_checks.h"
-#include "scheduler/lowering.h"
 #include "memory/library_memory.h"
-#include "objects/library_kernel.h"
 #include "objects/library_program.h"
+#include "scheduler/lowering.h"
 
 #include <stdexcept>
 #include <string>
@@ -27,7 +26,7 @@ void add_bytes_of(const kernel_argument_local_memory& local, std::uint64_t& tota
         "Local memory arguments of the kernel would overflow what can be counted in bytes.");
 }
 
-constexpr kernel_parameter untold_parameter;
+constexpr kernel_parameter unknown_parameter;
 
 bool is_on(const std::shared_ptr<library_device>& device, const memory_state& state) {
   return state.is_on_device() && state.get_device_block()->get_device() == device;
@@ -48,7 +47,7 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
   objects.reserve(arguments.get_library_memory_arguments().size());
   std::uint64_t local_bytes = 0;
   for (std::uint64_t index = 0; index < count; ++index) {
-    const kernel_parameter& parameter = index < parameters.size() ? parameters[index] : untold_parameter;
+    const kernel_parameter& parameter = index < parameters.size() ? parameters[index] : unknown_parameter;
     arguments.visit_argument(index, [&](const auto& argument) {
       using kind = std::remove_cvref_t<decltype(argument)>;
       if constexpr (std::is_same_v<kind, kernel_argument_typed_library_memory_array>) {

@@ -1,9 +1,9 @@
 #include "scheduler/lowering.h"
 
 #include "base/logging.h"
-#include "memory/ranges.h"
-#include "memory/library_memory.h"
 #include "memory/host_memory.h"
+#include "memory/library_memory.h"
+#include "memory/ranges.h"
 
 #include <stdexcept>
 #include <string>

@@ -1,9 +1,9 @@
 // How a logical operation becomes physical operations.
 #pragma once
 
-#include "scheduler/dispatch_operations.h"
 #include "ir/logical_operation.h"
 #include "ir/physical_operation.h"
+#include "scheduler/dispatch_operations.h"
 #include "scheduler/memory_table.h"
 
 #include <cstdint>

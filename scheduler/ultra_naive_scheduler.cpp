@@ -1,7 +1,7 @@
 #include "scheduler/ultra_naive_scheduler.h"
 
-#include "scheduler/dispatch_operations.h"
 #include "ir/logical_operation.h"
+#include "scheduler/dispatch_operations.h"
 #include "scheduler/lowering.h"
 
 #include <stdexcept>

@@ -1,10 +1,22 @@
+// What an action throws, in words.
 #pragma once
 
 #include <stdexcept>
 #include <string>
 #include <typeinfo>
 
-// The words of what the action throws, which has to be an Exception itself, none derived from it.
+// Whatever it is.
+template <class Action>
+std::string message_of(Action action) {
+  try {
+    action();
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+  return {};
+}
+
+// It has to be an Exception itself, none derived from it.
 template <class Exception = std::logic_error, class Action>
 std::string error_of(Action action) {
   try {

@@ -39,9 +39,12 @@ tarva_abi_kernel_argument_s argument(const T& value) noexcept {
   static_assert(is_element<T>, TARVA_NO_VALUE);
   return {TARVA_ABI_ARGUMENT_VALUE, element<T>::type, reinterpret_cast<std::uintptr_t>(&value)};
 }
+inline tarva_abi_kernel_argument_s argument(const memory_handle& object) noexcept {
+  return {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uintptr_t>(object.get()), 0};
+}
 template <class T>
 tarva_abi_kernel_argument_s argument(const memory<T>& object) noexcept {
-  return {TARVA_ABI_ARGUMENT_MEMORY, reinterpret_cast<std::uintptr_t>(object.get()), 0};
+  return argument(static_cast<const memory_handle&>(object));
 }
 template <class T>
 tarva_abi_kernel_argument_s argument(const local<T>& size) noexcept {

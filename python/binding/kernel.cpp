@@ -85,8 +85,10 @@ tarva_abi_launch_range_s read_range(PyObject* from, const keywords& beside) {
       from, words + 4,
       "The range of a launch is one to three numbers of work-items, as 1000 or (640, 480), not %R.");
   const auto add = [&](PyObject* given, std::uint64_t* to, const char* text) {
-    if (given != nullptr && read_sizes(given, to, text) != words[0])
-      refuse(PyExc_ValueError, "The range of the launch has another number of dimensions than %R.", given);
+    if (given != nullptr && read_sizes(given, to, text) != words[0]) {
+      PyErr_Format(PyExc_ValueError, "The range %R has another number of dimensions than %R.", from, given);
+      throw already_raised();
+    }
   };
   add(beside.offset, words + 1, "An offset is one to three numbers of work-items, not %R.");
   add(beside.group, words + 7, "A group is one to three numbers of work-items, as 64 or (16, 16), not %R.");

@@ -13,10 +13,13 @@ PyObject* allocate(PyObject* self, PyObject* arguments) {
     const char* label = nullptr;
     unsigned long long type = 0, size = 0, count = 0;
     check(PyArg_ParseTuple(arguments, "sKKK", &label, &type, &size, &count) != 0);
+    auto& content = content_of<memory_content>(self);
+    if (content.type != TARVA_ABI_TYPE_NONE) {
+      PyErr_SetString(PyExc_TypeError, "An Array is made once.");
+      throw already_raised();
+    }
     tarva_abi_memory_s* record = nullptr;
     call<tarva_abi_memory_allocate_typed>(label, tarva_abi_data_type{type}, std::uint64_t{count}, &record);
-    auto& content = content_of<memory_content>(self);
-    content.drop();
     content.held.emplace(record);
     content.type = type;
     content.element_size = size;
@@ -53,7 +56,7 @@ void carry_out(const transfer& what) {
   note_use();
   unlocked([&] {
     tarva_abi_future_s* started = nullptr;
-    detail::call<Function>(what.memory.get(), what.start, what.count, static_cast<Data>(what.bytes.data()),
+    tarva::call<Function>(what.memory.get(), what.start, what.count, static_cast<Data>(what.bytes.data()),
                            &started);
     future<>(started).get();
   });

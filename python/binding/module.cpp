@@ -66,7 +66,8 @@ void raise(const error& failure) {
 
 } // namespace tarva::python
 
-PyMODINIT_FUNC PyInit__binding();
+// The name by which the interpreter asks for it.
+PyMODINIT_FUNC PyInit__binding(); // NOLINT(readability-identifier-naming)
 
 PyMODINIT_FUNC PyInit__binding() {
   using namespace tarva::python;

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import math
 from collections.abc import Iterator
-from typing import Any, Union
+from typing import Any
 
 import numpy as np
 from numpy.lib.stride_tricks import as_strided
@@ -72,14 +72,16 @@ class Elements:
     def read(self, out: NumpyArray | None = None) -> NumpyArray:
         """The content, in a new numpy array or in `out`, which has to be contiguous and of the same shape and dtype.
 
-        Where nothing has been given or computed yet, a new array holds zeros, and `out` what it held before.
+        Of an Array that has no content at all yet, a new array holds zeros, and `out` what it held before. Once there is
+        some, elements that nobody has given are undefined.
         """
         if out is None:
             out = np.zeros(self.shape, self.dtype)
         elif out.shape != self.shape or out.dtype != self.dtype or not out.flags.c_contiguous:
             raise ValueError(f"out has to be contiguous, of {self.dtype} and shape {self.shape}, not {_about(out)}")
         array, start = self._place()
-        array._read(start * array._element.parts, out.reshape(-1).view(np.uint8) if out.size else b"")
+        if out.size:
+            array._read(start * array._element.parts, out.reshape(-1).view(np.uint8))
         return out
 
     def __array__(self, dtype: Any = None, copy: bool | None = None) -> NumpyArray:
@@ -158,11 +160,18 @@ class ArrayOf:
         return f"tarva.Array[{self.dtype}]"
 
 
-class Array(_binding.Memory, Handle, Elements):
+class _Indexable(type):
+    """Lets the class itself be indexed."""
+
+    def __getitem__(cls, dtype: Any) -> ArrayOf:
+        return ArrayOf(dtype)
+
+
+class Array(_binding.Memory, Handle, Elements, metaclass=_Indexable):
     """A memory object: elements of one type, which belong to no device and are moved to where they are used.
 
         Array(ndarray)         as many elements as a numpy array has, with its content
-        Array(shape, dtype)    elements without content: to be written by a kernel, or read as zeros
+        Array(shape, dtype)    elements without content, for a kernel to write
 
     `shape` is a number of elements or a tuple of them; `dtype` is a numpy type or a vector type, such as tarva.float4,
     which adds a dimension for the components. A kernel finds structures as bytes, with numpy's layout of them: make the
@@ -187,16 +196,12 @@ class Array(_binding.Memory, Handle, Elements):
         if isinstance(wanted, Vector):
             shape = shape if values is not None else (*shape, wanted.room)
             wanted = wanted.component
-        self.shape = shape
-        self.dtype = native(wanted)
-        self.label = label
-        self._element = element_of(self.dtype)
-        self._allocate(label, self._element.code, self._element.size, self.size * self._element.parts)
+        own_dtype = native(wanted)
+        element = element_of(own_dtype)
+        self._allocate(label, element.code, element.size, math.prod(shape) * element.parts)
+        self.shape, self.dtype, self.label, self._element = shape, own_dtype, label, element
         if values is not None:
             self._assign(0, self.shape, values)
-
-    def __class_getitem__(cls, dtype: Any) -> ArrayOf:
-        return ArrayOf(dtype)
 
     def __repr__(self) -> str:
         return f"<tarva.Array {self.label!r} {self._describe()}>" if self.label else f"<tarva.Array {self._describe()}>"
@@ -212,8 +217,10 @@ class Array(_binding.Memory, Handle, Elements):
             return self._fill(start, math.prod(shape), values.tobytes())
         if values.shape == shape[len(shape) - values.ndim :] and values.ndim < len(shape):
             return self._repeat(start, math.prod(shape), values)
-        if values.shape != shape:
+        try:
             values = np.broadcast_to(values, shape)
+        except ValueError:
+            raise ValueError(f"values of shape {values.shape} do not fill elements of shape {shape}") from None
         if values.size:
             self._write(start * element.parts, np.ascontiguousarray(values).reshape(-1).view(np.uint8))
 
@@ -250,13 +257,11 @@ def _shape_of(content: Any) -> Shape | None:
 
 def _values_of(content: Any) -> NumpyArray:
     if not isinstance(content, Elements) and not hasattr(content, "__array__"):
-        raise TypeError(f"an Array is made of a numpy array, or of a shape and a dtype, not of {_short(content)}")
+        raise TypeError(f"an Array is made of a numpy array, or of a shape and a dtype, not of {short_text(content)}")
     return np.asarray(content)
 
 
-def _short(value: Any) -> str:
+def short_text(value: Any) -> str:
+    """A value as a message shows it."""
     text = repr(value)
     return text if len(text) < 60 else f"a {type(value).__name__}"
-
-
-ArrayLike = Union[Array, NumpyArray]

@@ -110,8 +110,8 @@ class Device(_binding.Device, Handle):
         try:
             made, log, success = self._load(Program, _code_of(kind), data, options, label, _constants(constants))
         except Error as failure:
-            if options:
-                failure.args = (f"{failure} (The options were: {options})",)
+            what = f"The program was given as {kind}{f', with the options {options}' if options else ''}."
+            failure.args = (f"{failure} ({what})",)
             raise
         if not success:
             what = f"The program{f' {label}' if label else ''} does not build"

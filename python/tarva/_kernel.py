@@ -8,7 +8,7 @@ from typing import Any, NoReturn
 import numpy as np
 
 from . import _binding
-from ._array import Array, ArrayOf, View
+from ._array import Array, ArrayOf, View, short_text
 from ._handle import Handle
 from ._types import Vector, code_of_value, native, value_of
 
@@ -126,14 +126,22 @@ class _Parameter:
             ) from None
         self.code = code_of_value(self.dtype)
         self.wanted = f"an np.{self.dtype}" if self.dtype.kind != "V" else "a structure of its dtype"
-        if self.dtype.kind in "iuf" and self.dtype.itemsize != 2 or self.dtype.kind in "iu":
+        if self.dtype.kind in "iu" or self.dtype in (np.float32, np.float64):
             self.kind = _NUMBER
+
+    def could_hold(self, value: Any) -> bool:
+        """Whether the value is a number of the parameter's sort, though too large or too small for it."""
+        is_whole = isinstance(value, (int, np.integer))
+        return is_whole or (
+            self.dtype is not None and self.dtype.kind == "f" and isinstance(value, (float, np.floating))
+        )
 
     def to_bytes(self, value: Any) -> bytes:
         """A value that the binding does not convert itself."""
         if isinstance(self.dtype, Vector):
             return self.dtype.to_bytes(value)
-        if self.dtype is None or (self.dtype.kind == "V" and isinstance(value, (int, float))):
+        is_number = isinstance(value, (int, float, np.number))
+        if self.dtype is None or isinstance(value, (str, bytes)) or (self.dtype.kind == "V" and is_number):
             raise TypeError
         with np.errstate(over="raise"):
             return np.asarray(value, self.dtype).reshape(()).tobytes()
@@ -188,26 +196,26 @@ class Kernel(_binding.Kernel, Handle):
                 return value_of(value)
             parameter = self._parameters[index]
             return parameter.code, parameter.to_bytes(value)
-        except (TypeError, ValueError, OverflowError, FloatingPointError) as reason:
-            self._refuse(index, value, str(reason))
+        except (TypeError, ValueError, ArithmeticError) as failure:
+            reason, wrong = str(failure), TypeError if isinstance(failure, TypeError) else ValueError
+        self._refuse(index, value, reason, wrong)
 
-    def _refuse(self, index: int, value: Any, reason: str = "") -> NoReturn:
+    def _refuse(self, index: int, value: Any, reason: str = "", wrong: type[Exception] = TypeError) -> NoReturn:
         parameter = self._parameters[index] if self._parameters is not None else None
-        text = f"{self._parameter_text(index)} of kernel {self.name}"
+        text, shown = f"{self._parameter_text(index)} of kernel {self.name}", short_text(value)
         if isinstance(value, View):
             raise TypeError(f"{text} takes whole Arrays: give it a copy() of the view.")
         if isinstance(value, np.ndarray) and value.ndim > 0 and (parameter is None or parameter.kind == _MEMORY):
             raise TypeError(f"{text} takes no numpy array: give it a tarva.Array of it.")
         if parameter is None:
-            told = f" ({reason})" if reason and "no type of its own" not in reason else ""
+            told = f" ({reason})" if reason else ""
             raise TypeError(
-                f"{text} is given {value!r}, whose type is not known{told}: say it by np.float32({value!r}) or the like,"
+                f"{text} is given {shown}, whose type is not known{told}: say it by np.float32({shown}) or the like,"
                 f" or once for all by takes(...)."
             )
-        is_number = isinstance(value, (int, float, np.integer, np.floating)) and parameter.kind != _MEMORY
-        is_whole = isinstance(value, (int, np.integer))
-        wrong = ValueError if is_number and (is_whole or _takes_fractions(parameter)) else TypeError
-        raise wrong(f"{text} takes {parameter.wanted}, not {value!r}{f': {reason}' if reason else ''}.")
+        if parameter.kind in (_NUMBER, _LOCAL) and parameter.could_hold(value):
+            wrong = ValueError
+        raise wrong(f"{text} takes {parameter.wanted}, not {shown}{f': {reason}' if reason else ''}.")
 
     def _refuse_count(self, given: int, local: Any) -> NoReturn:
         if self._parameters is None:
@@ -233,7 +241,3 @@ class Kernel(_binding.Kernel, Handle):
         names = [re.search(r"(\w+)\s*(?:\[[^]]*\]\s*)?$", each) for each in found[1].split(",")] if found else []
         known = [name[1] for name in names if name is not None]
         return known if len(known) == self.properties["CL_KERNEL_NUM_ARGS"] else []
-
-
-def _takes_fractions(parameter: _Parameter) -> bool:
-    return parameter.dtype is not None and getattr(parameter.dtype, "kind", "f") == "f"

@@ -5,7 +5,7 @@ from __future__ import annotations
 from collections.abc import Iterable, Sequence
 
 from . import _binding
-from ._errors import KernelNotFound
+from ._errors import Error, KernelNotFound
 from ._handle import Handle
 from ._kernel import Kernel
 
@@ -13,7 +13,8 @@ from ._kernel import Kernel
 class Program(_binding.Program, Handle):
     """A program of one device. Its kernels are its attributes: program.saxpy, or program["saxpy"].
 
-    The same kernel comes each time, so that what it takes has to be said only once.
+    The same kernel comes each time, so that what it takes has to be said only once. A kernel of the name of something
+    that is described here, such as close, is program["close"].
     """
 
     __slots__ = ("label", "log", "_source", "_kernels", "__weakref__")
@@ -27,12 +28,17 @@ class Program(_binding.Program, Handle):
     @property
     def kernels(self) -> tuple[str, ...]:
         """The names of its kernels."""
-        return self.properties["KERNEL_NAMES"]
+        try:
+            names: tuple[str, ...] = self.properties["KERNEL_NAMES"]
+        except Error:  # a device without built-in kernels has no such program, and says so
+            return ()
+        return names
 
     @property
     def binary(self) -> bytes:
         """The program as a binary of its device, to be given to Device.load of such a device."""
-        return self.properties["CL_PROGRAM_BINARY"]
+        binary: bytes = self.properties["CL_PROGRAM_BINARY"]
+        return binary
 
     def __getitem__(self, name: str) -> Kernel:
         kernel = self._kernels.get(name)

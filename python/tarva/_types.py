@@ -115,7 +115,7 @@ _OPAQUE.update({8 * width: VECTORS[f"ulong{width}"].code for width in (4, 8, 16)
 def value_of(value: Any) -> tuple[int, bytes]:
     """The type and the bytes of a value that says itself of which type it is, such as np.float32(3)."""
     if not isinstance(value, (np.generic, np.ndarray)) or value.ndim != 0:
-        raise TypeError("of no type of its own")
+        raise TypeError
     dtype = native(value.dtype)
     return code_of_value(dtype), value.astype(dtype).tobytes()
 

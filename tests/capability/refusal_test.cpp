@@ -1,187 +1,191 @@
 // What would end the process in one implementation or another, and is refused before it gets there; and that
 // what is valid passes everywhere.
-#include "tests/capability/recording_opencl.h"
-
-#include <cstring>
-#include <tuple>
+#include "tests/capability/library.h"
 
 namespace capability_test {
 namespace {
 
-constexpr const char* pocl = "Portable Computing Language";
-constexpr const char* oclgrind = "Oclgrind";
-constexpr const char* rusticl = "rusticl";
-constexpr const char* clover = "Clover";
-constexpr const char* implementations[] = {pocl, oclgrind, rusticl, clover, "another"};
+enum implementation : std::size_t { another, pocl, rusticl, clover, oclgrind };
+constexpr const char* names[] = {"Another", "Portable Computing Language", "rusticl", "Clover", "Oclgrind"};
 
-qv::root_device device_of(const char* implementation) {
-  qv::root_device device;
-  device.cl = recording_functions();
-  device.quirks = qv::quirks_of_platform(implementation);
-  return device;
-}
+using refusal = capability;
 
-cl_int build(const char* implementation, const char* options) {
-  qv::program_object program(nullptr, false);
-  qv::build_program_record record{};
-  record.program = &program;
-  record.options = options;
-  return status_of<qv::operation::build_program>(device_of(implementation), record);
-}
-
-TEST(refusal, of_build_options_that_end_the_process) {
-  for (const char* implementation : implementations)
-    for (const char* valid :
-         {"", "  ", "-w", "-DSIZE=4 -cl-mad-enable", "-D SIZE", "-D SIZE=4 -I /tmp", "-I \"/tmp/a b\" -w",
-          "-D \"TEXT=a b\"", "-x spir -spir-std=1.2", "-I /tmp/\xC3\xA9\xE2\x82\xAC", "-cl-std=CL1.2 -Werror",
-          "-D-", "-U SIZE", "-include file"})
-      EXPECT_EQ(build(implementation, valid), CL_SUCCESS) << implementation << " " << valid;
-  EXPECT_EQ(build(pocl, nullptr), CL_SUCCESS);
-
-  struct row {
-    const char* options;
-    bool by_pocl, by_oclgrind_and_clover, by_rusticl;
-  };
-  for (const auto& [options, by_pocl, by_oclgrind_and_clover, by_rusticl] :
-       {row{"-D", true, false, false},
-        row{"-w -I", true, false, false},
-        row{" -D  ", true, false, false},
-        row{"-DD", false, false, false},
-        row{"\"", false, true, true},
-        row{"-DX=\"", false, true, true},
-        row{"'", false, true, true},
-        row{"file.cl", false, true, true},
-        row{"-w word", false, true, true},
-        row{"-", false, true, true},
-        row{"@file", false, true, true},
-        row{"\\", false, true, true},
-        row{"-s word", false, true, true},
-        row{"-D A word", false, true, true},
-        row{"-DX='a b'", false, true, true},
-        row{"-D A", false, false, true},
-        row{"-DX=\"1\"", false, false, true},
-        row{"-DX=\xFF", false, false, true},
-        row{"-DX=\xC0\x80", false, false, true},
-        row{"-DX=\xED\xA0\x80", false, false, true},
-        row{"-DX=\xE2\x82", false, false, true}}) {
-    const auto expected = [](bool refused) { return refused ? CL_INVALID_BUILD_OPTIONS : CL_SUCCESS; };
-    EXPECT_EQ(build(pocl, options), expected(by_pocl)) << options;
-    EXPECT_EQ(build(oclgrind, options), expected(by_oclgrind_and_clover)) << options;
-    EXPECT_EQ(build(clover, options), expected(by_oclgrind_and_clover)) << options;
-    EXPECT_EQ(build(rusticl, options), expected(by_rusticl)) << options;
-    EXPECT_EQ(build("another", options), CL_SUCCESS) << options;
+// One device of each. With Oclgrind it is for a process of its own.
+void use_implementations(std::size_t count, const device_options& each = plain_device()) {
+  std::vector<platform_options> platforms;
+  std::vector<device_options> devices(count, each);
+  for (std::size_t i = 0; i < count; ++i) {
+    platforms.push_back({names[i]});
+    devices[i].platform = i;
   }
+  set_platforms(platforms);
+  set_devices(devices);
+}
+constexpr std::size_t without_oclgrind = oclgrind, with_oclgrind = oclgrind + 1;
+
+TEST_F(refusal, of_build_options_that_end_the_process) {
+  // By the first letters of those who refuse them.
+  static const std::pair<const char*, std::vector<const char*>> rows[] = {
+      {"",
+       {"", "  ", "-DSIZE=4 -cl-mad-enable", "-D SIZE", "-D SIZE=4 -I /tmp", "-I \"/tmp/a b\" -w",
+        "-D \"TEXT=a b\"", "-x spir -spir-std=1.2", "-I /tmp/\xC3\xA9\xE2\x82\xAC", "-cl-std=CL1.2 -Werror",
+        "-D-", "-U SIZE", "-include file", "-DD"}},
+      {"P", {"-D", "-w -I", " -D  "}},
+      {"OCr",
+       {"\"", "-DX=\"", "'", "file.cl", "-w word", "-", "@file", "\\", "-s word", "-D A word", "-DX='a b'"}},
+      {"r", {"-D A", "-DX=\"1\"", "-DX=\xFF", "-DX=\xC0\x80", "-DX=\xED\xA0\x80", "-DX=\xE2\x82"}}};
+  use_implementations(with_oclgrind);
+  run_in_child([&] {
+    library made;
+    for (std::size_t i = 0; i < with_oclgrind; ++i) {
+      const user it(made, i);
+      for (const auto& [refused_by, all] : rows)
+        for (const char* options : all)
+          EXPECT_EQ(
+              it.status_of<op::build_program>({it.program, &it.device, options, nullptr, nullptr, 77, 1}),
+              std::strchr(refused_by, *names[i]) != nullptr ? CL_INVALID_BUILD_OPTIONS : CL_SUCCESS)
+              << names[i] << " " << options;
+      EXPECT_EQ(it.status_of<op::create_kernel>({it.program, "\xFF", nullptr, 77}),
+                i == rusticl ? CL_INVALID_KERNEL_NAME : CL_SUCCESS)
+          << names[i];
+    }
+  });
 }
 
-TEST(refusal, of_names_that_are_no_utf8) {
-  for (const char* implementation : implementations)
-    EXPECT_EQ(status_of<qv::operation::create_kernel>(
-                  device_of(implementation), {new qv::program_object(nullptr, false), "\xFF", nullptr, 7}),
-              implementation == rusticl ? CL_INVALID_KERNEL_NAME : CL_SUCCESS);
-}
-
-TEST(refusal, of_more_groups_than_can_be_counted) {
+TEST_F(refusal, of_more_groups_than_can_be_counted) {
   constexpr std::size_t giga = 1024 * 1024 * 1024;
   struct row {
     cl_uint dimensions;
     std::array<std::size_t, 3> global, local; // local 0: the device chooses, at most 64
     std::string_view refused_by;              // by letters
   };
-  for (const row& launch :
-       {row{1, {4 * giga - 1, 0, 0}, {1, 0, 0}, ""}, row{1, {4 * giga, 0, 0}, {1, 0, 0}, "Grb"},
-        row{1, {8 * giga, 0, 0}, {2, 0, 0}, "Grb"}, row{1, {8 * giga - 1, 0, 0}, {2, 0, 0}, "Grb"},
-        row{1, {8 * giga - 2, 0, 0}, {2, 0, 0}, "rb"}, row{2, {giga, 4, 0}, {1, 1, 0}, "Gb"},
-        row{3, {giga, giga, giga}, {1, 1, 1}, "Gb"}, row{2, {4 * giga, 4 * giga, 9}, {1, 1, 0}, "Grb"},
-        row{1, {4 * giga * 64, 0, 0}, {0, 0, 0}, "Grb"}, row{2, {0, ~std::size_t{0}, 0}, {1, 1, 0}, "rb"}}) {
-    qv::enqueue_nd_range_kernel_record record{};
-    record.work_dim = launch.dimensions;
-    record.global_work_size = launch.global.data();
-    record.local_work_size = launch.local.data();
-    for (const auto& [implementation, device_name, letter] : {std::tuple{pocl, "", 'G'},
-                                                              {oclgrind, "", 'G'},
-                                                              {rusticl, "AMD", 'r'},
-                                                              {clover, "AMD", ' '},
-                                                              {rusticl, "llvmpipe (LLVM)", 'b'},
-                                                              {clover, "llvmpipe (LLVM)", 'G'},
-                                                              {"another", "", ' '}}) {
-      qv::root_device device = device_of(implementation);
-      qv::adapt_to_device(device.quirks, device_name, false);
-      device.cl.get_kernel_work_group_info = [](cl_kernel, cl_device_id, cl_kernel_work_group_info,
-                                                std::size_t, void* value, std::size_t*) -> cl_int {
-        *static_cast<std::size_t*>(value) = 64;
-        return CL_SUCCESS;
-      };
-      const own_objects own(device);
-      record.command_queue = own.queue;
-      record.kernel = own.kernel;
-      const bool refused = launch.refused_by.find(letter) != std::string_view::npos;
-      EXPECT_EQ(status_of<qv::operation::enqueue_nd_range_kernel>(device, record),
-                refused ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS)
-          << implementation << " " << device_name << " " << launch.global[0] << " in groups of "
-          << launch.local[0];
+  static const row rows[] = {
+      {1, {4 * giga - 1, 1, 1}, {1, 1, 1}, ""},     {1, {4 * giga, 1, 1}, {1, 1, 1}, "Grb"},
+      {1, {8 * giga, 1, 1}, {2, 1, 1}, "Grb"},      {1, {8 * giga - 1, 1, 1}, {2, 1, 1}, "Grb"},
+      {1, {8 * giga - 2, 1, 1}, {2, 1, 1}, "rb"},   {2, {giga, 4, 1}, {1, 1, 1}, "Gb"},
+      {3, {giga, giga, giga}, {1, 1, 1}, "Gb"},     {2, {4 * giga, 4 * giga, 9}, {1, 1, 1}, "Grb"},
+      {1, {4 * giga * 64, 1, 1}, {0, 0, 0}, "Grb"}, {1, {4 * giga * 64 - 64, 1, 1}, {0, 0, 0}, "rbo"},
+      {2, {0, ~std::size_t{0}, 1}, {1, 1, 1}, "rb"}};
+  static const std::tuple<std::size_t, const char*, char> devices[] = {
+      {another, "", ' '},    {pocl, "", 'G'},
+      {rusticl, "AMD", 'r'}, {rusticl, "llvmpipe (LLVM)", 'b'},
+      {clover, "AMD", ' '},  {clover, "llvmpipe (LLVM)", 'G'},
+      {oclgrind, "", 'G'}};
+  use_implementations(with_oclgrind);
+  std::vector<device_options> all;
+  for (const auto& [platform, name, letter] : devices) {
+    all.push_back(plain_device());
+    all.back().name = name;
+    all.back().platform = platform;
+    all.back().work_group_size = 64;
+  }
+  set_devices(all);
+  run_in_child([] {
+    library made;
+    for (std::size_t i = 0; i < std::size(devices); ++i) {
+      const auto& [platform, name, letter] = devices[i];
+      const user it(made, i);
+      void* const kernel = it.make_kernel("plain");
+      for (const row& one : rows) {
+        const bool is_refused = one.refused_by.find(letter) != std::string_view::npos ||
+                                (platform == oclgrind && one.refused_by.back() == 'o');
+        EXPECT_EQ(it.status_of<op::enqueue_nd_range_kernel>({it.queue, kernel, nullptr, one.global.data(),
+                                                             one.local.data(), nullptr, nullptr, 77,
+                                                             one.dimensions, 0}),
+                  is_refused ? CL_INVALID_GLOBAL_WORK_SIZE : CL_SUCCESS)
+            << names[platform] << " " << name << " " << one.global[0] << " in groups of " << one.local[0];
+      }
+      it.release<op::release_kernel>(kernel);
     }
-  }
+  });
 }
 
-TEST(refusal, of_what_is_not_there_or_has_no_end) {
-  using op = qv::operation;
-  const qv::root_device device = device_of("another");
-  qv::create_program_with_source_record source{};
-  source.count = 1;
-  EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_INVALID_VALUE);
+TEST_F(refusal, of_local_sizes_of_zero) {
+  use(plain_device());
+  library made;
+  const user it(made);
+  void* const kernel = it.make_kernel("plain");
+  EXPECT_EQ(it.set(kernel, 0, 8, nullptr), CL_SUCCESS);
+  using row = std::tuple<std::uint32_t, std::array<std::size_t, 3>, cl_int, bool>;
+  const std::array<std::size_t, 3> global{64, 64, 64};
+  for (const auto& [dimensions, local, status, given] :
+       {row{1, {0, 0, 0}, 0, false}, row{3, {0, 0, 0}, 0, false}, row{1, {0, 8, 8}, 0, false},
+        row{1, {8, 0, 0}, 0, true}, row{2, {8, 4, 0}, 0, true}, row{2, {8, 0, 4}, -54, false},
+        row{3, {0, 0, 1}, -54, false}, row{0, {1, 1, 1}, -53, false}, row{4, {1, 1, 1}, -53, false},
+        row{~0u, {0, 0, 0}, -53, false}}) {
+    void* event = nullptr;
+    forget_calls();
+    it.ask<op::enqueue_nd_range_kernel>(
+        {it.queue, kernel, nullptr, global.data(), local.data(), nullptr, &event, 77, dimensions, 0});
+    const auto calls = take_calls();
+    EXPECT_EQ(std::min(it.status_of_event(event), 0), status);
+    ASSERT_EQ(calls.size(), status == 0 ? 1u : 0u);
+    if (status == 0) {
+      EXPECT_EQ(calls[0].as<op::enqueue_nd_range_kernel>().local_work_size != nullptr, given);
+    }
+    it.release<op::release_event>(event);
+  }
+  it.release<op::release_kernel>(kernel);
+}
+
+TEST_F(refusal, of_what_is_not_there_or_has_no_end) {
+  use(plain_device());
+  library made;
+  const user it(made);
   const char* const strings[] = {"", nullptr};
+  qv::create_program_with_source_record source{it.context, nullptr, nullptr, nullptr, 77, 1};
+  EXPECT_EQ(it.status_of<op::create_program_with_source>(source), CL_INVALID_VALUE);
   source.strings = strings;
-  EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_SUCCESS);
+  EXPECT_EQ(it.status_of<op::create_program_with_source>(source), CL_SUCCESS);
   source.count = 2;
-  EXPECT_EQ(status_of<op::create_program_with_source>(device, source), CL_INVALID_VALUE);
-  const own_objects own(device);
-  qv::enqueue_nd_range_kernel_record launch{};
-  launch.command_queue = own.queue;
-  launch.work_dim = 1;
-  EXPECT_EQ(status_of<op::enqueue_nd_range_kernel>(device, launch), CL_INVALID_KERNEL);
-  qv::enqueue_transfer_buffer_record transfer{};
-  transfer.command_queue = own.queue;
-  transfer.num_events_in_wait_list = 1;
-  EXPECT_EQ(status_of<op::enqueue_write_buffer>(device, transfer), CL_INVALID_EVENT_WAIT_LIST);
+  EXPECT_EQ(it.status_of<op::create_program_with_source>(source), CL_INVALID_VALUE);
+  const std::size_t size = 1;
+  EXPECT_EQ(it.status_of<op::enqueue_nd_range_kernel>(
+                {it.queue, nullptr, nullptr, &size, nullptr, nullptr, nullptr, 77, 1, 0}),
+            CL_INVALID_KERNEL);
+  char host[4];
   void* const events[] = {nullptr};
-  transfer.event_wait_list = events;
-  EXPECT_EQ(status_of<op::enqueue_write_buffer>(device, transfer), CL_INVALID_EVENT_WAIT_LIST);
-
-  transfer = {};
-  qv::enqueue_copy_buffer_record from{}, to{};
-  qv::enqueue_fill_buffer_record fill{};
-  transfer.command_queue = from.command_queue = to.command_queue = fill.command_queue = own.queue;
-  transfer.offset = from.src_offset = to.dst_offset = fill.offset = ~std::size_t{3};
-  for (const std::size_t size : {3, 4}) {
-    const cl_int expected = size == 3 ? CL_SUCCESS : CL_INVALID_VALUE;
-    transfer.size = from.size = to.size = fill.size = size;
-    EXPECT_EQ(status_of<op::enqueue_read_buffer>(device, transfer), expected);
-    EXPECT_EQ(status_of<op::enqueue_copy_buffer>(device, from), expected);
-    EXPECT_EQ(status_of<op::enqueue_copy_buffer>(device, to), expected);
-    EXPECT_EQ(status_of<op::enqueue_fill_buffer>(device, fill), expected);
+  for (void* const* list : {static_cast<void* const*>(nullptr), events})
+    EXPECT_EQ(
+        it.status_of<op::enqueue_write_buffer>({it.queue, it.buffer, 0, 4, host, list, nullptr, 77, 0, 1}),
+        CL_INVALID_EVENT_WAIT_LIST);
+  constexpr std::size_t late = ~std::size_t{3};
+  for (const std::size_t bytes : {3, 4}) {
+    const cl_int expected = bytes == 3 ? CL_SUCCESS : CL_INVALID_VALUE;
+    const qv::enqueue_transfer_buffer_record transfer{it.queue, it.buffer, late, bytes, host,
+                                                      nullptr,  nullptr,   77,   0,     0};
+    EXPECT_EQ(it.status_of<op::enqueue_read_buffer>(transfer), expected);
+    EXPECT_EQ(it.status_of<op::enqueue_write_buffer>(transfer), expected);
+    for (const auto& [from, to] : {std::pair{late, std::size_t{0}}, {std::size_t{0}, late}})
+      EXPECT_EQ(it.status_of<op::enqueue_copy_buffer>(
+                    {it.queue, it.buffer, it.buffer, from, to, bytes, nullptr, nullptr, 77, 0}),
+                expected);
+    EXPECT_EQ(it.status_of<op::enqueue_fill_buffer>(
+                  {it.queue, it.buffer, host, 1, late, bytes, nullptr, nullptr, 77, 0}),
+              expected);
   }
 }
 
-TEST(refusal, of_device_lists_with_a_device_that_is_not_there) {
-  using op = qv::operation;
-  const qv::root_device device = device_of("another");
-  const own_objects own(device);
-  void* const devices[] = {&calls, nullptr};
+TEST_F(refusal, of_device_lists_with_a_device_that_is_not_there) {
+  use(plain_device());
+  library made;
+  const user it(made);
+  void* const devices[] = {it.device, nullptr};
   const std::size_t lengths[] = {1, 1};
   constexpr unsigned char byte = 1;
   const unsigned char* const binaries[] = {&byte, &byte};
-  std::int32_t binary_statuses[2];
+  std::int32_t statuses[2];
   for (const std::uint32_t count : {1u, 2u}) {
     const cl_int expected = count == 1 ? CL_SUCCESS : CL_INVALID_DEVICE;
-    EXPECT_EQ(status_of<op::create_context>(device, {nullptr, count, devices, nullptr, nullptr, nullptr, 7}),
+    EXPECT_EQ(it.status_of<op::create_context>({nullptr, count, devices, nullptr, nullptr, nullptr, 77}),
               expected);
-    EXPECT_EQ(status_of<op::build_program>(device, {own.program, devices, "", nullptr, nullptr, 7, count}),
+    EXPECT_EQ(it.status_of<op::build_program>({it.program, devices, "", nullptr, nullptr, 77, count}),
               expected);
-    EXPECT_EQ(status_of<op::create_program_with_builtin_kernels>(device,
-                                                                 {nullptr, devices, "a", nullptr, 7, count}),
-              expected);
-    EXPECT_EQ(status_of<op::create_program_with_binary>(
-                  device, {nullptr, devices, lengths, binaries, binary_statuses, nullptr, 7, count}),
+    EXPECT_EQ(
+        it.status_of<op::create_program_with_builtin_kernels>({it.context, devices, "a", nullptr, 77, count}),
+        expected);
+    EXPECT_EQ(it.status_of<op::create_program_with_binary>(
+                  {it.context, devices, lengths, binaries, statuses, nullptr, 77, count}),
               expected);
   }
 }
@@ -197,66 +201,154 @@ std::string module(bool big, std::uint32_t version = 0x00010000) {
   return bytes;
 }
 
-TEST(refusal, of_modules_that_are_cut_short_or_too_new) {
-  static const char* taken = nullptr; // what the device says that it takes
-  qv::root_device device = device_of("another");
-  device.cl.get_context_info = [](cl_context, cl_context_info, std::size_t, void* value,
-                                  std::size_t* size) -> cl_int {
-    *static_cast<cl_device_id*>(value) = nullptr;
-    *size = sizeof(cl_device_id);
-    return CL_SUCCESS;
-  };
-  device.cl.get_device_info = [](cl_device_id, cl_device_info, std::size_t, void* value,
-                                 std::size_t* size) -> cl_int {
-    *size = std::strlen(taken) + 1;
-    if (value != nullptr)
-      std::memcpy(value, taken, *size);
-    return CL_SUCCESS;
-  };
-  const auto create = [&](const std::string& il) {
-    return status_of<qv::operation::create_program_with_il>(device,
-                                                            {nullptr, il.data(), il.size(), nullptr, 7});
-  };
-  // By the address that stands for the extension, too, with which this library is called last.
-  qv::get_extension_function_address_for_platform_record asked{&calls, "clCreateProgramWithILKHR", nullptr};
-  qv::call_command({&device, &qv::commands_of_capability(3)}, 48, &asked);
-  using create_function = void* (*)(void* context, const void* il, std::size_t length, cl_int* status);
-  const auto extension = reinterpret_cast<create_function>(asked.result);
-  const auto create_by_extension = [&](const std::string& il) {
-    cl_int status = 7;
-    const bool made = extension(nullptr, il.data(), il.size(), &status) != nullptr;
-    EXPECT_EQ(made, status == CL_SUCCESS);
-    return status;
-  };
-  const auto expect_both = [&](const std::string& il, cl_int status, const char* what) {
-    EXPECT_EQ(create(il), status) << il.size() << " bytes, " << what;
-    EXPECT_EQ(create_by_extension(il), status) << il.size() << " bytes, " << what;
+TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
+  use(plain_device());
+  library made;
+  const user it(made), older(made, 0, 3);
+  // By the address that stands for the extension, too.
+  const auto asked = older.ask<op::get_extension_function_address_for_platform>(
+      {it.device, "clCreateProgramWithILKHR", nullptr});
+  const auto by_extension =
+      reinterpret_cast<void* (*)(void* context, const void* il, std::size_t length, cl_int* status)>(
+          asked.result);
+  const auto expect = [&](const std::string& il, cl_int status, const char* what) {
+    EXPECT_EQ(it.status_of<op::create_program_with_il>({it.context, il.data(), il.size(), nullptr, 77}),
+              status)
+        << il.size() << " bytes, " << what;
+    cl_int told = 77;
+    forget_calls();
+    EXPECT_EQ(by_extension(it.context, il.data(), il.size(), &told), nullptr);
+    EXPECT_EQ(count_calls(op::create_program_with_il), status == CL_SUCCESS ? 1u : 0u)
+        << il.size() << " " << what;
+    EXPECT_EQ(told, CL_INVALID_VALUE); // the scripted OpenCL takes another language
   };
   using row = std::tuple<const char*, std::uint32_t, cl_int>;
   for (const auto& [list, version, status] :
        {row{"SPIR-V_1.0", 0x00010100, -30}, row{"SPIR-V_1.2 SPIR-V_1.0 ", 0x00010200, 0},
         row{"SPIR-V_1.0 SPIR-V_1.2", 0x00010300, -30}, row{"SPIR-V_1.4", 0x00020000, -30},
         row{"SPIR-V_1.10", 0x00010900, 0}, row{"", 0x00010600, 0}, row{"SPIR-V_x.1", 0x00010600, 0}}) {
-    taken = list;
+    set_info(0, CL_DEVICE_IL_VERSION, text_answer(list));
     for (const bool big : {false, true})
-      expect_both(module(big, version), status, list);
+      expect(module(big, version), status, list);
   }
   for (const bool big : {false, true}) {
     const std::string whole = module(big);
     // Behind the header, the one instruction before the function may be missing or the last.
     for (std::size_t length = 4; length <= whole.size(); ++length)
-      expect_both(whole.substr(0, length),
-                  length == 20 || length == 28 || length == whole.size() ? CL_SUCCESS : CL_INVALID_VALUE,
-                  "cut");
-    expect_both(whole + whole, CL_INVALID_VALUE, "twice");
-    expect_both(whole + std::string(4, '\0'), CL_INVALID_VALUE, "an instruction of no words");
-    expect_both(whole + whole.substr(whole.size() - 4), CL_INVALID_VALUE, "a second end");
+      expect(whole.substr(0, length),
+             length == 20 || length == 28 || length == whole.size() ? CL_SUCCESS : CL_INVALID_VALUE, "cut");
+    expect(whole + whole, CL_INVALID_VALUE, "twice");
+    expect(whole + std::string(4, '\0'), CL_INVALID_VALUE, "an instruction of no words");
+    expect(whole + whole.substr(whole.size() - 4), CL_INVALID_VALUE, "a second end");
   }
-  EXPECT_EQ(create("another language"), CL_SUCCESS) << "not judged";
+  expect("another language", CL_SUCCESS, "not judged");
+}
 
-  asked.func_name = "clAnother";
-  qv::call_command({&device, &qv::commands_of_capability(3)}, 48, &asked);
-  EXPECT_EQ(as_number(asked.result), as_number(&made_object));
+// A little-endian number, as binaries have it.
+template <typename Number>
+std::string number(Number value) {
+  return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+// A kernel of PoCL's, with one file.
+std::string pocl_kernel(const std::string& name) {
+  const std::string file = number(2u) + "/k" + number(3u) + "abc";
+  const std::string told = number(std::uint64_t{file.size()}) + number(7u) +
+                           number(std::uint32_t(name.size())) + name + std::string(40, 'i');
+  return number(std::uint64_t{8 + told.size() + file.size()}) + told + file;
+}
+
+std::string pocl_binary(std::uint32_t version) {
+  const std::string file = number(2u) + "/p" + number(3u) + "abc";
+  const std::string files = number(std::uint64_t{file.size()}) + file;
+  const std::string front = std::string("poclbin\0", 8) + number(std::uint64_t{1}) + number(version) +
+                            number(2u) + number(std::uint64_t{2});
+  const std::string hash(41, 'h');
+  const std::string kernels = pocl_kernel("first") + pocl_kernel("second");
+  if (version < 9)
+    return front + hash + file + kernels;
+  return front + number(2u) + hash + (version < 10 ? "" : number(std::uint64_t{64})) + files + files +
+         kernels;
+}
+
+TEST_F(refusal, of_binaries_that_are_cut_short_or_of_another_kind) {
+  const std::string bitcode = "BC\xc0\xde, some bitcode";
+  const std::string of_rusticl = number(1u) + number(8u) + number(4u) + number(0x07230203u) + number(0u);
+  const std::string of_clover = number(1u) + number(2u) + "k1" + number(1u) + "a" + number(1u) +
+                                number(std::uint64_t{4}) + number(std::uint64_t{0}) + number(2u) +
+                                std::string(48, 'a') + number(1u) + std::string(12, 's') + number(3u) +
+                                "abc" + number(1u) + number(1u) + number(4u) + number(2u) + "%d" + number(0u);
+  const auto is_refused = [](const user& by, const std::string& binary) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(binary.data());
+    const std::size_t length = binary.size();
+    std::int32_t binary_status = 77;
+    const cl_int status = by.status_of<op::create_program_with_binary>(
+        {by.context, &by.device, &length, &bytes, &binary_status, nullptr, 77, 1});
+    EXPECT_EQ(binary_status, status == CL_INVALID_BINARY ? status : 77);
+    EXPECT_TRUE(status == CL_SUCCESS || status == (length == 0 ? CL_INVALID_VALUE : CL_INVALID_BINARY));
+    return status != CL_SUCCESS;
+  };
+  use_implementations(without_oclgrind);
+  library made;
+  const user unjudged(made, another);
+  for (const auto& [platform, binary] : {std::pair{pocl, pocl_binary(8)},
+                                         {pocl, pocl_binary(9)},
+                                         {pocl, pocl_binary(10)},
+                                         {pocl, pocl_binary(11)},
+                                         {rusticl, of_rusticl},
+                                         {clover, of_clover}}) {
+    const user by(made, platform);
+    EXPECT_FALSE(is_refused(by, binary));
+    EXPECT_TRUE(is_refused(by, binary + "x") && is_refused(by, ""));
+    for (std::size_t length = 8; length < binary.size(); ++length) {
+      EXPECT_TRUE(is_refused(by, binary.substr(0, length))) << names[platform] << " " << length;
+      EXPECT_FALSE(is_refused(unjudged, binary.substr(0, length)));
+    }
+    EXPECT_TRUE(is_refused(by, pocl_binary(7)) && is_refused(by, pocl_binary(13)));
+    EXPECT_EQ(is_refused(by, pocl_binary(9)), platform != pocl);
+    EXPECT_TRUE(is_refused(by, bitcode)) << "it does not say that it takes SPIR";
+  }
+  EXPECT_TRUE(is_refused(user(made, rusticl), number(2u) + of_rusticl.substr(4))) << "of another version";
+}
+
+TEST_F(refusal, of_bitcode_is_for_devices_that_take_no_spir) {
+  for (const char* extensions : {"cl_khr_spirit", "cl_khr_spirit cl_khr_spir"}) {
+    device_options device = plain_device();
+    device.info[CL_DEVICE_EXTENSIONS] = text_answer(extensions);
+    use(device, {names[pocl]});
+    library made;
+    const user by(made);
+    const unsigned char* const bytes = reinterpret_cast<const unsigned char*>("BC\xc0\xde, some bitcode");
+    const std::size_t length = 18;
+    EXPECT_EQ(by.status_of<op::create_program_with_binary>(
+                  {by.context, &by.device, &length, &bytes, nullptr, nullptr, 77, 1}) == CL_SUCCESS,
+              std::string(extensions) != "cl_khr_spirit");
+  }
+}
+
+TEST_F(refusal, of_answers_that_are_wrong) {
+  const bool knows_better[] = {false, false, false, true, true};
+  device_options each = plain_device();
+  each.info[CL_KERNEL_ATTRIBUTES] = text_answer("garbage");
+  each.info[CL_DEVICE_MAX_WORK_GROUP_SIZE] = value_answer(std::uint64_t{1024});
+  each.work_group_size = 32;
+  use_implementations(with_oclgrind, each);
+  run_in_child([&] {
+    library made;
+    for (std::size_t i = 0; i < with_oclgrind; ++i) {
+      const user it(made, i);
+      void* const kernel = it.make_kernel("plain");
+      char text[8] = "";
+      it.ask<op::get_kernel_info>({kernel, sizeof text, text, nullptr, 77, CL_KERNEL_ATTRIBUTES});
+      EXPECT_STREQ(text, knows_better[i] ? "" : "garbage") << names[i];
+      for (const cl_uint query : {CL_KERNEL_WORK_GROUP_SIZE, CL_KERNEL_PREFERRED_WORK_GROUP_SIZE_MULTIPLE}) {
+        std::size_t size = 0;
+        it.ask<op::get_kernel_work_group_info>({it.device, kernel, sizeof size, &size, nullptr, 77, query});
+        EXPECT_EQ(size, i == rusticl && query == CL_KERNEL_WORK_GROUP_SIZE ? 1024u : 32u) << names[i];
+      }
+      it.release<op::release_kernel>(kernel);
+    }
+  });
 }
 
 } // namespace

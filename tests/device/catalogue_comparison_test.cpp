@@ -127,28 +127,26 @@ std::string expected(const raw_opencl& raw, cl_device_id device, const row& aske
   return line(TARVA_ABI_TYPE_UINT64, sizes);
 }
 
-std::string value_line(const tarva_abi_property_s& of) {
-  if (of.has_data == 0)
-    return *of.name == '\0' ? "absent" : no_value;
+std::string value_line(const property& of) {
+  if (!of.has_value())
+    return *of.name() == '\0' ? "absent" : no_value;
   std::vector<std::string> elements;
-  for (std::uint64_t i = 0; i < of.element_count; ++i) {
-    if (of.data_type == TARVA_ABI_TYPE_STRING)
-      elements.emplace_back(static_cast<const char* const*>(of.data)[i]);
-    else if (of.data_type == TARVA_ABI_TYPE_BOOLEAN)
-      elements.push_back(std::to_string(static_cast<const std::uint32_t*>(of.data)[i]));
-    else
-      elements.push_back(std::to_string(static_cast<const std::uint64_t*>(of.data)[i]));
-  }
-  return line(of.data_type, elements);
+  for (std::size_t i = 0; i < of.size(); ++i)
+    elements.push_back(of.type() == TARVA_ABI_TYPE_STRING    ? of.get<std::string>(i)
+                       : of.type() == TARVA_ABI_TYPE_BOOLEAN ? std::to_string(of.get<bool>(i))
+                                                             : std::to_string(of.get<std::uint64_t>(i)));
+  return line(of.type(), elements);
+}
+
+// What is said of a query that OpenCL refuses, or the words of any other failure.
+std::string refusal(const tarva::error& failed) {
+  return failed.kind() == tarva::failure_kind::other ? refused : failed.what();
 }
 
 // What the property says.
 std::string told(const property& parent, const std::string& key) {
-  tarva_abi_property_s* found = nullptr;
-  const outcome ended = call<tarva_abi_get_child_property_by_name>(parent.get(), key.c_str(), &found);
-  if (ended.code != TARVA_ABI_OK)
-    return ended.type == 7 ? refused : ended.message;
-  return value_line(*property(found));
+  const auto found = tarva::attempt([&] { return value_line(child(parent, key.c_str())); });
+  return found ? *found : refusal(found.error());
 }
 
 using lines = std::map<std::string, std::string>;
@@ -189,18 +187,14 @@ lines expected_children(const pair& of, const std::string& parent) {
 // to have.
 lines told_children(const property& parent, const lines& wanted) {
   lines result;
-  tarva_abi_property_array_s* found = nullptr;
-  const outcome ended = call<tarva_abi_get_all_children_properties>(parent.get(), &found);
-  if (ended.code == TARVA_ABI_OK) {
-    for (std::uint64_t i = 0; i < found->count; ++i) {
-      const property child(found->properties[i]);
-      if (*child->name != '\0')
-        result[child->name] = value_line(*child);
-    }
-    tarva_abi_free_property_array(nullptr, found);
+  const auto found = tarva::attempt([&] { return parent.children(); });
+  if (found) {
+    for (const property& one : *found)
+      if (*one.name() != '\0')
+        result[one.name()] = value_line(one);
     return result;
   }
-  EXPECT_EQ(ended.type, 7U) << ended;
+  EXPECT_EQ(refusal(found.error()), refused);
   for (const auto& [key, value] : wanted)
     result[key] = told(parent, key);
   return result;

@@ -2,6 +2,7 @@
 // library says what is wrong, in words, and a right launch works afterwards in the same process.
 #include "tests/device/every_device.h"
 
+#include <algorithm>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -66,21 +67,14 @@ public:
     const outcome ended = load(on, type, data, options, result);
     return ended.code != TARVA_ABI_OK || result.success ? ended : logic_failure("not built: " + result.log);
   }
-  property opencl() const { return child(root<tarva_abi_get_device_root_property>(on), "OPENCL"); }
+  property opencl() const { return on.properties()["OPENCL"]; }
   bool has_extension(const std::string& name) const {
-    const property all = child(opencl(), "CL_DEVICE_EXTENSIONS");
-    for (std::uint64_t k = 0; k < all->element_count; ++k)
-      if (text(all, k) == name)
-        return true;
-    return false;
-  }
-  std::uint64_t number(const char* name) const {
-    return *static_cast<const std::uint64_t*>(child(opencl(), name)->data);
+    const auto all = opencl()["CL_DEVICE_EXTENSIONS"].get_all<std::string>();
+    return std::find(all.begin(), all.end(), name) != all.end();
   }
   std::string binary() const {
-    const property all =
-        child(child(root<tarva_abi_get_program_root_property>(made), "OPENCL"), "CL_PROGRAM_BINARY");
-    return {static_cast<const char*>(all->data), all->element_count};
+    const property all = made.properties()["OPENCL"]["CL_PROGRAM_BINARY"];
+    return {static_cast<const char*>(all->data), all.size()};
   }
   // Nothing is lost, and nothing has been changed behind the caller's back.
   bool works() const {
@@ -147,7 +141,7 @@ outcome cut_binaries(const workbench& on) {
 }
 
 outcome too_large_object(const workbench& on) {
-  const std::uint64_t bytes = on.number("CL_DEVICE_MAX_MEM_ALLOC_SIZE") + 4096;
+  const std::uint64_t bytes = on.opencl()["CL_DEVICE_MAX_MEM_ALLOC_SIZE"].get<std::uint64_t>() + 4096;
   const memory large = allocate(TARVA_ABI_TYPE_UINT8, bytes);
   std::uint8_t last = 0;
   if (read_raw(large, bytes - 1, 1, &last) != outcome())
@@ -202,14 +196,13 @@ outcome odd_options(const workbench& on, const char* options) {
 
 using bench = const workbench&;
 constexpr auto groups_of_1 = [](bench on, std::uint64_t width, std::uint64_t height) {
-  const std::string vendor = text(child(on.opencl(), "CL_DEVICE_VENDOR"));
+  const std::string vendor = text(on.opencl()["CL_DEVICE_VENDOR"]);
   return vendor.rfind("Intel", 0) == 0 ? left_out("this one counts them all")
                                        : on.run(range(2, {width, height, 1}, {1, 1, 1}));
 };
 constexpr auto picture = [](bench on, const char* kernel, const tarva_abi_kernel_argument_s& given) {
-  const auto images = child(on.opencl(), "CL_DEVICE_IMAGE_SUPPORT");
-  return *static_cast<const std::uint32_t*>(images->data) != 0 ? on.run_other(with_images, kernel, given)
-                                                               : left_out("no images");
+  return on.opencl()["CL_DEVICE_IMAGE_SUPPORT"].get<bool>() ? on.run_other(with_images, kernel, given)
+                                                            : left_out("no images");
 };
 constexpr auto no_binary = "binary|not valid|not built: .";
 constexpr auto no_module = "IR is not supported|not valid|not built: .";

@@ -1,5 +1,6 @@
 // Content on its way between the real devices that the environment offers, and when their memory runs out.
 #include "tests/device/every_device.h"
+#include "tests/error_of.h"
 
 #include <numeric>
 
@@ -65,37 +66,35 @@ class exhaustion : public movement {};
 // The limit that OpenCL itself keeps: what it grants and has no room for later ends the process within it. Of large
 // objects only the ends are looked at: what the host never touches costs it nothing.
 TEST_F(exhaustion, of_the_device_by_the_second_of_three_arguments_is_refused) {
-  const auto opencl = child(root<tarva_abi_get_device_root_property>(all.at(0)), "OPENCL");
-  const auto largest =
-      *static_cast<const std::uint64_t*>(child(opencl, "CL_DEVICE_MAX_MEM_ALLOC_SIZE")->data);
+  const auto largest = all.at(0).properties()["OPENCL"]["CL_DEVICE_MAX_MEM_ALLOC_SIZE"].get<std::uint64_t>();
   if (largest > std::uint64_t{1} << 28)
     GTEST_SKIP() << "the device takes too large objects";
-  std::array<memory, 3> objects;
-  std::array<std::uint64_t, 3> sizes{64, largest + 1, 64};
-  const auto make_object = [&](std::size_t i) {
-    objects[i] = allocate(TARVA_ABI_TYPE_UINT8, sizes[i]);
-    const auto mark = static_cast<unsigned char>(i + 1);
-    for (const std::uint64_t place : {std::uint64_t{0}, sizes[i] - 1})
-      must(write_raw(objects[i], place, 1, &mark));
+  std::array<tarva::memory<unsigned char>, 3> objects;
+  const auto set_object = [&](std::size_t i, std::uint64_t size) {
+    objects[i] = tarva::memory<unsigned char>(size);
+    for (const std::uint64_t place : {std::uint64_t{0}, size - 1})
+      objects[i].part(place, 1).write(content{static_cast<unsigned char>(i + 1)});
   };
-  const auto launch_and_see_ends = [&](const outcome& expected) {
-    const arguments all_three{argument(objects[0]), argument(objects[1]), argument(objects[2])};
-    EXPECT_EQ(launch(find(0, "bump_three"), all_three, line(1)), expected);
-    content ends(6);
-    for (std::size_t i = 0; i < 6; ++i)
-      must(read_raw(objects[i / 2], i % 2 == 0 ? 0 : sizes[i / 2] - 1, 1, &ends[i]));
+  const auto see_ends = [&] {
+    content ends;
+    for (const auto& one : objects)
+      for (const std::uint64_t place : {std::uint64_t{0}, one.size() - 1})
+        ends.push_back(one.part(place, 1).read()[0]);
     return ends;
   };
-  for (const std::size_t i : {0, 1, 2})
-    make_object(i);
-  EXPECT_EQ(launch_and_see_ends(logic_failure("Argument 1 of kernel bump_three is a memory object of " +
-                                              std::to_string(largest + 1) +
-                                              " bytes, but the device can allocate at most " +
-                                              std::to_string(largest) + " bytes for one.")),
-            (content{1, 1, 2, 2, 3, 3}));
-  sizes[1] = 64;
-  make_object(1);
-  EXPECT_EQ(launch_and_see_ends({}), (content{2, 1, 3, 2, 4, 3}));
+  const auto bump = [&] {
+    find(0, "bump_three")(tarva::range::items(1), objects[0], objects[1], objects[2]);
+  };
+  set_object(0, 64);
+  set_object(1, largest + 1);
+  set_object(2, 64);
+  EXPECT_EQ(error_of<tarva::logic_failure>(bump),
+            "Argument 1 of kernel bump_three is a memory object of " + std::to_string(largest + 1) +
+                " bytes, but the device can allocate at most " + std::to_string(largest) + " bytes for one.");
+  EXPECT_EQ(see_ends(), (content{1, 1, 2, 2, 3, 3}));
+  set_object(1, 64);
+  bump();
+  EXPECT_EQ(see_ends(), (content{2, 1, 3, 2, 4, 3}));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // Every kind of program on every OpenCL device that the environment offers: what a device says that it takes
 // it runs, and what it does not take, or what is broken, ends in words and leaves the device as it was.
 #include "tests/device/every_device.h"
+#include "tests/error_of.h"
 
 #include <cstdlib>
 #include <dlfcn.h>
@@ -10,6 +11,7 @@
 namespace {
 
 using namespace caller;
+using tarva::ir;
 
 const std::string source =
     "kernel void add(global int* data, int amount) { data[get_global_id(0)] += amount; }";
@@ -26,48 +28,40 @@ protected:
   static void on_each(Body body) {
     every_device::on_each([&](const caller::device& one) {
       body(one, version_of(one));
-      expect_works(one);
+      expect_adds(one.build(source)); // whatever has been done to the device
     });
   }
-  static bool takes(const caller::device& on, std::uint64_t type) {
-    std::uint64_t answer = 7;
-    must(call<tarva_abi_check_device_ir_support>(on.get(), static_cast<tarva_abi_ir_header_s*>(nullptr), type,
-                                                 nullptr, std::uint64_t{0}, "", &answer));
-    return answer == 1;
-  }
   static void expect_adds(const program& made) {
-    const memory numbers = make(std::vector<std::int32_t>(16, 1));
-    const std::int32_t amount = 4;
-    EXPECT_EQ(launch(find_kernel(made, "add"), {argument(numbers), argument(amount)}, line(16, 4)),
-              outcome());
-    EXPECT_EQ(read<std::int32_t>(numbers, 16), std::vector<std::int32_t>(16, 5));
+    const tarva::memory numbers(std::vector<std::int32_t>(16, 1));
+    made.kernel("add")(tarva::range::items(16).in_groups_of(4), numbers, 4);
+    EXPECT_EQ(numbers.read(), std::vector<std::int32_t>(16, 5));
   }
-  static property opencl_of(const caller::device& of) {
-    return child(root<tarva_abi_get_device_root_property>(of), "OPENCL");
+  static property opencl_of(const caller::device& of) { return of.properties()["OPENCL"]; }
+  static tarva::result<program> load(const caller::device& on, ir kind, const std::string& data,
+                                     const char* options = "",
+                                     const std::vector<tarva::constant>& constants = {}) {
+    return tarva::attempt([&] { return on.load(kind, tarva::as_bytes(data), options, "", constants); });
   }
-  static void expect_works(const caller::device& on) { expect_adds(compile(on, source)); }
-  static void expect_loads(const caller::device& on, std::uint64_t type, const std::string& data,
+  static void expect_loads(const caller::device& on, ir kind, const std::string& data,
                            const char* options = "") {
-    build result;
-    ASSERT_EQ(load(on, type, data, options, result), outcome());
-    ASSERT_TRUE(result.success) << result.log;
-    expect_adds(result.made);
+    const auto made = load(on, kind, data, options);
+    ASSERT_TRUE(made) << made.error().what();
+    expect_adds(*made);
   }
-  static void expect_loads_or_words(const caller::device& on, std::uint64_t type, const std::string& data,
+  static void expect_loads_or_words(const caller::device& on, ir kind, const std::string& data,
                                     const char* options = "") {
-    build result;
-    const outcome ended = load(on, type, data, options, result);
-    EXPECT_TRUE(ended.code == TARVA_ABI_OK || !ended.message.empty()) << options;
-    if (ended.code == TARVA_ABI_OK && result.success)
-      expect_adds(result.made);
+    const auto made = load(on, kind, data, options);
+    if (made)
+      expect_adds(*made);
+    else
+      EXPECT_NE(words_of(made.error()), "") << options;
   }
-  // In one way or the other: an error object, or a program that was not built.
-  static void expect_refused(const caller::device& on, std::uint64_t type, const std::string& data,
-                             const char* options = "") {
-    build result;
-    const outcome ended = load(on, type, data, options, result);
-    EXPECT_TRUE(ended.code == TARVA_ABI_OK ? !result.success : !ended.message.empty())
-        << "type " << type << ", " << data.size() << " bytes, " << options;
+  static void expect_refused(const caller::device& on, ir kind, const std::string& data) {
+    EXPECT_FALSE(load(on, kind, data)) << static_cast<int>(kind) << ", " << data.size() << " bytes";
+  }
+  // The library's, or the layer's for a program that does not build.
+  static std::string words_of(const tarva::error& failed) {
+    return failed.code() == TARVA_ABI_OK ? failed.what() : failed.chain().at(0).message;
   }
 };
 
@@ -76,27 +70,23 @@ TEST_F(program_kinds, spir_runs_where_it_is_taken) {
   if (spir.empty())
     GTEST_SKIP() << "there is no clang to make a module";
   on_each([&](const caller::device& on, const std::string&) {
-    if (takes(on, TARVA_ABI_IR_SPIR_1_2)) {
-      expect_loads(on, TARVA_ABI_IR_SPIR_1_2, spir);
-      expect_loads(on, TARVA_ABI_IR_SPIR_1_2, spir, "-x spir -spir-std=1.2");
+    if (on.supports(ir::spir_1_2)) {
+      expect_loads(on, ir::spir_1_2, spir);
+      expect_loads(on, ir::spir_1_2, spir, "-x spir -spir-std=1.2");
     } else {
-      build unused;
-      EXPECT_EQ(load(on, TARVA_ABI_IR_SPIR_1_2, spir, "", unused),
-                logic_failure("IR is not supported by the device."));
+      EXPECT_STREQ(load(on, ir::spir_1_2, spir).error().what(), "IR is not supported by the device.");
     }
     // Some take it for a binary of their own all the same.
-    expect_loads_or_words(on, TARVA_ABI_IR_DEVICE_BINARY, spir);
+    expect_loads_or_words(on, ir::device_binary, spir);
     for (std::size_t length = 0; length < spir.size(); length += spir.size() / 7)
-      expect_refused(on, TARVA_ABI_IR_DEVICE_BINARY, spir.substr(0, length));
+      expect_refused(on, ir::device_binary, spir.substr(0, length));
   });
 }
 
 TEST_F(program_kinds, binaries_make_the_same_program_again) {
   on_each([](const caller::device& on, const std::string&) {
-    const auto of_program = root<tarva_abi_get_program_root_property>(compile(on, source));
-    const auto binary = child(child(of_program, "OPENCL"), "CL_PROGRAM_BINARY");
-    const std::string data(static_cast<const char*>(binary->data), binary->element_count);
-    expect_loads(on, TARVA_ABI_IR_DEVICE_BINARY, data);
+    const property binary = on.build(source).properties()["OPENCL"]["CL_PROGRAM_BINARY"];
+    expect_loads(on, ir::device_binary, {static_cast<const char*>(binary->data), binary.size()});
   });
 }
 
@@ -106,20 +96,20 @@ TEST_F(program_kinds, spir_v_runs_by_extension_and_by_command) {
     GTEST_SKIP() << "there is no clang, or no llvm-spirv, to make a module";
   on_each([&](const caller::device& on, const std::string& version) {
     const bool always = version >= "2.1";
-    EXPECT_LE(always, takes(on, TARVA_ABI_IR_SPIR_V));
-    if (!takes(on, TARVA_ABI_IR_SPIR_V)) {
-      expect_refused(on, TARVA_ABI_IR_SPIR_V, spirv);
+    EXPECT_LE(always, on.supports(ir::spir_v));
+    if (!on.supports(ir::spir_v)) {
+      expect_refused(on, ir::spir_v, spirv);
       return;
     }
     // A device that is used as 2.1 need not be one.
-    if (always && text(child(opencl_of(on), "CL_DEVICE_IL_VERSION")).empty())
-      expect_refused(on, TARVA_ABI_IR_SPIR_V, spirv);
+    if (always && text(opencl_of(on)["CL_DEVICE_IL_VERSION"]).empty())
+      expect_refused(on, ir::spir_v, spirv);
     else
-      expect_loads(on, TARVA_ABI_IR_SPIR_V, spirv);
+      expect_loads(on, ir::spir_v, spirv);
     // Cut within an instruction, or a function.
     for (const std::size_t length : {std::size_t{0}, std::size_t{3}, std::size_t{30}, spirv.size() / 2 | 2,
                                      spirv.size() - 4, spirv.size() - 1})
-      expect_refused(on, TARVA_ABI_IR_SPIR_V, spirv.substr(0, length));
+      expect_refused(on, ir::spir_v, spirv.substr(0, length));
   });
 }
 
@@ -127,118 +117,103 @@ TEST_F(program_kinds, specialisation_constants_reach_the_module) {
   const std::string spirv = module("constants.spv");
   if (spirv.empty())
     GTEST_SKIP() << "there is no clang, or no llvm-spirv, to make a module";
-  const std::int32_t number = -1;
-  const std::uint8_t small = 200;
-  const std::int64_t large = std::int64_t{1} << 40;
-  const float real = 7.0F;
-  const std::uint32_t yes = 0x100;
-  tarva_abi_specialization_constant_s constants[] = {{1, TARVA_ABI_TYPE_INT32, &number},
-                                                     {2, TARVA_ABI_TYPE_UINT8, &small},
-                                                     {3, TARVA_ABI_TYPE_INT64, &large},
-                                                     {4, TARVA_ABI_TYPE_FLOAT, &real},
-                                                     {5, TARVA_ABI_TYPE_BOOLEAN, &yes}};
+  tarva::boolean yes(true);
+  yes.value = 0x100;
+  const std::vector<tarva::constant> all_constants{
+      {1, -1}, {2, std::uint8_t{200}}, {3, std::int64_t{1} << 40}, {4, 7.0F}, {5, yes}};
   on_each([&](const caller::device& on, const std::string& version) {
     if (version != "2.2")
       return;
-    const bool real_device = !text(child(opencl_of(on), "CL_DEVICE_IL_VERSION")).empty();
-    for (const std::uint64_t count : {0, 2, 5}) {
-      tarva_abi_ir_header_s header{TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS, constants, count};
-      build result;
-      const outcome ended = load(on, TARVA_ABI_IR_SPIR_V, spirv, "", result, &header);
+    const bool real_device = !text(opencl_of(on)["CL_DEVICE_IL_VERSION"]).empty();
+    for (const std::ptrdiff_t count : {0, 2, 5}) {
+      const auto made =
+          load(on, ir::spir_v, spirv, "", {all_constants.begin(), all_constants.begin() + count});
+      ASSERT_EQ(static_cast<bool>(made), real_device);
       if (!real_device) {
-        EXPECT_EQ(ended.type, 7u);
-        EXPECT_FALSE(ended.message.empty());
+        EXPECT_EQ(made.error().kind(), tarva::failure_kind::other);
+        EXPECT_NE(words_of(made.error()), "");
         continue;
       }
-      ASSERT_EQ(ended, outcome());
-      const memory out = allocate(TARVA_ABI_TYPE_INT64, 5);
-      EXPECT_EQ(launch(find_kernel(result.made, "constants"), {argument(out)}, line(1)), outcome());
-      std::vector<std::int64_t> expected{10, 20, 30, 40, 0}, set{number, small, large, 7, 1};
+      const tarva::memory<std::int64_t> out(5);
+      made->kernel("constants")(tarva::range::items(1), out);
+      std::vector<std::int64_t> expected{10, 20, 30, 40, 0}, set{-1, 200, std::int64_t{1} << 40, 7, 1};
       std::copy_n(set.begin(), count, expected.begin());
-      EXPECT_EQ(read<std::int64_t>(out, 5), expected);
+      EXPECT_EQ(out.read(), expected);
     }
-    tarva_abi_specialization_constant_s unknown{77, TARVA_ABI_TYPE_INT32, &number};
-    tarva_abi_ir_header_s header{TARVA_ABI_IR_HEADER_SPECIALIZATION_CONSTANTS, &unknown, 1};
-    build unused;
-    EXPECT_EQ(load(on, TARVA_ABI_IR_SPIR_V, spirv, "", unused, &header).type, 7u) << "no constant 77";
+    EXPECT_EQ(load(on, ir::spir_v, spirv, "", {{77, -1}}).error().kind(), tarva::failure_kind::other)
+        << "no constant 77";
   });
 }
 
 TEST_F(program_kinds, built_in_kernels_work_or_are_refused_in_words) {
   on_each([](const caller::device& on, const std::string& version) {
-    tarva_abi_program_s* handle = nullptr;
-    ASSERT_EQ(call<tarva_abi_get_builtin_program>(on.get(), &handle), outcome());
-    const program builtin(handle);
     std::vector<std::string> kernels{"none"};
-    if (version >= "1.2") {
-      const auto listed = child(opencl_of(on), "CL_DEVICE_BUILT_IN_KERNELS");
-      for (std::uint64_t i = 0; i < listed->element_count; ++i)
-        kernels.push_back(text(listed, i));
-    }
+    if (version >= "1.2")
+      for (auto& name : opencl_of(on)["CL_DEVICE_BUILT_IN_KERNELS"].get_all<std::string>())
+        kernels.push_back(name);
     for (const std::string& name : kernels) {
-      tarva_abi_kernel_s* found = nullptr;
-      const outcome ended = call<tarva_abi_get_kernel>(builtin.get(), name.c_str(), &found);
-      const kernel owned(found);
-      EXPECT_EQ(found == nullptr, ended.code != TARVA_ABI_OK) << name;
-      EXPECT_NE(found == nullptr, ended.message.empty()) << name;
+      const auto found = tarva::attempt([&] { return on.builtin_program().kernel(name); });
+      EXPECT_TRUE(found ? static_cast<bool>(*found) : !words_of(found.error()).empty()) << name;
     }
   });
 }
 
 TEST_F(program_kinds, kernels_enqueue_kernels_on_the_default_queue) {
   on_each([](const caller::device& on, const std::string& version) {
-    if (version < "2.0")
-      return;
-    const auto queues =
-        child(child(opencl_of(on), "CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES"), "CL_DEVICE_MAX_ON_DEVICE_QUEUES");
-    if (*static_cast<const std::uint32_t*>(queues->data) == 0)
-      return; // a device that is used as 2.x without being one
-    build result;
-    ASSERT_EQ(load(on, TARVA_ABI_IR_SOURCE_2_0,
-                   "kernel void parent(global int* out) {"
-                   "  enqueue_kernel(get_default_queue(), CLK_ENQUEUE_FLAGS_NO_WAIT, ndrange_1D(4),"
-                   "                 ^{ out[get_global_id(0)] = 7; });"
-                   "}",
-                   "-cl-std=CL2.0", result),
-              outcome());
-    ASSERT_TRUE(result.success) << result.log;
-    const memory out = make(std::vector<std::int32_t>(5, 1));
-    EXPECT_EQ(launch(find_kernel(result.made, "parent"), {argument(out)}, line(1)), outcome());
-    EXPECT_EQ(read<std::int32_t>(out, 5), (std::vector<std::int32_t>{7, 7, 7, 7, 1}));
+    if (version < "2.0" ||
+        opencl_of(on)["CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES"]["CL_DEVICE_MAX_ON_DEVICE_QUEUES"]
+                .get<std::uint64_t>() == 0)
+      return; // or a device that is used as 2.x without being one
+    const auto made = load(on, ir::source_2_0,
+                           "kernel void parent(global int* out) {"
+                           "  enqueue_kernel(get_default_queue(), CLK_ENQUEUE_FLAGS_NO_WAIT, ndrange_1D(4),"
+                           "                 ^{ out[get_global_id(0)] = 7; });"
+                           "}",
+                           "-cl-std=CL2.0");
+    ASSERT_TRUE(made) << made.error().what();
+    const tarva::memory out(std::vector<std::int32_t>(5, 1));
+    made->kernel("parent")(tarva::range::items(1), out);
+    EXPECT_EQ(out.read(), (std::vector<std::int32_t>{7, 7, 7, 7, 1}));
   });
 }
 
 TEST_F(program_kinds, odd_build_options_never_end_the_process) {
   on_each([](const caller::device& on, const std::string&) {
     for (const char* valid : {" ", "-w", "-DX=1 -cl-mad-enable", "-D XY=1", "-I /tmp", "-cl-std=CL1.1"})
-      expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, source, valid);
+      expect_loads(on, ir::source_1_0, source, valid);
     // Some devices ignore a name that is missing.
     for (const char* odd : {"-D ", "-I -D -D", "\"", "'", "-DX='a b'", "-DX=\"a b\"", "-D X", "-DX=\xFF",
                             "\t", "''", "-DX=\"\\\"1\\\"\"", "-s word", "-I"})
-      expect_loads_or_words(on, TARVA_ABI_IR_SOURCE_1_0, source, odd);
+      expect_loads_or_words(on, ir::source_1_0, source, odd);
   });
 }
 
 TEST_F(program_kinds, odd_texts_and_names_end_in_words) {
   on_each([](const caller::device& on, const std::string&) {
-    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, "\xEF\xBB\xBF" + source);
-    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, source + std::string("\0garbage", 8));
-    expect_loads(on, TARVA_ABI_IR_SOURCE_1_0, "//" + std::string(1 << 18, 'x') + "\r\n" + source + "//");
+    expect_loads(on, ir::source_1_0, "\xEF\xBB\xBF" + source);
+    expect_loads(on, ir::source_1_0, source + std::string("\0garbage", 8));
+    expect_loads(on, ir::source_1_0, "//" + std::string(1 << 18, 'x') + "\r\n" + source + "//");
     for (const char* broken : {"/*", "#error no", "#include <missing.h>", "kernel void add(", "\xFF\xFE"})
-      expect_refused(on, TARVA_ABI_IR_SOURCE_1_0, broken);
+      expect_refused(on, ir::source_1_0, broken);
     for (const char* without_kernel : {"", "\n", "int f(int x) { return x; }"}) {
-      build result;
-      const outcome ended = load(on, TARVA_ABI_IR_SOURCE_1_0, without_kernel, "", result);
-      EXPECT_TRUE(ended.code == TARVA_ABI_OK || !ended.message.empty());
+      const auto made = load(on, ir::source_1_0, without_kernel);
+      EXPECT_TRUE(made || !words_of(made.error()).empty());
     }
-    const program made = compile(on, source);
+    const program made = on.build(source);
     for (const std::string& name : {std::string(), std::string("ad"), std::string("add "),
-                                    std::string("%s%n"), std::string("\xFF"), std::string(100000, 'a')}) {
-      tarva_abi_kernel_s* found = nullptr;
-      EXPECT_EQ(call<tarva_abi_get_kernel>(made.get(), name.c_str(), &found),
-                other_failure("Kernel name not found in the program."));
-      const kernel owned(found);
-    }
+                                    std::string("%s%n"), std::string("\xFF"), std::string(100000, 'a')})
+      EXPECT_EQ(error_of<tarva::runtime_failure>([&] { (void)made.kernel(name); }),
+                "Kernel name not found in the program. There is no " + name + ", but there are: add.");
+  });
+}
+
+// The label is the file's name, and lines are counted as in the source, where the compiler follows the language.
+TEST_F(program_kinds, messages_of_the_compiler_name_the_label) {
+  on_each([](const caller::device& on, const std::string&) {
+    const std::string log =
+        on.try_load(ir::source_1_0, tarva::as_bytes(std::string("\nkernel void f(")), "", "shapes.cl").log;
+    EXPECT_TRUE(log.find("input.cl") != std::string::npos || log.find("shapes.cl:2:") != std::string::npos)
+        << log;
   });
 }
 

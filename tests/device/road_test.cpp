@@ -52,6 +52,9 @@ std::vector<std::int32_t> counted(std::size_t size, std::int32_t first = 0) {
   return result;
 }
 
+using ints = tarva::memory<std::int32_t>;
+using tarva::range;
+
 class road : public every_device {
 protected:
   static void SetUpTestSuite() {
@@ -68,72 +71,56 @@ protected:
   template <class Body>
   static void on_each(Body body) {
     every_device::on_each(
-        [&](const caller::device& one) { body(static_cast<std::size_t>(&one - all.data())); });
+        [&](const caller::device& one) { body(programs[static_cast<std::size_t>(&one - all.data())]); });
   }
-  static kernel find(std::size_t i, const char* name) { return find_kernel(programs[i], name); }
 
   static inline std::vector<program> programs;
 };
 
 TEST_F(road, kernels_compute_what_the_host_does) {
-  on_each([](std::size_t i) {
+  on_each([](const program& of) {
     std::vector<float> x(element_count), y(element_count, 1.0F), expected(element_count);
     for (std::size_t k = 0; k < element_count; ++k) {
       x[k] = static_cast<float>(k);
       expected[k] = 2.5F * x[k] + 1.0F; // exact in every rounding
     }
-    const memory on_x = make(x), on_y = make(y);
-    const float factor = 2.5F;
-    EXPECT_EQ(
-        launch(find(i, "saxpy"), {argument(on_y), argument(on_x), argument(factor)}, line(element_count, 8)),
-        outcome());
-    EXPECT_EQ(read<float>(on_y, element_count), expected);
+    const tarva::memory<float> on_x(x), on_y(y);
+    of.kernel("saxpy")(range::items(element_count).in_groups_of(8), on_y, on_x, 2.5F);
+    EXPECT_EQ(on_y.read(), expected);
 
-    const memory numbers = make(counted(24));
-    EXPECT_EQ(launch(find(i, "reverse_groups"), {argument(numbers), local_argument(TARVA_ABI_TYPE_INT32, 8)},
-                     line(24, 8)),
-              outcome());
-    EXPECT_EQ(read<std::int32_t>(numbers, 8, 8), (std::vector<std::int32_t>{15, 14, 13, 12, 11, 10, 9, 8}));
+    const ints numbers(counted(24));
+    of.kernel("reverse_groups")(range::items(24).in_groups_of(8), numbers, tarva::local<std::int32_t>(8));
+    EXPECT_EQ(numbers.part(8, 8).read(), (std::vector<std::int32_t>{15, 14, 13, 12, 11, 10, 9, 8}));
 
-    const std::array<std::int32_t, 4> vector{-1, 2, 3, 1 << 30};
-    const std::uint8_t small = 200;
-    EXPECT_EQ(launch(find(i, "pick"),
-                     {argument(numbers), argument(vector, TARVA_ABI_TYPE_INT32V4), argument(small),
-                      null_argument()},
-                     line(1)),
-              outcome());
-    EXPECT_EQ(read<std::int32_t>(numbers, 4), (std::vector<std::int32_t>{-1, 1 << 30, 200, 1}));
+    of.kernel("pick")(range::items(1), numbers, tarva::int4{-1, 2, 3, 1 << 30}, std::uint8_t{200}, nullptr);
+    EXPECT_EQ(numbers.part(0, 4).read(), (std::vector<std::int32_t>{-1, 1 << 30, 200, 1}));
   });
 }
 
 TEST_F(road, launch_types_reach_the_device) {
-  on_each([](std::size_t i) {
-    const auto shape = find(i, "shape");
-    const memory seen = make(counted(6));
-    const auto look = [&](const tarva_abi_launch_range_s& range) {
-      EXPECT_EQ(launch(shape, {argument(seen)}, range), outcome());
-      return read<std::int32_t>(seen, 6);
+  on_each([](const program& of) {
+    const ints seen(6);
+    const auto look = [&](const range& over, const char* kernel = "shape") {
+      of.kernel(kernel)(over, seen);
+      return seen.read();
     };
     using sizes = std::vector<std::int32_t>;
-    EXPECT_EQ(look({TARVA_ABI_LAUNCH_EXPLICIT, {3, 0, 0, 0, 8, 4, 2, 4, 2, 1}}), (sizes{8, 4, 2, 4, 2, 1}));
-    EXPECT_EQ(look({TARVA_ABI_LAUNCH_GROUPS_SIZED, {2, 3, 8, 4, 1}}), (sizes{24, 12, 1, 8, 4, 1}));
-    const auto groups = look({TARVA_ABI_LAUNCH_GROUPS, {3}});
+    EXPECT_EQ(look(range::items(8, 4, 2).in_groups_of(4, 2, 1)), (sizes{8, 4, 2, 4, 2, 1}));
+    EXPECT_EQ(look(range::groups_of(3, 8, 4)), (sizes{24, 12, 1, 8, 4, 1}));
+    const auto groups = look(range::groups(3));
     EXPECT_EQ(groups[0], 3 * groups[3]);
-    const auto wanted = look({TARVA_ABI_LAUNCH_GLOBAL_SIZE, {2, 1, 1, 1}});
+    const auto wanted = look(range::at_least(1, 1));
     EXPECT_EQ(wanted[0], wanted[3]) << "no smaller than a work-group";
-    const auto units = look({TARVA_ABI_LAUNCH_GROUPS_PER_UNIT, {1}});
-    EXPECT_EQ(look({TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED, {1, 9, 2, 1, 1}})[0] / 2, units[0] / units[3]);
-    EXPECT_EQ(look({TARVA_ABI_LAUNCH_EXPLICIT, {1, 0, 0, 0, 6, 1, 1, 0, 0, 0}})[0], 6)
-        << "the device chooses";
-    EXPECT_EQ(launch(find(i, "fixed"), {argument(seen)}, {TARVA_ABI_LAUNCH_GLOBAL_SIZE, {2, 1, 1, 1}}),
-              outcome());
-    EXPECT_EQ(read<std::int32_t>(seen, 1)[0], 2);
+    const auto units = look(range::groups_per_unit(1));
+    EXPECT_EQ(look(range::group_per_unit_of(2))[0] / 2, units[0] / units[3]);
+    EXPECT_EQ(look(range::items(6))[0], 6) << "the device chooses";
+    EXPECT_EQ(look(range::at_least(1, 1), "fixed")[0], 2);
   });
 }
 
 TEST_F(road, all_types_are_allocated_filled_copied_and_read) {
-  on_each([](std::size_t i) {
-    const auto touch = find(i, "touch");
+  on_each([](const program& of) {
+    const auto touch = of.kernel("touch");
     for (std::uint64_t type = 1; type <= 68; ++type)
       for (const bool on_device : {false, true}) {
         SCOPED_TRACE(::testing::Message()
@@ -164,32 +151,29 @@ TEST_F(road, all_types_are_allocated_filled_copied_and_read) {
 }
 
 TEST_F(road, an_object_is_used_on_all_devices_in_turn) {
-  const memory numbers = make(counted(element_count)), copies = make(counted(element_count));
-  const std::int32_t amount = 1;
+  const ints numbers(counted(element_count)), copies(counted(element_count));
   std::int32_t rounds = 0;
   for (; rounds < 3; ++rounds)
-    on_each([&](std::size_t i) {
-      EXPECT_EQ(launch(find(i, "add"), {argument(numbers), argument(amount)}, line(element_count, 4)),
-                outcome());
-      EXPECT_EQ(copy(numbers, 0, copies, 0, element_count), outcome()) << "from this device to another";
+    on_each([&](const program& of) {
+      of.kernel("add")(range::items(element_count).in_groups_of(4), numbers, 1);
+      numbers.copy_to(copies); // from this device to another
     });
-  const auto expected = counted(element_count, rounds * static_cast<std::int32_t>(all.size()));
-  EXPECT_EQ(read<std::int32_t>(numbers, element_count), expected);
-  EXPECT_EQ(launch(find(0, "add"), {argument(copies), argument(amount)}, line(1)), outcome());
-  EXPECT_EQ(read<std::int32_t>(copies, element_count - 1, 1),
-            std::vector<std::int32_t>(expected.begin() + 1, expected.end()));
+  auto expected = counted(element_count, rounds * static_cast<std::int32_t>(all.size()));
+  EXPECT_EQ(numbers.read(), expected);
+  programs[0].kernel("add")(range::items(1), copies, 1);
+  ++expected[0];
+  EXPECT_EQ(copies.read(), expected);
 }
 
 TEST_F(road, threads_work_on_all_devices_at_once) {
   std::vector<std::thread> threads;
-  for (std::size_t i = 0; i < all.size(); ++i)
-    threads.emplace_back([i] {
-      const auto add = find(i, "add");
-      const memory numbers = make(counted(64));
-      const std::int32_t amount = 2;
+  for (const program& of : programs)
+    threads.emplace_back([&of] {
+      const auto add = of.kernel("add");
+      const ints numbers(counted(64));
       for (int round = 0; round < 20; ++round)
-        must(launch(add, {argument(numbers), argument(amount)}, line(64, 8)));
-      EXPECT_EQ(read<std::int32_t>(numbers, 64), counted(64, 40));
+        add(range::items(64).in_groups_of(8), numbers, 2);
+      EXPECT_EQ(numbers.read(), counted(64, 40));
     });
   for (std::thread& one : threads)
     one.join();

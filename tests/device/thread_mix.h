@@ -52,7 +52,7 @@ public:
       one.join();
     for (reading& left : readings_)
       check(left);
-    expect(read<std::int32_t>(shared_, 4) == numbers(4, shared_sum_), "wrong content of what all share");
+    expect(shared_.read() == numbers(4, shared_sum_), "wrong content of what all share");
     const auto growth = static_cast<std::int64_t>(resident_bytes() - before);
     std::printf("%llu operations, %lld KiB of growth after the first third\n",
                 static_cast<unsigned long long>(operations_), static_cast<long long>(growth / 1024));
@@ -64,13 +64,12 @@ public:
 private:
   using numbers = std::vector<std::int32_t>;
   struct owned {
-    memory object;
+    tarva::memory<std::int32_t> object;
     numbers content;
   };
   // A read that any thread may wait for.
   struct reading {
-    tarva_abi_future_s* future;
-    std::unique_ptr<numbers> into;
+    tarva::future<numbers> future;
     numbers expected;
   };
 
@@ -82,7 +81,7 @@ private:
       while (std::chrono::steady_clock::now() < end && !failed_)
         step(random, mine, abandoned);
       for (owned& one : mine)
-        expect(read<std::int32_t>(one.object, one.content.size()) == one.content, "wrong content at the end");
+        expect(one.object.read() == one.content, "wrong content at the end");
     } catch (const std::exception& error) {
       fail(error.what());
     }
@@ -93,41 +92,35 @@ private:
     if (++operations_ % 1000 == 0)
       tidy_();
     if (mine.size() < 2) {
-      mine.push_back({nullptr, numbers(1 + below(64), static_cast<std::int32_t>(below(1000)))});
-      mine.back().object = make(mine.back().content);
-      return;
+      const numbers content(1 + below(64), static_cast<std::int32_t>(below(1000)));
+      return mine.push_back({tarva::memory(content), content});
     }
     owned& one = mine[below(mine.size())];
     const std::size_t size = one.content.size(), start = below(size), count = 1 + below(size - start);
     const auto from = one.content.begin() + static_cast<std::ptrdiff_t>(start);
+    const auto part = one.object.part(start, count);
     const auto amount = static_cast<std::int32_t>(below(100));
     switch (below(10)) {
     case 0:
       return static_cast<void>(mine.erase(mine.begin() + (&one - mine.data())));
     case 1: {
       std::fill_n(from, count, amount);
-      return must(write_raw(one.object, start, count, &*from));
+      return part.write({&*from, count});
     }
     case 2: {
       std::fill_n(from, count, amount);
-      return must(fill(one.object, &amount, start, count));
+      return part.fill(amount);
     }
     case 3: {
       owned& other = mine[&one == &mine[0] ? 1 : 0];
       const std::size_t most = std::min(count, other.content.size());
       std::copy_n(from, most, other.content.begin());
-      return must(copy(one.object, start, other.object, 0, most));
+      return part.part(0, most).copy_to(other.object.part(0, most));
     }
-    case 4: {
-      tarva_abi_future_s* future = nullptr;
-      must(call<tarva_abi_async_read_memory>(one.object.get(), std::uint64_t{0}, std::uint64_t{size},
-                                             static_cast<void*>(abandoned.data()), &future));
-      return tarva_abi_abandon_future(nullptr, future);
-    }
+    case 4:
+      return one.object.async_read({abandoned.data(), size}).abandon();
     case 5: {
-      reading begun{nullptr, std::make_unique<numbers>(size), one.content};
-      must(call<tarva_abi_async_read_memory>(one.object.get(), std::uint64_t{0}, std::uint64_t{size},
-                                             static_cast<void*>(begun.into->data()), &begun.future));
+      reading begun{one.object.async_read(), one.content};
       const std::lock_guard guard(lock_);
       return readings_.push_back(std::move(begun));
     }
@@ -141,24 +134,18 @@ private:
       return check(begun);
     }
     case 7:
-      return expect(read<std::int32_t>(one.object, count, start) ==
-                        numbers(from, from + static_cast<std::ptrdiff_t>(count)),
-                    "wrong content");
+      return expect(part.read() == numbers(from, from + static_cast<std::ptrdiff_t>(count)), "wrong content");
     case 8:
       shared_sum_ += amount;
-      return must(launch(kernels_[below(kernels_.size())], {argument(shared_), argument(amount)}, line(4)));
+      return kernels_[below(kernels_.size())](tarva::range::items(4), shared_, amount);
     default:
       for (std::int32_t& value : one.content)
         value += amount;
-      return must(
-          launch(kernels_[below(kernels_.size())], {argument(one.object), argument(amount)}, line(size)));
+      return kernels_[below(kernels_.size())](tarva::range::items(size), one.object, amount);
     }
   }
 
-  void check(reading& begun) {
-    must(wait(begun.future));
-    expect(*begun.into == begun.expected, "wrong content in a future");
-  }
+  void check(reading& begun) { expect(begun.future.get() == begun.expected, "wrong content in a future"); }
   void expect(bool holds, const char* what) {
     if (!holds)
       fail(what);
@@ -171,7 +158,7 @@ private:
 
   const std::vector<kernel>& kernels_;
   const std::function<void()>& tidy_;
-  const memory shared_ = make(numbers(4));
+  const tarva::memory<std::int32_t> shared_{numbers(4)};
   std::atomic<std::int32_t> shared_sum_ = 0;
   std::atomic<std::uint64_t> operations_ = 0;
   std::atomic<bool> failed_ = false;

@@ -11,6 +11,7 @@ Blocks run in order, in a folder in which the source tree seems to lie. What a b
     ```sh                              is run, and has to end with status 0
     ```console                         each line that begins with "$ " is run; what it prints has to be what follows,
                                        in which ... stands for any text, and a line of it for any lines
+    ```python                          is only looked at here: the tests of the Python package run it
     ```text                            is only looked at
 
 A comment <!-- not run: why --> in the line before a block lets it be, and <!-- not compared: why --> lets its output be.
@@ -27,7 +28,7 @@ LINK = re.compile(r"\]\((?!https?:|#)([^)#]+)(?:#[^)]*)?\)")
 CPP_HEAD = """#include <iostream>
 #include <tarva.hpp>
 int main() {
-[[maybe_unused]] const tarva::device device = tarva::first_device();
+[[maybe_unused]] const tarva::device device = tarva::best_device();
 [[maybe_unused]] const std::vector<float> numbers(1024, 1.0F);
 """
 
@@ -76,7 +77,7 @@ def run_block(info, body, folder, compared):
         run(body, folder)
     elif language == "console":
         run_console(body, folder, compared)
-    elif language != "text":
+    elif language not in ("text", "python"):
         raise AssertionError(f"a block of an unknown kind: {info!r}")
 
 

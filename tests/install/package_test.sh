@@ -11,7 +11,9 @@ trap 'rm -rf "$work"' EXIT
 
 (cd "$build" && cpack -B "$work/packages" >"$work/log" 2>&1) || { cat "$work/log"; exit 1; }
 packages=$(ls "$work"/packages/*.deb)
-[ "$(printf '%s\n' "$packages" | wc -l)" = 3 ] || { echo "not three packages: $packages"; exit 1; }
+names="liboryn-tarva-dev tarva-tools liboryn-tarva0"
+grep -q '^TARVA_PYTHON_INSTALL_DIR:' "$build/CMakeCache.txt" && names="python3-tarva $names"
+[ "$(printf '%s\n' "$packages" | wc -l)" = "$(echo $names | wc -w)" ] || { echo "not $names: $packages"; exit 1; }
 
 if [ "${2:-}" = --lint ]; then
   lintian --fail-on error,warning $packages
@@ -35,6 +37,11 @@ LD_LIBRARY_PATH=$(dirname "$library") "$root/usr/bin/tarva-info" --version
 for file in include/tarva.hpp share/man/man1/tarva-info.1.gz share/doc/liboryn-tarva0/copyright; do
   [ -s "$root/usr/$file" ] || { echo "$file is not there"; exit 1; }
 done
-in_root --purge liboryn-tarva-dev tarva-tools liboryn-tarva0
+module=$(find "$root/usr/lib" -name '_binding.abi3.so')
+if [ -n "$module" ] && python3 -c 'import numpy' 2>/dev/null; then
+  PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=$(dirname "$module")/.. LD_LIBRARY_PATH=$(dirname "$library") \
+    python3 -c 'import tarva; print("tarva", tarva.__version__, len(tarva.devices()))'
+fi
+in_root --purge $names
 left=$(find "$root" -path "$root/var/lib/dpkg" -prune -o -not -type d -print)
 [ -z "$left" ] || { echo "left behind: $left"; exit 1; }

@@ -244,7 +244,12 @@ void fail_without_future() {
   log_to_console("warn");
   const auto all = devices();
   fail_event(op::enqueue_nd_range_kernel, 1, -5);
-  used_on(all[0]);
+  const memory numbers = used_on(all[0]);
+  const std::int32_t value = 7;
+  fail_event(op::enqueue_fill_buffer, 1, -5);
+  must(fill(numbers, &value, 1, 2));
+  fail_event(op::enqueue_copy_buffer, 1, -5);
+  must(copy(numbers, 0, numbers, 3, 1));
   fail_event(op::enqueue_write_buffer, 1, -5);
   used_on(all[0]);
   fail_call(op::release_mem_object, 1, -38);
@@ -282,7 +287,10 @@ TEST(lifecycle, failures_that_nobody_is_told_of_are_logged) {
       run(fail_without_future), ExitedWithCode(0),
       lines({"] [tarva] [error] ",
              "kernel: {work_dim=1, global_offset=(0, 0, 0), global_size=(4, 1, 1), local_size=(1, 1, 1)}",
-             "Failed to allocate resources on the device.", "Failed to allocate resources on the device.",
+             "Failed to allocate resources on the device.", "fill: {memory_object_id=",
+             ", start_position=1, count=2, value=<omitted>}: ", "copy_tarva_to_tarva: {src_object_id=",
+             ", src_start_position=0, dest_start_position=3, count=1}: ",
+             "Failed to allocate resources on the device.",
              "] [skerv] [error] Exception caught in memory_object::~memory_object()."}));
   EXPECT_EXIT(
       run(complain_from_opencl), ExitedWithCode(0),

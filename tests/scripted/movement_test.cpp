@@ -31,7 +31,7 @@ TEST_P(movement, content_goes_to_the_device_once_and_stays) {
   EXPECT_EQ(launch(add, {argument(numbers), argument(amount)}, line(4, 4)), outcome());
   const auto second = take_calls();
   EXPECT_EQ(count(second, op::create_buffer) + count(second, op::enqueue_write_buffer), 0u);
-  EXPECT_EQ(count(second, op::create_kernel), 1u);
+  EXPECT_EQ(count(second, op::create_kernel), is_opencl() ? 0u : 1u) << "libqv keeps it";
   EXPECT_EQ(count(second, op::finish), 2u) << "one finish of each queue for the run";
   EXPECT_EQ(read<std::int32_t>(numbers, 6, 1), (std::vector<std::int32_t>{22, 23, 24, 15, 16, 17}));
 }

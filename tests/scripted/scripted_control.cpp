@@ -7,6 +7,20 @@
 
 namespace scripted {
 
+namespace {
+thread_local int depth = 0;
+}
+
+visit::visit() {
+  ++depth;
+}
+visit::~visit() {
+  --depth;
+}
+bool is_inside() {
+  return depth != 0;
+}
+
 machine& machine::get() {
   static auto* const instance = new machine;
   return *instance;
@@ -107,6 +121,12 @@ void set_version(std::uint64_t version) {
   machine::get().version = version;
 }
 
+void set_platforms(std::vector<platform_options> platforms, std::int32_t status) {
+  const auto guard = locked();
+  machine::get().platforms.assign(platforms.begin(), platforms.end());
+  machine::get().platforms_status = status;
+}
+
 void set_kernel(const std::string& name, kernel_function body) {
   const auto guard = locked();
   machine::get().kernels[name] = std::move(body);
@@ -173,7 +193,7 @@ void check_at_exit(bool wanted) {
   static_cast<void>(registered);
 }
 
-void raise_context_error(std::size_t device, const char* message) {
+void raise_context_error(std::size_t device, const char* message, bool with_user_data) {
   std::vector<std::shared_ptr<context>> told;
   {
     const auto guard = locked();
@@ -184,7 +204,7 @@ void raise_context_error(std::size_t device, const char* message) {
   }
   for (const auto& one : told)
     if (one->notify != nullptr)
-      one->notify(message, nullptr, 0, one->user_data);
+      one->notify(message, nullptr, 0, with_user_data ? one->user_data : nullptr);
 }
 
 } // namespace scripted

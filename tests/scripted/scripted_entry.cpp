@@ -11,14 +11,6 @@ namespace scripted {
 
 namespace {
 
-thread_local int depth = 0;
-struct visit {
-  visit() { ++depth; }
-  visit(const visit&) = delete;
-  visit& operator=(const visit&) = delete;
-  ~visit() { --depth; }
-};
-
 constexpr std::uint64_t first_root = 0x100, first_node = 0x200; // never valid addresses
 
 std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t count, std::uint64_t* array,
@@ -31,8 +23,8 @@ std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t co
 
 } // namespace
 
-bool is_inside() {
-  return depth != 0;
+bool is_opencl() {
+  return false;
 }
 
 } // namespace scripted

@@ -21,6 +21,14 @@ struct refused {
   std::int32_t status;
 };
 
+// Marks the thread as inside.
+struct visit {
+  visit();
+  visit(const visit&) = delete;
+  visit& operator=(const visit&) = delete;
+  ~visit();
+};
+
 struct device {
   device_options options;
   std::size_t index = 0;
@@ -52,6 +60,7 @@ struct buffer : object {
 struct event : object {
   static constexpr std::int32_t invalid = -58;
   static constexpr const char* kind = "event";
+  device* owner = nullptr;
   std::int32_t status = 3; // CL_QUEUED
   bool profiled = false;
 };
@@ -72,6 +81,7 @@ struct queue : object {
 struct kernel_description {
   std::string name;
   std::vector<argument_kind> parameters; // memory, local or value
+  std::vector<std::string> types;
   std::array<std::size_t, 3> required_size{};
 };
 
@@ -135,6 +145,8 @@ public:
 
   std::mutex lock;
   std::deque<device> devices;
+  std::deque<platform_options> platforms{{}};
+  std::int32_t platforms_status = 0;
   std::map<void*, std::shared_ptr<object>> objects;
   std::set<void*> call_handles;
   std::vector<call_record> calls;

@@ -1,9 +1,10 @@
-// The scripted machine as an OpenCL of its own, under the name of the loader: one platform, whose functions are the
+// The scripted machine as an OpenCL of its own, under the name of the loader: platforms whose functions are the
 // commands of the machine. The real capability library runs over it.
 #include "tests/scripted/scripted_machine.h"
 
 #define CL_TARGET_OPENCL_VERSION 220
 #define CL_USE_DEPRECATED_OPENCL_1_2_APIS
+#include <cstdlib>
 #pragma GCC visibility push(default)
 #include <CL/cl.h>
 #pragma GCC visibility pop
@@ -11,11 +12,11 @@
 namespace scripted {
 namespace {
 
-constexpr const char* platform_version = "OpenCL 2.2 scripted";
-char the_platform;
-
-cl_platform_id platform() {
-  return reinterpret_cast<cl_platform_id>(&the_platform);
+cl_platform_id platform(std::size_t index) {
+  return reinterpret_cast<cl_platform_id>(&machine::get().platforms.at(index));
+}
+const platform_options& options_of(cl_platform_id platform) {
+  return *reinterpret_cast<const platform_options*>(platform);
 }
 
 // The device that an object lives on; the first, for what is none.
@@ -24,26 +25,24 @@ device& owner_of(machine& world, void* handle) {
     if (&each == handle)
       return each;
   const auto found = world.objects.find(handle);
-  const auto is = [&]<class T>(T*& as) {
-    as = found == world.objects.end() ? nullptr : dynamic_cast<T*>(found->second.get());
-    return as != nullptr;
-  };
-  context* of_context = nullptr;
-  queue* of_queue = nullptr;
-  buffer* of_buffer = nullptr;
-  program* of_program = nullptr;
-  kernel* of_kernel = nullptr;
-  return is(of_context)   ? *of_context->owner
-         : is(of_queue)   ? *of_queue->owner
-         : is(of_buffer)  ? *of_buffer->owner
-         : is(of_program) ? *of_program->owner
-         : is(of_kernel)  ? *of_kernel->parent->owner
-                          : world.devices.front();
+  if (found == world.objects.end())
+    return world.devices.front();
+  if (const auto* const one = dynamic_cast<kernel*>(found->second.get()))
+    return *one->parent->owner;
+  device* owner = &world.devices.front();
+  const auto look = [&]<class T>(T* one) { owner = one == nullptr ? owner : one->owner; };
+  look(dynamic_cast<context*>(found->second.get()));
+  look(dynamic_cast<queue*>(found->second.get()));
+  look(dynamic_cast<buffer*>(found->second.get()));
+  look(dynamic_cast<event*>(found->second.get()));
+  look(dynamic_cast<program*>(found->second.get()));
+  return *owner;
 }
 
 // Performs the operation. `about` tells the device.
 template <qv::operation Op>
 qv::record<Op> run(void* about, qv::record<Op> record) {
+  const visit inside;
   machine& world = machine::get();
   std::unique_lock lock(world.lock);
   device& owner = owner_of(world, about);
@@ -89,51 +88,104 @@ cl_int answer(const bytes& what, std::size_t size, void* value, std::size_t* siz
   return answer_query(what, query);
 }
 
+cl_int answer_badly(defect what, void* value, std::size_t* size_ret) {
+  if (what == defect::refused)
+    return CL_OUT_OF_RESOURCES;
+  if (what == defect::thrown)
+    throw std::bad_alloc();
+  if (size_ret != nullptr)
+    *size_ret = what == defect::absurd ? std::size_t{1} << 62 : value == nullptr ? 4 : 5;
+  return CL_SUCCESS;
+}
+
+// The handles of a list, of which there are `count`.
+template <class Handle>
+cl_int list(const std::vector<Handle>& all, std::size_t count, cl_uint room, Handle* handles,
+            cl_uint* found) {
+  if (handles != nullptr)
+    std::copy_n(all.begin(), std::min<std::size_t>(room, all.size()), handles);
+  if (found != nullptr)
+    *found = static_cast<cl_uint>(count);
+  return all.empty() ? CL_DEVICE_NOT_FOUND : CL_SUCCESS;
+}
+
 template <class Entry>
 void* const* handles(const Entry* entries) {
   return reinterpret_cast<void* const*>(entries);
 }
 
+// For programs that know nothing of scripts: one device, which may refuse a query.
+[[gnu::constructor]] void take_device_from_environment() {
+  const char* const name = std::getenv("SCRIPTED_DEVICE_NAME");
+  const char* const query = std::getenv("SCRIPTED_REFUSED_QUERY");
+  if (name == nullptr)
+    return;
+  device_options only{name, {3}};
+  if (query != nullptr)
+    only.defects[static_cast<std::uint32_t>(std::strtoul(query, nullptr, 0))] = defect::refused;
+  set_devices({only});
+}
+
 } // namespace
+
+bool is_opencl() {
+  return true;
+}
+
 } // namespace scripted
 
 using namespace scripted;
 using op = qv::operation;
 
 cl_int clGetPlatformIDs(cl_uint count, cl_platform_id* platforms, cl_uint* found) {
-  if (platforms != nullptr && count > 0)
-    *platforms = platform();
-  if (found != nullptr)
-    *found = 1;
-  return CL_SUCCESS;
+  const visit inside;
+  std::vector<cl_platform_id> all;
+  for (std::size_t i = 0; i < machine::get().platforms.size(); ++i)
+    all.push_back(platform(i));
+  const cl_int status = machine::get().platforms_status;
+  return status != CL_SUCCESS ? status : list(all, all.size(), count, platforms, found);
 }
 
-cl_int clGetPlatformInfo(cl_platform_id, cl_platform_info name, size_t size, void* value, size_t* size_ret) {
-  return answer(name == CL_PLATFORM_HOST_TIMER_RESOLUTION ? value_answer(std::uint64_t{1})
-                : name == CL_PLATFORM_VERSION             ? text_answer(platform_version)
-                                                          : text_answer("Scripted"),
+cl_int clGetPlatformInfo(cl_platform_id of, cl_platform_info name, size_t size, void* value,
+                         size_t* size_ret) {
+  const visit inside;
+  const auto& options = options_of(of);
+  return answer(name == CL_PLATFORM_HOST_TIMER_RESOLUTION
+                    ? value_answer(options.timer)
+                    : text_answer(name == CL_PLATFORM_VERSION ? options.version : options.name),
                 size, value, size_ret);
 }
 
-cl_int clGetDeviceIDs(cl_platform_id, cl_device_type, cl_uint count, cl_device_id* devices, cl_uint* found) {
-  auto& all = machine::get().devices;
-  for (std::size_t i = 0; devices != nullptr && i < all.size() && i < count; ++i)
-    devices[i] = reinterpret_cast<cl_device_id>(&all[i]);
-  if (found != nullptr)
-    *found = static_cast<cl_uint>(all.size());
-  return CL_SUCCESS;
+// Custom devices are listed only to those who ask for them.
+cl_int clGetDeviceIDs(cl_platform_id of, cl_device_type type, cl_uint count, cl_device_id* devices,
+                      cl_uint* found) {
+  const visit inside;
+  const auto& options = options_of(of);
+  const scripted::bytes custom = value_answer(cl_device_type{CL_DEVICE_TYPE_CUSTOM});
+  std::vector<cl_device_id> all;
+  for (scripted::device& each : machine::get().devices)
+    if (const auto told = each.options.info.find(CL_DEVICE_TYPE);
+        platform(each.options.platform) == of &&
+        (told != each.options.info.end() && told->second == custom) == (type == CL_DEVICE_TYPE_CUSTOM))
+      all.push_back(reinterpret_cast<cl_device_id>(&each));
+  if (options.devices_status != CL_SUCCESS)
+    return options.devices_status;
+  return list(all, options.false_count != 0 ? options.false_count : all.size(), count, devices, found);
 }
 
 // Each device reports the first version that it is given.
 cl_int clGetDeviceInfo(cl_device_id id, cl_device_info name, size_t size, void* value, size_t* size_ret) {
   constexpr const char* versions[] = {"1.0", "1.1", "1.2", "2.0", "2.1", "2.2"};
+  const visit inside;
   const auto& options = reinterpret_cast<scripted::device*>(id)->options;
+  if (const auto found = options.defects.find(name); found != options.defects.end())
+    return answer_badly(found->second, value, size_ret);
   if (name == CL_DEVICE_VERSION && options.info.count(name) == 0)
     return answer(
         text_answer(std::string("OpenCL ") + versions[options.capabilities.front() - 1] + " scripted"), size,
         value, size_ret);
   if (name == CL_DEVICE_PLATFORM)
-    return answer(value_answer(platform()), size, value, size_ret);
+    return answer(value_answer(platform(options.platform)), size, value, size_ret);
   return run<op::get_device_info>(id, {id, value, size_ret, name, size, 0}).status;
 }
 
@@ -307,8 +359,22 @@ cl_int clSetKernelArg(cl_kernel kernel, cl_uint index, size_t size, const void* 
 cl_int clGetKernelInfo(cl_kernel kernel, cl_kernel_info name, size_t size, void* value, size_t* size_ret) {
   return ask<op::get_kernel_info>(kernel, name, size, value, size_ret);
 }
-cl_int clGetKernelArgInfo(cl_kernel, cl_uint, cl_kernel_arg_info, size_t, void*, size_t*) {
-  return CL_KERNEL_ARG_INFO_NOT_AVAILABLE;
+cl_int clGetKernelArgInfo(cl_kernel handle, cl_uint index, cl_kernel_arg_info name, size_t size, void* value,
+                          size_t* size_ret) {
+  const visit inside;
+  const std::lock_guard guard(machine::get().lock);
+  const auto asked = machine::get().find<kernel>(handle);
+  if (!asked->parent->owner->options.tells_parameters)
+    return CL_KERNEL_ARG_INFO_NOT_AVAILABLE;
+  const auto& [ignored, kinds, types, size_of_groups] = asked->description;
+  if (index >= types.size())
+    return CL_INVALID_ARG_INDEX;
+  const cl_uint qualifier = kinds[index] == argument_kind::local ? CL_KERNEL_ARG_ADDRESS_LOCAL
+                            : kinds[index] == argument_kind::memory || types[index].find("image") == 0
+                                ? CL_KERNEL_ARG_ADDRESS_GLOBAL
+                                : CL_KERNEL_ARG_ADDRESS_PRIVATE;
+  return answer(name == CL_KERNEL_ARG_TYPE_NAME ? text_answer(types[index]) : value_answer(qualifier), size,
+                value, size_ret);
 }
 cl_int clGetKernelWorkGroupInfo(cl_kernel kernel, cl_device_id device, cl_kernel_work_group_info name,
                                 size_t size, void* value, size_t* size_ret) {

@@ -14,7 +14,7 @@ std::vector<kernel_description> find_kernels(const std::string& text) {
       R"(kernel\s+(?:__attribute__\s*\(\(\s*reqd_work_group_size\((\d+),\s*(\d+),\s*(\d+)\)\s*\)\)\s*)?void\s+(\w+)\s*\(([^)]*)\))");
   std::vector<kernel_description> found;
   for (std::sregex_iterator match(text.begin(), text.end(), declaration), end; match != end; ++match) {
-    kernel_description kernel{(*match)[4].str(), {}, {}};
+    kernel_description kernel{(*match)[4].str(), {}, {}, {}};
     if ((*match)[1].matched)
       kernel.required_size = {std::stoul((*match)[1]), std::stoul((*match)[2]), std::stoul((*match)[3])};
     std::istringstream parameters((*match)[5].str());
@@ -22,6 +22,10 @@ std::vector<kernel_description> find_kernels(const std::string& text) {
       kernel.parameters.push_back(one.find("local ") != std::string::npos ? argument_kind::local
                                   : one.find('*') != std::string::npos    ? argument_kind::memory
                                                                           : argument_kind::value);
+      const std::size_t name = one.rfind(' '), first = one.find_first_not_of(' ');
+      const std::size_t qualifier =
+          one.find("al ") < name ? one.find("al ") + 3 : first; // "global ", "local "
+      kernel.types.push_back(one.substr(qualifier, name - qualifier));
     }
     found.push_back(kernel);
   }
@@ -96,14 +100,14 @@ std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_k
   made->build_status = 0;
   std::istringstream list(made->text);
   for (std::string name; std::getline(list, name, ';');)
-    made->kernels.push_back({name, {argument_kind::memory}, {}});
+    made->kernels.push_back({name, {argument_kind::memory}, {"void*"}, {}});
   record.result = made;
   return 0;
 }
 
 std::int32_t build(session& now, qv::build_program_record& record) {
   const auto found = now.world.find<program>(record.program);
-  now.log.text = record.options;
+  now.log.text = record.options == nullptr ? "" : record.options;
   if (record.num_devices != 1 || record.device_list[0] != found->owner || record.pfn_notify != nullptr)
     return invalid_value;
   if (now.log.text.find("-bad") != std::string::npos)

@@ -62,6 +62,7 @@ std::int32_t enqueue(session& now, Record& record, std::function<void()> run) {
   const auto failure = now.world.take_plan(way::event, now.log.operation);
   const auto made = std::make_shared<event>();
   made->profiled = target->profiled;
+  made->owner = target->owner;
   if (record.event != nullptr)
     *record.event = now.world.add(made);
   target->pending.push_back({std::move(run), made, failure ? failure->value : 0});

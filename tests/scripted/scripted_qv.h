@@ -33,13 +33,28 @@ bytes value_answer(T value) {
   return {first, first + sizeof value};
 }
 
-// One root device, with a node under each capability (1 to 6 for OpenCL 1.0, 1.1, 1.2, 2.0, 2.1, 2.2).
+// What may be wrong with the answer to a query.
+enum class defect { refused, thrown, grows, absurd };
+
+// One root device, with a node under each capability (1 to 6 for OpenCL 1.0, 1.1, 1.2, 2.0, 2.1, 2.2). The last three are
+// for the scripted OpenCL alone, whose devices are of the first capability.
 struct device_options {
   std::string name = "scripted";
   std::vector<std::uint32_t> capabilities{};
   bool little_endian = true;
   std::uint64_t work_group_size = 256;
   std::map<std::uint32_t, bytes> info{}; // by parameter; overrides the built-in answers
+  std::map<std::uint32_t, defect> defects{};
+  bool tells_parameters = false;
+  std::size_t platform = 0;
+};
+
+// A platform of the scripted OpenCL.
+struct platform_options {
+  std::string name = "Scripted", version = "OpenCL 2.2 scripted";
+  std::uint64_t timer = 1;
+  std::int32_t devices_status = 0;
+  std::uint32_t false_count = 0; // of its devices, unless 0
 };
 
 enum class argument_kind { unset, memory, null, local, value };
@@ -106,6 +121,8 @@ struct call_record {
 // Before the library under test starts.
 SCRIPTED_API void set_devices(std::vector<device_options> devices);
 SCRIPTED_API void set_version(std::uint64_t version);
+// With the status of the question for them.
+SCRIPTED_API void set_platforms(std::vector<platform_options> platforms, std::int32_t status = 0);
 
 // The body of every kernel of that name; a kernel without a body does nothing.
 SCRIPTED_API void set_kernel(const std::string& name, kernel_function body);
@@ -142,8 +159,9 @@ SCRIPTED_API std::vector<std::string> misuses();
 // At the end of the process, after the library under test has stopped: end it with status 9 and a line on the
 // standard error stream if a reference is left or a rule was broken.
 SCRIPTED_API void check_at_exit(bool wanted);
-// Whether this thread is inside the capability library.
+// Whether this thread is inside the scripted library, of which there are two.
 SCRIPTED_API bool is_inside();
-SCRIPTED_API void raise_context_error(std::size_t device, const char* message);
+SCRIPTED_API bool is_opencl();
+SCRIPTED_API void raise_context_error(std::size_t device, const char* message, bool with_user_data = true);
 
 } // namespace scripted

@@ -32,8 +32,9 @@ usage_part() {
   status 0 --list
   status 1 9999; holds 9999 "$output" 9999
   "$tool" --raw 2>/dev/null >/dev/full && fail "a full disk goes unnoticed"
+  status 1 0 --prop no_such; holds "no match" "$output" "no key contains no_such"
   export OCL_ICD_VENDORS=/nonexistent
-  status 1; holds "no device" "$output" "no OpenCL device"
+  status 1; holds "no device" "$output" "no OpenCL device"; holds "no device" "$output" pocl-opencl-icd
 }
 
 values_part() {
@@ -44,11 +45,37 @@ values_part() {
   holds list "$("$tool")" "$name"
   holds tree "$("$tool" 0)" "$name"
   equal "elements on lines" "$("$tool" 0 --get OPENCL/CL_DEVICE_MAX_WORK_ITEM_SIZES | wc -l)" 3
+  raw=$("$tool" 0 --raw)
+  for key in $(echo "$raw" | awk 'NR % 9 == 1 { print $2 }'); do
+    equal "what --raw shows of $key" "$("$tool" 0 --get "$key" | tr '\n' ' ' | tr -s ' ')" \
+      "$(echo "$raw" | awk -v key="$key" '$2 == key { $1 = $2 = ""; print $0 " " }' | tr -s ' ' | sed 's/^ //' | tr -d '\n')"
+  done
   for path in NOTHING OPENCL OPENCL/NOTHING OPENCL/CL_DEVICE_NAME/NAME OPENCL/CL_DEVICE_SINGLE_FP_CONFIG ""; do
     status 1 0 --get "$path"
   done
   case $("$tool" --all | tr -d '\n') in *"$(printf '\033')"*) fail "colours without a terminal" ;; esac
   equal "values of the library's own tree" "$("$tool" 0 --xml | grep -c '^<data ')" "$("$tool" 0 --raw | wc -l)"
+}
+
+# A terminal of 60 columns, in which nothing is wider.
+terminal_part() {
+  need script
+  for words in "" 0; do
+    lines=$(script -qec "stty cols 60; NO_COLOR=1 '$tool' $words" /dev/null | tr -d '\r')
+    holds "'$words' on a terminal" "$lines" Dev
+    equal "too wide with '$words'" "$(echo "$lines" | awk 'length > 60')" ""
+  done
+}
+
+kernels_part() {
+  echo 'kernel void add(global int* data, int amount) { data[0] += amount; } kernel void idle() {}' >kernels.cl
+  status 0 0 --kernels kernels.cl; holds tree "$output" add; holds tree "$output" idle
+  need python3
+  equal "arguments" "$("$tool" 0 --json --kernels kernels.cl | json 'all["devices"][0]["add"]["OPENCL"]["CL_KERNEL_NUM_ARGS"]')" 2
+  echo 'kernel void broken(' >kernels.cl
+  status 1 0 --kernels kernels.cl; holds "the log" "$output" "kernels.cl does not build: "
+  status 1 0 --kernels /nonexistent
+  status 2 0 --raw --kernels kernels.cl
 }
 
 json_part() {
@@ -78,7 +105,7 @@ xml_part() {
 refusal_part() {
   need xmllint
   all=$("$tool" --xml 0 | grep -c distinct_name)
-  export TARVA_TEST_REFUSED_QUERY=0x1018
+  export SCRIPTED_REFUSED_QUERY=0x1018
   status 1 0 --get OPENCL/CL_DEVICE_MAX_SAMPLERS
   status 0 0 --get OPENCL/CL_DEVICE_ADDRESS_BITS
   status 0 0; holds tree "$output" "error: "; holds "what follows" "$output" "Local memory size"
@@ -87,18 +114,18 @@ refusal_part() {
   xml=$("$tool" --xml 0 2>/dev/null)
   echo "$xml" | xmllint --noout - || fail "XML of what is left"
   equal "all others" "$(echo "$xml" | grep -c distinct_name)" $((all - 1))
-  export TARVA_TEST_REFUSED_QUERY=0x101F
+  export SCRIPTED_REFUSED_QUERY=0x101F
   status 0; holds "the list goes on" "$output" '?'
 }
 
 # Devices with names that their makers should not have chosen.
 names_part() {
   need xmllint; need python3
-  export TARVA_TEST_DEVICE_NAME
-  TARVA_TEST_DEVICE_NAME="<b>&amp;</b> \"Ä\" '5' ]]>"
-  equal xml "$("$tool" 0 --xml | value_in_xml NAME)" "$TARVA_TEST_DEVICE_NAME"
-  TARVA_TEST_DEVICE_NAME=$(printf 'a\033[31m\001\377\\"z\302\205')
-  equal get "$("$tool" 0 --get NAME)" "$TARVA_TEST_DEVICE_NAME"
+  export SCRIPTED_DEVICE_NAME
+  SCRIPTED_DEVICE_NAME="<b>&amp;</b> \"Ä\" '5' ]]>"
+  equal xml "$("$tool" 0 --xml | value_in_xml NAME)" "$SCRIPTED_DEVICE_NAME"
+  SCRIPTED_DEVICE_NAME=$(printf 'a\033[31m\001\377\\"z\302\205')
+  equal get "$("$tool" 0 --get NAME)" "$SCRIPTED_DEVICE_NAME"
   holds tree "$("$tool" 0)" 'a\x1b[31m\x01\xff\"z\xc2\x85'
   holds list "$("$tool")" 'a\x1b[31m\x01\xff\"z\xc2\x85'
   equal json "$("$tool" --json | json 'ascii(all["devices"][0]["NAME"])')" "'a\\x1b[31m\\x01\\ufffd\\\\\"z\\x85'"
@@ -107,7 +134,7 @@ names_part() {
 output=$("$tool" 2>&1); ended=$?
 case $ended:$output in
   0:*) ;;
-  1:*"no OpenCL device")
+  1:*"no OpenCL device"*)
     echo "this environment offers no OpenCL device"
     [ -n "${TARVA_TEST_NEEDS_DEVICE+set}" ] || exit 77
     exit 1 ;;

@@ -42,14 +42,6 @@ int32_t qv_call_capability(qv_call_handle* handle, uint64_t command, void* recor
 
 namespace {
 
-// The only call of the operation since the last look.
-scripted::call_record only_call(op operation) {
-  std::vector<scripted::call_record> seen = scripted::take_calls();
-  std::erase_if(seen, [&](const scripted::call_record& call) { return call.operation != operation; });
-  EXPECT_EQ(seen.size(), 1u) << static_cast<int>(operation);
-  return seen.empty() ? scripted::call_record() : seen.front();
-}
-
 // Every object made is given up as often as it was taken, and no rule of OpenCL is broken.
 class access_test : public testing::Test {
 protected:
@@ -152,22 +144,6 @@ TEST_F(access_test, devices_may_vanish_while_they_are_asked_for) {
   };
   EXPECT_TRUE(opencl_2_0::find_devices().empty());
   EXPECT_EQ(lists_asked, 1);
-}
-
-TEST_F(access_test, queues_carry_their_properties) {
-  using words = std::vector<std::uint64_t>;
-  const auto sent = [] { return only_call(op::create_command_queue_with_properties).numbers; };
-  const auto device = the_device<version::v2_0>();
-  const auto context = the_context<version::v2_0>();
-  const opencl_2_0::device_command_queue first(context, device, false, 1024);
-  EXPECT_EQ(sent(), (words{0x1093, 13, 0x1094, 1024}));
-  const opencl_2_0::device_command_queue second(context, device, true, 0xFFFFFFFF);
-  EXPECT_EQ(sent(), (words{0x1093, 15, 0x1094, 0xFFFFFFFF}));
-  const opencl_2_0::host_command_queue third(context, device, true, false);
-  EXPECT_EQ(sent(), (words{0x1093, 1}));
-  const opencl_1_1::command_queue old(the_context<version::v1_1>(), the_device<version::v1_1>(), true, true);
-  EXPECT_EQ(only_call(op::create_command_queue).numbers, (words{3}));
-  EXPECT_THROW(opencl_1_1::context({}, {}, nullptr, nullptr), std::logic_error);
 }
 
 TEST_F(access_test, an_intermediate_language_needs_its_extension) {

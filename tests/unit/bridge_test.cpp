@@ -55,23 +55,6 @@ TEST(bridge, ends_a_handle_once_if_it_is_retained_meanwhile) {
   }
 }
 
-// The second handle cannot be made, so the first is taken back.
-TEST(bridge, fills_an_array_or_leaves_it_empty) {
-  abi_bridge bridge;
-  auto owner = std::make_shared<error_object>(5, "words");
-  auto* broken = bridge.make_property_array({{owner->get_property({"ROOT"}), owner}, {nullptr, owner}});
-  ASSERT_EQ(2U, broken->count);
-  EXPECT_EQ(nullptr, broken->properties[0]);
-  EXPECT_EQ(nullptr, broken->properties[1]);
-  EXPECT_EQ(1, owner.use_count());
-  std::free(broken->properties);
-  std::free(broken);
-  auto* none = bridge.make_property_array({});
-  EXPECT_EQ(0U, none->count);
-  EXPECT_EQ(nullptr, none->properties);
-  std::free(none);
-}
-
 // An object whose end asks the bridge, as one that ran under the bridge's lock could not.
 class visitor_at_the_end final : public error_object {
 public:

@@ -1,7 +1,7 @@
 // The parts of the pipeline that need no device: the graph, blocks of memory, byte order, attributes, roots.
 #include "ir/dag.h"
 #include "memory/host_memory.h"
-#include "objects/library_kernel.h"
+#include "objects/library_program.h"
 #include "objects/launch_limits.h"
 #include "tests/error_of.h"
 
@@ -52,17 +52,6 @@ TEST(graph, refuses_what_is_no_graph) {
   EXPECT_THROW(dag<number>(made.graph, to_nothing), std::logic_error);
 }
 
-// A graph whose nodes were changed behind its back.
-TEST(graph, is_not_walked_if_a_node_stands_in_it_twice) {
-  graph_of_numbers made(3);
-  made.edge(0, 1);
-  const_cast<std::vector<number>&>(made.graph.nodes())[2] = made.nodes[0];
-  EXPECT_EQ(error_of<std::runtime_error>([&] { made.sorted(); }),
-            "Inserting a node label failed during the DFS.");
-  EXPECT_EQ(error_of<std::runtime_error>([&] { made.graph.disjoint_subgraphs(); }),
-            "Inserting a node color failed while finding disjoint subgraphs.");
-}
-
 // Beyond the size at which a node is found by a short search, and with nodes that are reached twice.
 TEST(graph, sorts_every_edge_forward_and_finds_components) {
   constexpr int size = 100;
@@ -83,31 +72,6 @@ TEST(graph, sorts_every_edge_forward_and_finds_components) {
   EXPECT_EQ(components[1].nodes().size(), 1U);
   ASSERT_EQ(components[2].nodes().size(), 2U);
   EXPECT_EQ(*components[2].topological_sort().front(), size + 2);
-}
-
-TEST(host_block, tells_its_faults_in_order) {
-  host_memory block;
-  EXPECT_THROW(block.get_read_pointer(0), std::logic_error) << "not set up";
-  block.set_allocation(data_type::uint16v3_, 5);
-  EXPECT_EQ(error_of([&] { block.get_write_pointer(6); }),
-            "Attempting to get a write pointer from an out-of-bounds index.");
-  EXPECT_THROW(block.free(), std::logic_error) << "nothing allocated";
-  block.allocate();
-  EXPECT_EQ(static_cast<char*>(block.get_write_pointer(5)) - static_cast<char*>(block.get_write_pointer(0)),
-            40);
-  const std::vector<std::uint8_t> value = {1, 2, 3, 4, 5, 6, 7, 8};
-  EXPECT_EQ(error_of([&] { block.fill(value, 3, ~std::uint64_t{0}); }),
-            "Fill operation would overflow target capacity.");
-  block.fill(value, 1, 4);
-  EXPECT_EQ(std::memcmp(block.get_read_pointer(4), value.data(), value.size()), 0);
-
-  host_memory view;
-  view.set_read_only_user_allocation(nullptr, data_type::uint16v3_, 5);
-  EXPECT_EQ(error_of([&] { view.get_write_pointer(0); }),
-            "Attempting to get a write pointer from a host memory object that is read-only.");
-  EXPECT_EQ(error_of([&] { view.get_read_pointer(0); }),
-            "Attempting to get a read pointer from a host memory object that points to a nullptr.");
-  block.free();
 }
 
 TEST(host_block, fills_every_element_of_a_large_block) {

@@ -8,22 +8,17 @@
 namespace tarva_info {
 namespace {
 
-enum option_code : int { GET = 256, PROP, RAW, HUMAN, JSON, TEXT, XML };
+enum option_code : int { GET = 256, PROP, KERNELS, RAW, HUMAN, JSON, TEXT, XML };
 
 constexpr const char* short_options = "+:lad:hv";
-constexpr option long_options[] = {{"list", no_argument, nullptr, 'l'},
-                                   {"all", no_argument, nullptr, 'a'},
-                                   {"device", required_argument, nullptr, 'd'},
-                                   {"get", required_argument, nullptr, GET},
-                                   {"prop", required_argument, nullptr, PROP},
-                                   {"raw", no_argument, nullptr, RAW},
-                                   {"human", no_argument, nullptr, HUMAN},
-                                   {"json", no_argument, nullptr, JSON},
-                                   {"text", no_argument, nullptr, TEXT},
-                                   {"xml", no_argument, nullptr, XML},
-                                   {"help", no_argument, nullptr, 'h'},
-                                   {"version", no_argument, nullptr, 'v'},
-                                   {nullptr, 0, nullptr, 0}};
+constexpr option long_options[] = {
+    {"list", no_argument, nullptr, 'l'},         {"all", no_argument, nullptr, 'a'},
+    {"device", required_argument, nullptr, 'd'}, {"get", required_argument, nullptr, GET},
+    {"prop", required_argument, nullptr, PROP},  {"kernels", required_argument, nullptr, KERNELS},
+    {"raw", no_argument, nullptr, RAW},          {"human", no_argument, nullptr, HUMAN},
+    {"json", no_argument, nullptr, JSON},        {"text", no_argument, nullptr, TEXT},
+    {"xml", no_argument, nullptr, XML},          {"help", no_argument, nullptr, 'h'},
+    {"version", no_argument, nullptr, 'v'},      {nullptr, 0, nullptr, 0}};
 
 class parser {
 public:
@@ -55,6 +50,9 @@ private:
       return take_form(output_form::value, "--get");
     case PROP:
       parsed_.key_part = optarg;
+      return;
+    case KERNELS:
+      parsed_.program = optarg;
       return;
     case RAW:
       return take_form(output_form::raw, "--raw");
@@ -116,12 +114,14 @@ private:
       return parsed_;
     if (is_all_ && parsed_.device)
       throw usage_failure("--all and a device exclude each other");
-    if (form_name_ == nullptr && (is_all_ || parsed_.device || !parsed_.key_part.empty()))
+    const bool chooses = !parsed_.key_part.empty() || !parsed_.program.empty();
+    if (form_name_ == nullptr && (is_all_ || parsed_.device || chooses))
       parsed_.form = output_form::tree;
-    const bool takes_part =
-        parsed_.form == output_form::tree || form == output_form::raw || form == output_form::json;
-    if (!parsed_.key_part.empty() && !takes_part)
+    const bool is_tree = parsed_.form == output_form::tree || form == output_form::json;
+    if (!parsed_.key_part.empty() && !is_tree && form != output_form::raw)
       throw usage_failure(std::string("--prop and ") + form_name_ + " exclude each other");
+    if (!parsed_.program.empty() && !is_tree)
+      throw usage_failure(std::string("--kernels and ") + form_name_ + " exclude each other");
     return parsed_;
   }
 
@@ -146,8 +146,11 @@ to be known of that device. Options without DEVICE are for all devices.
   -l, --list        the table of devices
   -a, --all         everything of all devices
   -d, --device N    the same as DEVICE
-      --get PATH    one value, such as OPENCL/CL_DEVICE_MAX_COMPUTE_UNITS
+      --get KEY     one value, such as CL_DEVICE_MAX_COMPUTE_UNITS
       --prop TEXT   only what has a key that contains TEXT
+      --kernels FILE
+                    the kernels of a program, from OpenCL C or SPIR-V, as they
+                    are when it is built for the device
       --human       by sections, with friendly names and units (the default)
       --raw         a line for each value: [DEVICE] KEY VALUE...
       --json        for scripts
@@ -156,8 +159,8 @@ to be known of that device. Options without DEVICE are for all devices.
   -h, --help        this text
   -v, --version     the version
 
-The status is 0; 1 if there is no such device or something cannot be read; 2 if
-the arguments make no sense.
+The status is 0; 1 if there is no such device or key, or something cannot be
+read or built; 2 if the arguments make no sense.
 )";
 
 } // namespace tarva_info

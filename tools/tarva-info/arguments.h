@@ -15,6 +15,7 @@ struct arguments {
   std::optional<std::uint64_t> device{}; // none: all
   std::string path{};                    // for `value`
   std::string key_part{};                // what keys are to contain; empty for all keys
+  std::string program{}; // a file whose kernels are to be shown; empty for the device's properties
 };
 
 class usage_failure : public std::runtime_error {

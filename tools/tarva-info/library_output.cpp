@@ -12,38 +12,37 @@ class partial_tree {
 public:
   explicit partial_tree(std::uint64_t kind) : format_{kind, 0, 1, 1, 1, 1, 1} {}
 
-  std::string text_of(const property_handle& property) {
-    std::string text = get_tree_string(property, format_);
-    if (*property->name == '\0')
+  std::string text_of(const tarva::property& property) {
+    std::string text = property.write(format_);
+    if (*property.name() == '\0')
       return text;
     const bool is_xml = format_.kind == TARVA_ABI_TREE_XML;
     constexpr std::string_view end = "</property>\n";
     text.resize(text.size() - (is_xml ? end.size() : 0));
-    for (const property_handle& child : readable_children(property))
+    for (const tarva::property& child : readable_children(property))
       text += text_of(child) + (is_xml ? "\n" : "");
     return is_xml ? text.append(end) : text;
   }
 
 private:
-  static std::vector<property_handle> readable_children(const property_handle& parent) {
+  static std::vector<tarva::property> readable_children(const tarva::property& parent) {
     try {
-      return get_children(parent);
-    } catch (const library_failure&) {
-      std::vector<property_handle> children;
+      return parent.children();
+    } catch (const tarva::error&) {
+      std::vector<tarva::property> children;
       for (const known_key& each : all_known_keys())
-        if (each.parent == parent->name)
+        if (each.parent == parent.name())
           add_child(children, parent, std::string(each.key));
       return children;
     }
   }
 
-  static void add_child(std::vector<property_handle>& children, const property_handle& parent,
+  static void add_child(std::vector<tarva::property>& children, const tarva::property& parent,
                         const std::string& key) {
     try {
-      property_handle child = get_child(parent, key);
-      if (*child->name != '\0')
-        children.push_back(std::move(child));
-    } catch (const library_failure& failure) {
+      if (auto child = parent.find(key))
+        children.push_back(std::move(*child));
+    } catch (const tarva::error& failure) {
       std::cerr << "tarva-info: " << key << ": " << printable(failure.what()) << '\n';
     }
   }
@@ -59,10 +58,10 @@ bool write_library_trees(std::ostream& out, const std::vector<numbered_device>& 
   const bool has_frame = as_one_document && kind == TARVA_ABI_TREE_XML;
   out << (has_frame ? "<devices>\n" : "");
   for (const numbered_device& device : devices) {
-    const property_handle root = get_root(device.handle);
+    const tarva::property root = device.handle.properties();
     try {
-      out << get_tree_string(root, {kind, 1, 1, 1, 1, 1, 1});
-    } catch (const library_failure&) {
+      out << root.write({kind, 1, 1, 1, 1, 1, 1});
+    } catch (const tarva::error&) {
       out << partial_tree(kind).text_of(root);
       is_complete = false;
     }

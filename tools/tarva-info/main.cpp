@@ -3,6 +3,7 @@
 #include "tools/tarva-info/output.h"
 
 #include <iostream>
+#include <sstream>
 
 namespace tarva_info {
 namespace {
@@ -10,7 +11,7 @@ namespace {
 constexpr int status_failure = 1;
 constexpr int status_usage = 2;
 
-std::vector<numbered_device> choose(const std::vector<device_handle>& devices,
+std::vector<numbered_device> choose(const std::vector<tarva::device>& devices,
                                     const std::optional<std::uint64_t>& wanted) {
   std::vector<numbered_device> chosen;
   for (std::size_t i = 0; i < devices.size(); ++i)
@@ -22,8 +23,8 @@ std::vector<numbered_device> choose(const std::vector<device_handle>& devices,
 // The values of one path, an element on a line, of each device.
 void write_values(const std::vector<numbered_device>& devices, const std::string& path) {
   for (const numbered_device& device : devices) {
-    const property_handle found = find_property(get_root(device.handle), path);
-    if (found->has_data == 0)
+    const tarva::property found = find_property(device.handle.properties(), path);
+    if (!found.has_value())
       throw std::runtime_error(path + " has no value");
     for (const std::string& element : plain_elements(read_property(found).value))
       std::cout << element << '\n';
@@ -33,12 +34,19 @@ void write_values(const std::vector<numbered_device>& devices, const std::string
 void write_trees(const std::vector<numbered_device>& devices, const arguments& given) {
   const style look = style_of_standard_output();
   std::vector<numbered_tree> trees;
+  bool has_match = false;
   for (const numbered_device& device : devices) {
-    trees.push_back({device.number, read_tree(get_root(device.handle))});
-    keep_matching(trees.back().root, given.key_part);
+    trees.push_back({device.number, given.program.empty() ? read_tree(device.handle.properties())
+                                                          : read_kernels(device.handle, given.program)});
+    has_match = keep_matching(trees.back().root, given.key_part) || has_match;
   }
   if (given.form == output_form::json)
-    return write_json(std::cout, trees);
+    write_json(std::cout, trees);
+  if (!has_match)
+    throw std::runtime_error(given.key_part.empty() ? "there are no kernels in " + given.program
+                                                    : "no key contains " + given.key_part);
+  if (given.form == output_form::json)
+    return;
   for (const numbered_tree& tree : trees) {
     if (given.form == output_form::raw) {
       write_raw(std::cout, tree.number, tree.root);
@@ -77,7 +85,7 @@ bool run(const arguments& given) {
     std::cout << "tarva-info " TARVA_INFO_VERSION " (interface " << tarva_abi_get_abi_version() << ")\n";
     return true;
   }
-  const std::vector<device_handle> devices = get_devices();
+  const std::vector<tarva::device> devices = tarva::devices();
   const std::vector<numbered_device> chosen = choose(devices, given.device);
   if (chosen.empty() && given.device && !devices.empty()) {
     throw std::runtime_error("no device " + std::to_string(*given.device) + ", the last is " +
@@ -86,7 +94,7 @@ bool run(const arguments& given) {
   if (chosen.empty()) {
     if (given.form == output_form::json)
       write_json(std::cout, {});
-    throw std::runtime_error("no OpenCL device");
+    (void)tarva::first_device(); // which says what to install
   }
   return write(chosen, given);
 }
@@ -112,7 +120,10 @@ int main(int count, char** words) {
     return status_usage;
   } catch (const std::exception& failure) {
     finish(0);
-    std::cerr << "tarva-info: " << printable(failure.what()) << '\n';
+    std::istringstream lines(failure.what()); // more than one in what a compiler says
+    std::string prefix = "tarva-info: ";
+    for (std::string line; std::getline(lines, line); prefix.clear())
+      std::cerr << prefix << printable(line) << '\n';
     return status_failure;
   }
 }

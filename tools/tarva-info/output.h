@@ -13,7 +13,7 @@ namespace tarva_info {
 // A device and its place in the library's list.
 struct numbered_device {
   std::size_t number;
-  const device_handle& handle;
+  const tarva::device& handle;
 };
 
 // One line for each device. What cannot be read is "?".

@@ -5,69 +5,67 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 
 namespace tarva_info {
 namespace {
 
-template <typename Result, typename Element>
-std::vector<Result> elements_of(const tarva_abi_property_s& property) {
-  const auto* data = static_cast<const Element*>(property.data);
-  return std::vector<Result>(data, data + property.element_count);
-}
-
-property_value value_of(const tarva_abi_property_s& property) {
-  if (property.has_data == 0)
-    return {};
-  switch (property.data_type) {
+property_value value_of(const tarva::property& property) {
+  switch (property.type()) {
   case TARVA_ABI_TYPE_STRING:
-    return elements_of<std::string, const char*>(property);
+    return property.get_all<std::string>();
   case TARVA_ABI_TYPE_BOOLEAN:
-    return elements_of<bool, std::uint32_t>(property);
-  case TARVA_ABI_TYPE_UINT8:
-    return elements_of<std::uint64_t, std::uint8_t>(property);
-  case TARVA_ABI_TYPE_UINT64:
-    return elements_of<std::uint64_t, std::uint64_t>(property);
+    return property.get_all<bool>();
+  case TARVA_ABI_TYPE_NONE:
+    return {};
   default:
-    return {}; // no property of a device has another type
+    return property.get_all<std::uint64_t>();
   }
-}
-
-property_node read_child(const property_handle& parent, std::string_view key) {
-  property_node node{std::string(key)};
-  try {
-    node = read_tree(get_child(parent, node.key));
-  } catch (const library_failure& failure) {
-    node.error = failure.what();
-  }
-  return node;
 }
 
 // The names of children can only be had with all their values, so where one value cannot be read the children
 // are asked for by the names that they are known to have.
-std::vector<property_node> read_known_children(const property_handle& parent) {
+std::vector<property_node> read_known_children(const tarva::property& parent) {
   std::vector<property_node> children;
   for (const known_key& each : all_known_keys()) {
-    if (each.parent == parent->name) {
-      property_node child = read_child(parent, each.key);
-      if (!child.key.empty())
-        children.push_back(std::move(child));
+    if (each.parent != parent.name())
+      continue;
+    const std::string key(each.key);
+    try {
+      if (const auto child = parent.find(key))
+        children.push_back(read_tree(*child));
+    } catch (const tarva::error& failure) {
+      children.push_back({key, {}, {}, failure.what(), {}});
     }
   }
   return children;
 }
 
-std::vector<property_node> read_children(const property_handle& parent) {
-  std::vector<property_handle> handles;
+std::vector<property_node> read_children(const tarva::property& parent) {
+  std::vector<tarva::property> found;
   try {
-    handles = get_children(parent);
-  } catch (const library_failure&) {
+    found = parent.children();
+  } catch (const tarva::error&) {
     return read_known_children(parent);
   }
   std::vector<property_node> children;
-  for (const property_handle& handle : handles)
-    if (*handle->name != '\0') // listed, but not there on this device
-      children.push_back(read_tree(handle));
+  for (const tarva::property& child : found)
+    if (*child.name() != '\0') // listed, but not there on this device
+      children.push_back(read_tree(child));
   return children;
+}
+
+// Of a key that is no child of the root, if it is known.
+std::string full_path(const std::string& path) {
+  const known_key known = find_known_key(path);
+  return known.parent.empty() || known.parent == "ROOT" ? path
+                                                        : full_path(std::string(known.parent)) + '/' + path;
+}
+
+std::optional<tarva::property> find_below(const tarva::property& parent, const std::string& path) {
+  const std::size_t slash = path.find('/');
+  auto found = parent.find(path.substr(0, slash));
+  return found && slash != std::string::npos ? find_below(*found, path.substr(slash + 1)) : std::move(found);
 }
 
 bool contains(std::string_view text, std::string_view part) {
@@ -90,28 +88,21 @@ struct plain_text {
 
 } // namespace
 
-property_node read_property(const property_handle& property) {
-  return {property->name, property->friendly_name, value_of(*property)};
+property_node read_property(const tarva::property& property) {
+  return {property.name(), property.friendly_name(), value_of(property)};
 }
 
-property_node read_tree(const property_handle& property) {
+property_node read_tree(const tarva::property& property) {
   property_node node = read_property(property);
   node.children = read_children(property);
   return node;
 }
 
-property_handle find_property(const property_handle& root, std::string_view path) {
-  std::string_view rest = path;
-  property_handle found;
-  do {
-    const std::size_t slash = rest.find('/');
-    const std::string key(rest.substr(0, slash));
-    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
-    found = get_child(found == nullptr ? root : found, key);
-    if (*found->name == '\0')
-      throw std::runtime_error("no property " + std::string(path));
-  } while (!rest.empty());
-  return found;
+tarva::property find_property(const tarva::property& root, std::string_view path) {
+  auto found = find_below(root, full_path(std::string(path)));
+  if (!found)
+    throw std::runtime_error("no property " + std::string(path));
+  return std::move(*found);
 }
 
 const property_node* find_child(const property_node& parent, std::string_view key) {
@@ -120,13 +111,13 @@ const property_node* find_child(const property_node& parent, std::string_view ke
   return found == parent.children.end() ? nullptr : &*found;
 }
 
-void keep_matching(property_node& node, std::string_view part) {
+bool keep_matching(property_node& node, std::string_view part) {
   std::erase_if(node.children, [part](property_node& child) {
     if (contains(child.key, part))
       return false;
-    keep_matching(child, part);
-    return child.children.empty();
+    return !keep_matching(child, part);
   });
+  return !node.children.empty();
 }
 
 std::vector<std::string> plain_elements(const property_value& value) {

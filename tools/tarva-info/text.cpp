@@ -1,5 +1,6 @@
 #include "tools/tarva-info/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -89,6 +90,19 @@ std::string padded(std::string_view text, std::size_t width) {
   std::string result(text);
   result.append(taken < width ? width - taken : 0, ' ');
   return result;
+}
+
+std::string cut(std::string_view text, std::size_t width) {
+  constexpr std::string_view dots = "...";
+  if (width_of(text) <= width)
+    return std::string(text);
+  std::string result;
+  while (width_of(result) + dots.size() < width) {
+    const std::size_t length = std::max<std::size_t>(character_length(text), 1);
+    result += text.substr(0, length);
+    text.remove_prefix(length);
+  }
+  return result.append(dots);
 }
 
 std::string human_size(std::uint64_t bytes) {

@@ -22,6 +22,9 @@ std::size_t width_of(std::string_view text);
 // The text, filled up with blanks on the right.
 std::string padded(std::string_view text, std::size_t width);
 
+// No wider than that: what is cut ends with three dots.
+std::string cut(std::string_view text, std::size_t width);
+
 // "1.50 GiB", "64 KiB", "12 bytes".
 std::string human_size(std::uint64_t bytes);
 
@@ -29,8 +32,8 @@ std::string human_size(std::uint64_t bytes);
 std::string human_number(std::uint64_t number, unit counted);
 
 // The text of each value.
-template <typename T, typename function>
-std::vector<std::string> texts_of(const std::vector<T>& values, function text_of) {
+template <class T, class Function>
+std::vector<std::string> texts_of(const std::vector<T>& values, Function text_of) {
   std::vector<std::string> texts;
   texts.reserve(values.size());
   for (const auto& value : values)

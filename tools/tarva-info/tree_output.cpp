@@ -1,6 +1,7 @@
 #include "tools/tarva-info/output.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace tarva_info {
 namespace {
@@ -26,6 +27,25 @@ struct human_text {
   }
 };
 
+// What is wider than `room` becomes words, and these become pieces.
+std::vector<std::string> with_room(const std::vector<std::string>& elements, std::size_t room) {
+  std::vector<std::string> result;
+  for (std::string_view rest : elements)
+    do {
+      std::size_t length = rest.size();
+      if (width_of(rest) > room) {
+        const std::size_t blank = rest.rfind(' ', room);
+        length = blank == 0 || blank == std::string_view::npos ? room : blank;
+        while (length < rest.size() && (static_cast<unsigned char>(rest[length]) & 0xC0) == 0x80)
+          ++length; // not within a character
+      }
+      result.emplace_back(rest.substr(0, length));
+      rest.remove_prefix(length);
+      rest.remove_prefix(rest.starts_with(' ') ? 1 : 0);
+    } while (!rest.empty());
+  return result;
+}
+
 class tree_writer {
 public:
   tree_writer(std::ostream& out, const style& look, std::size_t value_column)
@@ -33,21 +53,24 @@ public:
 
   void write(const property_node& node, std::size_t indent) {
     const std::string label = std::string(indent, ' ') + label_of(node);
-    if (!node.error.empty()) {
-      out_ << padded(label, value_column_) << look_.error("error: " + printable(node.error)) << '\n';
-    } else if (std::holds_alternative<std::monostate>(node.value)) {
+    if (!node.error.empty())
+      write_value(label, {"error: " + printable(node.error)}, true);
+    else if (std::holds_alternative<std::monostate>(node.value))
       out_ << label << '\n';
-    } else {
-      out_ << padded(label, value_column_);
-      write_elements(std::visit(human_text{find_known_key(node.key).counted}, node.value));
-    }
+    else
+      write_value(label, std::visit(human_text{find_known_key(node.key).counted}, node.value));
     for (const property_node& child : node.children)
       write(child, indent + indent_step);
   }
 
 private:
-  // As many elements on a line as the terminal has room for.
-  void write_elements(const std::vector<std::string>& elements) {
+  // As many elements on a line as the terminal has room for. A label that is too long for its column has a line of its
+  // own.
+  void write_value(const std::string& label, const std::vector<std::string>& value, bool is_error = false) {
+    const std::vector<std::string> elements = with_room(value, look_.line_width - value_column_);
+    out_ << padded(label, value_column_);
+    if (width_of(label) + indent_step > value_column_)
+      out_ << '\n' << std::string(value_column_, ' ');
     std::size_t column = value_column_;
     for (std::size_t i = 0; i < elements.size(); ++i) {
       const std::size_t width = width_of(elements[i]);
@@ -58,7 +81,7 @@ private:
         out_ << ' ';
         ++column;
       }
-      out_ << elements[i];
+      out_ << (is_error ? look_.error(elements[i]) : elements[i]);
       column += width;
     }
     out_ << (elements.empty() ? "none\n" : "\n");
@@ -100,7 +123,8 @@ void write_tree(std::ostream& out, std::size_t number, const property_node& root
     std::erase_if(object.children,
                   [](const property_node& child) { return child.key == "OPENCL" && child.error.empty(); });
   }
-  const std::size_t value_column = std::max(label_width(object, 0), label_width(opencl, 0)) + indent_step;
+  const std::size_t wanted_column = std::max(label_width(object, 0), label_width(opencl, 0)) + indent_step;
+  const std::size_t value_column = std::min(wanted_column, look.line_width / 2);
   tree_writer writer(out, look, value_column);
 
   out << look.heading("Device " + std::to_string(number)) << '\n';

@@ -1,4 +1,4 @@
-// The device commands of each OpenCL version that move and fill memory, and the queues that they go to.
+// The device commands of the six OpenCL versions, which copy, fill and launch, and the queues on which they enqueue.
 #pragma once
 
 #include "access/opencl/buffer.h"
@@ -10,8 +10,10 @@
 #include "memory/device_memory.h"
 #include "memory/host_memory.h"
 #include "opencl/opencl_device_command.h"
+#include "opencl/opencl_kernel.h"
 #include "opencl/opencl_version.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -94,9 +96,7 @@ protected:
   std::string text(const char* name) const;
   void check() const; // refuses what does not fit
 
-  std::uint64_t in_bytes(std::uint64_t count) const {
-    return element_size(copy_.source->get_type()) * count;
-  }
+  std::uint64_t in_bytes(std::uint64_t count) const { return element_size(copy_.source->get_type()) * count; }
 
   block_copy<Source, Destination> copy_;
 };
@@ -141,6 +141,28 @@ public:
 
 private:
   device_fill fill_;
+};
+
+// The arguments are set on an OpenCL kernel of this command alone, so that launches of one kernel never share any.
+template <version V>
+class nd_range_kernel final : public opencl_version_command<V> {
+public:
+  // `launch` is what `operation` points to; it keeps the kernel, and the blocks of its arguments stay where they are until
+  // the logical operation has ended.
+  nd_range_kernel(std::shared_ptr<physical_ir::physical_operation> operation,
+                  opencl_version_queues<V>& queues, const physical_ir::kernel& launch,
+                  const opencl_version_kernel<V>& kernel)
+      : opencl_version_command<V>(std::move(operation), queues), launch_(launch), kernel_(kernel) {}
+  std::string to_string() const override {
+    return this->class_text("nd_range_kernel") + library::to_string(launch_.get_range()) + "}";
+  }
+  void enqueue() override;
+
+private:
+  void set_arguments(skerv::opencl::kernel<V>& kernel) const;
+
+  const physical_ir::kernel& launch_;
+  const opencl_version_kernel<V>& kernel_;
 };
 
 } // namespace oryn::tarva::library::device_ir::opencl

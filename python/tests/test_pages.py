@@ -1,0 +1,40 @@
+"""The code of the pages runs, prints what they say, and the examples make their pictures."""
+
+import contextlib
+import io
+import re
+import runpy
+import sys
+from pathlib import Path
+
+import pytest
+
+SOURCE = Path(__file__).resolve().parents[2]
+BLOCK = re.compile(r"^```python\n(.*?)^```$(?:\n\n```text\n(.*?)^```$)?", re.M | re.S)
+pytestmark = pytest.mark.usefixtures("device")
+
+
+PAGES = [page for page in [*SOURCE.glob("*.md"), *SOURCE.glob("docs/*.md")] if BLOCK.search(page.read_text())]
+
+
+@pytest.mark.parametrize("page", PAGES, ids=str)
+def test_page(page: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    """All blocks of a page are one program. What a block prints is the text below it, where ... stands for anything."""
+    monkeypatch.chdir(tmp_path)
+    text = page.read_text()
+    names: dict[str, object] = {"__name__": "page"}
+    for block in BLOCK.finditer(text):
+        printed = io.StringIO()
+        line = text.count("\n", 0, block.start(1))
+        with contextlib.redirect_stdout(printed):
+            exec(compile("\n" * line + block[1], str(page), "exec"), names)
+        wanted = ".*".join(re.escape(part) for part in (block[2] or "").split("..."))
+        assert re.fullmatch(wanted, printed.getvalue(), re.S), f"{page}:{line} printed:\n{printed.getvalue()}"
+
+
+@pytest.mark.parametrize("example", ["mandelbrot", "heat", "nbody"])
+def test_example(example: str, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr(sys, "argv", [example, str(tmp_path / "picture.png"), "--quick"])
+    monkeypatch.syspath_prepend(SOURCE / "python" / "examples")
+    runpy.run_path(str(SOURCE / "python" / "examples" / f"{example}.py"), run_name="__main__")
+    assert (tmp_path / "picture.png").read_bytes().startswith(b"\x89PNG")
