@@ -2,7 +2,7 @@
 
 #include "base/end_of_process.h"
 #include "base/logging.h"
-#include "properties/property_base.h"
+#include "properties/property.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "abi/error_object.h"
 
 #include "abi/bridge.h"
-#include "properties/make_property.h"
+#include "properties/property_value.h"
 
 #include <new>
 #include <stdexcept>

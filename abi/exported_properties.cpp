@@ -2,7 +2,7 @@
 #include "abi/entry_point.h"
 #include "abi/error_object.h"
 #include "memory/library_memory.h"
-#include "properties/property_base.h"
+#include "properties/property.h"
 #include "properties/property_strings.h"
 
 #include <cstdlib>

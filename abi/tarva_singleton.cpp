@@ -7,8 +7,7 @@
 #include "objects/library_device.h"
 #include "opencl/opencl_device.h"
 #include "properties/device_catalogue.h"
-#include "properties/kernel_catalogue.h"
-#include "properties/program_catalogue.h"
+#include "properties/program_and_kernel_catalogues.h"
 #include "scheduler/concurrent_scheduler.h"
 #include "scheduler/ultra_naive_scheduler.h"
 

@@ -7,7 +7,7 @@
 #include "memory/device_memory.h"
 #include "objects/library_device.h"
 #include "opencl/opencl_version.h"
-#include "properties/catalogue_owner.h"
+#include "properties/catalogue.h"
 #include "properties/device_catalogue.h"
 
 #include <memory>

@@ -11,7 +11,8 @@
 namespace oryn::tarva::library {
 namespace {
 
-// Both writers fill one buffer for the whole tree, so that the cost is linear in the length of the result.
+// For people. Both writers fill one buffer for the whole tree, so that the cost is linear in the length of the
+// result.
 class text_writer final : public property_visitor {
 public:
   struct shown_parts {
@@ -60,7 +61,7 @@ private:
     for (std::uint64_t index = 0; index < value.element_count; ++index) {
       out.append_repeated(21, ' ');
       out.append("[");
-      append_decimal(out, index);
+      out.append_number(index);
       out.append("]  ");
       append_element_text(out, value.data, value.type, index);
       out.append("\n");
@@ -72,6 +73,7 @@ private:
   const shown_parts shown_;
 };
 
+// For programs. A child that is listed but not there is an empty element.
 class xml_writer final : public property_visitor {
 public:
   text_buffer out;
@@ -93,11 +95,11 @@ public:
 private:
   void write_value(const value_view& value) {
     out.append("<data num_elements=\"");
-    append_decimal(out, value.element_count);
+    out.append_number(value.element_count);
     out.append("\" type=\"", data_type_name(value.type), "\">\n");
     for (std::uint64_t index = 0; index < value.element_count; ++index) {
       out.append("<value index=\"");
-      append_decimal(out, index);
+      out.append_number(index);
       out.append("\">");
       element_.clear();
       append_element_text(element_, value.data, value.type, index);

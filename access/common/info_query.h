@@ -1,6 +1,7 @@
-// Reading a parameter of an OpenCL object: a query knows what is asked of whom, and four forms know what to ask in which
-// order. Implementations differ in how faithfully they report sizes: some tell 0 for data that they do have, some tell
-// another size from one call to the next. Where a report makes no sense, the forms throw bad_implementation.
+// Reading a parameter of an OpenCL object: a query knows what is asked of whom, and four forms know what to ask in
+// which order. Implementations differ in how faithfully they report sizes: some tell 0 for data that they do have,
+// some tell another size from one call to the next. Where a report makes no sense, the forms throw
+// bad_implementation.
 #pragma once
 
 #include "access/common/call_handle.h"
@@ -18,8 +19,8 @@
 
 namespace oryn::skerv::common {
 
-// One parameter of one object, as an info command of OpenCL gives it. Made for one reading, on the stack of the caller.
-// It holds nothing: the objects that it asks about must outlive it.
+// One parameter of one object, as an info command of OpenCL gives it. Made for one reading, on the stack of the
+// caller. It holds nothing: the objects that it asks about must outlive it.
 template <qv::operation Op>
 class info_query {
 public:

@@ -1,5 +1,5 @@
-// The lists that OpenCL packs into one string: names of extensions are parted by blanks, names of kernels by semicolons.
-// Plain functions without state, for any thread. Used where a parameter of an object is such a list.
+// The lists that OpenCL packs into one string: names of extensions are parted by blanks, names of kernels by
+// semicolons. Plain functions without state, for any thread. Used where a parameter of an object is such a list.
 #pragma once
 
 #include <string>
@@ -12,7 +12,8 @@ namespace oryn::skerv::common {
 std::vector<std::string> split_on_whitespace(std::string_view text);
 std::vector<std::string> split_on_semicolon(std::string_view text);
 
-// The same without copies, for values that are only looked at: each part is ended by a zero where it lies in `text`, and pointed to.
+// The same without copies, for values that are only looked at: each part is ended by a zero where it lies in `text`,
+// and pointed to.
 void split_in_place_on_whitespace(std::string& text, std::vector<const char*>& parts);
 void split_in_place_on_semicolon(std::string& text, std::vector<const char*>& parts);
 

@@ -1,4 +1,5 @@
-// The queues of a device. Up to 1.2 there is one kind of queue; from 2.0 on they are told apart by who enqueues to them.
+// The queues of a device. Up to 1.2 there is one kind of queue; from 2.0 on they are told apart by who enqueues to
+// them.
 #pragma once
 
 #include "access/opencl/commands.h"
@@ -28,16 +29,16 @@ struct device_command_queue_kind {
       "Exception caught in device_command_queue::~device_command_queue().";
 };
 
-// What all queues can do. A queue is moved, never copied. It is made while the device starts, and then used by the worker
-// thread of the device alone.
+// What all queues can do. A queue is moved, never copied. It is made while the device starts, and then used by the
+// worker thread of the device alone.
 template <version V, class Kind>
 class basic_command_queue : public opencl_handle<V, Kind> {
 public:
   // Waits until all that was enqueued has ended.
   void finish() const;
 
-  // The command begins once the events of `wait_list`, which are `wait_count`, have ended. If this throws, nothing has been
-  // enqueued.
+  // The command begins once the events of `wait_list`, which are `wait_count`, have ended. If this throws, nothing
+  // has been enqueued.
   event<V> enqueue(const command<V>& command, std::uint32_t wait_count, void* const* wait_list) const;
 
 protected:

@@ -19,14 +19,14 @@ struct context_kind {
   static constexpr const char* destructor_fault = "Exception caught in context::~context().";
 };
 
-// A device of the library has one context for as long as it is started, and any thread may make things in it. What it makes
-// holds OpenCL's context by itself, and shares the call handle. Queues are made by their constructors
+// A device of the library has one context for as long as it is started, and any thread may make things in it. What it
+// makes holds OpenCL's context by itself, and shares the call handle. Queues are made by their constructors
 // (access/opencl/command_queue.h).
 template <version V>
 class context : public opencl_handle<V, context_kind> {
 public:
-  // The call handle of the first device serves the whole context. `pfn_notify` may be called on any thread, for as long as
-  // the OpenCL context lives. std::logic_error without devices.
+  // The call handle of the first device serves the whole context. `pfn_notify` may be called on any thread, for as
+  // long as the OpenCL context lives. std::logic_error without devices.
   context(const std::vector<std::uint64_t>& properties, const std::vector<device<V>>& devices,
           qv::context_callback pfn_notify, void* user_data);
 

@@ -24,6 +24,11 @@ template <version V>
 device<V>::device(const common::call_handle& call_handle) : device(call_handle, device_of<V>(call_handle)) {}
 
 template <version V>
+bool device<V>::is_embedded_profile() const {
+  return get<device_parameter::profile>() == "EMBEDDED_PROFILE";
+}
+
+template <version V>
 bool device<V>::has_extension(const char* name) const {
   return common::has_extension(get<device_parameter::extensions>(), name);
 }

@@ -1,9 +1,8 @@
 // The devices of the machine, and what they tell about themselves.
 #pragma once
 
-#include "access/opencl/device_flags.h"
-#include "access/opencl/device_parameters.h"
 #include "access/opencl/opencl_handle.h"
+#include "properties/device_parameters.h"
 
 #include <array>
 #include <cstdint>
@@ -12,6 +11,15 @@
 #include <vector>
 
 namespace oryn::skerv::opencl {
+
+namespace device_parameter = tarva::library::device_parameter;
+namespace device_flag = tarva::library::device_flag;
+
+template <version V, tarva::library::device_parameter_row Parameter>
+concept device_has_parameter = Parameter.versions.contains(capability_of(V));
+
+template <version V, tarva::library::device_flag_row Flag>
+concept device_has_flag = Flag.versions.contains(capability_of(V));
 
 struct device_kind {
   static constexpr qv::operation release = qv::operation::release_device;
@@ -48,13 +56,15 @@ public:
   device(common::call_handle call_handle, void* handle)
       : opencl_handle<V, device_kind>(std::move(call_handle), handle, from_query) {}
 
-  template <device_parameter Parameter>
-  device_value<Parameter> get() const requires device_has_parameter<V, Parameter>;
+  // A parameter by its row, such as device_parameter::vendor_id, in the C++ type of its form.
+  template <tarva::library::device_parameter_row Parameter>
+  auto get() const requires device_has_parameter<V, Parameter>;
 
-  template <device_flag Flag>
+  // A flag by its row, such as device_flag::type_gpu.
+  template <tarva::library::device_flag_row Flag>
   bool is() const requires device_has_flag<V, Flag>;
 
-  bool is_embedded_profile() const { return get<device_parameter::profile>() == "EMBEDDED_PROFILE"; }
+  bool is_embedded_profile() const;
   bool is_full_profile() const { return !is_embedded_profile(); }
 
   bool has_extension(const char* name) const;
@@ -68,7 +78,7 @@ public:
   }
   template <version W = V>
   platform<V> get_platform() const requires(version_traits<W>::has_platform) {
-    return {this->get_call_handle(), get<device_parameter::platform>()};
+    return {this->get_call_handle(), get_pointer(device_parameter::platform.number)};
   }
 
   // The same parameters by their numbers, for callers that read them from a table at run time.
@@ -85,8 +95,8 @@ private:
   void* get_pointer(std::uint32_t parameter) const;
 };
 
-// All devices that the capability library offers under this version, each with a call handle of its own. Throws if any of
-// them cannot be opened.
+// All devices that the capability library offers under this version, each with a call handle of its own. Throws if
+// any of them cannot be opened.
 template <version V>
 std::vector<device<V>> find_devices();
 
@@ -100,34 +110,32 @@ std::vector<device<V>> wrap_devices(const common::call_handle& call_handle,
                                     const std::vector<void*>& handles);
 
 template <version V>
-template <device_parameter Parameter>
-device_value<Parameter> device<V>::get() const requires device_has_parameter<V, Parameter> {
-  constexpr info_form form = row_of(Parameter).form;
-  constexpr auto number = static_cast<std::uint32_t>(Parameter);
-  if constexpr (form == info_form::uint32)
-    return get_uint32(number);
-  else if constexpr (form == info_form::uint64)
-    return get_uint64(number);
-  else if constexpr (form == info_form::boolean)
-    return get_bool(number);
-  else if constexpr (form == info_form::text)
-    return get_string(number);
-  else if constexpr (form == info_form::word_list)
-    return get_words(number);
-  else if constexpr (form == info_form::name_list)
-    return get_names(number);
-  else if constexpr (form == info_form::sizes)
-    return get_sizes(number);
+template <tarva::library::device_parameter_row Parameter>
+auto device<V>::get() const requires device_has_parameter<V, Parameter> {
+  using tarva::library::info_form;
+  if constexpr (Parameter.form == info_form::uint32)
+    return get_uint32(Parameter.number);
+  else if constexpr (Parameter.form == info_form::uint64)
+    return get_uint64(Parameter.number);
+  else if constexpr (Parameter.form == info_form::boolean)
+    return get_bool(Parameter.number);
+  else if constexpr (Parameter.form == info_form::text)
+    return get_string(Parameter.number);
+  else if constexpr (Parameter.form == info_form::word_list)
+    return get_words(Parameter.number);
+  else if constexpr (Parameter.form == info_form::name_list)
+    return get_names(Parameter.number);
+  else if constexpr (Parameter.form == info_form::sizes)
+    return get_sizes(Parameter.number);
   else
-    return get_pointer(number);
+    return get_pointer(Parameter.number);
 }
 
 template <version V>
-template <device_flag Flag>
+template <tarva::library::device_flag_row Flag>
 bool device<V>::is() const requires device_has_flag<V, Flag> {
-  constexpr device_flag_row row = row_of(Flag);
-  const std::uint64_t value = get<row.parameter>();
-  return row.test == flag_test::equals ? value == row.operand : (value & row.operand) != 0;
+  const std::uint64_t value = get<Flag.parameter>();
+  return Flag.test == tarva::library::flag_test::equals ? value == Flag.operand : (value & Flag.operand) != 0;
 }
 
 } // namespace oryn::skerv::opencl

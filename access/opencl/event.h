@@ -14,8 +14,8 @@ struct event_kind {
   static constexpr const char* destructor_fault = "Exception caught in event::~event().";
 };
 
-// Reports on one enqueued command. Only the worker thread of the device deals with events: it gets one from the queue,
-// asks it once the command has ended, and gives it up.
+// Reports on one enqueued command. Only the worker thread of the device deals with events: it gets one from the
+// queue, asks it once the command has ended, and gives it up.
 template <version V>
 class event : public opencl_handle<V, event_kind> {
 public:

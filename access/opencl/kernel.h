@@ -23,8 +23,9 @@ struct kernel_kind {
   static constexpr const char* destructor_fault = "Exception caught in kernel::~kernel().";
 };
 
-// A kernel of OpenCL. It is moved, never copied: arguments belong to one kernel of OpenCL, so each launch has a clone of
-// its own, which the worker thread of the device makes, sets and gives up. Any thread may ask a kernel about itself.
+// A kernel of OpenCL. It is moved, never copied: arguments belong to one kernel of OpenCL, so each launch has a clone
+// of its own, which the worker thread of the device makes, sets and gives up. Any thread may ask a kernel about
+// itself.
 template <version V>
 class kernel : public opencl_handle<V, kernel_kind> {
 public:

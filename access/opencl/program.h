@@ -39,8 +39,8 @@ public:
   program(common::call_handle call_handle, void* handle, from_query_t)
       : opencl_handle<V, program_kind>(std::move(call_handle), handle, from_query) {}
 
-  // A program that does not compile is no exception: get_build_status tells. With a `pfn_notify`, OpenCL may return before
-  // the end and call it on any thread.
+  // A program that does not compile is no exception: get_build_status tells. With a `pfn_notify`, OpenCL may return
+  // before the end and call it on any thread.
   void build(const std::vector<device<V>>& devices, const std::string& options,
              qv::program_callback pfn_notify, void* user_data);
   std::int32_t get_build_status(const device<V>& device) const;

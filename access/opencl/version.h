@@ -1,8 +1,8 @@
 // The six versions of OpenCL, and what each can do. Every difference between them is stated here, in the table of
 // commands (capability/commands.h), or among the parameters of devices (properties/device_parameters.h).
 //
-// A version is a type: classes are templates over it, and a member that a version lacks does not exist there. To add a
-// version: its enumerator, its row, its name in the last of the lists below, and what it can do in version_traits.
+// A version is a type: classes are templates over it, and a member that a version lacks does not exist there. To add
+// a version: its enumerator, its row, its name in the last of the lists below, and what it can do in version_traits.
 #pragma once
 
 #include <array>
@@ -27,9 +27,9 @@ inline constexpr std::array version_table{
     version_row{version::v2_1, "2.1", "2_1"}, version_row{version::v2_2, "2.2", "2_2"},
 };
 
-// Instantiates the templates of a source file for each version: `use` is a macro that is given the version's enumerator.
-// The shorter lists are for what only some versions have. They serve nothing else: code that does something for each
-// version takes a version_list.
+// Instantiates the templates of a source file for each version: `use` is a macro that is given the version's
+// enumerator. The shorter lists are for what only some versions have. They serve nothing else: code that does
+// something for each version takes a version_list.
 #define ORYN_FOR_EACH_VERSION(use) ORYN_FOR_EACH_VERSION_UNTIL_1_1(use) ORYN_FOR_EACH_VERSION_FROM_1_2(use)
 #define ORYN_FOR_EACH_VERSION_UNTIL_1_1(use) use(v1_0) use(v1_1)
 #define ORYN_FOR_EACH_VERSION_UNTIL_1_2(use) ORYN_FOR_EACH_VERSION_UNTIL_1_1(use) use(v1_2)

@@ -1,7 +1,7 @@
+#include "properties/catalogue.h"
 #include "properties/element.h"
-#include "properties/make_property.h"
-#include "properties/property_dictionary.h"
 #include "properties/property_strings.h"
+#include "properties/property_value.h"
 #include "tests/error_of.h"
 
 #include <gtest/gtest.h>
@@ -155,11 +155,11 @@ TEST(properties, hold_what_the_caller_reads) {
 
 TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
   property_dictionary dictionary;
-  dictionary.add("KEY", "first", "one", data_type::uint64_);
+  dictionary.add("KEY", "first", "one");
   EXPECT_EQ(error_of([&] { dictionary.add("KEY", "second", "two"); }),
             "Inserting a duplicate entry for the fieldname \"KEY\" into the property dictionary.");
-  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_description("KEY"), "firstone");
-  EXPECT_EQ(error_of([&] { dictionary.get_description("OTHER"); }),
+  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_texts("KEY")->description, "firstone");
+  EXPECT_EQ(error_of([&] { dictionary.get_texts("OTHER"); }),
             "Could not find the fieldname \"OTHER\" in the property dictionary.");
 }
 
