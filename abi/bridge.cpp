@@ -204,55 +204,62 @@ void abi_bridge::release_property(tarva_abi_property_s* handle) {
     remove(handle);
 }
 
-// The caller has all locks, or has tried. Kind by kind, through all parts.
-void abi_bridge::report_leaks() const TARVA_NOT_ANALYSED {
-  const auto report = [this]<class Record>(const handle_table<Record>*) {
-    for (std::size_t i = 0; i < part_count; ++i)
-      std::get<handle_table<Record>>(parts_[i].tables)
-          .for_each([](const void* handle, const handle_entry<Record>& leaked) {
-            if constexpr (counted_handle<Record>)
-              log_warning(handle_traits<Record>::leak_line, handle, leaked.count);
-            else
-              log_warning(handle_traits<Record>::leak_line, handle);
-          });
-  };
-  [&]<class... Tables>(const std::tuple<Tables...>*) {
-    (report(static_cast<const Tables*>(nullptr)), ...);
+// Not analysed, as it depends on the argument whether the locks are taken.
+template <class Record>
+void abi_bridge::report_leaks_of(bool under_locks) const TARVA_NOT_ANALYSED {
+  for (std::size_t i = 0; i < part_count; ++i) {
+    if (under_locks)
+      parts_[i].lock.lock();
+    std::get<handle_table<Record>>(parts_[i].tables)
+        .for_each([](const void* handle, const handle_entry<Record>& leaked) {
+          if constexpr (counted_handle<Record>)
+            log_warning(handle_traits<Record>::leak_line, handle, leaked.count);
+          else
+            log_warning(handle_traits<Record>::leak_line, handle);
+        });
+    if (under_locks)
+      parts_[i].lock.unlock();
+  }
+}
+
+// Kind by kind, in the order of the tables.
+void abi_bridge::report_leaks(bool under_locks) const {
+  [&]<class... Records>(const std::tuple<handle_table<Records>...>*) {
+    (report_leaks_of<Records>(under_locks), ...);
   }(static_cast<const handle_tables*>(nullptr));
 }
 
-// The locks have no wait with a limit, and this happens once in a process.
-bool abi_bridge::lock_all_within_grace_period() TARVA_NOT_ANALYSED {
+// Each was free at some time since the teardown began. Nobody holds one for more than a moment, unless the process was ended in
+// the middle of it.
+bool abi_bridge::are_locks_free_within_grace_period() const {
   using clock = std::chrono::steady_clock;
   const auto end = clock::now() + grace_period_of_tables;
-  for (std::size_t i = 0; i < part_count; ++i)
-    while (!parts_[i].lock.try_lock()) {
-      if (clock::now() >= end) {
-        while (i > 0)
-          parts_[--i].lock.unlock();
+  for (std::size_t i = 0; i < part_count; ++i) {
+    mutex& lock = parts_[i].lock;
+    while (!lock.try_lock()) { // which has no form with a limit, and this happens once in a process
+      if (clock::now() >= end)
         return false;
-      }
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+    lock.unlock();
+  }
   return true;
 }
 
-// The analysis does not know all locks of an array.
-void abi_bridge::teardown() TARVA_NOT_ANALYSED {
-  if (!lock_all_within_grace_period()) {
+void abi_bridge::teardown() {
+  if (!are_locks_free_within_grace_period()) {
     log_critical("ABI bridge internal lock is held during destruction.  Please file a bug.");
     // The report is worth more than the risk: the process ends anyway.
-    report_leaks();
+    report_leaks(false);
     return;
   }
-  report_leaks();
+  report_leaks(true);
   is_torn_down_ = true;
-  for (std::size_t i = 0; i < part_count; ++i)
-    parts_[i].lock.unlock();
   for (std::size_t i = 0; i < part_count; ++i) {
+    part& each = parts_[i];
     handle_tables dropped; // destroyed after the unlock, since objects may call the bridge at their end
-    const lock_guard guard(parts_[i].lock);
-    std::swap(dropped, parts_[i].tables);
+    const lock_guard guard(each.lock);
+    std::swap(dropped, each.tables);
   }
 }
 

@@ -128,9 +128,11 @@ private:
   // Ends a handle that has one owner.
   template <class Record>
   void remove(Record* handle);
-  void report_leaks() const;
-  // False, with none held, if other threads have held one of the locks for the whole grace period.
-  bool lock_all_within_grace_period();
+  template <class Record>
+  void report_leaks_of(bool under_locks) const;
+  void report_leaks(bool under_locks) const;
+  // False if another thread has held one of the locks for the whole grace period.
+  bool are_locks_free_within_grace_period() const;
 
   const std::unique_ptr<part[]> parts_ = std::make_unique<part[]>(part_count);
   record_quarantine quarantine_;
