@@ -48,8 +48,9 @@ record_ptr<Record*> new_pointers(std::size_t count) {
 } // namespace
 
 abi_bridge::owned_property abi_bridge::get_property_and_owner(const tarva_abi_property_s* handle) const {
-  const reader_writer_lock::shared_guard guard(lock_);
-  const handle_entry<tarva_abi_property_s>& found = table<tarva_abi_property_s>().look_up(handle);
+  part& own = part_of(handle);
+  const lock_guard guard(own.lock);
+  const handle_entry<tarva_abi_property_s>& found = own.table<tarva_abi_property_s>().look_up(handle);
   return {found.object, found.owner};
 }
 
@@ -57,8 +58,9 @@ abi_bridge::owned_property abi_bridge::get_property_and_owner(const tarva_abi_pr
 template <class Record>
 Record* abi_bridge::store(record_ptr<Record> handle, handle_entry<Record> new_entry) {
   {
-    const lock_guard guard(lock_);
-    table<Record>().insert(handle.get(), new_entry);
+    part& own = part_of(handle.get());
+    const lock_guard guard(own.lock);
+    own.template table<Record>().insert(handle.get(), new_entry);
   }
   return handle.release();
 }
@@ -124,42 +126,38 @@ tarva_abi_property_array_s* abi_bridge::make_property_array(const std::vector<ow
 
 // The tables tell the kind of a handle; its record is not read, since it may have been freed long ago.
 template <class Record>
-void abi_bridge::test_kind(const Record* handle) const {
+void abi_bridge::part::test_kind(const Record* handle) {
   if constexpr (requires { handle_traits<Record>::null_message; }) {
     if (!handle)
       throw std::runtime_error(handle_traits<Record>::null_message);
   }
   if constexpr (requires { handle_traits<Record>::wrong_kind_message; }) {
     const auto is_live = [handle](const auto&... each) { return (each.contains(handle) || ...); };
-    if (!table<Record>().contains(handle) && std::apply(is_live, tables_))
+    if (!table<Record>().contains(handle) && std::apply(is_live, tables))
       throw std::runtime_error(handle_traits<Record>::wrong_kind_message);
   }
 }
 
 template <counted_handle Record>
 void abi_bridge::retain(const Record* handle) {
-  const reader_writer_lock::shared_guard guard(lock_);
-  test_kind(handle);
-  table<Record>().retain(handle);
+  part& own = part_of(handle);
+  const lock_guard guard(own.lock);
+  own.test_kind(handle);
+  own.template table<Record>().retain(handle);
 }
 
-// Nearly always the reference is not the last one, and a reader of the lock can count it.
+// What leaves the table and what leaves the quarantine goes after the unlock: the object may call the bridge at its end, and
+// free() would only make the lock longer.
+
 template <counted_handle Record>
 bool abi_bridge::release(Record* handle) {
-  {
-    const reader_writer_lock::shared_guard guard(lock_);
-    test_kind(handle);
-    if (table<Record>().release_unless_last(handle))
-      return false;
-  }
-  // It was the last reference. Until this thread is the only one at the table, others may retain the handle again or end
-  // it, so all is asked again.
-  typename handle_table<Record>::removed_entry ended; // destroyed after the unlock
+  typename handle_table<Record>::removed_entry ended;
   void* oldest = nullptr;
   {
-    const lock_guard guard(lock_);
-    test_kind(handle);
-    ended = table<Record>().release(handle);
+    part& own = part_of(handle);
+    const lock_guard guard(own.lock);
+    own.test_kind(handle);
+    ended = own.template table<Record>().release(handle);
     if (!ended)
       return false;
     oldest = quarantine_.exchange(handle);
@@ -168,16 +166,15 @@ bool abi_bridge::release(Record* handle) {
   return true;
 }
 
-// As in release(), what leaves the table and what leaves the quarantine goes after the unlock: the object may call the
-// bridge at its end, and free() would only make the lock longer.
 template <class Record>
 void abi_bridge::remove(Record* handle) {
-  typename handle_table<Record>::removed_entry ended; // destroyed after the unlock
+  typename handle_table<Record>::removed_entry ended;
   void* oldest = nullptr;
   {
-    const lock_guard guard(lock_);
-    test_kind(handle);
-    ended = table<Record>().remove(handle);
+    part& own = part_of(handle);
+    const lock_guard guard(own.lock);
+    own.test_kind(handle);
+    ended = own.template table<Record>().remove(handle);
     oldest = quarantine_.exchange(handle);
   }
   std::free(oldest);
@@ -192,7 +189,6 @@ void abi_bridge::withdraw_future(tarva_abi_future_s* handle) {
     return remove(handle);
   } catch (const std::runtime_error&) {
     // If a caller has ended it, its record is in the quarantine. After a teardown it is nobody's but ours.
-    const lock_guard guard(lock_);
     if (is_torn_down_ && !quarantine_.contains(handle))
       std::free(handle);
   }
@@ -208,46 +204,64 @@ void abi_bridge::release_property(tarva_abi_property_s* handle) {
     remove(handle);
 }
 
-void abi_bridge::report_leaks() const {
-  const auto report = [](const auto& each) {
-    using Record = typename std::decay_t<decltype(each)>::record_type;
-    each.for_each([](const void* handle, const handle_entry<Record>& leaked) {
-      if constexpr (counted_handle<Record>)
-        log_warning(handle_traits<Record>::leak_line, handle, leaked.count);
-      else
-        log_warning(handle_traits<Record>::leak_line, handle);
-    });
-  };
-  std::apply([&](const auto&... each) { (report(each), ...); }, tables_);
+// The counts are those of the caller's references that are still held.
+// Not analysed, as it depends on the argument whether the locks are taken.
+template <class Record>
+void abi_bridge::report_leaks_of(bool under_locks) const TARVA_NOT_ANALYSED {
+  for (std::size_t i = 0; i < part_count; ++i) {
+    if (under_locks)
+      parts_[i].lock.lock();
+    std::get<handle_table<Record>>(parts_[i].tables)
+        .for_each([](const void* handle, const handle_entry<Record>& leaked) {
+          if constexpr (counted_handle<Record>)
+            log_warning(handle_traits<Record>::leak_line, handle, leaked.count);
+          else
+            log_warning(handle_traits<Record>::leak_line, handle);
+        });
+    if (under_locks)
+      parts_[i].lock.unlock();
+  }
 }
 
-// The lock has no wait with a limit, and this happens once in a process.
-bool abi_bridge::lock_within_grace_period() {
+// Kind by kind, in the order of the tables.
+void abi_bridge::report_leaks(bool under_locks) const {
+  [&]<class... Records>(const std::tuple<handle_table<Records>...>*) {
+    (report_leaks_of<Records>(under_locks), ...);
+  }(static_cast<const handle_tables*>(nullptr));
+}
+
+// Each was free at some time since the teardown began. Nobody holds one for more than a moment, unless the process was ended in
+// the middle of it.
+bool abi_bridge::are_locks_free_within_grace_period() const {
   using clock = std::chrono::steady_clock;
   const auto end = clock::now() + grace_period_of_tables;
-  while (!lock_.try_lock()) {
-    if (clock::now() >= end)
-      return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  for (std::size_t i = 0; i < part_count; ++i) {
+    mutex& lock = parts_[i].lock;
+    while (!lock.try_lock()) { // which has no form with a limit, and this happens once in a process
+      if (clock::now() >= end)
+        return false;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    lock.unlock();
   }
   return true;
 }
 
 void abi_bridge::teardown() {
-  if (!lock_within_grace_period()) {
+  if (!are_locks_free_within_grace_period()) {
     log_critical("ABI bridge internal lock is held during destruction.  Please file a bug.");
     // The report is worth more than the risk: the process ends anyway.
-    [this]() TARVA_NOT_ANALYSED { report_leaks(); }();
+    report_leaks(false);
     return;
   }
-  handle_tables dropped; // destroyed after the unlock, since objects may call the bridge at their end
-  {
-    const lock_guard guard(lock_, std::adopt_lock);
-    report_leaks();
-    dropped = std::exchange(tables_, {});
-    is_torn_down_ = true;
+  report_leaks(true);
+  is_torn_down_ = true;
+  for (std::size_t i = 0; i < part_count; ++i) {
+    part& each = parts_[i];
+    handle_tables dropped; // destroyed after the unlock, since objects may call the bridge at their end
+    const lock_guard guard(each.lock);
+    std::swap(dropped, each.tables);
   }
-  std::apply([](auto&... each) { ((each = {}), ...); }, dropped);
 }
 
 // Conversions between the interface and the library.

@@ -92,7 +92,7 @@ Pointee* pointer_in(std::uint64_t word) {
   return reinterpret_cast<Pointee*>(static_cast<std::uintptr_t>(word)); // NOLINT(performance-no-int-to-ptr)
 }
 
-void add_argument(kernel_argument_list& captured, const abi_bridge::reading& handles,
+void add_argument(kernel_argument_list& captured, const abi_bridge& bridge,
                   const tarva_abi_kernel_argument_s& argument) {
   switch (argument.kind) {
   case TARVA_ABI_ARGUMENT_NULL:
@@ -100,8 +100,8 @@ void add_argument(kernel_argument_list& captured, const abi_bridge::reading& han
   case TARVA_ABI_ARGUMENT_VALUE:
     return captured.add_value(pointer_in<const void>(argument.second), to_data_type(argument.first));
   case TARVA_ABI_ARGUMENT_MEMORY:
-    return captured.add_memory(
-        handles.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
+    return bridge.visit_library_object(pointer_in<const tarva_abi_memory_s>(argument.first),
+                                       [&](const auto& memory) { captured.add_memory(memory); });
   case TARVA_ABI_ARGUMENT_LOCAL_MEMORY:
     return captured.add_local_memory(to_data_type(argument.first), argument.second);
   default:
@@ -109,18 +109,15 @@ void add_argument(kernel_argument_list& captured, const abi_bridge::reading& han
   }
 }
 
-// Values are copied, memory objects are kept alive by the capture. All handles are looked up under one lock.
+// Values are copied, memory objects are kept alive by the capture.
 kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
                                        std::uint64_t count) {
   if (count == 0)
     return {};
   require_countable<tarva_abi_kernel_argument_s>(count, "kernel arguments");
-  kernel_argument_list captured(count); // outside the lock, since it destroys arguments if one is refused
-  {
-    const abi_bridge::reading handles(bridge);
-    for (std::uint64_t index = 0; index < count; ++index)
-      add_argument(captured, handles, arguments[index]);
-  }
+  kernel_argument_list captured(count);
+  for (std::uint64_t index = 0; index < count; ++index)
+    add_argument(captured, bridge, arguments[index]);
   return kernel_argument_capture(std::move(captured));
 }
 

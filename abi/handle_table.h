@@ -1,5 +1,5 @@
 // The bridge's parts: what it knows of one handle, the table of all live handles of one kind, and the quarantine of records
-// whose handle has ended. None of them has a lock; the bridge's lock guards them all.
+// whose handle has ended.
 #pragma once
 
 #include "abi/handle_kinds.h"
@@ -61,8 +61,7 @@ record_ptr<Record> allocate_records(std::size_t count = 1) {
 // The live handles of one kind, by address. An address that is not in the table is never followed. Each handle has an
 // entry of its own, also if several name one object, so that each of them ends by itself.
 //
-// Readers of the bridge's lock look up and change counts, which are atomic for that reason. All else needs a writer. What
-// throws has changed nothing.
+// What throws has changed nothing.
 template <class Record>
 class handle_table {
 public:
@@ -73,7 +72,7 @@ public:
 
   bool contains(const void* handle) const { return entries_.find(handle) != nullptr; }
 
-  // The entry is valid until the table changes, which it cannot while a reader holds the lock.
+  // The entry is valid until the table changes, which it cannot under the lock of its part.
   const entry& look_up(const Record* handle) const {
     const entry* found = entries_.find(handle);
     if (found == nullptr)
@@ -93,34 +92,23 @@ public:
       std::swap(*found, new_entry);
   }
 
-  // Counts are read and changed in one step, since readers of the lock may do so at the same time. None wraps around.
+  // No count wraps around.
   void retain(const Record* handle) requires counted_handle<Record> {
-    const std::atomic_ref count(counted(handle).count);
-    std::uint64_t before = count;
-    do {
-      if (before == std::numeric_limits<std::uint64_t>::max())
-        throw std::runtime_error("Reference count increment would overflow.  This should be impossible.");
-    } while (!count.compare_exchange_weak(before, before + 1));
-  }
-
-  // False, with nothing changed, if the reference is the last one.
-  bool release_unless_last(const Record* handle) requires counted_handle<Record> {
-    const std::atomic_ref count(counted(handle).count);
-    std::uint64_t before = count;
-    do {
-      if (before == 0)
-        throw std::runtime_error("Reference count is zero. This should be impossible.");
-      if (before == 1)
-        return false;
-    } while (!count.compare_exchange_weak(before, before - 1));
-    return true;
+    std::uint64_t& count = counted(handle).count;
+    if (count == std::numeric_limits<std::uint64_t>::max())
+      throw std::runtime_error("Reference count increment would overflow.  This should be impossible.");
+    ++count;
   }
 
   // Removes the entry if the reference was the last one; nothing if it was not.
   removed_entry release(const Record* handle) requires counted_handle<Record> {
-    if (release_unless_last(handle))
-      return {};
-    return entries_.extract(handle);
+    std::uint64_t& count = counted(handle).count;
+    if (count == 0)
+      throw std::runtime_error("Reference count is zero. This should be impossible.");
+    if (count == 1)
+      return entries_.extract(handle);
+    --count;
+    return {};
   }
 
   // For handles with one owner.
@@ -150,22 +138,21 @@ private:
 };
 
 // Holds the records of ended handles for a while before they are freed. Otherwise malloc would give the address of a handle
-// that has just ended to the next one, and a caller who still uses the old handle would not be refused.
+// that has just ended to the next one, and a caller who still uses the old handle would not be refused. Any thread, without a
+// lock.
 class record_quarantine {
 public:
   record_quarantine() = default;
   record_quarantine(const record_quarantine&) = delete;
   record_quarantine& operator=(const record_quarantine&) = delete;
   ~record_quarantine() {
-    for (void* record : records_)
+    for (const auto& record : records_)
       std::free(record);
   }
 
   // Takes `record` and gives back the oldest one, to be freed after the unlock; null while there is room.
   void* exchange(void* record) noexcept {
-    void* oldest = std::exchange(records_[next_], record);
-    next_ = (next_ + 1) % records_.size();
-    return oldest;
+    return records_[next_++ % records_.size()].exchange(record);
   }
 
   bool contains(const void* record) const noexcept {
@@ -173,8 +160,8 @@ public:
   }
 
 private:
-  std::array<void*, 1024> records_{}; // a ring: the oldest is at next_
-  std::size_t next_ = 0;
+  std::array<std::atomic<void*>, 1024> records_{}; // a ring: the oldest is at next_
+  std::atomic<std::size_t> next_ = 0;
 };
 
 } // namespace oryn::tarva::library

@@ -8,18 +8,22 @@
 #include "opencl/opencl_device.h"
 #include "properties/device_catalogue.h"
 #include "properties/program_and_kernel_catalogues.h"
+#include "scheduler/concurrent_scheduler.h"
 #include "scheduler/ultra_naive_scheduler.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <new>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace oryn::tarva::library {
 
 namespace {
 
+// Three times the same six stripes, and the words.
 std::string compose_banner() {
   const std::string dashes = std::string(59, '-') + '\n';
   const std::string pluses = std::string(59, '+') + '\n';
@@ -56,6 +60,16 @@ void prepare_what_outlives_the_library() {
 }
 
 // Without memory for the library itself the process ends as with any other failure of the start.
+// TARVA_SCHEDULER chooses it. Only the default works on one operation at a time.
+std::shared_ptr<scheduler> make_scheduler(std::function<const device_list&()> devices) {
+  const char* const wanted = secure_getenv("TARVA_SCHEDULER");
+  if (wanted != nullptr && wanted == std::string_view("concurrent"))
+    return std::make_shared<concurrent_scheduler>(std::move(devices));
+  if (wanted != nullptr)
+    log_warning("TARVA_SCHEDULER is not \"concurrent\", so operations run one at a time: {}", wanted);
+  return std::make_shared<ultra_naive_scheduler>(std::move(devices));
+}
+
 stoppable_library* start_library() {
   if (auto* const library = new (std::nothrow) tarva_singleton)
     return library;
@@ -107,10 +121,12 @@ void tarva_singleton::start() {
   devices_ = detect_devices();
   initialize_devices();
   log_info("Creating the TARVA scheduler.");
-  scheduler_ = std::make_shared<ultra_naive_scheduler>([this]() -> const auto& { return devices_; });
+  scheduler_ = make_scheduler([this]() -> const auto& { return devices_; });
   log_info("Initialization of TARVA complete.");
 }
 
+// Starts the worker of each device. A device that fails here is a failure of the start: those that cannot be prepared have
+// been left out before.
 void tarva_singleton::initialize_devices() {
   log_info("Initializing devices....");
   for (std::size_t index = 0; index < devices_.size(); ++index) {

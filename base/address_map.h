@@ -71,7 +71,7 @@ private:
     Value value{};
   };
 
-  using slot_array = std::vector<slot, large_block_allocator<slot>>;
+  using slot_array = std::vector<slot, table_allocator<slot>>;
 
   static constexpr std::size_t absent = ~std::size_t{0};
   static constexpr std::size_t least_slots = 16; // a power of two, as every number of slots is
@@ -127,7 +127,8 @@ private:
 
   // Shrinks the array when few entries are left. Without memory for a smaller one, the large one stays.
   void give_back_room() noexcept {
-    if (slots_.size() <= least_slots || size_ * 8 > slots_.size())
+    constexpr std::size_t page = 4096;
+    if (slots_.size() * sizeof(slot) <= page || size_ * 8 > slots_.size())
       return;
     try {
       rebuild(slots_.size() / 2);

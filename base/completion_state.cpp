@@ -6,6 +6,7 @@
 
 namespace oryn::tarva::library {
 
+// Logging takes no memory that it cannot do without, but making a pipe may throw; nothing may leave a destructor.
 completion_state::~completion_state() {
   try {
     if (!is_complete()) {
@@ -58,6 +59,7 @@ void completion_state::add_elapsed_time(std::uint64_t nanoseconds) {
   elapsed_time_ += nanoseconds;
 }
 
+// The count is set by comparing with `never_set`, so that of two threads that try one is refused.
 void completion_state::set_part_count(std::uint64_t count) {
   if (submitted_)
     throw std::logic_error(texts_.count_after_submission);
@@ -80,7 +82,13 @@ bool completion_state::succeed() {
   return true;
 }
 
+// The count is checked and lowered in one step: a report too many is refused, and never wraps around. An error may have
+// ended the whole before its last part; then the parts are still counted, as others wait for the last.
 completion_state::part_outcome completion_state::part_complete() {
+  return count_part() ? complete_parts() : part_outcome::pending;
+}
+
+bool completion_state::count_part() {
   if (!submitted_)
     throw std::logic_error(texts_.part_before_submission);
   std::uint64_t parts = outstanding_parts_;
@@ -90,9 +98,7 @@ completion_state::part_outcome completion_state::part_complete() {
     if (parts == never_set)
       throw std::logic_error(texts_.part_without_count);
   } while (!outstanding_parts_.compare_exchange_weak(parts, parts - 1));
-  if (parts != 1)
-    return part_outcome::pending;
-  return succeed() ? part_outcome::last : part_outcome::last_after_error;
+  return parts == 1;
 }
 
 void completion_state::refuse(const std::exception_ptr& error) noexcept {
@@ -121,6 +127,7 @@ bool completion_state::set_error(const std::exception_ptr& error) {
       return false;
     throw std::logic_error(texts_.already_complete);
   }
+  // Of several threads with an error one has come this far, so it may store the error without a lock.
   error_ = error;
   outcome_ = error ? outcome::failed : outcome::succeeded;
   close_pipe();

@@ -62,6 +62,9 @@ public:
   void set_submitted();
   // One part has ended. The last one completes the whole and closes the pipe, unless an error has done so.
   part_outcome part_complete();
+  // The two halves of part_complete(): true if the part was the last; completes the whole.
+  bool count_part();
+  part_outcome complete_parts() { return succeed() ? part_outcome::last : part_outcome::last_after_error; }
   // Completes something that has no parts, and closes the pipe.
   void set_complete();
   // Ends it with this error and closes the pipe. False, with nothing changed, if there was an error before.

@@ -16,30 +16,39 @@ inline constexpr std::size_t large_block_size = std::size_t{4} << 20;
 void* map_large_block(std::size_t bytes);
 void unmap_large_block(void* block, std::size_t bytes) noexcept;
 
-// An allocator for containers that may become large. Small storage comes from operator new.
+// The same without any wish for large pages, for blocks of a few pages.
+void* map_pages(std::size_t bytes);
+
+// For the storage of tables. It comes from the system, unless it is very small: what passes through malloc makes it put in order
+// all small blocks that the process has ever given back, which takes seconds where there were millions.
 template <class T>
-struct large_block_allocator {
+struct table_allocator {
   using value_type = T;
 
-  large_block_allocator() = default;
+  table_allocator() = default;
   template <class U>
-  large_block_allocator(const large_block_allocator<U>&) {}
+  table_allocator(const table_allocator<U>&) {}
 
   T* allocate(std::size_t count) {
     if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
       throw std::bad_array_new_length();
     const std::size_t bytes = count * sizeof(T);
-    return static_cast<T*>(bytes < large_block_size ? ::operator new(bytes) : map_large_block(bytes));
+    if (bytes <= largest_of_malloc)
+      return static_cast<T*>(::operator new(bytes));
+    return static_cast<T*>(bytes < large_block_size ? map_pages(bytes) : map_large_block(bytes));
   }
   void deallocate(T* block, std::size_t count) noexcept {
     const std::size_t bytes = count * sizeof(T);
-    if (bytes < large_block_size)
+    if (bytes <= largest_of_malloc)
       ::operator delete(block);
     else
       unmap_large_block(block, bytes);
   }
 
-  friend bool operator==(const large_block_allocator&, const large_block_allocator&) { return true; }
+  friend bool operator==(const table_allocator&, const table_allocator&) { return true; }
+
+private:
+  static constexpr std::size_t largest_of_malloc = 1000;
 };
 
 } // namespace oryn::tarva::library

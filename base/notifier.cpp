@@ -1,46 +1,31 @@
 #include "base/notifier.h"
 
+#include "base/futex.h"
 #include "base/logging.h"
 
 #include <algorithm>
 #include <charconv>
-#include <climits>
 #include <cstdlib>
-#include <linux/futex.h>
 #include <sched.h>
 #include <stdexcept>
 #include <string_view>
-#include <sys/syscall.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace oryn::tarva::library {
-
-namespace {
-
-static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t));
-
-// For FUTEX_WAIT the system compares the word with `value` and falls asleep in one step. Its result is not needed: the
-// callers read their condition again, whatever it says.
-void call_futex(std::atomic<std::uint32_t>& word, int operation, std::uint32_t value) {
-  syscall(SYS_futex, &word, operation, value, nullptr, nullptr, 0);
-}
-
-} // namespace
 
 // Each side writes before it reads: a waiter counts itself before the system compares the word, and a sender changes the
 // word before it looks for sleepers. So either the sender wakes the waiter, or the system does not let it fall asleep.
 
 void event_count::wait(ticket seen) {
   ++sleepers_;
-  call_futex(events_, FUTEX_WAIT_PRIVATE, seen);
+  sleep_on(events_, seen);
   --sleepers_;
 }
 
 void event_count::notify_all() {
   ++events_;
   if (sleepers_ != 0)
-    call_futex(events_, FUTEX_WAKE_PRIVATE, INT_MAX);
+    wake(&events_);
 }
 
 namespace {

@@ -16,6 +16,7 @@ int main(int argc, char** argv) {
   add_submissions();
   add_live_objects();
   add_busy_neighbours();
+  add_many_threads();
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv))
     return 1;

@@ -15,5 +15,6 @@ void add_starts();
 void add_submissions();
 void add_live_objects();
 void add_busy_neighbours();
+void add_many_threads();
 
 } // namespace benchmarks

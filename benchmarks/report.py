@@ -203,6 +203,39 @@ def beside_busy_device(results):
             "them.\nRaw OpenCL with a thread for each device takes {raw}, and {raw_alone} without them.").format(**times)
 
 
+def many_threads(results):
+    """4-byte writes by many threads on one device, under each scheduler."""
+    text = lookup(results)
+    lines = ["| writes of 4 B by | scheduler | processors | per call of all | median | 99th percentile | worst | most to least served |",
+             "|---|---|---|---:|---:|---:|---:|---:|"]
+    for scheduler, place in (("default", "basic"), ("concurrent", "basic, concurrent")):
+        for processors in ("pinned", "all"):
+            for threads in (1, 4, 16, 64):
+                where = (f"{place}, {processors}", f"many_writes/threads:{threads}")
+                cells = [text(*where, f"ns_{key}") for key in ("tarva", "median", "99th", "longest")]
+                cells.append(text(*where, "ratio_most_to_least", "{:.2f}".format))
+                lines.append(f"| {threads} threads | {scheduler} | {'one' if processors == 'pinned' else 'all'} | "
+                             + " | ".join(cells) + " |")
+    growth = [text("basic, pinned", f"table_growth/handles:{count}", "ns_longest") for count in (10000, 1000000, 10000000)]
+    lines += ["", "The worst call while ten thousand, a million and ten million handles are made and released takes "
+              + ", ".join(growth) + ".\n"]
+    return "\n".join(lines)
+
+
+def side_by_side(results):
+    """What TARVA_SCHEDULER=concurrent changes."""
+    text = lookup(results)
+
+    def ratio(place):
+        return text(f"{place}, all", "all_devices", "ratio_one_device", "{:.2f}".format)
+    four = "basic and basic and basic and basic"
+    beside = text("pthread and basic, concurrent, free", "other_device_busy/write/bytes:4")
+    if NOT_MEASURED in (ratio(four), ratio(four + ", concurrent"), beside):
+        return ""
+    return (f"With `TARVA_SCHEDULER=concurrent` that write takes {beside}. A launch on each of four devices at once takes\n"
+            f"{ratio(four + ', concurrent')} times as long as on one of them, and {ratio(four)} times without that setting.")
+
+
 def over_network(results, server):
     text = lookup(results)
     place = "networked, free"

@@ -29,7 +29,7 @@ WAITS = "^(launch/arguments:0|write/bytes:(4|1048576))/"
 # Each in a process of its own, which takes no other along where it fails.
 OVER_NETWORK = ["^launch/arguments:0/", "^launch/arguments:8/", "^fresh_kernel/arguments:0/", "^fresh_kernel/arguments:8/",
                 "^(write|read)/bytes:(4|1048576)/"]
-PROCESSORS = {"pinned": "0", "free": "0,1"}
+PROCESSORS = {"pinned": "0", "free": "0,1", "all": f"0-{os.cpu_count() - 1}"}
 
 
 class Run(typing.NamedTuple):
@@ -45,6 +45,11 @@ def pocl(devices, processors, measures):
     return Run(devices.replace(" ", " and "), processors, measures, {"POCL_DEVICES": devices})
 
 
+def concurrent(devices, processors, measures):
+    return Run(devices.replace(" ", " and ") + ", concurrent", processors, measures,
+               {"POCL_DEVICES": devices, "TARVA_SCHEDULER": "concurrent"})
+
+
 def busy_waiting(device, processors):
     return Run(f"{device}, busy waiting", processors, WAITS, {"POCL_DEVICES": device, "TARVA_BUSY_WAIT_US": "200"})
 
@@ -57,7 +62,12 @@ RUNS = [
     pocl("pthread", "free", EVERYWHERE),
     pocl("basic pthread", "free", "^move"),
     pocl("pthread basic", "free", "^other_device_busy"),
-    *(busy_waiting(device, processors) for device in ("basic", "pthread") for processors in PROCESSORS),
+    concurrent("pthread basic", "free", "^other_device_busy"),
+    *(run("basic", processors, "^many_writes") for run in (pocl, concurrent) for processors in ("pinned", "all")),
+    *(run("basic basic basic basic", "all", "^all_devices") for run in (pocl, concurrent)),
+    *(concurrent("basic", "pinned", measure) for measure in ("^launch/arguments:[08]/",)),
+    pocl("basic", "pinned", "^table_growth"),
+    *(busy_waiting(device, processors) for device in ("basic", "pthread") for processors in ("pinned", "free")),
 ]
 
 
@@ -126,11 +136,11 @@ def write(output, measured):
 def publish(measured):
     results = measured["results"]
     head = f"Measured on a {measured['machine']}, pinned to one processor:\n\n"
-    busy = report.beside_busy_device(results) + "\n"
+    busy = report.beside_busy_device(results) + "\n" + report.side_by_side(results) + "\n"
     pages = {
         "README.md": head + report.summary(results, report.SHORT_SUMMARY) + "\n" + busy,
         "docs/speed.md": "\n".join((head + report.summary(results, report.SUMMARY), report.more(results),
-                                    report.waits(results), busy)),
+                                    report.waits(results), report.many_threads(results), busy)),
         "docs/guide.md": busy,
         "docs/networked-devices.md": report.over_network(results, measured["server"]) + "\n",
     }

@@ -2,6 +2,7 @@
 //
 // Each is checked for what some implementation would follow blindly, handed to OpenCL, and told of by an event, whatever
 // becomes of it.
+#include "base/thread_annotations.h"
 #include "capability/executor.h"
 #include "capability/kernels.h"
 #include "capability/opencl_queries.h"
@@ -204,13 +205,22 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
   });
 }
 
+// Where two kernels must not run at once, one queue is finished at a time, which is when they run.
+cl_int finish_queue(const root_device& device, queue_object& queue, bool& is_finished) {
+  if (!device.quirks.kernels_are_not_thread_safe)
+    return queue.finish(device.cl, is_finished);
+  static oryn::mutex& one_at_a_time = *new oryn::mutex; // never destroyed: calls go on to the end of the process
+  const oryn::lock_guard guard(one_at_a_time);
+  return queue.finish(device.cl, is_finished);
+}
+
 // A queue that cannot be finished has told its events so, and that is enough; the device may be lost.
 void finish(const root_device& device, object_record& record) {
   auto* const queue = find_object<queue_object>(record.object, record);
   if (queue == nullptr)
     return;
   bool is_finished = true;
-  record.status = queue->finish(device.cl, is_finished);
+  record.status = finish_queue(device, *queue, is_finished);
   if (!is_finished && device.watch != nullptr)
     device.watch->suspect();
 }

@@ -16,12 +16,22 @@ function(tarva_add_tests name label)
   cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} tarva_settings GTest::gtest GTest::gtest_main)
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_TYPES NO_PRETTY_VALUES TEST_PREFIX ${label}.
-                       TEST_LIST ${name}_cases PROPERTIES LABELS ${label} TIMEOUT 120)
+  tarva_discover_tests(${name} ${label} ${label}. ${name}_cases "${TARVA_TEST_ENVIRONMENT}" "")
+endfunction()
+
+# The cases of an executable once more, with one more setting of the environment and less what `filter` takes out.
+function(tarva_test_again name label setting_name setting filter)
+  tarva_discover_tests(${name} ${label} ${label}.${setting_name}. ${name}_${setting_name}_cases
+                       "${TARVA_TEST_ENVIRONMENT};${setting}" "${filter}")
+endfunction()
+
+function(tarva_discover_tests name label prefix cases environment filter)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST NO_PRETTY_TYPES NO_PRETTY_VALUES TEST_PREFIX ${prefix}
+                       TEST_FILTER "${filter}" TEST_LIST ${cases} PROPERTIES LABELS ${label} TIMEOUT 120)
   # Set afterwards: the discovery would tear the list of variables apart.
-  set(environment_file ${CMAKE_CURRENT_BINARY_DIR}/${name}_environment.cmake)
-  file(WRITE ${environment_file} "if(${name}_cases)
-  set_tests_properties(\${${name}_cases} PROPERTIES ENVIRONMENT \"${TARVA_TEST_ENVIRONMENT}\")
+  set(environment_file ${CMAKE_CURRENT_BINARY_DIR}/${cases}_environment.cmake)
+  file(WRITE ${environment_file} "if(${cases})
+  set_tests_properties(\${${cases}} PROPERTIES ENVIRONMENT \"${environment}\")
 endif()\n")
   set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${environment_file})
 endfunction()

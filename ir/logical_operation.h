@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/completion_state.h"
+#include "base/fair_mutex.h"
 #include "base/notifier.h"
 #include "ir/nd_range.h"
 #include "objects/kernel_arguments.h"
@@ -58,12 +59,10 @@ public:
 
   // The memory objects that the operation names, in argument order, with repeats.
   virtual std::vector<std::shared_ptr<library_memory>> memory_objects() const = 0;
-  virtual std::uint64_t byte_count() const = 0;
   virtual std::string to_string() const = 0;
   virtual void accept(visitor& visitor) const { visitor.visit_unknown(); }
 
   std::shared_ptr<library_future> get_future();
-  notifier get_notification_pipe() const { return state_.get_pipe(); }
   bool is_complete() const { return state_.is_complete(); }
   std::exception_ptr get_error() const { return state_.get_error(); }
   // Sleeps until the operation has succeeded or failed. Does not return if a worker has failed for good: then the process
@@ -75,12 +74,29 @@ public:
   // The transitions, in their order; each is allowed once, except that of a second error, which is dropped.
   void set_physical_operation_count(std::uint64_t count) { state_.set_part_count(count); }
   void set_submitted() { state_.set_submitted(); }
-  void physical_operation_complete() { state_.part_complete(); }
+  void physical_operation_complete();
   void set_error(const std::exception_ptr& error) { state_.set_error(error); }
   // Fails an operation that is not going to run, whether or not it was submitted.
   void refuse(const std::exception_ptr& error) noexcept { state_.refuse(error); }
   void add_elapsed_time(std::uint64_t nanoseconds) { state_.add_elapsed_time(nanoseconds); }
   void enable_profiling() { state_.enable_profiling(); }
+
+  // Its place in the order in which a scheduler has accepted operations, if several of them may go on at a time; 0 otherwise.
+  // Set before the work is handed over.
+  void set_acceptance_number(std::uint64_t number) { acceptance_number_ = number; }
+  std::uint64_t get_acceptance_number() const { return acceptance_number_; }
+
+  // Passes the turn of the operation on, on the thread that completes it, so that others need not wait until the caller's
+  // thread has woken. Called when all of the work has succeeded, just before the operation is complete. Yields who comes next.
+  class turn_holder {
+  public:
+    virtual fair_mutex::place* give_up_turn() noexcept = 0;
+
+  protected:
+    ~turn_holder() = default;
+  };
+  // Before the work is handed over; for a holder that lives until the operation is complete.
+  void set_turn_holder(turn_holder& holder) { turn_holder_ = &holder; }
 
   // An error completes the operation at once, while commands of it may still run. With these three the scheduler waits for
   // the last of them: `count` commands are on their way to a worker; as many have ended; wait until all have.
@@ -94,6 +110,8 @@ protected:
 
 private:
   completion_state state_;
+  turn_holder* turn_holder_ = nullptr;
+  std::uint64_t acceptance_number_ = 0;
   std::atomic<std::uint64_t> running_commands_ = 0;
   event_count commands_ended_;
 };
@@ -149,14 +167,12 @@ private:
 class allocate_memory final : public concrete_operation<allocate_memory, memory_operation> {
 public:
   using concrete_operation::concrete_operation;
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 };
 
 class free_memory final : public concrete_operation<free_memory, memory_operation> {
 public:
   using concrete_operation::concrete_operation;
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 };
 
@@ -173,7 +189,6 @@ public:
   std::uint64_t get_count() const { return count_; }
 
   std::vector<std::shared_ptr<library_memory>> memory_objects() const override;
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:
@@ -195,7 +210,6 @@ public:
   std::uint64_t get_count() const { return count_; }
   void* get_user_ptr() const { return user_ptr_; }
 
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:
@@ -215,7 +229,6 @@ public:
   std::uint64_t get_count() const { return count_; }
   const void* get_src_ptr() const { return src_ptr_; }
 
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:
@@ -234,7 +247,6 @@ public:
   std::uint64_t get_start_position() const { return start_position_; }
   std::uint64_t get_count() const { return count_; }
 
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:
@@ -254,7 +266,6 @@ public:
   const nd_range& get_range() const { return range_; }
 
   std::vector<std::shared_ptr<library_memory>> memory_objects() const override;
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:

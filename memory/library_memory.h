@@ -1,6 +1,7 @@
 // Memory objects as the user sees them.
 #pragma once
 
+#include "memory/memory_state.h"
 #include "properties/data_type.h"
 #include "properties/property_interface.h"
 
@@ -11,8 +12,8 @@
 
 namespace oryn::tarva::library {
 
-// The user's description of a block of typed elements. It never changes, holds no storage, and does not know where its
-// content is: that is the scheduler's to know. Two objects with equal fields are different memory: identity is the address.
+// The user's description of a block of typed elements, which never changes. It holds no storage; where its content is stands
+// in an entry that is the scheduler's alone. Two objects with equal fields are different memory: identity is the address.
 class library_memory : public property_interface {
 public:
   library_memory(data_type type, std::uint64_t num_elements, std::string user_label);
@@ -26,11 +27,14 @@ public:
   // The largest number there is for more bytes than can be counted.
   std::uint64_t get_size_in_bytes() const;
 
+  memory_entry& get_scheduler_entry() { return entry_; }
+
 private:
   std::uint64_t identifier_;
   data_type type_;
   std::uint64_t num_elements_;
   std::string user_label_;
+  memory_entry entry_;
 };
 
 } // namespace oryn::tarva::library

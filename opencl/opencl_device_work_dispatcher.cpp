@@ -88,6 +88,9 @@ opencl_device_work_dispatcher::prepare_work(const dag<std::shared_ptr<device_com
   work_list& list = prepared->only.emplace_back();
   try {
     list.commands = graph.topological_sort();
+    if (!list.commands.empty())
+      list.acceptance_number =
+          list.commands.front()->get_physical_operation()->get_logical_operation()->get_acceptance_number();
   } catch (const std::logic_error&) {
     list.fault = std::current_exception();
   }
@@ -223,10 +226,16 @@ void opencl_device_work_dispatcher::run_until_shutdown() {
   }
 }
 
+// Operations in the order in which they were accepted; of one operation, or where there is no such order, the newest list
+// first.
 void opencl_device_work_dispatcher::take_over_pending_work() {
   const lock_guard guard(lock_);
+  pending_lists_.reverse();
+  pending_lists_.sort([](const work_list& left, const work_list& right) {
+    return left.acceptance_number < right.acceptance_number;
+  });
   while (!pending_lists_.empty()) {
-    work_lists_.splice(work_lists_.end(), pending_lists_, std::prev(pending_lists_.end()));
+    work_lists_.splice(work_lists_.end(), pending_lists_, pending_lists_.begin());
     if (work_lists_.back().fault)
       std::rethrow_exception(work_lists_.back().fault);
   }

@@ -4,6 +4,7 @@
 #include "opencl/opencl_device_command.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <vector>
@@ -15,7 +16,8 @@ namespace oryn::tarva::library::device_ir::opencl {
 struct work_list {
   std::vector<std::shared_ptr<device_command>> commands;
   std::size_t next = 0;
-  std::exception_ptr fault{}; // why the graph has no order: ends the worker
+  std::uint64_t acceptance_number = 0; // of the operation
+  std::exception_ptr fault{};          // why the graph has no order: ends the worker
 
   bool is_empty() const { return next == commands.size(); }
   device_command& head() const { return *commands[next]; }

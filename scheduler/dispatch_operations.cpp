@@ -79,12 +79,11 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
 
 namespace {
 
-std::vector<command_graph> dispatch_subgraphs(std::span<const physical_graph> subgraphs) {
+void dispatch_subgraphs(std::span<const physical_graph> subgraphs, std::vector<command_graph>& commands) {
   for (const auto& subgraph : subgraphs)
     check_subgraph(subgraph);
   // All commands are made, and all room for them, before any is handed over: a subgraph that waits for another device
   // must not run if the other device's subgraph cannot be handed over, too.
-  std::vector<command_graph> commands;
   std::vector<std::unique_ptr<prepared_work>> prepared;
   commands.reserve(subgraphs.size());
   prepared.reserve(subgraphs.size());
@@ -94,16 +93,22 @@ std::vector<command_graph> dispatch_subgraphs(std::span<const physical_graph> su
   }
   for (std::size_t i = 0; i < subgraphs.size(); ++i)
     submit_subgraph(subgraphs[i], std::move(prepared[i]), commands[i].nodes().size());
-  return commands;
 }
 
 } // namespace
 
-std::vector<command_graph> dispatch_operations(const physical_graph& graph) {
+void dispatch_operations(const physical_graph& graph, std::vector<command_graph>& commands) {
   // Most operations are a single node, and that graph is its only subgraph.
   if (graph.nodes().size() == 1)
-    return dispatch_subgraphs({&graph, 1});
-  return dispatch_subgraphs(device_subgraphs(graph));
+    return dispatch_subgraphs({&graph, 1}, commands);
+  dispatch_subgraphs(device_subgraphs(graph), commands);
+}
+
+void run_host_work(const physical_graph& graph) {
+  const command_sequence commands = command_graph(graph, generate_commands, mark_submitted).topological_sort();
+  graph.nodes().front()->get_logical_operation()->add_device_commands(commands.size());
+  for (const command_pointer& command : commands)
+    static_cast<device_ir::host_function_call&>(*command).run();
 }
 
 } // namespace oryn::tarva::library

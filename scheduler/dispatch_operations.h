@@ -15,12 +15,15 @@ using command_graph = dag<std::shared_ptr<device_ir::device_command>>;
 
 // Cuts the graph by device and connected component, makes the device commands of each subgraph, and hands them
 // to the device's dispatcher. Each subgraph may be running as soon as it is handed over; if a later one fails,
-// those before it are not recalled.
+// those before it are not recalled. The graph and the commands may be gone once all have been handed over.
 //
-// Returns the commands. A caller who keeps them until they have ended is nearly always the one to free them. Storage that is
-// freed by the thread that obtained it is at hand for the next operation, while malloc has to put back in order what other
-// threads free.
-[[nodiscard]] std::vector<command_graph> dispatch_operations(const physical_graph& graph);
+// `commands` gets the commands beforehand. A caller who keeps them until they have ended is nearly always the one to free
+// them. Storage that is freed by the thread that obtained it is at hand for the next operation, while malloc has to put back
+// in order what other threads free.
+void dispatch_operations(const physical_graph& graph, std::vector<command_graph>& commands);
+
+// Runs a graph of host work on this thread, and returns when it has ended.
+void run_host_work(const physical_graph& graph);
 
 // Connected sets of nodes of one device each.
 std::vector<physical_graph> device_subgraphs(const physical_graph& graph);

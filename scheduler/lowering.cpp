@@ -64,7 +64,7 @@ std::exception_ptr check_user_copy(const library_memory& memory, std::uint64_t s
 
 lowering::lowering(const std::shared_ptr<logical_ir::logical_operation>& operation,
                    const std::shared_ptr<library_device>& host_device, memory_table& table,
-                   std::uint64_t& last_sync_id)
+                   std::atomic<std::uint64_t>& last_sync_id)
     : operation_(operation), host_device_(host_device), table_(table), last_sync_id_(last_sync_id) {}
 
 void lowering::add_chain(const std::vector<physical_pointer>& chain) {
@@ -99,7 +99,7 @@ void lowering::visit(const logical_ir::allocate_memory& operation) {
                            " elements of " + std::to_string(element_size(memory->get_type())) +
                            " bytes would overflow the address space.");
   auto block = std::make_shared<host_memory>();
-  add<physical_ir::allocate_host_memory>(host_device_, block, memory->get_type(), memory->get_num_elements());
+  add_host_work<physical_ir::allocate_host_memory>(block, memory->get_type(), memory->get_num_elements());
   table_.add(memory).set_host_block(std::move(block));
   allocated_ = memory;
 }
@@ -109,7 +109,7 @@ void lowering::visit(const logical_ir::free_memory& operation) {
   if (state.is_on_device())
     add<physical_ir::free_device_memory>(state.get_device_block());
   else if (state.get_host_block()->has_storage())
-    add<physical_ir::free_host_memory>(host_device_, state.get_host_block());
+    add_host_work<physical_ir::free_host_memory>(state.get_host_block());
   // Otherwise the object's allocation has failed, and there is nothing to free.
   freed_ = table_.remove(operation.get_memory());
 }
@@ -124,9 +124,8 @@ void lowering::visit(const logical_ir::fill& operation) {
     std::vector<std::uint8_t> value = operation.get_value();
     if (!state.is_little_endian()) // half-way from a device of that order
       swap_endianness(value.data(), operation.get_memory()->get_type(), 0, 1);
-    add<physical_ir::fill_on_host>(host_device_,
-                                   host_fill{state.get_host_block(), std::move(value),
-                                             operation.get_start_position(), operation.get_count()});
+    add_host_work<physical_ir::fill_on_host>(host_fill{
+        state.get_host_block(), std::move(value), operation.get_start_position(), operation.get_count()});
   } else {
     add<physical_ir::fill_on_device>(device_fill{state.get_device_block(), operation.get_value(),
                                                  operation.get_start_position(), operation.get_count()});
@@ -144,8 +143,7 @@ void lowering::visit(const logical_ir::copy_tarva_to_user& operation) {
   auto users = std::make_shared<host_memory>();
   users->set_user_allocation(operation.get_user_ptr(), memory->get_type(), count);
   if (state.is_on_host())
-    add<physical_ir::copy_host_to_host>(host_device_,
-                                        host_copy{state.get_host_block(), start, users, 0, count});
+    add_host_work<physical_ir::copy_host_to_host>(host_copy{state.get_host_block(), start, users, 0, count});
   else
     add<physical_ir::copy_device_to_host>(
         device_to_host_copy{state.get_device_block(), start, users, 0, count});
@@ -162,8 +160,7 @@ void lowering::visit(const logical_ir::copy_user_to_tarva& operation) {
   auto users = std::make_shared<host_memory>();
   users->set_read_only_user_allocation(operation.get_src_ptr(), memory->get_type(), count);
   if (state.is_on_host())
-    add<physical_ir::copy_host_to_host>(host_device_,
-                                        host_copy{users, 0, state.get_host_block(), start, count});
+    add_host_work<physical_ir::copy_host_to_host>(host_copy{users, 0, state.get_host_block(), start, count});
   else
     add<physical_ir::copy_host_to_device>(
         host_to_device_copy{users, 0, state.get_device_block(), start, count});
@@ -180,8 +177,8 @@ void lowering::visit(const logical_ir::copy_tarva_to_tarva& operation) {
     return;
   check_storage(source, destination);
   if (source.is_on_host() && destination.is_on_host())
-    add<physical_ir::copy_host_to_host>(
-        host_device_, host_copy{source.get_host_block(), from, destination.get_host_block(), to, count});
+    add_host_work<physical_ir::copy_host_to_host>(
+        host_copy{source.get_host_block(), from, destination.get_host_block(), to, count});
   else if (source.is_on_host() && destination.is_on_device())
     add<physical_ir::copy_host_to_device>(
         host_to_device_copy{source.get_host_block(), from, destination.get_device_block(), to, count});

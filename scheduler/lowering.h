@@ -6,6 +6,7 @@
 #include "scheduler/dispatch_operations.h"
 #include "scheduler/memory_table.h"
 
+#include <atomic>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -16,21 +17,23 @@ namespace oryn::tarva::library {
 // Turns one logical operation into its graph of physical operations, and enters in the table where each memory object will
 // be. What is wrong with the operation is found before anything changes: then nothing is entered, and no worker sees it.
 //
-// Lives for one operation, on the caller's thread and under the lock of the scheduler, with no work of these objects in
-// flight. It keeps what it takes to put the table right if the work fails.
+// Lives for one operation, as long as the scheduler lets this operation alone use its memory objects, and with no work of
+// theirs in flight. It keeps what it takes to put the table right if the work fails.
 class lowering final : public logical_ir::operation_visitor {
 public:
   // Refers to all four for as long as it lives.
   lowering(const std::shared_ptr<logical_ir::logical_operation>& operation,
            const std::shared_ptr<library_device>& host_device, memory_table& table,
-           std::uint64_t& last_sync_id);
+           std::atomic<std::uint64_t>& last_sync_id);
   // A pointer to a derived class would be turned into a temporary one.
   lowering(std::shared_ptr<logical_ir::logical_operation>&&, const std::shared_ptr<library_device>&,
-           memory_table&, std::uint64_t&) = delete;
+           memory_table&, std::atomic<std::uint64_t>&) = delete;
 
   // Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
   const physical_graph& get_graph() const { return graph_; }
   std::exception_ptr get_refusal() const { return refusal_; }
+  // Whether all of the graph is work on host memory that belongs to no launch and no device. It names the first device.
+  bool is_host_work() const { return is_host_work_; }
   // After a failure, when every command of the operation has ended: frees what nobody needs, and lets each object be where
   // its content is.
   void settle_after_failure() noexcept;
@@ -54,6 +57,12 @@ private:
     auto added = Operation::create(operation_, std::forward<Arguments>(arguments)...);
     graph_.insert_node(added);
     return added;
+  }
+  // The only work of its operation.
+  template <class Operation, class... Arguments>
+  void add_host_work(Arguments&&... arguments) {
+    add<Operation>(host_device_, std::forward<Arguments>(arguments)...);
+    is_host_work_ = true;
   }
   // Edges from each to the next.
   void add_chain(const std::vector<physical_pointer>& chain);
@@ -79,9 +88,10 @@ private:
   const std::shared_ptr<logical_ir::logical_operation>& operation_;
   const std::shared_ptr<library_device>& host_device_;
   memory_table& table_;
-  std::uint64_t& last_sync_id_;
+  std::atomic<std::uint64_t>& last_sync_id_;
   physical_graph graph_;
   std::exception_ptr refusal_;
+  bool is_host_work_ = false;
   std::vector<block_move> moves_;
   std::shared_ptr<library_memory> allocated_;
   memory_state freed_; // what the operation is to free

@@ -8,23 +8,48 @@
 
 namespace oryn::tarva::library {
 
+memory_table::~memory_table() {
+  while (library_memory* const memory = newest_) {
+    newest_ = memory->get_scheduler_entry().after;
+    const auto last = std::move(memory->get_scheduler_entry().memory);
+    memory->get_scheduler_entry().state = {};
+  }
+}
+
 memory_state& memory_table::add(const std::shared_ptr<library_memory>& memory) {
-  const auto [found, is_new] = states_.try_emplace(memory.get(), {memory, {}});
-  if (!is_new)
+  memory_entry& entry = memory->get_scheduler_entry();
+  if (entry.memory)
     throw std::logic_error("Last memory state already exists in the tracking table, but it should not.");
-  return found->state;
+  entry.memory = memory;
+  entry.state = {};
+  const lock_guard guard(lock_);
+  entry.before = nullptr;
+  entry.after = std::exchange(newest_, memory.get());
+  if (entry.after != nullptr)
+    entry.after->get_scheduler_entry().before = memory.get();
+  return entry.state;
 }
 
 memory_state& memory_table::find(const std::shared_ptr<library_memory>& memory) {
-  entry* found = states_.find(memory.get());
-  if (found == nullptr)
+  memory_entry& entry = memory->get_scheduler_entry();
+  if (!entry.memory)
     throw std::logic_error("Could not find the last memory state in the tracking table.");
-  return found->state;
+  return entry.state;
 }
 
 memory_state memory_table::remove(const std::shared_ptr<library_memory>& memory) {
-  auto removed = states_.extract(memory.get());
-  return removed ? std::move(removed->state) : memory_state();
+  memory_entry& entry = memory->get_scheduler_entry();
+  if (!entry.memory)
+    return {};
+  {
+    const lock_guard guard(lock_);
+    library_memory*& link = entry.before != nullptr ? entry.before->get_scheduler_entry().after : newest_;
+    link = entry.after;
+    if (entry.after != nullptr)
+      entry.after->get_scheduler_entry().before = entry.before;
+  }
+  entry.memory.reset(); // the caller has it, too
+  return std::exchange(entry.state, {});
 }
 
 namespace {

@@ -1,71 +1,36 @@
 // Where the content of each memory object is.
 #pragma once
 
-#include "base/address_map.h"
+#include "base/thread_annotations.h"
 #include "ir/physical_operation.h"
+#include "memory/memory_state.h"
 
 #include <memory>
 #include <utility>
 
 namespace oryn::tarva::library {
 
-class device_memory;
-class host_memory;
-
-// Where the content of one memory object is, on the host or on a device, and its byte order: in exactly one of two blocks,
-// which it keeps. No lock of its own, like all of this file: the scheduler's guards it.
-class memory_state {
-public:
-  void set_host_block(std::shared_ptr<host_memory> block) {
-    host_block_ = std::move(block);
-    device_block_.reset();
-    is_between_devices_ = false;
-  }
-  void set_device_block(std::shared_ptr<device_memory> block) {
-    device_block_ = std::move(block);
-    host_block_.reset();
-    is_between_devices_ = false;
-  }
-  // Content that a failed move has left half-way between two devices. Such a move does not change the byte order, and
-  // the one that takes it further must not, either.
-  void set_staging_block(std::shared_ptr<host_memory> block) {
-    set_host_block(std::move(block));
-    is_between_devices_ = true;
-  }
-  void set_little_endian(bool little_endian) { little_endian_ = little_endian; }
-
-  bool is_on_host() const { return host_block_ != nullptr; }
-  bool is_on_device() const { return device_block_ != nullptr; }
-  bool is_between_devices() const { return is_between_devices_; }
-  const std::shared_ptr<host_memory>& get_host_block() const { return host_block_; }
-  const std::shared_ptr<device_memory>& get_device_block() const { return device_block_; }
-  bool is_little_endian() const { return little_endian_; }
-
-private:
-  bool little_endian_ = true;
-  bool is_between_devices_ = false;
-  std::shared_ptr<host_memory> host_block_;
-  std::shared_ptr<device_memory> device_block_;
-};
-
-class library_memory;
-
-// The state of every live memory object.
+// The memory objects that have a state, each of which stays alive for that long. The states stand in the objects themselves;
+// this only links them.
+//
+// Any thread may add and remove objects. Who uses an object's state is up to the scheduler: one thread at a time.
 class memory_table {
 public:
-  // Both refuse an object that is there already, or is not. What they return holds until the next change.
-  memory_state& add(const std::shared_ptr<library_memory>& memory);
+  memory_table() = default;
+  memory_table(const memory_table&) = delete;
+  memory_table& operator=(const memory_table&) = delete;
+  // Gives up the objects and their blocks.
+  ~memory_table();
+
+  // Both refuse an object that is there already, or is not. What they return holds until the object is removed.
+  memory_state& add(const std::shared_ptr<library_memory>& memory) TARVA_EXCLUDES(lock_);
   memory_state& find(const std::shared_ptr<library_memory>& memory);
   // Yields the last state of the object, without a block if it is not there.
-  memory_state remove(const std::shared_ptr<library_memory>& memory);
+  memory_state remove(const std::shared_ptr<library_memory>& memory) TARVA_EXCLUDES(lock_);
 
 private:
-  struct entry {
-    std::shared_ptr<library_memory> memory; // lives for as long as it has a state
-    memory_state state;
-  };
-
-  address_map<entry> states_;
+  mutex lock_; // taken for a moment, alone or inside the turn of an operation
+  library_memory* newest_ TARVA_GUARDED_BY(lock_) = nullptr; // of the list, which goes on to older ones
 };
 
 // Frees the block of the state, if that still holds storage.

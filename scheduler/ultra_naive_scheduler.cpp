@@ -1,72 +1,54 @@
 #include "scheduler/ultra_naive_scheduler.h"
 
 #include "ir/logical_operation.h"
-#include "scheduler/dispatch_operations.h"
-#include "scheduler/lowering.h"
-
-#include <stdexcept>
 
 namespace oryn::tarva::library {
 
-namespace {
+// One call of submit(). If the work succeeds, the worker passes the turn on; otherwise the caller's thread does.
+class ultra_naive_scheduler::turn final : public fair_mutex::place,
+                                          private logical_ir::logical_operation::turn_holder {
+public:
+  turn(ultra_naive_scheduler& scheduler, const std::shared_ptr<library_device>& host_device,
+       const std::shared_ptr<logical_ir::logical_operation>& operation)
+      : scheduler_(scheduler), host_device_(host_device), submission_(operation) {
+    if (join(scheduler_.turns_))
+      start();
+  }
+  ~turn() override {
+    if (has_turn_)
+      leave(scheduler_.turns_);
+  }
 
-// An operation that needs no device ends here.
-void end_without_work(logical_ir::logical_operation& operation, const std::exception_ptr& refusal) {
-  operation.set_physical_operation_count(1);
-  operation.set_submitted();
-  if (refusal)
-    operation.set_error(refusal);
-  else
-    operation.physical_operation_complete();
-}
+  void finish() { submission_.finish(); }
 
-} // namespace
+  void take_turn() noexcept override {
+    const auto held = submission_.get_operation();
+    start();
+  }
+
+private:
+  void start() noexcept {
+    submission_.start(host_device_, scheduler_.state_, submission::host_work::on_first_device, this);
+  }
+  place* give_up_turn() noexcept override {
+    has_turn_ = false;
+    return give_up(scheduler_.turns_);
+  }
+
+  ultra_naive_scheduler& scheduler_;
+  const std::shared_ptr<library_device>& host_device_;
+  submission submission_;
+  bool has_turn_ = true; // when the operation is complete
+};
 
 void ultra_naive_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
-  const lock_guard guard(lock_);
-  const device_list& devices = devices_();
-  if (devices.empty())
-    throw std::logic_error("The scheduler expected at least one device to exist.");
-  lowering lowered(operation, devices.front(), memory_states_, last_sync_id_);
-  try {
-    if (operation)
-      operation->accept(lowered);
-    else
-      lowered.visit_unknown();
-    run(*operation, lowered);
-  } catch (...) {
-    lowered.settle_after_failure();
-    lowered.withdraw_allocation();
-    throw;
-  }
-  if (operation->get_error())
-    lowered.settle_after_failure();
+  turn own(*this, get_host_device(devices_()), require_operation(operation));
+  own.finish();
 }
 
 void ultra_naive_scheduler::forget(const std::shared_ptr<library_memory>& memory) noexcept {
-  const lock_guard guard(lock_);
-  free_block(memory_states_.remove(memory));
-}
-
-void ultra_naive_scheduler::run(logical_ir::logical_operation& operation, const lowering& lowered) {
-  if (lowered.get_graph().nodes().empty()) {
-    end_without_work(operation, lowered.get_refusal());
-    return;
-  }
-  operation.set_physical_operation_count(lowered.get_graph().nodes().size());
-  operation.set_submitted();
-  std::vector<command_graph> commands; // freed here, unless the worker still holds them for a moment
-  try {
-    commands = dispatch_operations(lowered.get_graph());
-  } catch (...) {
-    // Subgraphs that were handed over may be running.
-    operation.set_error(std::current_exception());
-    operation.wait_until_commands_ended();
-    throw;
-  }
-  operation.wait_until_complete();
-  if (operation.get_error())
-    operation.wait_until_commands_ended();
+  const fair_mutex::guard guard(turns_);
+  free_block(state_.memory_states.remove(memory));
 }
 
 } // namespace oryn::tarva::library

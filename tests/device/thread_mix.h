@@ -40,19 +40,31 @@ public:
   thread_mix(const std::vector<kernel>& kernels, const std::function<void()>& tidy)
       : kernels_(kernels), tidy_(tidy) {}
 
-  // What went wrong first, or nothing.
+  // What went wrong first, or nothing. So many steps of each thread.
+  std::string run(unsigned threads, unsigned seed, unsigned steps) {
+    std::vector<std::thread> running;
+    for (unsigned i = 0; i < threads; ++i)
+      running.emplace_back([this, i, seed, steps] {
+        work(seed * 1000 + i, [left = steps]() mutable { return left-- != 0; });
+      });
+    for (std::thread& one : running)
+      one.join();
+    check_what_is_left();
+    return failure_;
+  }
+  // For so long.
   std::string run(unsigned threads, std::chrono::seconds duration) {
     const auto start = std::chrono::steady_clock::now();
     std::vector<std::thread> running;
     for (unsigned i = 0; i < threads; ++i)
-      running.emplace_back([this, i, end = start + duration] { work(i, end); });
+      running.emplace_back([this, i, end = start + duration] {
+        work(i, [end] { return std::chrono::steady_clock::now() < end; });
+      });
     std::this_thread::sleep_for(duration / 3);
     const std::uint64_t before = resident_bytes();
     for (std::thread& one : running)
       one.join();
-    for (reading& left : readings_)
-      check(left);
-    expect(shared_.read() == numbers(4, shared_sum_), "wrong content of what all share");
+    check_what_is_left();
     const auto growth = static_cast<std::int64_t>(resident_bytes() - before);
     std::printf("%llu operations, %lld KiB of growth after the first third\n",
                 static_cast<unsigned long long>(operations_), static_cast<long long>(growth / 1024));
@@ -73,12 +85,19 @@ private:
     numbers expected;
   };
 
-  void work(unsigned seed, std::chrono::steady_clock::time_point end) {
+  void check_what_is_left() {
+    for (reading& left : readings_)
+      check(left);
+    expect(shared_.read() == numbers(4, shared_sum_), "wrong content of what all share");
+  }
+
+  template <class Condition>
+  void work(unsigned seed, Condition goes_on) {
     std::mt19937 random(seed);
     std::vector<owned> mine;
     numbers abandoned(64);
     try {
-      while (std::chrono::steady_clock::now() < end && !failed_)
+      while (goes_on() && !failed_)
         step(random, mine, abandoned);
       for (owned& one : mine)
         expect(one.object.read() == one.content, "wrong content at the end");

@@ -74,6 +74,13 @@ TEST_F(machine_wide, threads_mix_everything_on_two_devices) {
   kernels.push_back(kernel(2, "add"));
   kernels.push_back(kernel(6, "add", role::second));
   EXPECT_EQ(mix_threads(kernels, [] { forget_calls(); }), "");
+  // Short ones, each of which begins and ends in another way: as many as TARVA_TEST_SCHEDULES says.
+  const char* const schedules = std::getenv("TARVA_TEST_SCHEDULES");
+  const unsigned count = schedules != nullptr ? static_cast<unsigned>(std::atoi(schedules)) : 20;
+  for (unsigned seed = 0; seed < count; ++seed) {
+    ASSERT_EQ(thread_mix(kernels, [] {}).run(32, seed, 12), "") << "schedule " << seed;
+    forget_calls();
+  }
 }
 
 } // namespace scripted

@@ -104,21 +104,6 @@ TYPED_TEST(every_version, counts_references_of_what_can_be_copied) {
   }
 }
 
-TYPED_TEST(every_version, sizes_of_binaries_are_not_taken_on_trust) {
-  constexpr version tested = TypeParam::value;
-  const auto context = the_context<tested>();
-  EXPECT_THROW(context.create_program_with_binaries({}), std::logic_error);
-  const auto program = context.create_program_with_binaries({{the_device<tested>(), {'B', 'C', '7'}}});
-  EXPECT_EQ(program.get_binaries().at(0).binary, (scripted::bytes{'B', 'I', 'N', ':', '7'}));
-  meddle = [](std::uint64_t command, void* record) {
-    auto& query = *static_cast<qv::get_object_info_record*>(record);
-    if (command == qv::command_number(op::get_program_info, capability_of(tested)) &&
-        query.param_name == 0x1165)
-      *query.param_value_size_ret = 16; // two sizes for one device
-  };
-  EXPECT_THROW(program.get_binaries(), common::bad_implementation);
-}
-
 TEST_F(access_test, devices_may_vanish_while_they_are_asked_for) {
   scripted::set_devices({{"one", {1}}, {"two", {1, 3}}});
   EXPECT_EQ(opencl_1_0::find_devices().size(), 2u);

@@ -16,7 +16,7 @@
 namespace oryn::tarva::library {
 
 struct abi_bridge_test_access {
-  static reader_writer_lock& lock(abi_bridge& bridge) { return bridge.lock_; }
+  static mutex& lock(abi_bridge& bridge) { return bridge.parts_[abi_bridge::part_count - 1].lock; }
 };
 
 namespace {
@@ -78,7 +78,7 @@ void tear_down_what_is_in_use() {
     putenv(const_cast<char*>(setting));
   abi_bridge bridge;
   bridge.make_handle<tarva_abi_memory_s>(make_memory());
-  const reader_writer_lock::shared_guard guard(abi_bridge_test_access::lock(bridge));
+  const lock_guard guard(abi_bridge_test_access::lock(bridge));
   std::thread([&] { bridge.teardown(); }).join();
   _exit(0);
 }
@@ -92,7 +92,7 @@ TEST(bridge, teardown_drops_objects_once_and_waits_a_while_for_a_held_lock) {
   auto* handle = bridge.make_handle<tarva_abi_memory_s>(memory);
   std::thread brief;
   {
-    const reader_writer_lock::shared_guard guard(abi_bridge_test_access::lock(bridge));
+    const lock_guard guard(abi_bridge_test_access::lock(bridge));
     brief = std::thread([&] { bridge.teardown(); });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }

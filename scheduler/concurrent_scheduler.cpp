@@ -1,0 +1,61 @@
+#include "scheduler/concurrent_scheduler.h"
+
+#include "ir/logical_operation.h"
+#include "memory/library_memory.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace oryn::tarva::library {
+
+// The turn of one operation at all of its memory objects.
+class concurrent_scheduler::turn {
+public:
+  turn(concurrent_scheduler& scheduler, logical_ir::logical_operation& operation)
+      : objects_(operation.memory_objects()) {
+    std::sort(objects_.begin(), objects_.end());
+    objects_.erase(std::unique(objects_.begin(), objects_.end()), objects_.end());
+    places_ = std::vector<fair_mutex::place>(objects_.size());
+    if (objects_.size() > 1) {
+      const lock_guard guard(scheduler.acceptance_);
+      join(scheduler, operation);
+    } else {
+      join(scheduler, operation);
+    }
+    for (fair_mutex::place& place : places_)
+      place.wait_for_turn();
+  }
+  turn(const turn&) = delete;
+  turn& operator=(const turn&) = delete;
+  ~turn() {
+    for (std::size_t i = 0; i < objects_.size(); ++i)
+      places_[i].leave(queue(i));
+  }
+
+private:
+  fair_mutex& queue(std::size_t index) { return objects_[index]->get_scheduler_entry().turns; }
+
+  void join(concurrent_scheduler& scheduler, logical_ir::logical_operation& operation) noexcept {
+    operation.set_acceptance_number(++scheduler.last_accepted_);
+    for (std::size_t i = 0; i < objects_.size(); ++i)
+      places_[i].join(queue(i));
+  }
+
+  std::vector<std::shared_ptr<library_memory>> objects_;
+  std::vector<fair_mutex::place> places_; // in the queues of these objects
+};
+
+void concurrent_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
+  const auto& host_device = get_host_device(devices_());
+  const turn at_all_objects(*this, *require_operation(operation)); // takes all other memory first
+  submission own(operation);
+  own.start(host_device, state_, submission::host_work::on_starting_thread, nullptr);
+  own.finish();
+}
+
+void concurrent_scheduler::forget(const std::shared_ptr<library_memory>& memory) noexcept {
+  const fair_mutex::guard guard(memory->get_scheduler_entry().turns);
+  free_block(state_.memory_states.remove(memory));
+}
+
+} // namespace oryn::tarva::library
