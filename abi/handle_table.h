@@ -151,9 +151,7 @@ public:
   }
 
   // Takes `record` and gives back the oldest one, to be freed after the unlock; null while there is room.
-  void* exchange(void* record) noexcept {
-    return records_[next_++ % records_.size()].exchange(record);
-  }
+  void* exchange(void* record) noexcept { return records_[next_++ % records_.size()].exchange(record); }
 
   bool contains(const void* record) const noexcept {
     return std::find(records_.begin(), records_.end(), record) != records_.end();

@@ -209,7 +209,8 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
 cl_int finish_queue(const root_device& device, queue_object& queue, bool& is_finished) {
   if (!device.quirks.kernels_are_not_thread_safe)
     return queue.finish(device.cl, is_finished);
-  static oryn::mutex& one_at_a_time = *new oryn::mutex; // never destroyed: calls go on to the end of the process
+  static oryn::mutex& one_at_a_time =
+      *new oryn::mutex; // never destroyed: calls go on to the end of the process
   const oryn::lock_guard guard(one_at_a_time);
   return queue.finish(device.cl, is_finished);
 }

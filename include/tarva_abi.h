@@ -111,7 +111,8 @@
  * it takes, since nothing else could end the process.
  *
  * Operations on memory (allocate, fill, copy, read, write, launch, free) run one at a time, in the order in
- * which the calls are accepted, and a call returns when its operation has ended.
+ * which the calls are accepted, and a call returns when its operation has ended. With TARVA_SCHEDULER=concurrent
+ * in the environment that holds for operations that share a memory object or a device; others may overlap.
  *
  * UNITS
  *

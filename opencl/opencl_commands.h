@@ -6,7 +6,6 @@
 #include "access/opencl/commands.h"
 #include "access/opencl/context.h"
 #include "access/opencl/device.h"
-#include "access/opencl/event.h"
 #include "memory/device_memory.h"
 #include "memory/host_memory.h"
 #include "opencl/opencl_device_command.h"

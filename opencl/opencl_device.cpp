@@ -1,7 +1,7 @@
 #include "opencl/opencl_device.h"
 
 #include "access/common/opencl_constants.h"
-#include "access/common/text.h"
+#include "access/common/info_query.h"
 #include "access/opencl/device.h"
 #include "base/logging.h"
 #include "memory/ranges.h"

@@ -1,5 +1,5 @@
-// Catalogues: the property tree of a family of objects as a table, and what makes objects answer by it. There are three,
-// for devices, programs and kernels, each with a table of its own.
+// Catalogues: the property tree of a family of objects as a table, and what makes objects answer by it. There are
+// three, for devices, programs and kernels, each with a table of its own.
 #pragma once
 
 #include "properties/property.h"
@@ -38,6 +38,7 @@ class catalogue {
 public:
   using row = catalogue_row<Source>;
 
+  // One row in its place. Nodes never move, so that others may point to them.
   struct node {
     const row* self;
     const node* parent;
@@ -45,6 +46,7 @@ public:
     std::vector<const node*> children; // those that are listed
   };
 
+  // Rows are in the order of the tree's lists. A parent that is not there yet, or a key that is twice there, throws.
   explicit catalogue(std::span<const row> rows) {
     nodes_.reserve(rows.size());
     for (const row& added : rows) {
@@ -132,7 +134,7 @@ private:
   // property.
   virtual bool read_value(const row& wanted, property_value& value) = 0;
 
-  // `value` is room for one value after another.
+  // Depth first, as the rows stand. `value` is room for one value after another.
   void visit_below(const node& parent, version_number version, property_visitor& visitor,
                    property_value& value) {
     for (const node* child : parent.children) {

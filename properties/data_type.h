@@ -9,7 +9,7 @@
 
 namespace oryn::tarva::library {
 
-// The values are those of the public interface; 0 stands for no type.
+// The values, which reach callers and come from them, are those of the public interface; 0 stands for no type.
 enum class data_type : std::uint64_t {
   string_ = 1,
   boolean_,
@@ -81,6 +81,7 @@ enum class data_type : std::uint64_t {
   double16_,
 };
 
+// The ends of the enumeration; callers may pass any number for a type.
 inline constexpr std::uint64_t first_data_type = 1;
 inline constexpr std::uint64_t last_data_type = 68;
 

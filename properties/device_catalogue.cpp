@@ -8,6 +8,7 @@ namespace flag = device_flag;
 using read = device_reading;
 using row = device_catalogue::row;
 
+// A handle means nothing to users, so there is no property of that form. The throw stops the compiler.
 constexpr read reading_of(info_form form) {
   switch (form) {
   case info_form::uint32:
@@ -37,6 +38,7 @@ constexpr read reading_of(const device_flag_row& flag) {
 
 // The rows below say key, parent, source and texts. The source gives the rest: the value of a property is a
 // parameter, a flag, or something that the library knows itself.
+// A parameter, read in its own way.
 constexpr row property(std::string_view key, std::string_view parent, const device_parameter_row& source,
                        read reading, const char* friendly_name, const char* description) {
   return {key, parent, source.versions, {reading, source.number}, friendly_name, description};

@@ -21,6 +21,7 @@ enum class info_form : std::uint8_t {
   handle,
 };
 
+// A parameter can be a template argument, so that a reading has the C++ type of its form.
 struct device_parameter_row {
   std::uint32_t number;
   info_form form;
@@ -142,6 +143,7 @@ struct device_flag_row {
 };
 
 // clang-format off
+// By parameter. A type or a cache is one of several values; all others are bits.
 namespace device_flag {
 
 using namespace version_ranges;

@@ -58,6 +58,7 @@ bool append_component_as_one_of(text_buffer& out, const data_type_row& row, cons
   return (append_component_as<T>(out, row, data, index) || ...);
 }
 
+// Each kind and size of component has one type here.
 void append_component(text_buffer& out, const data_type_row& row, const void* data, std::uint64_t index) {
   append_component_as_one_of<const char*, bool, std::uint8_t, std::uint64_t, std::int8_t, std::uint16_t,
                              std::int16_t, std::uint32_t, std::int32_t, std::int64_t, half, float, double>(
@@ -66,11 +67,13 @@ void append_component(text_buffer& out, const data_type_row& row, const void* da
 
 } // namespace
 
+// The sign is that of the bits, also of a zero and of what is not a number.
 float half_to_float(half value) {
   const float result = magnitude((value.bits >> 10) & 0x1f, value.bits & 0x3ff);
   return std::copysign(result, (value.bits & 0x8000) != 0 ? -1.0f : 1.0f);
 }
 
+// A vector is its components in braces; of three components three are printed, although they take the room of four.
 void append_element_text(text_buffer& out, const void* data, data_type type, std::uint64_t index) {
   // Nearly all elements are of these; the table is for the rest.
   switch (type) {

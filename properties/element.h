@@ -20,6 +20,7 @@ struct half {
   std::uint16_t bits = 0;
 };
 
+// Exact: each half is a float, too.
 float half_to_float(half value);
 
 // How the elements of a type are held in C++: strings as pointers to their characters, vectors as arrays.
@@ -34,6 +35,7 @@ struct element_shape {
   static constexpr std::size_t components = 1;
 };
 
+// An element that is a string is a pointer to its characters, whatever its type says of its size.
 template <>
 struct element_shape<const char*> {
   static constexpr component_kind kind = component_kind::character;
@@ -41,6 +43,7 @@ struct element_shape<const char*> {
   static constexpr std::size_t components = 1;
 };
 
+// Four bytes, of which any that is not 0 makes it true.
 template <>
 struct element_shape<bool> {
   static constexpr component_kind kind = component_kind::boolean;

@@ -27,6 +27,7 @@ property_base::property_base(property_interface* owner, property_path path,
                              std::shared_ptr<const property_texts> texts)
     : owner_(owner), path_(std::move(path)), texts_(std::move(texts)) {}
 
+// What the texts of an empty property refer to.
 const std::string& property_base::no_text() {
   static const std::string none;
   return none;
@@ -61,6 +62,7 @@ void property_base::check_has_data() const {
     throw std::logic_error("Expected property to contain data.");
 }
 
+// Room for the longer path is taken once, before it is copied.
 std::shared_ptr<property_base> property_base::get_child(std::string name) const {
   check_owner();
   property_path path;
@@ -70,6 +72,7 @@ std::shared_ptr<property_base> property_base::get_child(std::string name) const 
   return owner_->get_property(std::move(path));
 }
 
+// A child that is listed but not there is among them, as an empty property.
 std::vector<std::shared_ptr<property_base>> property_base::get_children() const {
   check_owner();
   std::vector<std::shared_ptr<property_base>> children;
@@ -100,6 +103,7 @@ property_view property_base::get_view() const {
   return {get_name(), get_friendly_name(), get_description(), value};
 }
 
+// The pointers stand as long as the strings do not move, and these never change.
 property<std::string>::property(property_interface* owner, property_path path,
                                 std::shared_ptr<const property_texts> texts, values_type values)
     : property_base(owner, std::move(path), std::move(texts)), values_(std::move(values)) {

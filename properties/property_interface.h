@@ -18,6 +18,7 @@ class property_base;
 // The keys from the root of the tree down to one property; the first is always "ROOT".
 using property_path = std::vector<std::string>;
 
+// For owners without a catalogue, which tell their few paths apart one by one.
 inline bool is_path(const property_path& path, std::initializer_list<std::string_view> keys) {
   return std::equal(path.begin(), path.end(), keys.begin(), keys.end());
 }

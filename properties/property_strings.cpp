@@ -56,6 +56,7 @@ private:
     write_array(value);
   }
 
+  // The brace that closes ends no line: the line end of the block does that.
   void write_array(const value_view& value) {
     out.append("{ \n");
     for (std::uint64_t index = 0; index < value.element_count; ++index) {
@@ -169,6 +170,7 @@ private:
 
 } // namespace
 
+// The visitor sees what is below a property; the property itself is shown to it first.
 text_buffer to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
                          bool show_friendly_name, bool show_type, bool show_description, bool show_value) {
   if (property->is_empty() ||

@@ -8,9 +8,9 @@
 
 namespace oryn::tarva::library {
 
-// Both write a property, and with `recursive` everything below it, as one text. They do so on the thread that asks, from
-// what the owner says at that moment: a tree that changes meanwhile is written as it is found. What the owner throws
-// passes through, and so does want of memory.
+// Both write a property, and with `recursive` everything below it, as one text. They do so on the thread that asks,
+// from what the owner says at that moment: a tree that changes meanwhile is written as it is found. What the owner
+// throws passes through, and so does want of memory.
 
 // For people: a block for each property, without indentation, closed by an empty line. The `show_` switches say which
 // lines it has; if all are off, the text is empty. A value of several elements is written in braces, one to a line.

@@ -29,6 +29,7 @@ void property_value::set(bool value) {
   view_ = {data_type::boolean_, 1, &flag_};
 }
 
+// The string's own zero closes it.
 void property_value::set(std::string_view value) {
   set_text([value](std::string& text) { text = value; });
 }
@@ -47,6 +48,7 @@ void property_value::set(const std::vector<std::string>& values) {
   });
 }
 
+// Bytes may be many, such as those of a program: they are handed on and not copied.
 void property_value::set(std::vector<unsigned char> values) {
   bytes_ = std::move(values);
   view_ = {data_type::uint8_, bytes_.size(), bytes_.data()};
@@ -57,6 +59,7 @@ std::vector<unsigned char> property_value::take_bytes() {
   return std::exchange(bytes_, {});
 }
 
+// Four types, as no owner has values of another. A value that is none gives a property without a value.
 std::shared_ptr<property_base> make_property(property_interface* owner, property_path path,
                                              std::shared_ptr<const property_texts> texts,
                                              property_value& value) {

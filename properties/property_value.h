@@ -58,6 +58,7 @@ public:
   std::vector<unsigned char> take_bytes();
 
 private:
+  // `view_` points into the storage below it, one of which holds the value.
   void show_strings() { view_ = {data_type::string_, pointers_.size(), pointers_.data()}; }
 
   value_view view_;

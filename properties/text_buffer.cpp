@@ -8,6 +8,7 @@ namespace oryn::tarva::library {
 
 namespace {
 
+// What is written goes straight into the buffer, whose room may be more than is used.
 template <class Integer>
 void append_integer(text_buffer& out, Integer number) {
   constexpr std::size_t longest = 24;

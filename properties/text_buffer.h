@@ -48,6 +48,7 @@ public:
   void grow(std::size_t count) { size_ += count; }
 
   void clear() { size_ = 0; }
+  // Of a text that is not empty.
   void remove_last() { --size_; }
   std::string_view view() const { return {data_, size_}; }
   // The text, closed by a zero, to be freed by whoever gets it.
@@ -67,6 +68,7 @@ private:
 
   void reserve(std::size_t count);
 
+  // Null until the first room is taken.
   char* data_ = nullptr;
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;

@@ -74,12 +74,13 @@ inline void check_status(std::int32_t status) {
     throw_status(status);
 }
 
-// Whether `status` may be another one when the same is asked again.
+// Whether the fault is one of the moment: `status` may be another one when the same is asked again.
 bool is_of_the_moment(std::int32_t status);
 
 // For the commands that give up a reference: these have no reason to fail.
 void check_release_status(std::int32_t status);
 
+// The class by which a handler catches all statuses of that kind.
 template <std::int32_t Status>
 using status_base = std::conditional_t<status_table[status_index(Status)].base == error_base::runtime,
                                        runtime_error, logic_error>;
@@ -91,6 +92,7 @@ public:
   status_error() : status_base<Status>(status_message(Status), Status) {}
 };
 
+// By status, from -1 on downward. The names are those of OpenCL's constants without CL_.
 using device_not_found = status_error<-1>;
 using device_not_available = status_error<-2>;
 using compiler_not_available = status_error<-3>;

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -85,7 +86,9 @@ inline void check_reported_size(std::size_t reported) {
     throw_absurd_size(reported);
 }
 
-// Reads exactly sizeof(T) bytes into `value` and returns the size that the implementation reported last.
+// What the forms of fixed size share. Where no size is told, there is room for twice as much, so that an answer of
+// another size is seen instead of cut. Reads exactly sizeof(T) bytes into `value` and returns the size that the
+// implementation reported last.
 template <class T, class Query>
 [[gnu::always_inline]] inline std::size_t read_fixed_size(const Query& query, T& value) {
   static_assert(std::is_trivially_copyable_v<T>);
@@ -121,7 +124,7 @@ template <class T, std::size_t Count, class Query>
   return values;
 }
 
-// A text without its closing zero, in place of what `text` holds.
+// A text without its closing zero, in place of what `text` holds, whose memory is used again.
 template <class Query>
 void read_string_info(const Query& query, std::string& text) {
   text.clear();
@@ -166,7 +169,7 @@ std::vector<T> get_vector_of_unreported_size(const Query& query) {
   }
 }
 
-// An array of any length.
+// An array of any length. Where a size is told, it must be the same the second time.
 template <class T, class Query>
 std::vector<T> get_vector_info(const Query& query) {
   const std::size_t size = query.ask_size();
@@ -182,5 +185,24 @@ std::vector<T> get_vector_info(const Query& query) {
     throw_size_changed();
   return values;
 }
+
+// The lists that OpenCL packs into one string: names of extensions are parted by blanks, names of kernels by
+// semicolons.
+
+// Neither of the two yields an empty string.
+std::vector<std::string> split_on_whitespace(std::string_view text);
+std::vector<std::string> split_on_semicolon(std::string_view text);
+
+// The same without copies, for values that are only looked at: each part is ended by a zero where it lies in `text`,
+// and pointed to.
+void split_in_place_on_whitespace(std::string& text, std::vector<const char*>& parts);
+void split_in_place_on_semicolon(std::string& text, std::vector<const char*>& parts);
+
+// The reverse: no semicolon follows the last element, and no elements give an empty string.
+std::string join_with_semicolon(const std::vector<std::string>& list);
+
+// Whether a device has an extension: true if an element of `list` is `name`, or the beginning of it, whatever the
+// case of the letters.
+bool has_extension(const std::vector<std::string>& list, std::string_view name);
 
 } // namespace oryn::skerv::common

@@ -11,6 +11,7 @@ constexpr std::uint64_t queue_property_bits(bool out_of_order, bool profiling) {
   return (out_of_order ? common::cl::queue_out_of_order : 0) | (profiling ? common::cl::queue_profiling : 0);
 }
 
+// The command of the versions before 2.0.
 template <version V>
 void* create_queue(const context<V>& context, const device<V>& device, std::uint64_t properties) {
   qv::create_command_queue_record record{};

@@ -5,13 +5,13 @@
 #include "access/opencl/commands.h"
 #include "access/opencl/context.h"
 #include "access/opencl/device.h"
-#include "access/opencl/event.h"
 
 #include <cstdint>
 #include <utility>
 
 namespace oryn::skerv::opencl {
 
+// Alike but for what the log says of a release that fails.
 struct command_queue_kind {
   static constexpr qv::operation release = qv::operation::release_command_queue;
   static constexpr const char* destructor_fault = "Exception caught in command_queue::~command_queue().";
@@ -73,7 +73,8 @@ public:
                        std::uint32_t size);
 };
 
-// The class of the queues to which the host enqueues, whatever its name in this version.
+// For code that serves all versions: the class of the queues to which the host enqueues, whatever its name in this
+// version.
 template <version V>
 struct host_queue_of {
   using type = host_command_queue<V>;

@@ -1,4 +1,5 @@
-// The work that a queue takes: reading, writing, copying and filling buffers, and launching kernels.
+// The work that a queue takes: reading, writing, copying and filling buffers, and launching kernels. And the event,
+// which tells what became of it.
 #pragma once
 
 #include "access/opencl/buffer.h"
@@ -15,7 +16,7 @@
 
 namespace oryn::skerv::opencl {
 
-// One piece of work for a queue. A command is made on the stack of the worker thread of a device, given to
+// What the commands have in common. A command is made on the stack of the worker thread of a device, given to
 // basic_command_queue::enqueue, and forgotten. It names OpenCL objects without holding them: they must outlive its
 // `enqueue`.
 template <version V>
@@ -55,6 +56,7 @@ private:
   bool blocking_;
 };
 
+// The two directions share all but the command and whether the host memory may be written.
 template <version V>
 using read_buffer = transfer_buffer<V, qv::operation::enqueue_read_buffer>;
 template <version V>
@@ -110,6 +112,7 @@ class nd_range_kernel final : public command<V> {
 public:
   using sizes = std::array<std::size_t, 3>;
 
+  // The versions with and without an offset are told apart by their constructors.
   nd_range_kernel(const kernel<V>& kernel, std::uint32_t work_dim, const sizes& global_size,
                   const sizes& local_size) noexcept requires(!version_traits<V>::has_global_offset)
       : nd_range_kernel(work_dim, kernel.get_handle(), {}, global_size, local_size) {}
@@ -128,11 +131,38 @@ private:
       : kernel_(kernel), global_offset_(global_offset), global_size_(global_size), local_size_(local_size),
         work_dim_(work_dim) {}
 
+  // OpenCL is given the addresses of these, and copies them within `enqueue`.
   void* kernel_;
   sizes global_offset_;
   sizes global_size_;
   sizes local_size_;
   std::uint32_t work_dim_;
+};
+
+struct event_kind {
+  static constexpr qv::operation release = qv::operation::release_event;
+  static constexpr qv::operation retain = qv::operation::retain_event;
+  static constexpr const char* destructor_fault = "Exception caught in event::~event().";
+};
+
+// Reports on one enqueued command. Only the worker thread of the device deals with events: it gets one from the
+// queue, asks it once the command has ended, and gives it up.
+template <version V>
+class event : public opencl_handle<V, event_kind> {
+public:
+  // Takes over the reference that the enqueue command returned.
+  event(common::call_handle call_handle, void* handle) noexcept
+      : opencl_handle<V, event_kind>(std::move(call_handle), handle) {}
+
+  // Throws what the command failed with, if it has. One that has not ended yet has not failed.
+  void check_execution_status() const;
+
+  // In nanoseconds of the device's clock. Only for a command that has ended, in a queue with profiling.
+  std::uint64_t get_profiling_start() const;
+  std::uint64_t get_profiling_end() const;
+
+private:
+  std::uint64_t get_profiling(std::uint32_t parameter) const;
 };
 
 } // namespace oryn::skerv::opencl

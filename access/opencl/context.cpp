@@ -2,7 +2,6 @@
 
 #include "access/common/info_query.h"
 #include "access/common/opencl_constants.h"
-#include "access/common/text.h"
 
 #include <stdexcept>
 
@@ -17,6 +16,7 @@ const device<V>& first_of(const std::vector<device<V>>& devices) {
   return devices.front();
 }
 
+// The devices are given in their order; OpenCL takes references of its own to them.
 template <version V>
 void* create(const std::vector<std::uint64_t>& properties, const std::vector<device<V>>& devices,
              qv::context_callback pfn_notify, void* user_data) {
@@ -46,6 +46,7 @@ std::vector<device<V>> context<V>::get_devices() const {
   return wrap_devices<V>(this->get_call_handle(), common::get_vector_info<void*>(info));
 }
 
+// A context does not tell its platform, but its devices do, and they all have the same one.
 template <version V>
 template <version W>
 platform<V> context<V>::get_platform() const requires(version_traits<W>::has_platform) {
@@ -72,6 +73,7 @@ buffer<V> context<V>::create_buffer(std::uint64_t flags, std::size_t size, void*
   return {this->get_call_handle(), create_object<qv::operation::create_buffer>(record)};
 }
 
+// One string, which ends in a zero, so that no length is needed.
 template <version V>
 program<V> context<V>::create_program_with_source(const char* text) const {
   qv::create_program_with_source_record record{};
@@ -81,6 +83,7 @@ program<V> context<V>::create_program_with_source(const char* text) const {
   return {this->get_call_handle(), create_object<qv::operation::create_program_with_source>(record)};
 }
 
+// OpenCL is not asked about each binary: one that is bad fails the whole call.
 template <version V>
 program<V> context<V>::create_program_with_binaries(const std::vector<device_binary<V>>& binaries) const {
   if (binaries.empty())

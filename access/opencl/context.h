@@ -34,6 +34,7 @@ public:
   template <version W = V>
   platform<V> get_platform() const requires(version_traits<W>::has_platform);
 
+  // `size` is in bytes, and `flags` are those of OpenCL. `host_ptr` is null unless a flag wants it.
   buffer<V> create_buffer(std::uint64_t flags, std::size_t size, void* host_ptr) const;
 
   // `text` ends in a zero byte.

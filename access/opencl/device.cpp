@@ -1,11 +1,11 @@
 #include "access/opencl/device.h"
 
 #include "access/common/info_query.h"
-#include "access/common/text.h"
 
 namespace oryn::skerv::opencl {
 namespace {
 
+// A call handle is opened for one device of one version, and says which.
 template <version V>
 void* device_of(const common::call_handle& call_handle) {
   qv::device_of_handle_record record{};
@@ -23,6 +23,7 @@ common::info_query<qv::operation::get_device_info> info(const device<V>& device,
 template <version V>
 device<V>::device(const common::call_handle& call_handle) : device(call_handle, device_of<V>(call_handle)) {}
 
+// Any other text is the full profile.
 template <version V>
 bool device<V>::is_embedded_profile() const {
   return get<device_parameter::profile>() == "EMBEDDED_PROFILE";
@@ -48,6 +49,7 @@ std::string device<V>::get_string(std::uint32_t parameter) const {
   return common::get_string_info(info(*this, parameter));
 }
 
+// For one string after another: it uses the memory of `text` again.
 template <version V>
 void device<V>::read_string(std::uint32_t parameter, std::string& text) const {
   common::read_string_info(info(*this, parameter), text);
@@ -73,6 +75,7 @@ void* device<V>::get_pointer(std::uint32_t parameter) const {
   return common::get_scalar_info<void*>(info(*this, parameter));
 }
 
+// A handle is closed if its device cannot be made, and all devices go if one of them fails.
 template <version V>
 std::vector<device<V>> find_devices() {
   std::vector<device<V>> devices;
@@ -90,6 +93,7 @@ std::vector<void*> handles_of(const std::vector<device<V>>& devices) {
   return handles;
 }
 
+// The query keeps its references, so each device takes one of its own.
 template <version V>
 std::vector<device<V>> wrap_devices(const common::call_handle& call_handle,
                                     const std::vector<void*>& handles) {

@@ -15,19 +15,21 @@ namespace oryn::skerv::opencl {
 namespace device_parameter = tarva::library::device_parameter;
 namespace device_flag = tarva::library::device_flag;
 
+// To ask a device for what its version does not have does not compile.
 template <version V, tarva::library::device_parameter_row Parameter>
 concept device_has_parameter = Parameter.versions.contains(capability_of(V));
 
 template <version V, tarva::library::device_flag_row Flag>
 concept device_has_flag = Flag.versions.contains(capability_of(V));
 
+// The two commands exist from 1.2 on; before, devices are not counted.
 struct device_kind {
   static constexpr qv::operation release = qv::operation::release_device;
   static constexpr qv::operation retain = qv::operation::retain_device;
   static constexpr const char* destructor_fault = "Exception caught in device::~device().";
 };
 
-// The platform of a device. It is not counted.
+// The platform of a device. It is not counted, and has no use but to find the functions of extensions.
 template <version V>
 class platform {
   static_assert(version_traits<V>::has_platform);
@@ -64,9 +66,11 @@ public:
   template <tarva::library::device_flag_row Flag>
   bool is() const requires device_has_flag<V, Flag>;
 
+  // One of the two is true.
   bool is_embedded_profile() const;
   bool is_full_profile() const { return !is_embedded_profile(); }
 
+  // The list of extensions is asked for each time.
   bool has_extension(const char* name) const;
   template <version W = V>
   bool has_spir_extension() const requires(version_traits<W>::has_spir) {

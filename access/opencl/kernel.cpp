@@ -1,7 +1,6 @@
 #include "access/opencl/kernel.h"
 
 #include "access/common/info_query.h"
-#include "access/common/text.h"
 #include "access/opencl/program.h"
 
 namespace oryn::skerv::opencl {
@@ -12,6 +11,7 @@ common::info_query<qv::operation::get_kernel_info> info(const kernel<V>& kernel,
   return kernel.template query<qv::operation::get_kernel_info>(parameter);
 }
 
+// What the kernel is on one device.
 template <version V>
 common::info_query<qv::operation::get_kernel_work_group_info>
 info(const kernel<V>& kernel, std::uint32_t parameter, const device<V>& device) {
@@ -35,6 +35,7 @@ std::vector<std::string> kernel<V>::get_words(std::uint32_t parameter) const {
   return common::split_on_whitespace(common::get_string_info(info(*this, parameter)));
 }
 
+// The query hands out no reference: the wrapper takes one, for as long as it lives.
 template <version V>
 program<V> kernel<V>::get_program() const {
   void* const handle = common::get_scalar_info<void*>(info(*this, common::cl::kernel_program));

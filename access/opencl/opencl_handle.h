@@ -42,6 +42,7 @@ void call(const common::call_handle& handle, qv::record<Op>& record) {
 struct from_query_t {};
 inline constexpr from_query_t from_query{};
 
+// A kind of object of which there may be several references.
 template <class Kind>
 concept retainable = requires {
   Kind::retain;
@@ -70,6 +71,7 @@ protected:
   opencl_handle(common::call_handle call_handle, void* object) noexcept
       : call_handle_(std::move(call_handle)), object_(object) {}
 
+  // Throws if the reference is refused; the share in the call handle is then given back.
   opencl_handle(common::call_handle call_handle, void* object, from_query_t)
       : call_handle_(std::move(call_handle)), object_(object) {
     retain();
@@ -79,6 +81,7 @@ protected:
                                                                         object_(other.object_) {
     retain();
   }
+  // A move sends no command.
   opencl_handle(opencl_handle&& other) noexcept
       : call_handle_(std::move(other.call_handle_)), object_(std::exchange(other.object_, nullptr)) {}
 

@@ -1,7 +1,6 @@
 #include "access/opencl/program.h"
 
 #include "access/common/info_query.h"
-#include "access/common/text.h"
 
 namespace oryn::skerv::opencl {
 namespace {
@@ -19,6 +18,7 @@ build_info(const program<V>& program, std::uint32_t parameter, const device<V>& 
 
 } // namespace
 
+// One status is no failure of the call: the source is wrong, and the build status and log tell.
 template <version V>
 void program<V>::build(const std::vector<device<V>>& devices, const std::string& options,
                        qv::program_callback pfn_notify, void* user_data) {
@@ -88,6 +88,7 @@ std::vector<std::string> program<V>::get_names(std::uint32_t parameter) const {
   return common::split_on_semicolon(common::get_string_info(info(*this, parameter)));
 }
 
+// On the way of each launch, which has a kernel of its own.
 template <version V>
 kernel<V> program<V>::create_kernel(const std::string& name) const {
   qv::create_kernel_record record{};
@@ -97,6 +98,7 @@ kernel<V> program<V>::create_kernel(const std::string& name) const {
   return {this->get_call_handle(), record.result};
 }
 
+// Only 1.0 and 1.1 need it: there a program cannot tell the names of its kernels, but they can.
 template <version V>
 template <version W>
 std::vector<kernel<V>> program<V>::create_kernels() const requires(version_traits<W>::has_create_kernels) {
@@ -122,6 +124,7 @@ std::vector<kernel<V>> program<V>::create_kernels() const requires(version_trait
   return kernels;
 }
 
+// OpenCL copies the value.
 template <version V>
 template <version W>
 void program<V>::set_specialization_constant(std::uint32_t id, std::size_t size, const void* value) requires(

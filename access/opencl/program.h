@@ -43,6 +43,7 @@ public:
   // before the end and call it on any thread.
   void build(const std::vector<device<V>>& devices, const std::string& options,
              qv::program_callback pfn_notify, void* user_data);
+  // 0 after a build that went well, negative after one that did not.
   std::int32_t get_build_status(const device<V>& device) const;
   std::string get_build_log(const device<V>& device) const;
 
@@ -59,11 +60,13 @@ public:
   std::vector<std::string> get_kernel_names() const requires(version_traits<W>::has_kernel_names) {
     return get_names(common::cl::program_kernel_names);
   }
+  // Throws if the program has no kernel of that name, or was not built.
   kernel<V> create_kernel(const std::string& name) const;
   // One for each kernel of the program.
   template <version W = V>
   std::vector<kernel<V>> create_kernels() const requires(version_traits<W>::has_create_kernels);
 
+  // For the next build. Throws if the program has no constant of that number, or of another size.
   template <version W = V>
   void
   set_specialization_constant(std::uint32_t id, std::size_t size,

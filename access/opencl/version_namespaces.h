@@ -8,12 +8,12 @@
 #include "access/opencl/commands.h"
 #include "access/opencl/context.h"
 #include "access/opencl/device.h"
-#include "access/opencl/event.h"
 #include "access/opencl/kernel.h"
 #include "access/opencl/program.h"
 
 #include <vector>
 
+// Kernels are found by creating all of them, and launches begin at the global id 0.
 namespace oryn::skerv::opencl_1_0 {
 
 using buffer = opencl::buffer<opencl::version::v1_0>;
@@ -38,6 +38,7 @@ inline std::vector<device> find_devices() {
 
 } // namespace oryn::skerv::opencl_1_0
 
+// Adds the global offset of launches.
 namespace oryn::skerv::opencl_1_1 {
 
 using buffer = opencl::buffer<opencl::version::v1_1>;
@@ -62,6 +63,7 @@ inline std::vector<device> find_devices() {
 
 } // namespace oryn::skerv::opencl_1_1
 
+// Adds counted devices, fills, built-in kernels, and the extension for an intermediate language.
 namespace oryn::skerv::opencl_1_2 {
 
 using buffer = opencl::buffer<opencl::version::v1_2>;
@@ -88,6 +90,7 @@ inline std::vector<device> find_devices() {
 
 } // namespace oryn::skerv::opencl_1_2
 
+// Tells the queues of the host from those of the device.
 namespace oryn::skerv::opencl_2_0 {
 
 using buffer = opencl::buffer<opencl::version::v2_0>;
@@ -115,6 +118,7 @@ inline std::vector<device> find_devices() {
 
 } // namespace oryn::skerv::opencl_2_0
 
+// Has the intermediate language as a command.
 namespace oryn::skerv::opencl_2_1 {
 
 using buffer = opencl::buffer<opencl::version::v2_1>;
@@ -141,6 +145,7 @@ inline std::vector<device> find_devices() {
 
 } // namespace oryn::skerv::opencl_2_1
 
+// Adds specialization constants.
 namespace oryn::skerv::opencl_2_2 {
 
 using buffer = opencl::buffer<opencl::version::v2_2>;

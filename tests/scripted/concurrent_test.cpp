@@ -111,8 +111,9 @@ TEST(concurrent, operations_overlap_and_nothing_is_lost) {
 }
 
 TEST(concurrent, is_asked_for_by_its_name) {
-  EXPECT_EXIT(run(ask_for_an_unknown_scheduler), ExitedWithCode(0),
-              "\\[warning\\] TARVA_SCHEDULER is not \"concurrent\", so operations run one at a time: unknown\n$");
+  EXPECT_EXIT(
+      run(ask_for_an_unknown_scheduler), ExitedWithCode(0),
+      "\\[warning\\] TARVA_SCHEDULER is not \"concurrent\", so operations run one at a time: unknown\n$");
 }
 
 } // namespace

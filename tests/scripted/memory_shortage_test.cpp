@@ -164,7 +164,9 @@ void try_all_points(const std::function<ending()>& make, int log, const std::str
     const ssize_t length = ::read(log, lines, sizeof lines);
     const std::string told(lines, length > 0 ? static_cast<std::size_t>(length) : 0);
     const bool is_right =
-        code != TARVA_ABI_OK ? code == TARVA_ABI_OUT_OF_MEMORY && has_failed && !is_done && told.empty()
+        code != TARVA_ABI_OK
+            ? code == TARVA_ABI_OUT_OF_MEMORY && has_failed && !is_done &&
+                  (told.empty() || failure_lasts) // the work may have failed before the call did
         : is_done
             ? told.empty()
             : has_failed && told.find("std::bad_alloc") != told.npos && told.find("[warning]") == told.npos;

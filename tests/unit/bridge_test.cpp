@@ -2,8 +2,8 @@
 #include "abi/error_object.h"
 #include "base/end_of_process.h"
 #include "base/unique_identifier.h"
-#include "memory/library_memory.h"
 #include "ir/logical_operation.h"
+#include "memory/library_memory.h"
 #include "tests/error_of.h"
 
 #include <gtest/gtest.h>

@@ -158,7 +158,8 @@ TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
   dictionary.add("KEY", "first", "one");
   EXPECT_EQ(error_of([&] { dictionary.add("KEY", "second", "two"); }),
             "Inserting a duplicate entry for the fieldname \"KEY\" into the property dictionary.");
-  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_texts("KEY")->description, "firstone");
+  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_texts("KEY")->description,
+            "firstone");
   EXPECT_EQ(error_of([&] { dictionary.get_texts("OTHER"); }),
             "Could not find the fieldname \"OTHER\" in the property dictionary.");
 }
