@@ -14,7 +14,11 @@
 
 namespace oryn::tarva::library {
 
-// A directed graph over shared pointers; a node is identified by its pointer's value. It only grows.
+// A directed graph over shared pointers; a node is identified by its pointer's value. It only grows. The scheduler makes one of
+// physical operations for each logical operation, cuts it into subgraphs, and turns each of those into one of device commands.
+//
+// It has no lock: a graph belongs to the thread that starts its operation. What is wrong with a use of it throws
+// std::logic_error; the texts name no node, since a node has no name.
 //
 // Nodes keep the order of their insertion and edges that of theirs, so that every walk is repeatable. Inside,
 // a node is its index. Most graphs are one node, so the rest is built only when it is needed: the edges with the
@@ -63,10 +67,12 @@ public:
         after(source.nodes()[i], replacements[i]);
   }
 
+  // In the order of their insertion; the index of a node is its place there.
   const std::vector<T>& nodes() const { return nodes_; }
   std::span<const std::size_t> successor_indices(std::size_t index) const {
     return indices_of(index, &edges::successors);
   }
+  // Without edges every order will do, and most graphs have none.
   bool has_edges() const { return !edges_.empty(); }
 
   // A node that is already present is left alone.
@@ -91,8 +97,10 @@ public:
     edges_[head].predecessors.push_back(tail);
   }
 
-  // Calls `visit` on each node after everything reachable from it. Stops at once when a cycle is met.
+  // Calls `visit` on each node after everything reachable from it. Stops at once when a cycle is met. A stack of its own takes
+  // the place of recursion, so that a long chain cannot use up the thread's stack.
   void depth_first_search(bool& has_cycle, const std::function<void(const T&)>& visit) const {
+    // Not seen yet; being worked on, with what is above it on the stack; visited.
     enum class colour : std::uint8_t { white, grey, black };
     has_cycle = false;
     std::vector<colour> colours = label_nodes(colour::white, "Inserting a node label failed during the DFS.");
@@ -126,7 +134,8 @@ public:
     }
   }
 
-  // The nodes in an order in which every edge points forward.
+  // The nodes in an order in which every edge points forward. Without edges it is the reverse of the insertion, as a search
+  // through them would give.
   std::vector<T> topological_sort() const {
     if (!has_edges())
       return {nodes_.rbegin(), nodes_.rend()};
@@ -142,7 +151,8 @@ public:
     return order;
   }
 
-  // The connected components, edges taken without direction, in the order of their first nodes.
+  // The connected components, edges taken without direction, in the order of their first nodes. They can be worked on without
+  // regard to each other.
   std::vector<dag> disjoint_subgraphs() const {
     if (nodes_.size() == 1)
       return std::vector<dag>(1, *this);

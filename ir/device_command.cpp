@@ -46,6 +46,7 @@ library_device& device_command::get_device() const {
   return *device;
 }
 
+// The state goes first: a completion out of order throws, and then nothing above has been told.
 void device_command::set_complete() {
   state_.set_complete();
   physical_operation_->device_command_complete();
@@ -59,6 +60,7 @@ void device_command::set_error(const std::exception_ptr& error) {
   report_end();
 }
 
+// Either step may find that it has been done. What counts is that the command has ended and has been counted as ended.
 void device_command::abandon(const std::exception_ptr& error) noexcept {
   try {
     set_submitted();
@@ -82,6 +84,7 @@ void device_command::report_end() {
   physical_operation_->get_logical_operation()->device_commands_ended(1);
 }
 
+// The clock is only read for a command that is measured.
 void host_function_call::run() {
   using clock = std::chrono::steady_clock;
   set_submitted();

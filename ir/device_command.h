@@ -21,7 +21,8 @@ enum class command_stage : std::uint8_t {
 };
 
 // The unit of execution: what a work dispatcher carries out for one physical operation, to which it reports its end.
-// Made on the caller's thread; once it is handed over, the dispatcher's thread alone drives it. No lock of its own.
+// Made on the thread that starts the operation; once it is handed over, the dispatcher's thread alone drives it: submitted, then
+// complete or failed. No lock of its own.
 class device_command {
 public:
   virtual ~device_command();
@@ -41,6 +42,8 @@ public:
     return physical_operation_->get_logical_operation()->get_error();
   }
 
+  // The transitions, for whoever runs the command. The last two report to the physical operation, and then count the command as
+  // ended for those who wait for all commands. A second error is dropped.
   void set_submitted() { state_.set_submitted(); }
   void set_complete();
   void set_error(const std::exception_ptr& error);
@@ -48,8 +51,10 @@ public:
   void abandon(const std::exception_ptr& error) noexcept;
   bool has_ended() const { return state_.is_complete(); }
 
+  // A command that is measured runs on a queue of its own kind. Before the command is submitted.
   void enable_profiling() { state_.enable_profiling(); }
   bool is_profiling_enabled() const { return state_.is_profiling_enabled(); }
+  // Before the end is reported; the times of all commands add up in the operations above.
   void set_elapsed_time(std::uint64_t nanoseconds);
 
 protected:
@@ -60,10 +65,11 @@ private:
 
   const std::shared_ptr<physical_ir::physical_operation> physical_operation_;
   const command_stage stage_;
-  completion_state state_; // reports what was left undone before the level above does
+  completion_state state_; // last, so that what it says at its end comes before what the level above says
 };
 
-// Work on the host: allocation, freeing, host copies and fills.
+// Work on the host: allocation, freeing, host copies and fills. It runs in its turn among the commands of its device, so that it
+// sees what OpenCL commands before it have done.
 class host_function_call final : public device_command,
                                  public std::enable_shared_from_this<host_function_call> {
 public:
@@ -122,6 +128,7 @@ public:
                                 std::move(acquire_device), sync_id) {}
 };
 
+// The side that tells: what stands before it in its graph has ended when it signals.
 class synchronization_release final : public synchronization_command {
 public:
   synchronization_release(std::shared_ptr<physical_ir::physical_operation> physical_operation,

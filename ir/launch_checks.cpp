@@ -30,6 +30,7 @@ std::uint64_t work_items_of_group(const nd_range& range) {
   return product;
 }
 
+// Every work-item has a global id from the offset on, which the device must be able to count.
 void check_global_size(const nd_range& range, const launch_limits& limits) {
   const auto& size = range.global_size;
   if (!limits.zero_global_size_is_allowed)
@@ -43,6 +44,7 @@ void check_global_size(const nd_range& range, const launch_limits& limits) {
                              text_of(range, size) + " would overflow the global ids of the device.");
 }
 
+// For a local size that is not left to the device. The zeros come first: what follows divides by each.
 void check_local_size(const nd_range& range, const launch_limits& limits) {
   const auto& size = range.local_size;
   for (std::uint64_t d = 0; d < range.work_dim; ++d)
@@ -113,6 +115,7 @@ std::string in_bytes(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }
 
+// "1 or 4 or 8 bytes": the sizes are powers of two, and `sizes` is their sum.
 std::string list_sizes(unsigned sizes) {
   std::string list;
   for (unsigned size = 1; size <= sizes; size *= 2)
@@ -137,6 +140,7 @@ const char* unservable(parameter_kind kind) {
   }
 }
 
+// A parameter that takes values of all sizes has not told its own.
 std::string wanted(const kernel_parameter& parameter) {
   switch (parameter.kind) {
   case parameter_kind::memory:

@@ -10,11 +10,14 @@
 
 namespace oryn::tarva::library {
 
-// The refusals of a launch that would fail, or worse, on the device. They run on the caller's thread before anything
+// The refusals of a launch that would fail, or worse, on the device. They run when it is lowered, before anything
 // changes, and throw std::logic_error. All that they need of the kernel was read when it was made.
 
+// First of all, since the other checks go by the work dimension.
 void check_work_dimension(const nd_range& range, bool has_global_offset);
+// A device that does not tell the number of parameters judges by itself, as for every limit that is absent.
 void check_argument_count(std::uint64_t count, const launch_limits& limits);
+// The bytes of all local memory arguments so far.
 void check_local_memory(std::uint64_t bytes, const launch_limits& limits);
 // The sizes of a range whose work dimension has been checked.
 void check_sizes(const nd_range& range, const launch_limits& limits);
@@ -30,6 +33,7 @@ struct argument_place {
   std::uint64_t index;
 };
 
+// The place of an argument in the set kernel_parameter::accepted.
 inline std::uint64_t form_of(const kernel_argument_nullptr&) {
   return kernel_parameter::memory_or_null;
 }
@@ -43,11 +47,13 @@ inline std::uint64_t form_of(const kernel_argument_pod_value& value) {
   return element_size(value.get_type());
 }
 
+// The argument in words, for a refusal.
 std::string describe(const kernel_argument_nullptr&);
 std::string describe(const kernel_argument_typed_library_memory_array& memory);
 std::string describe(const kernel_argument_local_memory& local);
 std::string describe(const kernel_argument_pod_value& value);
 
+// Says what the parameter takes, and what was given.
 [[noreturn]] void refuse_argument(const argument_place& place, const kernel_parameter& parameter,
                                   const std::string& given);
 

@@ -47,6 +47,8 @@ std::shared_ptr<library_future> logical_operation::get_future() {
   return std::make_shared<library_future>(shared_from_this());
 }
 
+// The last part. The turn is given up before anybody can see that the operation is complete, since the caller may then end it;
+// and the next one is started after that, so that the caller is not kept waiting for work that is not its own.
 void logical_operation::physical_operation_complete() {
   if (!state_.count_part())
     return;
@@ -56,6 +58,7 @@ void logical_operation::physical_operation_complete() {
     next->take_turn();
 }
 
+// The pipe is made here, while a want of memory can still be told.
 void logical_operation::add_device_commands(std::uint64_t count) {
   static_cast<void>(state_.get_pipe());
   running_commands_ += count;
@@ -125,6 +128,7 @@ std::string free_memory::to_string() const {
          identifier(get_memory()) + "}";
 }
 
+// The one refusal that needs no state of the objects, so it comes before the scheduler is asked.
 copy_tarva_to_tarva::copy_tarva_to_tarva(std::shared_ptr<library_memory> source,
                                          std::shared_ptr<library_memory> destination,
                                          std::uint64_t source_start, std::uint64_t destination_start,
@@ -176,6 +180,7 @@ std::string fill::to_string() const {
          "}";
 }
 
+// With repeats: an object that is two arguments is there twice.
 std::vector<std::shared_ptr<library_memory>> kernel::memory_objects() const {
   const auto objects = arguments_.get_library_memory_arguments();
   return {objects.begin(), objects.end()};

@@ -31,7 +31,7 @@ class copy_tarva_to_user;
 class copy_user_to_tarva;
 class copy_tarva_to_tarva;
 
-// One function for each kind of logical operation.
+// One function for each kind of logical operation. The lowering is one: a kind that is added does not compile without it.
 class operation_visitor {
 public:
   virtual ~operation_visitor() = default;
@@ -118,7 +118,8 @@ private:
 
 } // namespace logical_ir
 
-// The user's hold on one logical operation, in which all that is known of its end is kept.
+// The user's hold on one logical operation, in which all that is known of its end is kept. It adds nothing of its own: several
+// futures of one operation tell the same. Never changes, so any thread may hold and ask it.
 class library_future {
 public:
   explicit library_future(std::shared_ptr<logical_ir::logical_operation> operation)
@@ -164,18 +165,21 @@ private:
   std::shared_ptr<library_memory> memory_;
 };
 
+// Gives the object its storage, on the host. The object has no content yet.
 class allocate_memory final : public concrete_operation<allocate_memory, memory_operation> {
 public:
   using concrete_operation::concrete_operation;
   std::string to_string() const override;
 };
 
+// Gives up the object's content, wherever it is. Made by the release of the last handle.
 class free_memory final : public concrete_operation<free_memory, memory_operation> {
 public:
   using concrete_operation::concrete_operation;
   std::string to_string() const override;
 };
 
+// From one object to another, or within one. Neither moves.
 class copy_tarva_to_tarva final : public concrete_operation<copy_tarva_to_tarva, logical_operation> {
 public:
   // The two objects must have the same type.
@@ -199,6 +203,7 @@ private:
   std::uint64_t count_;
 };
 
+// A read: into storage of the caller's, who keeps it until the future has been waited for.
 class copy_tarva_to_user final : public concrete_operation<copy_tarva_to_user, memory_operation> {
 public:
   copy_tarva_to_user(std::shared_ptr<library_memory> memory, std::uint64_t source_start, std::uint64_t count,
@@ -218,6 +223,7 @@ private:
   void* user_ptr_; // the user's destination; not owned
 };
 
+// A write: out of storage of the caller's.
 class copy_user_to_tarva final : public concrete_operation<copy_user_to_tarva, memory_operation> {
 public:
   copy_user_to_tarva(std::shared_ptr<library_memory> memory, std::uint64_t destination_start,
@@ -237,6 +243,7 @@ private:
   const void* src_ptr_; // the user's source; not owned
 };
 
+// Writes one element over and over into a range of the object.
 class fill final : public concrete_operation<fill, memory_operation> {
 public:
   // Copies one element of the memory's type from `pattern`.
@@ -255,6 +262,7 @@ private:
   std::uint64_t count_;
 };
 
+// A launch. The memory objects among its arguments move to the device of the kernel, which is that of its program.
 class kernel final : public concrete_operation<kernel, logical_operation> {
 public:
   kernel(std::shared_ptr<library_kernel> kernel_object, kernel_argument_capture arguments,

@@ -7,13 +7,16 @@
 
 namespace oryn::tarva::library {
 
-// In work-items. Of each triple the first `work_dim` entries count. A local size of all zeros lets the device choose.
+// What a launch is over: made by the exported function, checked by the lowering, told to OpenCL. In work-items. Of each
+// triple the first `work_dim` entries count. A local size of all zeros lets the device choose.
 struct nd_range {
   std::uint64_t work_dim = 0;
   std::array<std::uint64_t, 3> global_offset{};
   std::array<std::uint64_t, 3> global_size{};
   std::array<std::uint64_t, 3> local_size{};
 };
+
+// The forms that log lines and refusals have.
 
 inline std::string join(const std::array<std::uint64_t, 3>& triple) {
   return std::to_string(triple[0]) + ", " + std::to_string(triple[1]) + ", " + std::to_string(triple[2]);

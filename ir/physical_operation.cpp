@@ -38,11 +38,13 @@ physical_operation::physical_operation(logical_pointer logical_operation, device
 
 physical_operation::~physical_operation() = default;
 
+// An error from elsewhere may have come first. The last end is told all the same, and the level above knows what to do.
 void physical_operation::device_command_complete() {
   if (state_.part_complete() != completion_state::part_outcome::pending)
     logical_operation_->physical_operation_complete();
 }
 
+// The first error of any command is that of the whole. Later ones say nothing more.
 void physical_operation::set_error(const std::exception_ptr& error) {
   if (state_.set_error(error))
     logical_operation_->set_error(error);
@@ -76,6 +78,7 @@ std::string range_text(const Fill& fill) {
 
 } // namespace
 
+// The shape is set here and not when the operation runs: later operations of the graph are made with it.
 allocate_device_memory::allocate_device_memory(logical_pointer operation,
                                                std::shared_ptr<device_memory> memory, data_type type,
                                                std::uint64_t count)

@@ -16,7 +16,8 @@
 
 namespace oryn::tarva::library {
 
-// The ranges that physical operations and their device commands work on. Positions and counts are numbers of elements.
+// The ranges that physical operations and their device commands work on: the same numbers go from the one to the other as they
+// are. Positions and counts are numbers of elements.
 // They share the blocks, so that these live for as long as anyone works on them.
 
 template <class Source, class Destination>
@@ -62,7 +63,7 @@ class convert_endianness_device;
 class synchronize_device_to_device_release;
 class synchronize_device_to_device_acquire;
 
-// One function for each kind of physical operation.
+// One function for each kind of physical operation. The making of device commands is one (opencl/).
 class operation_visitor {
 public:
   virtual ~operation_visitor() = default;
@@ -90,7 +91,8 @@ using logical_pointer = std::shared_ptr<logical_ir::logical_operation>;
 using device_pointer = std::shared_ptr<library_device>;
 
 // A part of a logical operation whose place is decided. Counts its device commands down and passes completion, errors and
-// times on to its logical operation. Made on the caller's thread, ended on the thread of its device; no lock of its own.
+// times on to its logical operation. Made on the thread that starts the operation, ended on that which runs its
+// commands; no lock of its own.
 class physical_operation {
 public:
   using visitor = operation_visitor;
@@ -102,11 +104,12 @@ public:
   virtual std::string to_string() const = 0;
   virtual void accept(visitor& visitor) const { visitor.visit_unknown(); }
 
-  // The device whose dispatcher runs it. Never changes.
+  // The device whose dispatcher runs it, also for work on host memory. Never changes.
   const device_pointer& get_device() const { return device_; }
   const logical_pointer& get_logical_operation() const { return logical_operation_; }
   bool has_succeeded() const { return state_.has_succeeded(); }
 
+  // Counted and submitted before any of its commands is handed over; after that the commands report here.
   void set_device_command_count(std::uint64_t count) { state_.set_part_count(count); }
   void set_submitted() { state_.set_submitted(); }
   void device_command_complete();
@@ -120,7 +123,7 @@ protected:
 private:
   const logical_pointer logical_operation_;
   const device_pointer device_;
-  completion_state state_; // reports what was left undone before the level above does
+  completion_state state_; // last, so that what it says at its end comes before what the level above says
 };
 
 // The fifteen kinds. `create` takes the logical operation first, then the device where a class takes one, then the fields
@@ -176,6 +179,7 @@ private:
   std::shared_ptr<physical_operation> mover_;
 };
 
+// The end of a memory object on a device, or of the block that it has left.
 class free_device_memory final
     : public concrete_operation<free_device_memory, free_operation<device_memory>> {
 public:
@@ -185,6 +189,7 @@ public:
   std::string to_string() const override;
 };
 
+// The same on the host; also the end of staging.
 class free_host_memory final : public concrete_operation<free_host_memory, free_operation<host_memory>> {
 public:
   free_host_memory(logical_pointer operation, device_pointer device, std::shared_ptr<host_memory> memory,
@@ -193,6 +198,7 @@ public:
   std::string to_string() const override;
 };
 
+// Reverses the byte order of all that is in a block on a device. No OpenCL command does that, so it goes through the host.
 class convert_endianness_device final
     : public concrete_operation<convert_endianness_device, block_operation<device_memory>> {
 public:
@@ -201,6 +207,7 @@ public:
   std::string to_string() const override;
 };
 
+// The same in a block on the host, in place: what a launch does before it copies content to a device of the other byte order.
 class convert_endianness_host final
     : public concrete_operation<convert_endianness_host, block_operation<host_memory>> {
 public:
@@ -210,6 +217,7 @@ public:
   std::string to_string() const override;
 };
 
+// From one block to another. The four kinds differ in where the blocks are, and so in what carries the copy out.
 template <class Source, class Destination>
 class copy_operation : public physical_operation {
 public:
@@ -247,6 +255,7 @@ private:
   block_copy<Source, Destination> copy_;
 };
 
+// A read by the user, or the way into staging.
 class copy_device_to_host final
     : public concrete_operation<copy_device_to_host, copy_operation<device_memory, host_memory>> {
 public:
@@ -254,6 +263,7 @@ public:
       : concrete_operation("copy_device_to_host: {", std::move(operation), std::move(copy)) {}
 };
 
+// A write by the user, or the arrival of content on the device of a launch.
 class copy_host_to_device final
     : public concrete_operation<copy_host_to_device, copy_operation<host_memory, device_memory>> {
 public:
@@ -261,6 +271,7 @@ public:
       : concrete_operation("copy_host_to_device: {", std::move(operation), std::move(copy)) {}
 };
 
+// Between two blocks of one device, or within one.
 class copy_same_device final
     : public concrete_operation<copy_same_device, copy_operation<device_memory, device_memory>> {
 public:
@@ -268,6 +279,7 @@ public:
       : concrete_operation("copy_same_device: {", std::move(operation), std::move(copy)) {}
 };
 
+// Without OpenCL: the device only lends its thread.
 class copy_host_to_host final
     : public concrete_operation<copy_host_to_host, copy_operation<host_memory, host_memory>> {
 public:
@@ -276,7 +288,8 @@ public:
   }
 };
 
-// Writes one element's bytes into a range of a block.
+// Writes one element's bytes into a range of a block, again and again. On the host the bytes have the order of the block; for a
+// device they have the host's until they are enqueued.
 template <class Memory>
 class fill_operation : public physical_operation {
 public:
@@ -310,6 +323,7 @@ public:
   std::string to_string() const override;
 };
 
+// The launch itself, when all content has arrived: its arguments are blocks, and its range is as it will be told to OpenCL.
 class kernel final : public concrete_operation<kernel, physical_operation> {
 public:
   kernel(logical_pointer operation, device_pointer device, std::shared_ptr<library_kernel> kernel_object,
@@ -351,6 +365,7 @@ private:
   std::uint64_t sync_id_;
 };
 
+// On the device that waits.
 class synchronize_device_to_device_acquire final
     : public concrete_operation<synchronize_device_to_device_acquire, synchronization_operation> {
 public:
@@ -360,6 +375,7 @@ public:
                            release_device, acquire_device, sync_id) {}
 };
 
+// On the device that is waited for. The acquire's graph never has an edge to this one's.
 class synchronize_device_to_device_release final
     : public concrete_operation<synchronize_device_to_device_release, synchronization_operation> {
 public:

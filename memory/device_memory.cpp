@@ -14,6 +14,7 @@ device_memory::device_memory(std::shared_ptr<library_device> device)
     throw std::logic_error("Cannot initialize device memory with an empty device.");
 }
 
+// A block that still has storage was forgotten by whoever was to free it. The storage is given back, and the line tells.
 device_memory::~device_memory() {
   if (!allocation_)
     return;
@@ -61,6 +62,7 @@ void device_memory::allocate() {
   has_content_ = false;
 }
 
+// The block has let go of the storage before the device is asked, so that a failure there cannot make it freed twice.
 void device_memory::free() {
   if (!allocation_)
     throw std::logic_error(

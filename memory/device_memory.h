@@ -12,6 +12,8 @@ namespace oryn::tarva::library {
 class library_device;
 
 // Storage on one device, as the device has made it. Keeps the device alive.
+//
+// Made by the device (library_device::allocate_memory), owned by one device_memory. It never changes.
 class device_memory_allocation {
 public:
   device_memory_allocation(std::shared_ptr<library_device> device, data_type type, std::uint64_t size,
@@ -34,8 +36,11 @@ private:
   data_type type_;
 };
 
-// A typed block of storage on one device: described once on the thread of a caller, then allocated, used and freed by the
-// commands of the device's worker. Sizes are numbers of elements. No lock, for the reason that a host block has none.
+// A typed block of storage on one device: described once when its operation is lowered, then allocated, used and freed by the
+// commands of the device's worker. Sizes are numbers of elements. It has no lock: the commands of one block run one after the
+// other, and callers touch it again only when they have ended.
+//
+// What is wrong with a use of it throws std::logic_error and changes nothing.
 class device_memory {
 public:
   explicit device_memory(std::shared_ptr<library_device> device);
@@ -54,9 +59,12 @@ public:
   // Before anything is put in, since what fails half-way may have put in some of it.
   void mark_content() { has_content_ = true; }
 
+  // Describes the block, once. Needs no storage, so that what follows in a graph can be checked before any of it runs.
   void set_allocation(data_type type, std::uint64_t size);
+  // Obtains storage, without content. Throws what the device throws if it has none, and is then as before.
   void allocate();
   void free();
+  // From allocate() to free().
   device_memory_allocation& get_allocation() const {
     if (!allocation_)
       refuse_missing_allocation();

@@ -10,6 +10,7 @@
 
 namespace oryn::tarva::library {
 
+// A row of the table says how an element is made of components. Text, single bytes and booleans have no byte order.
 void swap_endianness(void* base, data_type type, std::uint64_t offset, std::uint64_t count) {
   const data_type_row* row = find_data_type(type);
   if (row == nullptr)
@@ -75,6 +76,7 @@ void repeat_pattern(std::uint8_t* first, const std::vector<std::uint8_t>& patter
 
 host_memory::host_memory() : identifier_(library::get_unique_identifier()) {}
 
+// As for a block on a device: the storage goes in any case, and the line tells that somebody has forgotten to free it.
 host_memory::~host_memory() {
   if (owned_storage_)
     log_warning("Destroying a host memory object that contains allocated memory.  TARVA will release the "
@@ -124,6 +126,7 @@ void host_memory::allocate() {
   has_content_ = false;
 }
 
+// What the caller owns is never freed here, nor anything twice. A block whose allocation has failed has nothing to free.
 void host_memory::free() {
   require(set_up_, "Attempting to free memory from a host memory object that has not been set up.");
   require(library_allocated_,
@@ -141,6 +144,7 @@ void* host_memory::get_write_pointer(std::uint64_t index) {
   return address;
 }
 
+// Does not yet count as content: the caller may find out that there is nothing to write.
 std::uint8_t* host_memory::get_writable_address(std::uint64_t index) const {
   require(set_up_, write_texts.not_set_up);
   require(index <= size_, write_texts.out_of_bounds);
@@ -161,6 +165,7 @@ const void* host_memory::get_read_pointer(std::uint64_t index) const {
   return base + element_size(type_) * index;
 }
 
+// All is checked before the first byte is written.
 void host_memory::fill(const std::vector<std::uint8_t>& value, std::uint64_t offset, std::uint64_t count) {
   const std::uint64_t size = element_size(get_type());
   require(value.size() == size,
@@ -171,6 +176,7 @@ void host_memory::fill(const std::vector<std::uint8_t>& value, std::uint64_t off
   repeat_pattern(base + size * offset, value, size * count);
 }
 
+// Both addresses are asked for even if nothing is copied, so that a wrong use is always told.
 void host_memory::copy_to(const std::shared_ptr<host_memory>& destination, std::uint64_t source_offset,
                           std::uint64_t destination_offset, std::uint64_t count) const {
   check_host_copy({get_type(), size_}, source_offset, {destination->get_type(), destination->get_size()},
@@ -183,6 +189,7 @@ void host_memory::copy_to(const std::shared_ptr<host_memory>& destination, std::
   std::memcpy(to, from, element_size(type_) * count);
 }
 
+// A block without content has nothing to convert; reading what nobody has written is not allowed.
 void host_memory::convert_endianness() {
   void* base = get_writable_address(0);
   if (has_content())

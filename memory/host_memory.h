@@ -17,7 +17,8 @@ namespace oryn::tarva::library {
 // they are.
 void swap_endianness(void* base, data_type type, std::uint64_t offset, std::uint64_t count);
 
-// Uninitialised bytes of the host's memory, or none.
+// Uninitialised bytes of the host's memory, or none. Large storage gets pages of its own, since the first use of it would
+// otherwise cost more than the copy that it is for.
 class host_storage {
 public:
   host_storage() = default;

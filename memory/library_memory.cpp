@@ -18,6 +18,7 @@ std::uint64_t library_memory::get_size_in_bytes() const {
   return num_elements_ > largest / size ? largest : size * num_elements_;
 }
 
+// Few properties without versions: they need no catalogue, as those of devices do.
 std::shared_ptr<property_base> library_memory::get_property(property_path path) {
   if (is_path(path, {"ROOT"})) {
     return make_described_property(

@@ -24,9 +24,10 @@ public:
   data_type get_type() const { return type_; }
   std::uint64_t get_num_elements() const { return num_elements_; }
   std::uint64_t get_unique_identifier() const { return identifier_; }
-  // The largest number there is for more bytes than can be counted.
+  // The largest number there is for more bytes than can be counted: no device can allocate as many.
   std::uint64_t get_size_in_bytes() const;
 
+  // For the scheduler alone, which says who may use it when.
   memory_entry& get_scheduler_entry() { return entry_; }
 
 private:

@@ -14,6 +14,7 @@ class library_memory;
 
 // Where the content of one memory object is, on the host or on a device, and its byte order: in exactly one of two blocks,
 // which it keeps. No lock of its own: the scheduler guards it.
+// In a state without any block the object is not in the table.
 class memory_state {
 public:
   void set_host_block(std::shared_ptr<host_memory> block) {
@@ -32,6 +33,7 @@ public:
     set_host_block(std::move(block));
     is_between_devices_ = true;
   }
+  // That of the content as it stands in the block. Host blocks begin little-endian, like the host itself.
   void set_little_endian(bool little_endian) { little_endian_ = little_endian; }
 
   bool is_on_host() const { return host_block_ != nullptr; }

@@ -4,6 +4,8 @@
 
 namespace oryn::tarva::library {
 
+// The two kinds of copy are refused in different words, which callers have always seen.
+
 void check_device_copy(const block_shape& source, std::uint64_t source_start, const block_shape& destination,
                        std::uint64_t destination_start, std::uint64_t count) {
   if (source.type != destination.type)

@@ -42,7 +42,7 @@ void check_device_copy(const block_shape& source, std::uint64_t source_start, co
 void check_host_copy(const block_shape& source, std::uint64_t source_start, const block_shape& destination,
                      std::uint64_t destination_start, std::uint64_t count);
 
-// The refusals of a fill, on the host and on a device alike.
+// The refusals of a fill, on the host and on a device alike. The value is one element.
 void check_fill_range(std::uint64_t start, std::uint64_t count, std::uint64_t size);
 void check_fill(const std::vector<std::uint8_t>& value, std::uint64_t start, std::uint64_t count,
                 const block_shape& memory);

@@ -27,12 +27,14 @@ inline constexpr std::uint64_t device_binary = 9;
 
 } // namespace ir_type
 
-// What accompanies an intermediate representation.
+// What accompanies an intermediate representation. Made by the exported function from the caller's record, then shared and
+// never changed; the device finds out by its class what it is.
 class ir_header {
 public:
   virtual ~ir_header() = default;
 };
 
+// For all that needs nothing besides its data and options.
 class empty_ir_header : public ir_header {};
 
 // One specialization constant with its own copy of the value.
@@ -53,6 +55,7 @@ private:
   std::vector<std::uint8_t> value_;
 };
 
+// The values with which the constants of a SPIR-V module are replaced when it is built.
 class spirv_specialization_constant_array : public ir_header {
 public:
   explicit spirv_specialization_constant_array(std::vector<spirv_specialization_constant> constants)
@@ -73,7 +76,8 @@ private:
 
 class library_program;
 
-// What load_ir() gives: after a failed build `success` is false and `program` is an empty program.
+// What library_device::load_ir() gives: after a failed build `success` is false, `program` is an empty program, and the log says
+// why. A program that does not build is an answer and no exception.
 struct build_result {
   build_result(bool is_success, std::shared_ptr<library_program> made, std::string text)
       : success(is_success), program(std::move(made)), log(std::move(text)) {}

@@ -24,6 +24,7 @@ bool matches(std::span<const std::shared_ptr<library_memory>> objects,
 
 } // namespace
 
+// The values stand in units of 16 bytes, so each is aligned for the widest type whatever came before it.
 void kernel_argument_list::add_value(const void* pointer, data_type type) {
   const std::uint64_t size = check_element(pointer, type);
   if (values_.empty())
@@ -66,6 +67,7 @@ kernel_argument_capture::get_device_memory_arguments() const {
   return *replacements_;
 }
 
+// Only the blocks are new. The list of the arguments stays shared with the capture that this one was copied from.
 void kernel_argument_capture::replace_library_memory(std::vector<replacement> replacements) {
   const auto objects = get_library_memory_arguments();
   require(

@@ -14,7 +14,8 @@ namespace oryn::tarva::library {
 class device_memory;
 class library_memory;
 
-// The five kinds of argument of a kernel launch. Each is a view of what its capture holds.
+// The five kinds of argument of a kernel launch. Each is a view of what its capture holds, made for one call of a visitor
+// and not to be kept.
 
 // A null buffer.
 class kernel_argument_nullptr {};
@@ -69,7 +70,8 @@ private:
 };
 
 // The arguments of a launch in the making, in the order of the kernel's parameters. What they hold stands together by
-// kind, so that many arguments take few and small allocations.
+// kind, so that many arguments take few and small allocations. Filled by one thread, the caller's, and then given to a
+// capture.
 class kernel_argument_list {
 public:
   explicit kernel_argument_list(std::uint64_t expected_count = 0) { arguments_.reserve(expected_count); }
@@ -105,12 +107,12 @@ private:
   std::vector<std::shared_ptr<library_memory>> memory_;
 };
 
-// The arguments of one launch. Each level of the pipeline has a capture of its own; copies share what they hold, which
-// never changes.
+// The arguments of one launch. The logical operation has a capture with memory objects, the physical operation one with the
+// blocks that stand in for them; both share what they hold, which never changes. So any thread may visit them.
 class kernel_argument_capture {
 public:
-  // A memory object among the arguments, and the block that is to stand in for it. The block stays the scheduler's, which
-  // keeps it where it is until the launch has ended: to count its users, too, costs a launch with 64 arguments 4% more.
+  // A memory object among the arguments, and the block that is to stand in for it. Plain pointers: the scheduler keeps both
+  // until the launch has ended, and counting their users would make a launch with 64 arguments 4% slower.
   struct replacement {
     const library_memory* object;
     device_memory* block;

@@ -43,6 +43,8 @@ kernel_parameter judge_refusals(const parameter_answers& answers) {
 
 } // namespace
 
+// Only an answer that leaves no doubt counts: a parameter that is wrongly thought to be known would refuse good launches, while
+// one that is not known is left to the device.
 kernel_parameter judge(const parameter_answers& answers) {
   if (!std::all_of(answers.zeros.begin(), answers.zeros.end(), is_clear) || !is_clear(answers.null) ||
       !is_clear(answers.local))
@@ -69,6 +71,7 @@ bool kernel_signature::tells_something() const {
          });
 }
 
+// The words are put together without blanks first, as a list of attributes may have been split inside the brackets.
 std::optional<size_triple> find_required_group_size(const std::vector<std::string>& attribute_words) {
   std::string text;
   for (const std::string& word : attribute_words)

@@ -34,7 +34,10 @@ static_assert(std::all_of(element_sizes.begin() + 1, element_sizes.end(),
 inline constexpr std::size_t local_size_to_try = 24;
 static_assert(local_size_to_try != sizeof(void*) && !std::has_single_bit(local_size_to_try));
 
-// How OpenCL answers to arguments that are tried on a kernel that is never launched.
+// How OpenCL answers to arguments that are tried on a kernel that is never launched. Each answer is a status.
+//
+// OpenCL tells little of a kernel's parameters, and some implementations nothing; a wrong argument may end the process. So what
+// a parameter takes is found out by trying: zeros of each size, a null, and a size of local memory.
 struct parameter_answers {
   std::array<std::int32_t, 8> zeros{}; // as many as the power of two that is the index
   std::int32_t null = 0;               // of the size of a pointer
@@ -57,8 +60,9 @@ enum class parameter_kind : std::uint8_t {
   other_value, // of a size that no data type has
 };
 
+// What one parameter takes. A set of what can be given is one number: the sizes of values, which are powers of two, are its low
+// bits, and these are the others.
 struct kernel_parameter {
-  // Sets of what can be given: values of these sizes, which are their bits, and these.
   static constexpr std::uint16_t memory_or_null = 0x100, local_memory = 0x200, anything = 0x3FF;
   static_assert(all_value_sizes < memory_or_null);
 
@@ -99,7 +103,7 @@ struct launch_limits {
   std::span<const kernel_parameter> parameters;  // as long as the kernel lives; empty: not told
 };
 
-// What has been learnt of the kernels of one program, by their names. For any thread.
+// What has been learnt of the kernels of one program, by their names. Each program has one, and any thread may use it.
 class signature_table {
 public:
   // Null: not learnt yet.

@@ -21,6 +21,7 @@ void library_device::set_dispatcher(std::unique_ptr<device_work_dispatcher> disp
   dispatcher_ = std::move(dispatcher);
 }
 
+// For a device of a kind for which nobody has said what its commands are.
 std::vector<std::shared_ptr<device_ir::device_command>>
 library_device::generate_commands(const std::shared_ptr<physical_ir::physical_operation>&) {
   throw std::logic_error("Unsupported device type found.");

@@ -24,8 +24,8 @@ namespace device_ir {
 class device_command;
 }
 
-// A graph of device commands in the order of execution, with all room that it takes to hand it over and to work
-// through it.
+// A graph of device commands, put in the order of execution by the dispatcher that is to run it, with all the storage that the
+// hand-over and the work take. Belongs to the thread that starts the operation until it is handed over, then to the worker.
 class prepared_work {
 public:
   prepared_work() = default;
@@ -42,8 +42,8 @@ public:
   device_work_dispatcher(const device_work_dispatcher&) = delete;
   device_work_dispatcher& operator=(const device_work_dispatcher&) = delete;
 
-  // Makes a graph ready for this dispatcher, so that memory runs out here, on the caller's thread, and not half-way
-  // through a logical operation. Any thread.
+  // Makes a graph ready for this dispatcher. If memory runs out it does so here, where the operation can still be refused, and
+  // not when half of its subgraphs are running. Any thread.
   virtual std::unique_ptr<prepared_work>
   prepare_work(const dag<std::shared_ptr<device_ir::device_command>>& graph) = 0;
   // Hands work to the worker that this dispatcher has prepared. Refused after shutdown. Any thread.
@@ -71,7 +71,7 @@ public:
 
   // Everything that needs a shared pointer to the device; called once, after construction.
   virtual void initialize() = 0;
-  // Ends the device's work: stops the dispatcher and joins its thread.
+  // Ends the device's work: stops the dispatcher and joins its thread. Called once, by the stop.
   virtual void release() = 0;
 
   // True if the device can take this IR; does not build. `data` and `options` are not looked at.
@@ -83,7 +83,7 @@ public:
                                const std::string& user_label) = 0;
   virtual std::shared_ptr<library_program> get_builtin_program() = 0;
 
-  // The byte order of the device.
+  // The byte order of the device. Asked in each launch, so devices keep it.
   virtual bool is_little_endian() = 0;
   virtual std::string get_friendly_short_description() = 0;
   virtual std::string get_friendly_summary() = 0;
@@ -96,6 +96,7 @@ public:
   virtual std::vector<std::shared_ptr<device_ir::device_command>>
   generate_commands(const std::shared_ptr<physical_ir::physical_operation>& operation);
 
+  // Set by initialize(), once. To ask for it earlier is an error.
   device_work_dispatcher& get_dispatcher();
   void set_dispatcher(std::unique_ptr<device_work_dispatcher> dispatcher);
   void signal_acquire(const std::shared_ptr<library_device>& release_device,

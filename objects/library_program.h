@@ -32,12 +32,14 @@ public:
   library_kernel(const library_kernel&) = delete;
   library_kernel& operator=(const library_kernel&) = delete;
 
+  // These four ask OpenCL each time, and may throw what it says.
   // A work-group size that suits the kernel in 1, 2 or 3 dimensions.
   virtual size_triple get_preferred_work_group_size(std::uint64_t work_dim) = 0;
   // The size fixed at compile time, or (0,0,0).
   virtual size_triple get_compile_work_group_size() = 0;
   virtual std::uint32_t get_max_compute_units() = 0;
   virtual size_triple get_max_global_size() = 0;
+  // Read once, then kept, since each launch looks at them. The reference holds as long as the kernel.
   virtual const launch_limits& get_launch_limits() const = 0;
   // The command that carries out `launch`, which is what `operation` points to, on the kernel's own device.
   virtual std::shared_ptr<device_ir::device_command>
@@ -69,6 +71,7 @@ public:
   virtual std::vector<std::string> get_kernel_names() = 0;
 
   std::uint64_t get_unique_identifier() const { return unique_identifier_; }
+  // Not null for a program that the user can name: its device lives until the stop.
   std::shared_ptr<library_device> get_device() const { return device_ ? device_ : builtin_device_.lock(); }
   // The caller's label, or "Builtin Kernels".
   const std::string& get_name() const { return name_; }
@@ -82,7 +85,8 @@ private:
   const bool is_builtin_;
 };
 
-// Stands for no program at all: that of a failed build, or of a device without built-in kernels.
+// Stands for no program at all: that of a failed build, or of a device without built-in kernels. It has the properties that need
+// no OpenCL, and no kernel.
 class empty_program : public catalogue_owner<library_program, get_program_catalogue> {
 public:
   using catalogue_owner::catalogue_owner;

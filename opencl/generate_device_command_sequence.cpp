@@ -8,6 +8,7 @@ namespace oryn::tarva::library::device_ir::opencl {
 
 namespace {
 
+// What each kind of physical operation becomes. The work of a host function call is a lambda that shares the blocks it needs.
 class command_generator final : public physical_ir::operation_visitor {
 public:
   using sequence = std::vector<std::shared_ptr<device_command>>;
@@ -85,6 +86,7 @@ private:
                                   operation.get_sync_id()));
   }
 
+  // The storage is obtained when the command runs, so what fails then fails the command.
   template <class Memory>
   void allocate(const std::shared_ptr<Memory>& memory) {
     add_host_work([memory](const auto&) { memory->allocate(); });
@@ -100,7 +102,8 @@ private:
     });
   }
 
-  // In a version without a fill command a block on the host is filled and copied.
+  // In a version without a fill command a block on the host is filled and copied, byte order and all: what arrives on the device
+  // must be as its own fill would have left it.
   void add_staged_fill(const device_fill& fill) {
     auto staging = std::make_shared<host_memory>();
     staging->set_allocation(fill.memory->get_type(), fill.count);
@@ -115,6 +118,7 @@ private:
     free_staging(staging);
   }
 
+  // Down to the host, turned over there, and up again, as one sequence of this device's worker.
   void add_staged_conversion(const std::shared_ptr<device_memory>& memory) {
     const std::uint64_t size = memory->get_size();
     auto staging = std::make_shared<host_memory>();

@@ -28,6 +28,8 @@ constexpr std::array<ir_row, 7> unconditional_ir = {{
 
 constexpr const char* header_is_not_empty = "Expected the IR header to be empty.";
 
+// Constants go with SPIR-V alone, and only where the version has a function for them. Whoever gives them for something else would
+// wrongly believe them to be set.
 template <version V>
 void check_ir_header(const ir_header* header, std::uint64_t type) {
   if (dynamic_cast<const empty_ir_header*>(header) != nullptr)
@@ -42,6 +44,7 @@ void check_ir_header(const ir_header* header, std::uint64_t type) {
   throw std::logic_error(header_is_not_empty);
 }
 
+// SPIR is an extension: the device lists the versions that it takes.
 template <version V>
 bool has_spir_version(const skerv::opencl::device<V>& device, const char* wanted) {
   if constexpr (version_traits<V>::has_spir) {
@@ -54,6 +57,7 @@ bool has_spir_version(const skerv::opencl::device<V>& device, const char* wanted
   }
 }
 
+// SPIR modules are given to OpenCL like binaries of a device. What remains is source.
 template <version V>
 skerv::opencl::program<V>
 make_unspecialized_program(const skerv::opencl::context<V>& context, const skerv::opencl::device<V>& device,
@@ -74,6 +78,7 @@ make_unspecialized_program(const skerv::opencl::context<V>& context, const skerv
   return context.create_program_with_source(text.c_str());
 }
 
+// Before the build, which looks at them. A boolean is 4 bytes here and a C++ bool below.
 template <version V>
 void set_specialization_constants(skerv::opencl::program<V>& program, const ir_header& header) {
   if constexpr (version_traits<V>::has_specialization_constants) {

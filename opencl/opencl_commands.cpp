@@ -47,6 +47,8 @@ void copy_command<V, Source, Destination>::check() const {
                     copy_.count);
 }
 
+// In all that follow: checks first, then the content is marked, then the command is enqueued.
+
 template <version V>
 void copy_device_to_host<V>::enqueue() {
   this->check();
@@ -79,6 +81,7 @@ void copy_same_device<V>::enqueue() {
       this->in_bytes(copy.destination_start), this->in_bytes(copy.count)));
 }
 
+// The value is turned over in place: the command runs once.
 template <version V>
 requires(version_traits<V>::has_fill_buffer) void fill_on_device<V>::enqueue() {
   const data_type type = fill_.memory->get_type();
@@ -117,6 +120,7 @@ auto opencl_version_queues<V>::make_fill(const operation_pointer& operation, dev
     return nullptr;
 }
 
+// In the order of the parameters. What is wrong with an argument was refused before the launch was accepted.
 template <version V>
 void nd_range_kernel<V>::set_arguments(skerv::opencl::kernel<V>& kernel) const {
   const kernel_argument_capture& arguments = launch_.get_arguments();
@@ -145,6 +149,7 @@ void nd_range_kernel<V>::set_arguments(skerv::opencl::kernel<V>& kernel) const {
     });
 }
 
+// The kernel lives until the command is enqueued; OpenCL keeps what the launch needs.
 template <version V>
 void nd_range_kernel<V>::enqueue() {
   const nd_range& range = launch_.get_range();

@@ -19,7 +19,8 @@
 
 namespace oryn::tarva::library::device_ir::opencl {
 
-// Kept by the dispatcher of the device; the device and its kernels make commands with it.
+// The queues of a device of one version. Made while the device is initialised and kept by its dispatcher. The threads that start
+// operations make commands with it, which changes nothing in it; the worker alone enqueues and finishes.
 template <version V>
 class opencl_version_queues final : public opencl_queues {
 public:
@@ -41,7 +42,8 @@ private:
   queue profiling_;
 };
 
-// What the commands of one version share.
+// What the commands of one version share: the way to a queue, and the event that comes back. Like all device commands it is driven
+// by the worker alone once it is handed over.
 template <version V>
 class opencl_version_command : public opencl_device_command {
 public:
@@ -57,6 +59,7 @@ public:
   void release_event() final { event_.reset(); }
 
 protected:
+  // If the enqueue throws, there is no event and the command is not submitted. From then on OpenCL has the work.
   void submit(const skerv::opencl::command<V>& command) {
     event_.emplace(queues_.get(is_profiling_enabled()).enqueue(command, 0, nullptr));
     set_submitted();
@@ -83,12 +86,14 @@ private:
   std::optional<skerv::opencl::event<V>> event_;
 };
 
+// What the three copies share: one range, checked once more on the worker, since what cannot fit must never reach OpenCL.
 template <version V, class Source, class Destination>
 class copy_command : public opencl_version_command<V> {
 public:
   copy_command(std::shared_ptr<physical_ir::physical_operation> physical_operation,
                opencl_version_queues<V>& queues, block_copy<Source, Destination> copy)
       : opencl_version_command<V>(std::move(physical_operation), queues), copy_(std::move(copy)) {}
+  // Asked when the turn of the command has come: commands before it may have given the source its content.
   bool has_nothing_to_do() const override { return !copy_.source->has_content(); }
 
 protected:
@@ -109,6 +114,7 @@ public:
   void enqueue() override;
 };
 
+// Does not block either. The destination has content from the enqueue on, as a failure may leave it half written.
 template <version V>
 class copy_host_to_device final : public copy_command<V, host_memory, device_memory> {
 public:
@@ -117,6 +123,7 @@ public:
   void enqueue() override;
 };
 
+// Both blocks are on the device of the command. Ranges of one block do not overlap; the lowering has seen to that.
 template <version V>
 class copy_same_device final : public copy_command<V, device_memory, device_memory> {
 public:
@@ -125,6 +132,7 @@ public:
   void enqueue() override;
 };
 
+// Only where the version has the command; elsewhere a fill goes through the host.
 template <version V>
 requires(version_traits<V>::has_fill_buffer) class fill_on_device final : public opencl_version_command<V> {
 public:

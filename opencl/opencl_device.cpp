@@ -65,11 +65,13 @@ opencl_version_device<V>::opencl_version_device(const access_device& device)
 template <version V>
 opencl_version_device<V>::~opencl_version_device() = default;
 
+// Asked each time rather than kept: it is needed for log lines and properties only.
 template <version V>
 std::string opencl_version_device<V>::get_name() const {
   return device_->template get<skerv::opencl::device_parameter::name>();
 }
 
+// The worker starts last, when all that it uses is there. What throws fails the start of the library.
 template <version V>
 void opencl_version_device<V>::initialize() {
   const std::string name = get_name();
@@ -94,6 +96,7 @@ void opencl_version_device<V>::release() {
   this->get_dispatcher().shutdown();
 }
 
+// The text of the log line differs between versions, as it always has.
 template <version V>
 std::shared_ptr<library_program> opencl_version_device<V>::make_builtin_program() {
   if constexpr (version_traits<V>::has_builtin_kernels) {
@@ -111,6 +114,7 @@ std::shared_ptr<library_program> opencl_version_device<V>::make_builtin_program(
   return std::make_shared<empty_program>(true, this->shared_from_this(), builtin_program_name);
 }
 
+// Kernels that enqueue kernels themselves need it. Nothing else touches it.
 template <version V>
 void opencl_version_device<V>::make_default_device_queue() {
   if constexpr (version_traits<V>::has_device_queue) {
@@ -153,6 +157,7 @@ bool opencl_version_device<V>::is_ir_supported(const std::shared_ptr<const ir_he
   return takes_ir<V>(*device_, header.get(), type);
 }
 
+// A build that fails does not throw; its status is asked for afterwards, and the log in either case.
 template <version V>
 build_result opencl_version_device<V>::load_ir(const std::shared_ptr<const ir_header>& header,
                                                std::uint64_t type, const std::vector<std::uint8_t>& data,
@@ -177,6 +182,7 @@ std::vector<std::shared_ptr<device_ir::device_command>> opencl_version_device<V>
   return device_ir::opencl::generate_device_command_sequence(operation, *queues_);
 }
 
+// Asks OpenCL each time, as a device may become unavailable.
 template <version V>
 bool opencl_version_device<V>::read_value(const device_catalogue::row& wanted, property_value& value) {
   using read = device_reading;

@@ -25,6 +25,7 @@ class opencl_version_queues;
 // initialised.
 std::vector<std::shared_ptr<library_device>> detect_devices();
 
+// What the devices of all versions share: the properties of the device catalogue.
 class opencl_device : public catalogue_owner<library_device, get_device_catalogue> {};
 
 // A device of one OpenCL version. Initialised and released by the thread that starts and stops the library; what any thread
@@ -70,6 +71,7 @@ private:
   version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
   bool read_value(const device_catalogue::row& wanted, property_value& value) override;
 
+  // The default queue to which kernels enqueue, where the version has one; nothing elsewhere.
   struct no_queue {};
   template <version W, bool HasQueue = version_traits<W>::has_device_queue>
   struct default_queue {
@@ -86,6 +88,7 @@ private:
   std::shared_ptr<library_program> make_builtin_program();
   void make_default_device_queue();
 
+  // None of these changes after initialize(), so no lock guards them.
   std::unique_ptr<access_device> device_;
   std::unique_ptr<skerv::opencl::context<V>> context_;
   [[no_unique_address]] typename default_queue<V>::type default_device_queue_;
@@ -101,7 +104,8 @@ using opencl_2_0_device = opencl_version_device<version::v2_0>;
 using opencl_2_1_device = opencl_version_device<version::v2_1>;
 using opencl_2_2_device = opencl_version_device<version::v2_2>;
 
-// Device storage that is one OpenCL buffer, which is released with it. `Buffer` is the buffer class of one OpenCL version.
+// Device storage that is one OpenCL buffer, which is released with it, on whatever thread that is: mostly the worker's. `Buffer` is
+// the buffer class of one OpenCL version.
 template <class Buffer>
 class opencl_buffer_allocation final : public device_memory_allocation {
 public:
@@ -116,8 +120,8 @@ private:
   Buffer buffer_;
 };
 
-// While one lives, errors are provoked on this thread. An implementation may tell a context of them, which is then not
-// worth a line in the log.
+// While one lives, errors are provoked on this thread: arguments are tried that may not fit. An implementation may tell the
+// context of them, and that is then not worth a line in the log.
 class expected_errors {
 public:
   expected_errors() noexcept;

@@ -32,7 +32,7 @@ protected:
 };
 
 // The queues of one device on which its worker enqueues, one with profiling and one without, and the commands that they
-// take. Used by the threads of callers to make commands, and by the worker alone for all else.
+// take. Used by the threads that start operations to make commands, and by the worker alone for all else.
 class opencl_queues {
 public:
   using command_pointer = std::shared_ptr<device_command>;
@@ -55,7 +55,7 @@ public:
 
 // The commands, in order, that a physical operation becomes on the device of these queues: one for most, and a sequence
 // through a block on the host where the device's version has no command for it. Nothing is allocated, freed or enqueued
-// before the commands run. On the caller's thread.
+// before the commands run. On the thread that starts the operation.
 std::vector<std::shared_ptr<device_command>>
 generate_device_command_sequence(const std::shared_ptr<physical_ir::physical_operation>& operation,
                                  opencl_queues& queues);

@@ -15,6 +15,7 @@ acquire_set::key acquire_set::key_of(const synchronization_acquire& acquire) {
   return {acquire.get_release_device(), acquire.get_acquire_device(), acquire.get_sync_id()};
 }
 
+// A signal comes on the worker of another device, which must not run out of memory for it.
 void acquire_set::reserve_for(std::size_t acquires) {
   signals_.reserve(expected_ + acquires);
   expected_ += acquires;
@@ -122,6 +123,7 @@ void opencl_device_work_dispatcher::start() {
   worker_ = std::thread([this] { worker_main(); });
 }
 
+// Whoever waits for the worker to become idle is woken first: it will do nothing more.
 void opencl_device_work_dispatcher::shutdown() {
   {
     const lock_guard guard(lock_);
@@ -142,6 +144,7 @@ void opencl_device_work_dispatcher::shutdown() {
   abandon_remaining_work();
 }
 
+// The worker has ended, so its lists belong to this thread. Somebody may be waiting for each of their commands.
 void opencl_device_work_dispatcher::abandon_remaining_work() noexcept {
   {
     const lock_guard guard(lock_);
@@ -161,6 +164,8 @@ void opencl_device_work_dispatcher::abandon_remaining_work() noexcept {
   work_lists_.clear();
 }
 
+// The worker asks this before it sleeps. It is idle when it holds no list at all; one that waits for another device is
+// work, although there is nothing to do for it now.
 bool opencl_device_work_dispatcher::has_work() {
   if (shutdown_requested_)
     return true;
@@ -185,12 +190,14 @@ void opencl_device_work_dispatcher::wait_until_idle() {
     became_idle_.wait(guard.native());
 }
 
+// A list goes on at once, unless it stands before an acquire whose signal has not come.
 bool opencl_device_work_dispatcher::can_advance(const work_list& list) const {
   if (list.starts_with(command_stage::synchronization_acquire))
     return acquires_.contains(acquire_set::key_of(list.head_as<synchronization_acquire>()));
   return !list.is_empty();
 }
 
+// What a command cannot tell arrives here, and ends the process: nobody knows what the device has done.
 void opencl_device_work_dispatcher::worker_main() noexcept {
   mark_worker_thread();
   try {
@@ -215,6 +222,7 @@ void opencl_device_work_dispatcher::wake_callers() const {
       list.commands.front()->get_physical_operation()->get_logical_operation()->wake_waiters();
 }
 
+// One round of the loop is a sweep. What is handed over meanwhile waits for the next one.
 void opencl_device_work_dispatcher::run_until_shutdown() {
   const std::function<bool()> predicate = [this] { return has_work(); };
   while (!shutdown_requested_) {
@@ -242,6 +250,7 @@ void opencl_device_work_dispatcher::take_over_pending_work() {
   acquires_.take_over();
 }
 
+// In this fixed order of stages; what stands behind an earlier stage waits for the next sweep.
 void opencl_device_work_dispatcher::advance(work_list& list) {
   opencl_stage_.run(list);
   for (; list.starts_with(command_stage::host_function_call); ++list.next)
@@ -252,6 +261,7 @@ void opencl_device_work_dispatcher::advance(work_list& list) {
     advance_past_acquire(list);
 }
 
+// The dispatcher completes an acquire itself, as nothing has to run for it.
 void opencl_device_work_dispatcher::advance_past_acquire(work_list& list) {
   auto& acquire = list.head_as<synchronization_acquire>();
   const acquire_set::key key = acquire_set::key_of(acquire);

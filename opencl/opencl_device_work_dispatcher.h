@@ -77,10 +77,11 @@ private:
     lists only;
   };
 
+  // Lets `handover` change what `lock_` guards, and wakes the worker. Any thread.
   template <class Handover>
   void hand_over(Handover handover) TARVA_EXCLUDES(lock_);
 
-  // The worker's functions.
+  // The worker's functions, on its thread alone.
   void worker_main() noexcept;
   void run_until_shutdown();
   bool has_work() TARVA_EXCLUDES(lock_);
@@ -90,14 +91,15 @@ private:
   void advance_past_acquire(work_list& list) TARVA_EXCLUDES(lock_);
   void wake_callers() const;
 
+  // For whoever has joined the worker.
   void abandon_remaining_work() noexcept TARVA_EXCLUDES(lock_);
 
-  mutex lock_; // taken alone, or inside the predicate of `work_pipe_`
-  bool is_busy_ TARVA_GUARDED_BY(lock_) = false;
+  mutex lock_;                                   // taken alone, or inside the predicate of `work_pipe_`
+  bool is_busy_ TARVA_GUARDED_BY(lock_) = false; // from a hand-over until the worker holds no list
   lists pending_lists_ TARVA_GUARDED_BY(lock_);
   acquire_set acquires_ TARVA_GUARDED_BY(lock_);
-  std::condition_variable became_idle_; // with `lock_`
-  std::atomic<bool> shutdown_requested_ = false;
+  std::condition_variable became_idle_;          // with `lock_`
+  std::atomic<bool> shutdown_requested_ = false; // written under `lock_`, read anywhere; never goes back
   notifier work_pipe_;
   std::thread worker_;
 

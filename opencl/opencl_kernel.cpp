@@ -10,6 +10,7 @@
 
 namespace oryn::tarva::library {
 
+// Limits and signature are learnt here, so that a launch need not ask OpenCL for them.
 template <version V>
 opencl_version_kernel<V>::opencl_version_kernel(std::shared_ptr<library_program> program,
                                                 opencl_version_device<V>& device, const std::string& name,
@@ -31,6 +32,7 @@ opencl_version_kernel<V>::opencl_version_kernel(std::shared_ptr<library_program>
 template <version V>
 opencl_version_kernel<V>::~opencl_version_kernel() = default;
 
+// The atomic spares every launch but the first the lock.
 template <version V>
 const launch_limits& opencl_version_kernel<V>::get_launch_limits() const {
   if (has_limits_)
@@ -62,6 +64,7 @@ std::shared_ptr<device_ir::device_command> opencl_version_kernel<V>::make_launch
                                                                  launch, *this);
 }
 
+// A size that the compiler has fixed, or else the largest group, as square or cubic as integers allow.
 template <version V>
 size_triple opencl_version_kernel<V>::get_preferred_work_group_size(std::uint64_t work_dim) {
   const size_triple fixed = get_compile_work_group_size();
@@ -95,6 +98,7 @@ std::uint32_t opencl_version_kernel<V>::get_max_compute_units() {
   return device_.template get<skerv::opencl::device_parameter::max_compute_units>();
 }
 
+// OpenCL tells it of custom devices and of built-in kernels alone. Of any other kernel it is what addresses can count.
 template <version V>
 size_triple opencl_version_kernel<V>::get_max_global_size() {
   if constexpr (version_traits<V>::has_kernel_global_work_size) {

@@ -18,12 +18,14 @@ namespace oryn::tarva::library {
 template <version V>
 class opencl_version_device;
 
+// What the kernels of all versions share: the properties of the kernel catalogue.
 class opencl_kernel : public catalogue_owner<library_kernel, get_kernel_catalogue> {
 public:
   using catalogue_owner::catalogue_owner;
 };
 
-// A kernel of one OpenCL version, for any thread. It never changes; launches set their arguments on clones.
+// A kernel of one OpenCL version, for any thread. It never changes, but for its limits if they could not be read at first; launches
+// set their arguments on clones.
 template <version V>
 class opencl_version_kernel final : public opencl_kernel {
 public:
@@ -56,7 +58,8 @@ private:
   skerv::opencl::kernel<V> kernel_;
   opencl_version_device<V>& library_device_; // which the program keeps alive
   skerv::opencl::device<V> device_;
-  std::shared_ptr<const kernel_signature> signature_;
+  std::shared_ptr<const kernel_signature>
+      signature_;                                // null if the device tells nothing; set by the constructor
   mutable mutex limits_lock_;                    // for who finds no limits yet
   mutable std::optional<launch_limits> limits_;  // written once, before `has_limits_`
   mutable std::atomic<bool> has_limits_ = false; // from then on `limits_` is read without the lock

@@ -37,6 +37,7 @@ std::shared_ptr<library_kernel> opencl_version_program<V>::get_kernel(const std:
   return first;
 }
 
+// Before 1.2 OpenCL does not tell the names: all kernels are made to ask each for its own.
 template <version V>
 std::vector<std::string> opencl_version_program<V>::get_kernel_names() {
   if constexpr (version_traits<V>::has_kernel_names) {

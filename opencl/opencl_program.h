@@ -18,12 +18,14 @@ namespace oryn::tarva::library {
 template <version V>
 class opencl_version_device;
 
+// What the programs of all versions share: the properties of the program catalogue.
 class opencl_program : public catalogue_owner<library_program, get_program_catalogue> {
 public:
   using catalogue_owner::catalogue_owner;
 };
 
-// A built program of one OpenCL version, for any thread. It never changes, but for what it learns of its kernels.
+// A built program of one OpenCL version, for any thread. It never changes, but for what it learns of its kernels, for which its
+// signature_table has locks.
 template <version V>
 class opencl_version_program final : public opencl_program {
 public:
@@ -40,7 +42,8 @@ private:
   version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
   bool read_value(const program_catalogue::row& wanted, property_value& value) override;
 
-  opencl_version_device<V>& device_; // which the base class keeps alive, or which keeps this alive
+  opencl_version_device<V>&
+      device_; // kept alive by the base class; of a built-in program it is the one that keeps this
   std::unique_ptr<skerv::opencl::program<V>> program_;
   signature_table signatures_;
 };

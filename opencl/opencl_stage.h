@@ -12,7 +12,7 @@
 namespace oryn::tarva::library::device_ir::opencl {
 
 // The commands of one graph in the order of execution; those before `next` have ended. They belong to one logical
-// operation. Used by one thread at a time: that of the caller until it is handed over, then the worker.
+// operation. Used by one thread at a time: that which starts the operation until it is handed over, then the worker.
 struct work_list {
   std::vector<std::shared_ptr<device_command>> commands;
   std::size_t next = 0;
@@ -29,13 +29,16 @@ struct work_list {
   }
 };
 
-// Runs the OpenCL commands of one device on its queues. The worker's alone.
+// Runs the OpenCL commands of one device on its queues. The worker's alone, so it has no lock.
+//
+// Commands that follow each other are enqueued as one run and finished together, which costs one wait instead of one for each.
 class opencl_stage {
 public:
   explicit opencl_stage(std::unique_ptr<opencl_queues> queues) : queues_(std::move(queues)) {}
 
-  // Enqueues the OpenCL commands that the list starts with, and returns when they have ended. Throws what ends the worker:
-  // the first failure of a logical operation that comes out of an enqueue or a finish, which nobody could know beforehand.
+  // Enqueues the OpenCL commands that the list starts with, and returns when they have ended. It throws if OpenCL refuses to
+  // enqueue or to finish and the operation had not failed before: then nobody knows how its commands ended, and the worker
+  // cannot go on.
   void run(work_list& list);
 
 private:

@@ -77,6 +77,7 @@ std::int32_t try_argument(skerv::opencl::kernel<V>& kernel, std::uint32_t index,
   return status;
 }
 
+// Ten questions for each parameter, which is why the kernels of one name share the answers.
 template <version V>
 kernel_parameter ask_parameter(skerv::opencl::kernel<V>& kernel, std::uint32_t index) {
   alignas(128) static constexpr std::uint8_t zeros[128] = {};
@@ -101,6 +102,7 @@ std::vector<kernel_parameter> ask_parameters(skerv::opencl::kernel<V>& kernel, s
 
 } // namespace
 
+// Each limit is asked for by itself, so that a device that does not know one still tells the others.
 template <version V>
 launch_limits read_launch_limits(const skerv::opencl::kernel<V>& kernel,
                                  const skerv::opencl::device<V>& device) {

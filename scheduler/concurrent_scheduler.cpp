@@ -8,7 +8,8 @@
 
 namespace oryn::tarva::library {
 
-// The turn of one operation at all of its memory objects.
+// The turn of one operation at all of its memory objects, from its acceptance to the end of its work. An object that it names
+// twice is waited for once. Their order among themselves does not matter, as all queues are joined before any is waited in.
 class concurrent_scheduler::turn {
 public:
   turn(concurrent_scheduler& scheduler, logical_ir::logical_operation& operation)

@@ -32,6 +32,7 @@ device_work_dispatcher& dispatcher_of(const physical_graph& subgraph) {
   return subgraph.nodes().front()->get_device()->get_dispatcher();
 }
 
+// The commands are counted before the worker can end any of them, and given back if the dispatcher refuses.
 void submit_subgraph(const physical_graph& subgraph, std::unique_ptr<prepared_work> work,
                      std::uint64_t command_count) {
   const auto& operation = subgraph.nodes().front()->get_logical_operation();
@@ -50,6 +51,7 @@ bool is_on_one_device(const physical_graph& graph) {
   });
 }
 
+// A lowering that mixes devices would put commands on the wrong worker.
 void check_subgraph(const physical_graph& subgraph) {
   if (!is_on_one_device(subgraph))
     throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
@@ -57,6 +59,7 @@ void check_subgraph(const physical_graph& subgraph) {
 
 } // namespace
 
+// First by device, as no edge runs between devices, then by what hangs together.
 std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
   if (is_on_one_device(graph))
     return graph.disjoint_subgraphs();
@@ -104,8 +107,10 @@ void dispatch_operations(const physical_graph& graph, std::vector<command_graph>
   dispatch_subgraphs(device_subgraphs(graph), commands);
 }
 
+// Nothing else has these commands, so they need no dispatcher to put them in order among others.
 void run_host_work(const physical_graph& graph) {
-  const command_sequence commands = command_graph(graph, generate_commands, mark_submitted).topological_sort();
+  const command_sequence commands =
+      command_graph(graph, generate_commands, mark_submitted).topological_sort();
   graph.nodes().front()->get_logical_operation()->add_device_commands(commands.size());
   for (const command_pointer& command : commands)
     static_cast<device_ir::host_function_call&>(*command).run();

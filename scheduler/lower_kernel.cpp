@@ -34,6 +34,8 @@ bool is_on(const std::shared_ptr<library_device>& device, const memory_state& st
 
 } // namespace
 
+// One pass over the arguments does all checks, in their order, and finds the state of each memory object. A launch with many
+// arguments spends most of its own time here.
 std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kernel& operation,
                                                           const std::shared_ptr<library_device>& device,
                                                           const nd_range& range) {
@@ -77,6 +79,7 @@ std::vector<lowering::used_object> lowering::check_launch(const logical_ir::kern
   return objects;
 }
 
+// An object that is two arguments is moved at the first and found there at the second. Up to the loop nothing has changed.
 void lowering::visit(const logical_ir::kernel& operation) {
   const launch_limits& limits = operation.get_kernel_object()->get_launch_limits();
   check_work_dimension(operation.get_range(), limits.has_global_offset);
@@ -107,6 +110,7 @@ lowering::physical_pointer lowering::move_to(const std::shared_ptr<library_devic
                             : move_between_devices(device, memory, state);
 }
 
+// Allocate, copy, free on the host; the content is turned over before the copy if the device has the other byte order.
 lowering::physical_pointer lowering::move_from_host(const std::shared_ptr<library_device>& device,
                                                     const std::shared_ptr<library_memory>& memory,
                                                     memory_state& state) {

@@ -72,6 +72,7 @@ void lowering::add_chain(const std::vector<physical_pointer>& chain) {
     graph_.insert_edge(chain[i - 1], chain[i]);
 }
 
+// One object that cannot be settled must not keep the others from it.
 void lowering::settle_after_failure() noexcept {
   free_block(freed_);
   for (const block_move& move : moves_) {
@@ -92,6 +93,7 @@ void lowering::visit_unknown() {
   throw std::logic_error("Logical operation not recognized by the scheduler.");
 }
 
+// Whether there is so much memory is found out when the work runs; what no process could hold is refused at once.
 void lowering::visit(const logical_ir::allocate_memory& operation) {
   const auto& memory = operation.get_memory();
   if (exceeds_address_space(memory->get_type(), memory->get_num_elements()))
@@ -104,6 +106,7 @@ void lowering::visit(const logical_ir::allocate_memory& operation) {
   allocated_ = memory;
 }
 
+// The object leaves the table now. Should its work fail, `freed_` still has the block.
 void lowering::visit(const logical_ir::free_memory& operation) {
   const memory_state& state = table_.find(operation.get_memory());
   if (state.is_on_device())
@@ -113,6 +116,8 @@ void lowering::visit(const logical_ir::free_memory& operation) {
   // Otherwise the object's allocation has failed, and there is nothing to free.
   freed_ = table_.remove(operation.get_memory());
 }
+
+// Where the content is decides the form of what follows; the object stays there.
 
 void lowering::visit(const logical_ir::fill& operation) {
   const memory_state& state = table_.find(operation.get_memory());

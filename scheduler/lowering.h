@@ -25,7 +25,7 @@ public:
   lowering(const std::shared_ptr<logical_ir::logical_operation>& operation,
            const std::shared_ptr<library_device>& host_device, memory_table& table,
            std::atomic<std::uint64_t>& last_sync_id);
-  // A pointer to a derived class would be turned into a temporary one.
+  // A shared pointer to a derived class would become a temporary one, which is gone as soon as the constructor returns.
   lowering(std::shared_ptr<logical_ir::logical_operation>&&, const std::shared_ptr<library_device>&,
            memory_table&, std::atomic<std::uint64_t>&) = delete;
 

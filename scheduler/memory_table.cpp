@@ -8,6 +8,7 @@
 
 namespace oryn::tarva::library {
 
+// Objects that the user has never released. Each goes only after it has left the list, as its own entry holds it.
 memory_table::~memory_table() {
   while (library_memory* const memory = newest_) {
     newest_ = memory->get_scheduler_entry().after;
@@ -16,6 +17,7 @@ memory_table::~memory_table() {
   }
 }
 
+// The entry belongs to whoever has the turn of the object; the lock is for its neighbours in the list.
 memory_state& memory_table::add(const std::shared_ptr<library_memory>& memory) {
   memory_entry& entry = memory->get_scheduler_entry();
   if (entry.memory)
@@ -75,6 +77,7 @@ void free_block(const memory_state& state) {
   free_if_held(state.get_device_block());
 }
 
+// How far the content has got: to its destination; to staging, half-way; or nowhere, perhaps turned over.
 void block_move::settle_after_failure(memory_table& table) const {
   if (has_succeeded(arrival)) {
     free_if_held(staging);

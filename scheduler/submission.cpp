@@ -57,6 +57,7 @@ void submission::start(const std::shared_ptr<library_device>& host_device, sched
   operation.device_commands_ended(1);
 }
 
+// The count and the submission come before any command can end.
 void submission::run(host_work place, logical_ir::logical_operation::turn_holder* holder) {
   logical_ir::logical_operation& operation = *operation_;
   const physical_graph& graph = lowered_->get_graph();
@@ -72,6 +73,8 @@ void submission::run(host_work place, logical_ir::logical_operation::turn_holder
     dispatch_operations(graph, commands_);
 }
 
+// Without an error nobody else touches the operation any more. After one, commands that still run may use the blocks, so they are
+// waited for before anything is settled.
 void submission::finish() {
   operation_->wait_until_complete();
   if (!operation_->get_error())
