@@ -7,7 +7,7 @@ BUILD = build$(if $(filter-out release,$(PRESET)),-$(PRESET))
 # Used for a new build folder only; an existing one keeps the generator that it was made with.
 export CMAKE_GENERATOR ?= Ninja
 
-.PHONY: run test build install-packages configure asan tsan clang tidy format format-check benchmarks clean
+.PHONY: run test checks build install-packages configure asan tsan clang tidy format format-check benchmarks clean
 
 run: TARGETS = --target main_job
 run: build
@@ -15,6 +15,13 @@ run: build
 
 test: build
 	ctest --preset $(PRESET)
+
+# What else a change has to pass, as far as it takes minutes: the form, the other compiler's warnings, which are errors,
+# and the tests without a device under the address and undefined behaviour sanitizers.
+checks: format-check
+	$(MAKE) build PRESET=clang
+	$(MAKE) build PRESET=asan
+	ctest --preset asan -L 'unit|scripted|pipeline'
 
 build: configure
 	cmake --build --preset $(PRESET) --parallel $(JOBS) $(TARGETS)

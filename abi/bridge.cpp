@@ -2,7 +2,7 @@
 
 #include "base/end_of_process.h"
 #include "base/logging.h"
-#include "properties/property_base.h"
+#include "properties/property.h"
 
 #include <algorithm>
 #include <cstring>
@@ -204,6 +204,7 @@ void abi_bridge::release_property(tarva_abi_property_s* handle) {
     remove(handle);
 }
 
+// The counts are those of the caller's references that are still held.
 // Not analysed, as it depends on the argument whether the locks are taken.
 template <class Record>
 void abi_bridge::report_leaks_of(bool under_locks) const TARVA_NOT_ANALYSED {

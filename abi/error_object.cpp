@@ -1,7 +1,7 @@
 #include "abi/error_object.h"
 
 #include "abi/bridge.h"
-#include "properties/make_property.h"
+#include "properties/property_value.h"
 
 #include <new>
 #include <stdexcept>
@@ -56,7 +56,7 @@ enum exception_type : std::uint64_t {
   STANDARD_EXCEPTION = 7
 };
 
-// Of two results the one that says whose mistake it was: the caller's, or the world's.
+// The first three are mistakes of the caller; all others are failures at run time.
 tarva_abi_result result_of(std::uint64_t type) {
   return type <= LENGTH_ERROR ? TARVA_ABI_LOGIC_FAILURE : TARVA_ABI_RUNTIME_FAILURE;
 }

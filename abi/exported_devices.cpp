@@ -32,6 +32,7 @@ std::vector<std::uint8_t> copy_data(const void* data, std::uint64_t size) {
   return std::vector<std::uint8_t>(bytes, bytes + size);
 }
 
+// Unlike a label, options must be given; an empty string is enough.
 std::string copy_options(const char* options) {
   if (!options)
     throw std::logic_error("Attempting to make a string of the options, but the options argument is NULL.");
@@ -135,7 +136,7 @@ void tarva_abi_free_device_array(void*, tarva_abi_device_array_s* array) {
   });
 }
 
-// Programs.
+// Programs. A program keeps its device alive, so their handles may be given up in any order.
 
 tarva_abi_result tarva_abi_get_builtin_program(void*, tarva_abi_device_s* device,
                                                tarva_abi_program_s** out_program,
@@ -212,7 +213,7 @@ void tarva_abi_free_build_result(void*, tarva_abi_build_result_s* result) {
   });
 }
 
-// Kernels.
+// Kernels. Each call makes a new kernel object, which keeps its program alive.
 
 tarva_abi_result tarva_abi_get_kernel(void*, tarva_abi_program_s* program, const char* kernel_name,
                                       tarva_abi_kernel_s** out_kernel, tarva_abi_error_s** out_error) {

@@ -2,7 +2,7 @@
 #include "abi/entry_point.h"
 #include "abi/error_object.h"
 #include "memory/library_memory.h"
-#include "properties/property_base.h"
+#include "properties/property.h"
 #include "properties/property_strings.h"
 
 #include <cstdlib>
@@ -54,7 +54,7 @@ void tarva_abi_free_error(void*, tarva_abi_error_s* error) {
   call_without_result([&](tarva_singleton& library) { library.get_bridge().release_error(error); });
 }
 
-// Properties.
+// Properties. A property's handle keeps its owner alive, and the handles of its children do so too.
 
 // A name that does not exist has an empty property, whose handle is the caller's like any other.
 tarva_abi_result tarva_abi_get_child_property_by_name(void*, tarva_abi_property_s* parent, const char* name,

@@ -7,8 +7,7 @@
 #include "objects/library_device.h"
 #include "opencl/opencl_device.h"
 #include "properties/device_catalogue.h"
-#include "properties/kernel_catalogue.h"
-#include "properties/program_catalogue.h"
+#include "properties/program_and_kernel_catalogues.h"
 #include "scheduler/concurrent_scheduler.h"
 #include "scheduler/ultra_naive_scheduler.h"
 
@@ -24,6 +23,7 @@ namespace oryn::tarva::library {
 
 namespace {
 
+// Three times the same six stripes, and the words.
 std::string compose_banner() {
   const std::string dashes = std::string(59, '-') + '\n';
   const std::string pluses = std::string(59, '+') + '\n';
@@ -125,6 +125,8 @@ void tarva_singleton::start() {
   log_info("Initialization of TARVA complete.");
 }
 
+// Starts the worker of each device. A device that fails here is a failure of the start: those that cannot be prepared have
+// been left out before.
 void tarva_singleton::initialize_devices() {
   log_info("Initializing devices....");
   for (std::size_t index = 0; index < devices_.size(); ++index) {

@@ -6,6 +6,7 @@
 
 namespace oryn::tarva::library {
 
+// Logging takes no memory that it cannot do without, but making a pipe may throw; nothing may leave a destructor.
 completion_state::~completion_state() {
   try {
     if (!is_complete()) {
@@ -58,6 +59,7 @@ void completion_state::add_elapsed_time(std::uint64_t nanoseconds) {
   elapsed_time_ += nanoseconds;
 }
 
+// The count is set by comparing with `never_set`, so that of two threads that try one is refused.
 void completion_state::set_part_count(std::uint64_t count) {
   if (submitted_)
     throw std::logic_error(texts_.count_after_submission);
@@ -80,6 +82,8 @@ bool completion_state::succeed() {
   return true;
 }
 
+// The count is checked and lowered in one step: a report too many is refused, and never wraps around. An error may have
+// ended the whole before its last part; then the parts are still counted, as others wait for the last.
 completion_state::part_outcome completion_state::part_complete() {
   return count_part() ? complete_parts() : part_outcome::pending;
 }
@@ -123,6 +127,7 @@ bool completion_state::set_error(const std::exception_ptr& error) {
       return false;
     throw std::logic_error(texts_.already_complete);
   }
+  // Of several threads with an error one has come this far, so it may store the error without a lock.
   error_ = error;
   outcome_ = error ? outcome::failed : outcome::succeeded;
   close_pipe();

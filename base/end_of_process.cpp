@@ -71,6 +71,7 @@ void end_process_after_exit_handlers() noexcept {
   _exit(1);
 }
 
+// std::exit() runs the exit handlers on this thread, the library's among them, which see that the process has failed.
 void fail_process(const std::function<void()>& wake_sleepers) noexcept {
   while (internal::process_has_failed.exchange(true))
     pause(); // another thread ends the process
@@ -111,6 +112,7 @@ std::atomic<std::uint64_t>& call_gate::shard_of_this_thread() noexcept {
   return shards_[spread >> (64 - shard_bits)].calls;
 }
 
+// The sum is exact only once the gate is closed, when no call can be counted that then goes on.
 std::uint64_t call_gate::calls_inside() const noexcept {
   std::uint64_t calls = 0;
   for (const shard& each : shards_)
@@ -128,6 +130,7 @@ bool call_gate::wait_for_other_threads(std::chrono::milliseconds limit) const no
   return true;
 }
 
+// The time from which calls are admitted again is set before the wait, so that they are even if this thread never returns.
 bool call_gate::let_other_threads_leave(std::chrono::milliseconds limit,
                                         std::chrono::milliseconds delay) noexcept {
   if (own_calls != 0)
@@ -180,6 +183,7 @@ library_lifetime::library_lifetime(stoppable_library* (*start)()) : process_(get
   has_workers_ = library_->has_workers();
 }
 
+// The library is left alone rather than destroyed wherever anybody may still use it: the process is about to go.
 library_lifetime::~library_lifetime() {
   if (getpid() != process_)
     return;

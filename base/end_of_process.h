@@ -29,8 +29,8 @@
 //   process (the next case), but the exit handlers that are running already go on.
 // - A failure that the library cannot go on from: a worker whose command failed outright, a failed recovery from another
 //   failure, the pool of identifiers used up. fail_process() ends the process with status 1. From then on calls that enter
-//   are refused; those inside stay asleep, because the process must not seem to go on; the stop waits for no call and no
-//   worker, and destroys nothing.
+//   are refused, and those that wait inside stay asleep, so that the host does not go on as if they had ended. The stop
+//   waits for no call and no worker, and destroys nothing.
 // - The host's exit handlers wait for ever after a failure, for example for a call that stays asleep. A thread of its own
 //   ends the process when grace_period_of_exit_handlers is over. If there is no such thread to be had, a woken caller does
 //   the same.

@@ -37,6 +37,7 @@ log_file::~log_file() {
   close(descriptor_);
 }
 
+// A write may be cut short by a signal, or by a disk that is full; the rest is then tried again, and its error counts.
 void log_file::append(std::string_view lines) const {
   while (!lines.empty()) {
     const ssize_t written = write(descriptor_, lines.data(), lines.size());

@@ -17,6 +17,7 @@
 
 namespace oryn::logging {
 
+// What a logger writes to. A class of its own, so that the header needs nothing of the logging library.
 struct logger::target {
   std::shared_ptr<spdlog::logger> lines;
 };
@@ -34,6 +35,7 @@ std::string_view read_environment(const char* variable, std::string_view fallbac
   return value ? std::string_view(value) : fallback;
 }
 
+// Anything that is not exactly a level's name means off, without a word: there is no log yet that could say so.
 log_level read_level(const char* variable) {
   const std::string_view text = read_environment(variable, "off");
   for (std::size_t level = 0; level < level_names.size(); ++level)
@@ -67,6 +69,7 @@ private:
   const std::unique_ptr<spdlog::formatter> whole_;
 };
 
+// The logging library's own file sink has a buffer, and follows links.
 class file_sink final : public spdlog::sinks::base_sink<std::mutex> {
 public:
   explicit file_sink(const char* name) : file_(name) {}
@@ -82,6 +85,7 @@ private:
   const log_file file_;
 };
 
+// The loggers with a target are registered by name, and take the pattern from there. One without needs neither.
 std::shared_ptr<spdlog::logger> create_lines(const logger_description& description) {
   const std::string_view target = read_environment(description.target_variable, "none");
   if (target == "file")
@@ -189,6 +193,8 @@ void logger::close() noexcept {
     spdlog::drop(description_.name);
 }
 
+// The target is shared while a line is written, so that closing the logger at the same time does not pull it away. The lock
+// is not held meanwhile: the target has one of its own, and a slow one must not hold up more than the lines.
 void logger::write(log_level level, std::string_view format, const log_argument* arguments,
                    std::size_t count) noexcept {
   try {

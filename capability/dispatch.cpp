@@ -28,16 +28,18 @@ void fail(record<Op>& fields) {
 
 // Nothing that an executor throws leaves here.
 template <operation Op, void (*Function)(const root_device&, record<Op>&)>
+void perform_guarded(const root_device& device, void* block) {
+  auto& fields = *static_cast<record<Op>*>(block);
+  try {
+    Function(device, fields);
+  } catch (...) {
+    fail<Op>(fields);
+  }
+}
+
+template <operation Op, void (*Function)(const root_device&, record<Op>&)>
 constexpr command_entry perform(bool releases = false) {
-  const executor run = [](const root_device& device, void* block) {
-    auto& fields = *static_cast<record<Op>*>(block);
-    try {
-      Function(device, fields);
-    } catch (...) {
-      fail<Op>(fields);
-    }
-  };
-  return {Op, {run, releases}};
+  return {Op, {perform_guarded<Op, Function>, releases}};
 }
 
 using op = operation;

@@ -91,8 +91,6 @@ public:
     edges_[head].predecessors.push_back(tail);
   }
 
-  void check_node_exists(const T& node) const { index_of(node); }
-
   // Calls `visit` on each node after everything reachable from it. Stops at once when a cycle is met.
   void depth_first_search(bool& has_cycle, const std::function<void(const T&)>& visit) const {
     enum class colour : std::uint8_t { white, grey, black };

@@ -9,113 +9,100 @@ namespace oryn::tarva::library {
 
 namespace {
 
-// The text is made only when it is needed: a launch passes all of these checks.
-template <class Message>
-void refuse_if(bool fault, Message message) {
-  if (fault)
-    throw std::logic_error(message());
-}
-
-// The first `work_dim` entries count.
-template <class Test>
-bool any_dimension(const nd_range& range, Test test) {
-  for (std::uint64_t dimension = 0; dimension < range.work_dim; ++dimension)
-    if (test(dimension))
-      return true;
-  return false;
-}
-
 std::string text_of(const nd_range& range, const size_triple& sizes) {
   return to_string(sizes, range.work_dim);
 }
 
-bool leaves_local_size_to_device(const nd_range& range) {
-  return !any_dimension(range, [&](auto d) { return range.local_size[d] != 0; });
+// Of a triple the first `work_dim` entries count.
+bool is_zero_everywhere(const nd_range& range, const size_triple& sizes) {
+  for (std::uint64_t d = 0; d < range.work_dim; ++d)
+    if (sizes[d] != 0)
+      return false;
+  return true;
 }
 
+// More than can be counted are as many as can be.
 std::uint64_t work_items_of_group(const nd_range& range) {
   std::uint64_t product = 1;
-  for (std::uint64_t dimension = 0; dimension < range.work_dim; ++dimension)
-    if (__builtin_mul_overflow(product, range.local_size[dimension], &product))
+  for (std::uint64_t d = 0; d < range.work_dim; ++d)
+    if (__builtin_mul_overflow(product, range.local_size[d], &product))
       return UINT64_MAX;
   return product;
 }
 
 void check_global_size(const nd_range& range, const launch_limits& limits) {
   const auto& size = range.global_size;
-  refuse_if(!limits.zero_global_size_is_allowed && any_dimension(range, [&](auto d) { return size[d] == 0; }),
-            [&] { return "Global size " + text_of(range, size) + " must not be 0 in any dimension."; });
+  if (!limits.zero_global_size_is_allowed)
+    for (std::uint64_t d = 0; d < range.work_dim; ++d)
+      if (size[d] == 0)
+        throw std::logic_error("Global size " + text_of(range, size) + " must not be 0 in any dimension.");
   const std::uint64_t largest = limits.address_bits == 32 ? UINT32_MAX : UINT64_MAX;
-  refuse_if(
-      any_dimension(range,
-                    [&](auto d) { return size[d] > largest || range.global_offset[d] > largest - size[d]; }),
-      [&] {
-        return "Global offset " + text_of(range, range.global_offset) + " and global size " +
-               text_of(range, size) + " would overflow the global ids of the device.";
-      });
+  for (std::uint64_t d = 0; d < range.work_dim; ++d)
+    if (size[d] > largest || range.global_offset[d] > largest - size[d])
+      throw std::logic_error("Global offset " + text_of(range, range.global_offset) + " and global size " +
+                             text_of(range, size) + " would overflow the global ids of the device.");
 }
 
 void check_local_size(const nd_range& range, const launch_limits& limits) {
   const auto& size = range.local_size;
-  refuse_if(any_dimension(range, [&](auto d) { return size[d] == 0; }), [&] {
-    return "Local size " + text_of(range, size) + " must be 0 in all dimensions or in none.";
-  });
-  const auto& largest = limits.work_item_sizes;
-  refuse_if(largest && any_dimension(range, [&](auto d) { return size[d] > (*largest)[d]; }), [&] {
-    return "Local size " + text_of(range, size) + " would exceed the maximum of " +
-           text_of(range, largest.value_or(size_triple{})) + " work-items of the device.";
-  });
-  const std::uint64_t items = work_items_of_group(range);
-  refuse_if(limits.work_group_size && items > *limits.work_group_size, [&] {
-    return "Local size " + text_of(range, size) + " has more work-items than the " +
-           std::to_string(limits.work_group_size.value_or(0)) + " that a work-group of the kernel can have.";
-  });
-  refuse_if(limits.local_size_must_divide &&
-                any_dimension(range, [&](auto d) { return range.global_size[d] % size[d] != 0; }),
-            [&] {
-              return "Local size " + text_of(range, size) + " must divide the global size " +
-                     text_of(range, range.global_size) + " in every dimension.";
-            });
+  for (std::uint64_t d = 0; d < range.work_dim; ++d)
+    if (size[d] == 0)
+      throw std::logic_error("Local size " + text_of(range, size) +
+                             " must be 0 in all dimensions or in none.");
+  if (const auto& largest = limits.work_item_sizes)
+    for (std::uint64_t d = 0; d < range.work_dim; ++d)
+      if (size[d] > (*largest)[d])
+        throw std::logic_error("Local size " + text_of(range, size) + " would exceed the maximum of " +
+                               text_of(range, *largest) + " work-items of the device.");
+  if (limits.work_group_size && work_items_of_group(range) > *limits.work_group_size)
+    throw std::logic_error("Local size " + text_of(range, size) + " has more work-items than the " +
+                           std::to_string(*limits.work_group_size) +
+                           " that a work-group of the kernel can have.");
+  if (limits.local_size_must_divide)
+    for (std::uint64_t d = 0; d < range.work_dim; ++d)
+      if (range.global_size[d] % size[d] != 0)
+        throw std::logic_error("Local size " + text_of(range, size) + " must divide the global size " +
+                               text_of(range, range.global_size) + " in every dimension.");
 }
 
 } // namespace
 
 void check_work_dimension(const nd_range& range, bool has_global_offset) {
-  refuse_if(!has_global_offset && range.global_offset != size_triple{},
-            [&] { return "OpenCL 1.0 supports an offset of (0,0,0) only."; });
-  refuse_if(range.work_dim < 1 || range.work_dim > 3, [&] { return "Work dimension must be 1, 2, or 3."; });
+  if (!has_global_offset && range.global_offset != size_triple{})
+    throw std::logic_error("OpenCL 1.0 supports an offset of (0,0,0) only.");
+  if (range.work_dim < 1 || range.work_dim > 3)
+    throw std::logic_error("Work dimension must be 1, 2, or 3.");
 }
 
 void check_argument_count(std::uint64_t count, const launch_limits& limits) {
-  refuse_if(limits.argument_count && count != *limits.argument_count, [&] {
-    return "Kernel must have " + std::to_string(limits.argument_count.value_or(0)) + " arguments, but " +
-           std::to_string(count) + " were provided.";
-  });
+  if (limits.argument_count && count != *limits.argument_count)
+    throw std::logic_error("Kernel must have " + std::to_string(*limits.argument_count) + " arguments, but " +
+                           std::to_string(count) + " were provided.");
 }
 
 void check_local_memory(std::uint64_t bytes, const launch_limits& limits) {
-  refuse_if(limits.local_memory_bytes && bytes > *limits.local_memory_bytes, [&] {
-    return "Local memory arguments of " + std::to_string(bytes) + " bytes would overflow the " +
-           std::to_string(limits.local_memory_bytes.value_or(0)) + " bytes of local memory of the device.";
-  });
+  if (limits.local_memory_bytes && bytes > *limits.local_memory_bytes)
+    throw std::logic_error("Local memory arguments of " + std::to_string(bytes) +
+                           " bytes would overflow the " + std::to_string(*limits.local_memory_bytes) +
+                           " bytes of local memory of the device.");
 }
 
 void check_sizes(const nd_range& range, const launch_limits& limits) {
   check_global_size(range, limits);
-  if (leaves_local_size_to_device(range))
-    return;
   const auto& size = range.local_size;
-  const auto& fixed = limits.compile_work_group_size;
-  refuse_if(fixed && any_dimension(range, [&](auto d) { return size[d] != (*fixed)[d]; }), [&] {
-    return "Local size " + text_of(range, size) + " must be the size " +
-           text_of(range, fixed.value_or(size_triple{})) + " that was fixed when the kernel was compiled.";
-  });
+  if (is_zero_everywhere(range, size)) // the device chooses
+    return;
+  if (const auto& fixed = limits.compile_work_group_size)
+    for (std::uint64_t d = 0; d < range.work_dim; ++d)
+      if (size[d] != (*fixed)[d])
+        throw std::logic_error("Local size " + text_of(range, size) + " must be the size " +
+                               text_of(range, *fixed) + " that was fixed when the kernel was compiled.");
   check_local_size(range, limits);
 }
 
 nd_range with_fixed_local_size(const nd_range& range, const launch_limits& limits) {
   nd_range result = range;
-  if (limits.compile_work_group_size && leaves_local_size_to_device(range))
+  if (limits.compile_work_group_size && is_zero_everywhere(range, range.local_size))
     result.local_size = *limits.compile_work_group_size;
   return result;
 }

@@ -111,24 +111,12 @@ std::string identifier(const std::shared_ptr<library_memory>& memory) {
   return text(memory->get_unique_identifier());
 }
 
-std::uint64_t bytes(const std::shared_ptr<library_memory>& memory, std::uint64_t count) {
-  return element_size(memory->get_type()) * count;
-}
-
 } // namespace
-
-std::uint64_t allocate_memory::byte_count() const {
-  return get_memory()->get_size_in_bytes();
-}
 
 std::string allocate_memory::to_string() const {
   return "allocate_memory: {mem_object_id=" + identifier(get_memory()) +
          ", type=" + data_type_name(get_memory()->get_type()) +
          ", count=" + text(get_memory()->get_num_elements()) + "}";
-}
-
-std::uint64_t free_memory::byte_count() const {
-  return get_memory()->get_size_in_bytes();
 }
 
 std::string free_memory::to_string() const {
@@ -151,10 +139,6 @@ std::vector<std::shared_ptr<library_memory>> copy_tarva_to_tarva::memory_objects
   return {src_memory_, dest_memory_};
 }
 
-std::uint64_t copy_tarva_to_tarva::byte_count() const {
-  return bytes(src_memory_, count_);
-}
-
 std::string copy_tarva_to_tarva::to_string() const {
   return "copy_tarva_to_tarva: {"
          "src_object_id=" +
@@ -163,19 +147,11 @@ std::string copy_tarva_to_tarva::to_string() const {
          ", dest_start_position=" + text(dest_start_position_) + ", count=" + text(count_) + "}";
 }
 
-std::uint64_t copy_tarva_to_user::byte_count() const {
-  return bytes(get_memory(), count_);
-}
-
 std::string copy_tarva_to_user::to_string() const {
   return "copy_tarva_to_user: {"
          "src_object_id=" +
          identifier(get_memory()) + ", src_start_position=" + text(src_start_position_) +
          ", count=" + text(count_) + ", user_ptr=" + text(user_ptr_) + "}";
-}
-
-std::uint64_t copy_user_to_tarva::byte_count() const {
-  return bytes(get_memory(), count_);
 }
 
 std::string copy_user_to_tarva::to_string() const {
@@ -192,10 +168,6 @@ fill::fill(std::shared_ptr<library_memory> memory, const void* pattern, std::uin
   value_.assign(first, first + element_size(get_memory()->get_type()));
 }
 
-std::uint64_t fill::byte_count() const {
-  return bytes(get_memory(), count_);
-}
-
 std::string fill::to_string() const {
   return "fill: {"
          "memory_object_id=" +
@@ -207,13 +179,6 @@ std::string fill::to_string() const {
 std::vector<std::shared_ptr<library_memory>> kernel::memory_objects() const {
   const auto objects = arguments_.get_library_memory_arguments();
   return {objects.begin(), objects.end()};
-}
-
-std::uint64_t kernel::byte_count() const {
-  std::uint64_t total = 0;
-  for (const auto& memory : memory_objects())
-    total += memory->get_size_in_bytes();
-  return total;
 }
 
 std::string kernel::to_string() const {

@@ -59,12 +59,10 @@ public:
 
   // The memory objects that the operation names, in argument order, with repeats.
   virtual std::vector<std::shared_ptr<library_memory>> memory_objects() const = 0;
-  virtual std::uint64_t byte_count() const = 0;
   virtual std::string to_string() const = 0;
   virtual void accept(visitor& visitor) const { visitor.visit_unknown(); }
 
   std::shared_ptr<library_future> get_future();
-  notifier get_notification_pipe() const { return state_.get_pipe(); }
   bool is_complete() const { return state_.is_complete(); }
   std::exception_ptr get_error() const { return state_.get_error(); }
   // Sleeps until the operation has succeeded or failed. Does not return if a worker has failed for good: then the process
@@ -169,14 +167,12 @@ private:
 class allocate_memory final : public concrete_operation<allocate_memory, memory_operation> {
 public:
   using concrete_operation::concrete_operation;
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 };
 
 class free_memory final : public concrete_operation<free_memory, memory_operation> {
 public:
   using concrete_operation::concrete_operation;
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 };
 
@@ -193,7 +189,6 @@ public:
   std::uint64_t get_count() const { return count_; }
 
   std::vector<std::shared_ptr<library_memory>> memory_objects() const override;
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:
@@ -215,7 +210,6 @@ public:
   std::uint64_t get_count() const { return count_; }
   void* get_user_ptr() const { return user_ptr_; }
 
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:
@@ -235,7 +229,6 @@ public:
   std::uint64_t get_count() const { return count_; }
   const void* get_src_ptr() const { return src_ptr_; }
 
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:
@@ -254,7 +247,6 @@ public:
   std::uint64_t get_start_position() const { return start_position_; }
   std::uint64_t get_count() const { return count_; }
 
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:
@@ -274,7 +266,6 @@ public:
   const nd_range& get_range() const { return range_; }
 
   std::vector<std::shared_ptr<library_memory>> memory_objects() const override;
-  std::uint64_t byte_count() const override;
   std::string to_string() const override;
 
 private:

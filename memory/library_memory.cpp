@@ -1,7 +1,7 @@
 #include "memory/library_memory.h"
 
 #include "base/unique_identifier.h"
-#include "properties/make_property.h"
+#include "properties/property_value.h"
 
 #include <limits>
 #include <utility>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "objects/launch_limits.h"
-#include "properties/catalogue_owner.h"
-#include "properties/program_catalogue.h"
+#include "properties/catalogue.h"
+#include "properties/program_and_kernel_catalogues.h"
 #include "properties/property_interface.h"
 
 #include <cstdint>

@@ -1,9 +1,6 @@
 #include "opencl/opencl_commands.h"
 
-#include "access/opencl/copy_buffer.h"
-#include "access/opencl/fill_buffer_bytes.h"
-#include "access/opencl/nd_range_kernel.h"
-#include "access/opencl/transfer_buffer.h"
+#include "access/opencl/commands.h"
 #include "ir/launch_checks.h"
 #include "memory/ranges.h"
 #include "objects/library_device.h"

@@ -2,11 +2,10 @@
 #pragma once
 
 #include "access/opencl/buffer.h"
-#include "access/opencl/command.h"
+#include "access/opencl/command_queue.h"
+#include "access/opencl/commands.h"
 #include "access/opencl/context.h"
 #include "access/opencl/device.h"
-#include "access/opencl/event.h"
-#include "access/opencl/host_command_queue.h"
 #include "memory/device_memory.h"
 #include "memory/host_memory.h"
 #include "opencl/opencl_device_command.h"

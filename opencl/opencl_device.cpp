@@ -1,7 +1,8 @@
 #include "opencl/opencl_device.h"
 
-#include "access/common/text.h"
-#include "access/opencl/discovery.h"
+#include "access/common/opencl_constants.h"
+#include "access/common/info_query.h"
+#include "access/opencl/device.h"
 #include "base/logging.h"
 #include "memory/ranges.h"
 #include "objects/library_program.h"
@@ -135,8 +136,8 @@ template <version V>
 std::unique_ptr<device_memory_allocation> opencl_version_device<V>::allocate_memory(data_type type,
                                                                                     std::uint64_t size) {
   using buffer = skerv::opencl::buffer<V>;
-  constexpr std::uint64_t read_write = 1; // CL_MEM_READ_WRITE
-  buffer made = context_->create_buffer(read_write, size_in_bytes(type, size), nullptr);
+  buffer made =
+      context_->create_buffer(skerv::common::cl::mem_read_write, size_in_bytes(type, size), nullptr);
   return std::make_unique<opencl_buffer_allocation<buffer>>(this->shared_from_this(), type, size,
                                                             std::move(made));
 }

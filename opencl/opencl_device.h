@@ -1,13 +1,13 @@
 // The devices of the six OpenCL versions: one class, written once.
 #pragma once
 
+#include "access/opencl/command_queue.h"
 #include "access/opencl/context.h"
 #include "access/opencl/device.h"
-#include "access/opencl/device_command_queue.h"
 #include "memory/device_memory.h"
 #include "objects/library_device.h"
 #include "opencl/opencl_version.h"
-#include "properties/catalogue_owner.h"
+#include "properties/catalogue.h"
 #include "properties/device_catalogue.h"
 
 #include <memory>

@@ -5,8 +5,8 @@
 #include "base/thread_annotations.h"
 #include "objects/library_program.h"
 #include "opencl/opencl_version.h"
-#include "properties/catalogue_owner.h"
-#include "properties/kernel_catalogue.h"
+#include "properties/catalogue.h"
+#include "properties/program_and_kernel_catalogues.h"
 
 #include <atomic>
 #include <memory>

@@ -1,7 +1,7 @@
 #include "opencl/read_launch_limits.h"
 
+#include "access/common/call_handle.h"
 #include "access/common/errors.h"
-#include "access/common/transport.h"
 #include "opencl/opencl_device.h"
 
 #include <algorithm>
@@ -50,7 +50,6 @@ auto limit(Read read) -> std::optional<decltype(read())> {
 // optional, and the device tells.
 template <version V>
 bool has_non_uniform_groups(const skerv::opencl::device<V>& device) {
-  constexpr std::uint32_t non_uniform_work_group_support = 0x1065;
   if constexpr (V < version::v2_0)
     return false;
   const std::string reported =
@@ -59,7 +58,10 @@ bool has_non_uniform_groups(const skerv::opencl::device<V>& device) {
     return false;
   if (reported.rfind("OpenCL 2.", 0) == 0)
     return true;
-  return try_to_ask([&] { return device.get_bool(non_uniform_work_group_support); }).value_or(true);
+  return try_to_ask([&] {
+           return device.get_bool(skerv::opencl::device_parameter::non_uniform_work_group_support.number);
+         })
+      .value_or(true);
 }
 
 // More than a device can pass to a kernel: a count above it is no count.
@@ -102,7 +104,7 @@ std::vector<kernel_parameter> ask_parameters(skerv::opencl::kernel<V>& kernel, s
 template <version V>
 launch_limits read_launch_limits(const skerv::opencl::kernel<V>& kernel,
                                  const skerv::opencl::device<V>& device) {
-  using skerv::opencl::device_parameter;
+  namespace device_parameter = skerv::opencl::device_parameter;
   launch_limits limits;
   limits.has_global_offset = version_traits<V>::has_global_offset;
   limits.zero_global_size_is_allowed = V >= version::v2_1;

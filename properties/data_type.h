@@ -1,13 +1,15 @@
+// The data types of the library: those of properties, and those of the elements of memory objects and of kernel
+// arguments. One table says what each is; sizes, names, texts and byte orders all come from it. Plain values without
+// state, for any thread.
 #pragma once
 
 #include <array>
 #include <cstdint>
-#include <stdexcept>
 #include <vector>
 
 namespace oryn::tarva::library {
 
-// The values are those of the public interface; 0 stands for no type.
+// The values, which reach callers and come from them, are those of the public interface; 0 stands for no type.
 enum class data_type : std::uint64_t {
   string_ = 1,
   boolean_,
@@ -79,9 +81,11 @@ enum class data_type : std::uint64_t {
   double16_,
 };
 
+// The ends of the enumeration; callers may pass any number for a type.
 inline constexpr std::uint64_t first_data_type = 1;
 inline constexpr std::uint64_t last_data_type = 68;
 
+// How the bits of one component are to be understood.
 enum class component_kind : std::uint8_t {
   character,
   boolean,
@@ -91,6 +95,7 @@ enum class component_kind : std::uint8_t {
   floating_point,
 };
 
+// What a type is made of: its name as users read it, and the kind, the size and the number of its components.
 struct data_type_row {
   const char* name;
   component_kind kind;
@@ -181,8 +186,9 @@ constexpr const data_type_row* find_data_type(data_type type) noexcept {
   return value < first_data_type || value > last_data_type ? nullptr : &data_type_table[value - 1];
 }
 
-// std::logic_error: not a data type.
+// Both throw std::logic_error: not a data type, and no element where there must be one.
 [[noreturn]] void refuse_data_type();
+[[noreturn]] void refuse_null_element();
 
 // Of each type, by its number; 0 where there is none.
 inline constexpr auto element_sizes = [] {
@@ -200,22 +206,18 @@ inline std::uint64_t element_size(data_type type) {
   return element_sizes[value];
 }
 
+// As users read it; std::logic_error for a value that is no data type.
 const char* data_type_name(data_type type);
 
 // The size of the one element of `type` at `value`, which must not be null.
 inline std::uint64_t check_element(const void* value, data_type type) {
   const std::uint64_t size = element_size(type);
   if (value == nullptr)
-    throw std::logic_error(
-        "NULL pointer provided as a pointer to a value, but the data type has a non-zero size.");
+    refuse_null_element();
   return size;
 }
 
 // The bytes of that element.
-inline std::vector<std::uint8_t> copy_element_bytes(const void* value, data_type type) {
-  const std::uint64_t size = check_element(value, type);
-  const auto* bytes = static_cast<const std::uint8_t*>(value);
-  return std::vector<std::uint8_t>(bytes, bytes + size);
-}
+std::vector<std::uint8_t> copy_element_bytes(const void* value, data_type type);
 
 } // namespace oryn::tarva::library

@@ -1,14 +1,17 @@
+// The property tree of devices.
 #pragma once
 
 #include "properties/catalogue.h"
+#include "properties/device_parameters.h"
 
 #include <cstdint>
-#include <optional>
 #include <string_view>
 
 namespace oryn::tarva::library {
 
-// How the value of a device's property is obtained. From `uint32` on, by the device query `parameter`.
+// How the value of a device's property is obtained: not at all, from what the library knows of the device, or, from
+// `uint32` on, from the device query `parameter`. The device reads it (opencl/opencl_device.cpp), each time it is
+// asked.
 enum class device_reading : std::uint8_t {
   none,
   friendly_short_description,
@@ -34,14 +37,13 @@ struct device_source {
   std::uint64_t operand = 0;
 };
 
-std::optional<data_type> value_type(const device_source& source);
-
 using device_catalogue = catalogue<device_source>;
 
+// Made by the first call, which any thread may be, and never changed.
 const device_catalogue& get_device_catalogue();
 
 // On a device without images the children of this key do not exist, though they are listed.
 inline constexpr std::string_view image_support_key = "CL_DEVICE_IMAGE_SUPPORT";
-inline constexpr std::uint32_t image_support_parameter = 0x1016;
+inline constexpr std::uint32_t image_support_parameter = device_parameter::image_support.number;
 
 } // namespace oryn::tarva::library

@@ -1,23 +1,18 @@
 #include "properties/element.h"
 
-#include <charconv>
+#include <cmath>
+#include <limits>
 
 namespace oryn::tarva::library {
 namespace {
 
-template <typename T>
-void append_integer(text_buffer& out, T value) {
-  constexpr std::size_t longest = 24;
-  char* const begin = out.room_for(longest);
-  out.grow(static_cast<std::size_t>(std::to_chars(begin, begin + longest, value).ptr - begin));
-}
-
-// Six significant digits, as a stream prints by default, but untouched by the locale of the host process.
-void append_floating_point(text_buffer& out, double value) {
-  constexpr std::size_t longest = 32;
-  char* const begin = out.room_for(longest);
-  const auto end = std::to_chars(begin, begin + longest, value, std::chars_format::general, 6).ptr;
-  out.grow(static_cast<std::size_t>(end - begin));
+// Of a half, from its exponent and mantissa as they lie there.
+float magnitude(int exponent, int mantissa) {
+  if (exponent == 31)
+    return mantissa == 0 ? std::numeric_limits<float>::infinity() : std::numeric_limits<float>::quiet_NaN();
+  if (exponent == 0)
+    return std::ldexp(static_cast<float>(mantissa), -24);
+  return std::ldexp(static_cast<float>(mantissa + 1024), exponent - 25);
 }
 
 void append_value(text_buffer& out, const char* value) {
@@ -30,25 +25,25 @@ void append_value(text_buffer& out, bool value) {
     out.append("false");
 }
 void append_value(text_buffer& out, half value) {
-  append_floating_point(out, half_to_float(value));
+  out.append_number(double{half_to_float(value)});
 }
-void append_value(text_buffer& out, float value) {
-  append_floating_point(out, value);
-}
-void append_value(text_buffer& out, double value) {
-  append_floating_point(out, value);
+void append_value(text_buffer& out, std::floating_point auto value) {
+  out.append_number(double{value});
 }
 
+// A byte is the character itself, not its number.
 template <std::integral T>
 void append_value(text_buffer& out, T value) {
   if constexpr (sizeof(T) == 1)
     out.append_repeated(1, static_cast<char>(value));
+  else if constexpr (std::is_signed_v<T>)
+    out.append_number(std::int64_t{value});
   else
-    append_integer(out, value);
+    out.append_number(std::uint64_t{value});
 }
 
 // True when T holds one component of the row; prints it if so.
-template <typename T>
+template <class T>
 bool append_component_as(text_buffer& out, const data_type_row& row, const void* data, std::uint64_t index) {
   using shape = element_shape<T>;
   if (row.kind != shape::kind || row.component_bytes != shape::component_bytes)
@@ -57,12 +52,13 @@ bool append_component_as(text_buffer& out, const data_type_row& row, const void*
   return true;
 }
 
-template <typename... T>
+template <class... T>
 bool append_component_as_one_of(text_buffer& out, const data_type_row& row, const void* data,
                                 std::uint64_t index) {
   return (append_component_as<T>(out, row, data, index) || ...);
 }
 
+// Each kind and size of component has one type here.
 void append_component(text_buffer& out, const data_type_row& row, const void* data, std::uint64_t index) {
   append_component_as_one_of<const char*, bool, std::uint8_t, std::uint64_t, std::int8_t, std::uint16_t,
                              std::int16_t, std::uint32_t, std::int32_t, std::int64_t, half, float, double>(
@@ -71,10 +67,13 @@ void append_component(text_buffer& out, const data_type_row& row, const void* da
 
 } // namespace
 
-void append_decimal(text_buffer& out, std::uint64_t number) {
-  append_integer(out, number);
+// The sign is that of the bits, also of a zero and of what is not a number.
+float half_to_float(half value) {
+  const float result = magnitude((value.bits >> 10) & 0x1f, value.bits & 0x3ff);
+  return std::copysign(result, (value.bits & 0x8000) != 0 ? -1.0f : 1.0f);
 }
 
+// A vector is its components in braces; of three components three are printed, although they take the room of four.
 void append_element_text(text_buffer& out, const void* data, data_type type, std::uint64_t index) {
   // Nearly all elements are of these; the table is for the rest.
   switch (type) {

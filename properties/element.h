@@ -1,7 +1,7 @@
+// Elements of arrays of any data type: reading one as a C++ value, and its text.
 #pragma once
 
 #include "properties/data_type.h"
-#include "properties/half.h"
 #include "properties/text_buffer.h"
 
 #include <array>
@@ -15,8 +15,16 @@
 
 namespace oryn::tarva::library {
 
+// A 16-bit floating-point value as it lies in memory: sign, five bits of exponent, ten of mantissa.
+struct half {
+  std::uint16_t bits = 0;
+};
+
+// Exact: each half is a float, too.
+float half_to_float(half value);
+
 // How the elements of a type are held in C++: strings as pointers to their characters, vectors as arrays.
-template <typename T>
+template <class T>
 struct element_shape {
   static_assert(std::is_arithmetic_v<T>);
   using component = T;
@@ -27,6 +35,7 @@ struct element_shape {
   static constexpr std::size_t components = 1;
 };
 
+// An element that is a string is a pointer to its characters, whatever its type says of its size.
 template <>
 struct element_shape<const char*> {
   static constexpr component_kind kind = component_kind::character;
@@ -34,6 +43,7 @@ struct element_shape<const char*> {
   static constexpr std::size_t components = 1;
 };
 
+// Four bytes, of which any that is not 0 makes it true.
 template <>
 struct element_shape<bool> {
   static constexpr component_kind kind = component_kind::boolean;
@@ -48,13 +58,13 @@ struct element_shape<half> {
   static constexpr std::size_t components = 1;
 };
 
-template <typename T, std::size_t n>
+template <class T, std::size_t n>
 struct element_shape<std::array<T, n>> : element_shape<T> {
   static constexpr std::size_t components = n;
 };
 
 // The data type whose elements T holds.
-template <typename T>
+template <class T>
 consteval data_type data_type_of() {
   using shape = element_shape<T>;
   for (std::uint64_t value = first_data_type; value <= last_data_type; ++value) {
@@ -66,8 +76,9 @@ consteval data_type data_type_of() {
   throw "no data type has elements of this kind";
 }
 
-// Element `index` of an array of elements of `type`, which must be the type of T.
-template <typename T>
+// Element `index` of an array of elements of `type`. Throws std::logic_error unless that is the type of T, and
+// std::runtime_error if it is no type at all. The array need not be aligned.
+template <class T>
 T get_element(const void* data, data_type type, std::uint64_t index) {
   if (type != data_type_of<T>()) {
     if (find_data_type(type) == nullptr)
@@ -85,10 +96,9 @@ T get_element(const void* data, data_type type, std::uint64_t index) {
   }
 }
 
-// The text of element `index`, and the same text at the end of one that the caller is building.
+// The text of element `index`, and the same text at the end of one that the caller is building. std::runtime_error if
+// `type` is no data type.
 std::string element_to_text(const void* data, data_type type, std::uint64_t index);
 void append_element_text(text_buffer& out, const void* data, data_type type, std::uint64_t index);
-
-void append_decimal(text_buffer& out, std::uint64_t number);
 
 } // namespace oryn::tarva::library

@@ -11,7 +11,8 @@
 namespace oryn::tarva::library {
 namespace {
 
-// Both writers fill one buffer for the whole tree, so that the cost is linear in the length of the result.
+// For people. Both writers fill one buffer for the whole tree, so that the cost is linear in the length of the
+// result.
 class text_writer final : public property_visitor {
 public:
   struct shown_parts {
@@ -55,12 +56,13 @@ private:
     write_array(value);
   }
 
+  // The brace that closes ends no line: the line end of the block does that.
   void write_array(const value_view& value) {
     out.append("{ \n");
     for (std::uint64_t index = 0; index < value.element_count; ++index) {
       out.append_repeated(21, ' ');
       out.append("[");
-      append_decimal(out, index);
+      out.append_number(index);
       out.append("]  ");
       append_element_text(out, value.data, value.type, index);
       out.append("\n");
@@ -72,6 +74,7 @@ private:
   const shown_parts shown_;
 };
 
+// For programs. A child that is listed but not there is an empty element.
 class xml_writer final : public property_visitor {
 public:
   text_buffer out;
@@ -93,11 +96,11 @@ public:
 private:
   void write_value(const value_view& value) {
     out.append("<data num_elements=\"");
-    append_decimal(out, value.element_count);
+    out.append_number(value.element_count);
     out.append("\" type=\"", data_type_name(value.type), "\">\n");
     for (std::uint64_t index = 0; index < value.element_count; ++index) {
       out.append("<value index=\"");
-      append_decimal(out, index);
+      out.append_number(index);
       out.append("\">");
       element_.clear();
       append_element_text(element_, value.data, value.type, index);
@@ -167,6 +170,7 @@ private:
 
 } // namespace
 
+// The visitor sees what is below a property; the property itself is shown to it first.
 text_buffer to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
                          bool show_friendly_name, bool show_type, bool show_description, bool show_value) {
   if (property->is_empty() ||

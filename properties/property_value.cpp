@@ -1,8 +1,18 @@
 #include "properties/property_value.h"
 
-#include <utility>
+#include <stdexcept>
 
 namespace oryn::tarva::library {
+namespace {
+
+// The elements, copied; `Stored` is how one of them lies there.
+template <class T, class Stored>
+typename property<T>::values_type copy_elements(const value_view& value) {
+  const auto* first = static_cast<const Stored*>(value.data);
+  return {first, first + value.element_count};
+}
+
+} // namespace
 
 void property_value::set(std::uint64_t value) {
   numbers_.front() = value;
@@ -19,6 +29,7 @@ void property_value::set(bool value) {
   view_ = {data_type::boolean_, 1, &flag_};
 }
 
+// The string's own zero closes it.
 void property_value::set(std::string_view value) {
   set_text([value](std::string& text) { text = value; });
 }
@@ -37,6 +48,7 @@ void property_value::set(const std::vector<std::string>& values) {
   });
 }
 
+// Bytes may be many, such as those of a program: they are handed on and not copied.
 void property_value::set(std::vector<unsigned char> values) {
   bytes_ = std::move(values);
   view_ = {data_type::uint8_, bytes_.size(), bytes_.data()};
@@ -45,6 +57,31 @@ void property_value::set(std::vector<unsigned char> values) {
 std::vector<unsigned char> property_value::take_bytes() {
   clear();
   return std::exchange(bytes_, {});
+}
+
+// Four types, as no owner has values of another. A value that is none gives a property without a value.
+std::shared_ptr<property_base> make_property(property_interface* owner, property_path path,
+                                             std::shared_ptr<const property_texts> texts,
+                                             property_value& value) {
+  if (path.empty())
+    throw std::logic_error("Expected path to be non-empty.");
+  const value_view view = value.view();
+  switch (view.type) {
+  case data_type::string_:
+    return std::make_shared<property<std::string>>(owner, std::move(path), std::move(texts),
+                                                   copy_elements<std::string, const char*>(view));
+  case data_type::boolean_:
+    return std::make_shared<property<bool>>(owner, std::move(path), std::move(texts),
+                                            copy_elements<bool, std::uint32_t>(view));
+  case data_type::uint8_:
+    return std::make_shared<property<unsigned char>>(owner, std::move(path), std::move(texts),
+                                                     value.take_bytes());
+  case data_type::uint64_:
+    return std::make_shared<property<unsigned long>>(owner, std::move(path), std::move(texts),
+                                                     copy_elements<unsigned long, std::uint64_t>(view));
+  default:
+    return std::make_shared<property_base>(owner, std::move(path), std::move(texts));
+  }
 }
 
 } // namespace oryn::tarva::library

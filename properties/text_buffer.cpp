@@ -1,9 +1,37 @@
 #include "properties/text_buffer.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
 
 namespace oryn::tarva::library {
+
+namespace {
+
+// What is written goes straight into the buffer, whose room may be more than is used.
+template <class Integer>
+void append_integer(text_buffer& out, Integer number) {
+  constexpr std::size_t longest = 24;
+  char* const begin = out.room_for(longest);
+  out.grow(static_cast<std::size_t>(std::to_chars(begin, begin + longest, number).ptr - begin));
+}
+
+} // namespace
+
+void text_buffer::append_number(std::uint64_t number) {
+  append_integer(*this, number);
+}
+
+void text_buffer::append_number(std::int64_t number) {
+  append_integer(*this, number);
+}
+
+void text_buffer::append_number(double number) {
+  constexpr std::size_t longest = 32;
+  char* const begin = room_for(longest);
+  const auto end = std::to_chars(begin, begin + longest, number, std::chars_format::general, 6).ptr;
+  grow(static_cast<std::size_t>(end - begin));
+}
 
 // At least doubled, so that a text is copied a few times at most; the first room takes most trees.
 void text_buffer::reserve(std::size_t count) {

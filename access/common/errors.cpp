@@ -7,6 +7,7 @@
 namespace oryn::skerv::common {
 namespace {
 
+// One function for each row of the table: a class cannot be picked by a number, a function can.
 using thrower = void (*)();
 
 template <std::int32_t Status>
@@ -30,6 +31,7 @@ std::string status_message(std::int32_t status) {
   return index < status_table.size() ? status_table[index].message : "Unknown error.";
 }
 
+// A row that is missing in the table is a status that an extension or a later version of OpenCL has added.
 void throw_status(std::int32_t status) {
   const std::size_t index = status_index(status);
   if (index < throwers.size())
@@ -37,6 +39,7 @@ void throw_status(std::int32_t status) {
   throw unknown_opencl_error(status);
 }
 
+// What an unknown status means nobody knows, so it counts as one that may pass.
 bool is_of_the_moment(std::int32_t status) {
   if (status == 0)
     return false;
@@ -44,6 +47,7 @@ bool is_of_the_moment(std::int32_t status) {
   return index >= status_table.size() || status_table[index].base == error_base::runtime;
 }
 
+// Which status it was is of no help: the caller has done nothing wrong, and cannot do anything about it.
 void check_release_status(std::int32_t status) {
   if (status != 0)
     throw bad_implementation("OpenCL release operations should never fail.  Complain to your vendor.");

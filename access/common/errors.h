@@ -1,42 +1,98 @@
-// One exception class for each status of the OpenCL standard, and what turns a status into it.
+// One exception class for each status of the OpenCL standard, and what turns a status into it. The statuses with
+// their texts and bases stand in access/common/status_table.h.
 #pragma once
 
-#include "access/common/error_classes.h"
 #include "access/common/status_table.h"
 
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 namespace oryn::skerv::common {
+
+// What the access layer throws for OpenCL, on whatever thread called it. Each of these holds its own text. They pass
+// unchanged up to the exported functions, which turn them into error objects.
+class error : public std::exception {
+public:
+  explicit error(std::string message) : message_(std::move(message)) {}
+  const char* what() const noexcept override { return message_.c_str(); }
+
+private:
+  std::string message_;
+};
+
+// An OpenCL status that the standard names.
+class opencl_error : public error {
+public:
+  opencl_error(std::string message, std::int32_t status) : error(std::move(message)), status_(status) {}
+  std::int32_t get_status() const noexcept { return status_; }
+
+private:
+  std::int32_t status_;
+};
+
+// The call was wrong: the same call will fail again.
+class logic_error : public opencl_error {
+public:
+  using opencl_error::opencl_error;
+};
+
+// The call was right, but could not be carried out: a later one may succeed.
+class runtime_error : public opencl_error {
+public:
+  using opencl_error::opencl_error;
+};
+
+// A status that the standard does not name.
+class unknown_opencl_error : public error {
+public:
+  explicit unknown_opencl_error(std::int32_t status)
+      : error("Unknown OpenCL Error Code: " + std::to_string(status)), status_(status) {}
+  std::int32_t get_status() const noexcept { return status_; }
+
+private:
+  std::int32_t status_;
+};
+
+// The OpenCL implementation breaks a rule of the standard.
+class bad_implementation : public error {
+public:
+  using error::error;
+};
 
 // The text of `status`: "Success." for 0, and "Unknown error." for one that the standard does not name.
 std::string status_message(std::int32_t status);
 
+// Throws the exception class of `status`, which is not 0.
 [[noreturn]] void throw_status(std::int32_t status);
 
-// Returns if `status` is 0, else throws the exception class of `status`.
+// What follows every command with a status. Returns if it is 0, else throws its exception class.
 inline void check_status(std::int32_t status) {
   if (status != 0)
     throw_status(status);
 }
 
-// Whether `status` may be another one when the same is asked again.
+// Whether the fault is one of the moment: `status` may be another one when the same is asked again.
 bool is_of_the_moment(std::int32_t status);
 
 // For the commands that give up a reference: these have no reason to fail.
 void check_release_status(std::int32_t status);
 
+// The class by which a handler catches all statuses of that kind.
 template <std::int32_t Status>
 using status_base = std::conditional_t<status_table[status_index(Status)].base == error_base::runtime,
                                        runtime_error, logic_error>;
 
+// The class of one status. A handler names it by its alias below.
 template <std::int32_t Status>
 class status_error : public status_base<Status> {
 public:
   status_error() : status_base<Status>(status_message(Status), Status) {}
 };
 
+// By status, from -1 on downward. The names are those of OpenCL's constants without CL_.
 using device_not_found = status_error<-1>;
 using device_not_available = status_error<-2>;
 using compiler_not_available = status_error<-3>;

@@ -7,8 +7,10 @@
 
 namespace oryn::skerv::common {
 
+// Whether the call was wrong, or could just not be carried out.
 enum class error_base { logic, runtime };
 
+// The message is for users, and reaches them as it stands. Two rows have the same one.
 struct status_row {
   std::int32_t status;
   error_base base;
@@ -86,7 +88,7 @@ inline constexpr std::array<status_row, 62> status_table{{
 inline constexpr std::int32_t first_gap_status = -20;
 inline constexpr std::int32_t last_gap_status = -29;
 
-// The place of `status` in the table, or the table's size if it has none.
+// The place of `status` in the table, or the table's size if it has none. It is computed, since there is but one gap.
 constexpr std::size_t status_index(std::int32_t status) {
   constexpr std::int32_t lowest = -72;
   constexpr std::int32_t gap_length = first_gap_status - last_gap_status + 1;

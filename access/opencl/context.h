@@ -1,25 +1,32 @@
+// A context of OpenCL, which makes buffers, programs and queues for its devices.
 #pragma once
 
-#include "access/common/opencl_constants.h"
 #include "access/opencl/buffer.h"
 #include "access/opencl/device.h"
-#include "access/opencl/device_binary.h"
 #include "access/opencl/opencl_handle.h"
-#include "access/opencl/platform.h"
 #include "access/opencl/program.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace oryn::skerv::opencl {
 
+struct context_kind {
+  static constexpr qv::operation release = qv::operation::release_context;
+  static constexpr qv::operation retain = qv::operation::retain_context;
+  static constexpr const char* destructor_fault = "Exception caught in context::~context().";
+};
+
+// A device of the library has one context for as long as it is started, and any thread may make things in it. What it
+// makes holds OpenCL's context by itself, and shares the call handle. Queues are made by their constructors
+// (access/opencl/command_queue.h).
 template <version V>
 class context : public opencl_handle<V, context_kind> {
 public:
-  // `pfn_notify` may be called on any thread, for as long as the OpenCL context lives.
+  // The call handle of the first device serves the whole context. `pfn_notify` may be called on any thread, for as
+  // long as the OpenCL context lives. std::logic_error without devices.
   context(const std::vector<std::uint64_t>& properties, const std::vector<device<V>>& devices,
           qv::context_callback pfn_notify, void* user_data);
 
@@ -27,10 +34,12 @@ public:
   template <version W = V>
   platform<V> get_platform() const requires(version_traits<W>::has_platform);
 
+  // `size` is in bytes, and `flags` are those of OpenCL. `host_ptr` is null unless a flag wants it.
   buffer<V> create_buffer(std::uint64_t flags, std::size_t size, void* host_ptr) const;
 
   // `text` ends in a zero byte.
   program<V> create_program_with_source(const char* text) const;
+  // std::logic_error without binaries.
   program<V> create_program_with_binaries(const std::vector<device_binary<V>>& binaries) const;
   template <version W = V>
   program<V> create_program_with_builtin_kernels(const std::vector<device<V>>& devices,
@@ -39,160 +48,15 @@ public:
   template <version W = V>
   program<V> create_program_with_il(const std::vector<std::uint8_t>& il) const
       requires(version_traits<W>::has_il);
-  // Needs the extension cl_khr_il_program.
+  // Needs the extension cl_khr_il_program, and throws std::logic_error if there is no function for it.
   template <version W = V>
   program<V> create_program_with_il(const void* il, std::size_t length) const
       requires(version_traits<W>::has_il_extension);
 
 private:
-  static void* create(const std::vector<std::uint64_t>& properties, const std::vector<device<V>>& devices,
-                      qv::context_callback pfn_notify, void* user_data);
-
   // Performs a create command with this context as its context.
   template <qv::operation Op>
-  void* create_object(qv::record<Op>& record) const {
-    record.context = this->get_handle();
-    call<V, Op>(this->get_call_handle(), record);
-    return record.result;
-  }
-
-  // The first device, whose call handle serves the whole context.
-  static const device<V>& first_of(const std::vector<device<V>>& devices);
+  void* create_object(qv::record<Op>& record) const;
 };
-
-template <version V>
-context<V>::context(const std::vector<std::uint64_t>& properties, const std::vector<device<V>>& devices,
-                    qv::context_callback pfn_notify, void* user_data)
-    : opencl_handle<V, context_kind>(first_of(devices).get_call_handle(),
-                                     create(properties, devices, pfn_notify, user_data)) {}
-
-template <version V>
-const device<V>& context<V>::first_of(const std::vector<device<V>>& devices) {
-  if (devices.empty())
-    throw std::logic_error("Cannot create a context without supplying any devices!");
-  return devices.front();
-}
-
-template <version V>
-void* context<V>::create(const std::vector<std::uint64_t>& properties, const std::vector<device<V>>& devices,
-                         qv::context_callback pfn_notify, void* user_data) {
-  const device<V>& first = first_of(devices);
-  const std::vector<void*> handles = handles_of(devices);
-  qv::create_context_record record{};
-  record.properties = properties.empty() ? nullptr : properties.data();
-  record.num_devices = static_cast<std::uint32_t>(handles.size());
-  record.devices = handles.data();
-  record.pfn_notify = pfn_notify;
-  record.user_data = user_data;
-  call<V, qv::operation::create_context>(first.get_call_handle(), record);
-  return record.result;
-}
-
-template <version V>
-std::vector<device<V>> context<V>::get_devices() const {
-  const auto info = this->template query<qv::operation::get_context_info>(common::cl::context_devices);
-  return wrap_devices<V>(this->get_call_handle(), common::get_vector_info<void*>(info));
-}
-
-template <version V>
-template <version W>
-platform<V> context<V>::get_platform() const requires(version_traits<W>::has_platform) {
-  const std::vector<device<V>> devices = get_devices();
-  if (devices.empty())
-    throw common::bad_implementation("Context has no associated devices, this is impossible.");
-  return devices.front().get_platform();
-}
-
-template <version V>
-buffer<V> context<V>::create_buffer(std::uint64_t flags, std::size_t size, void* host_ptr) const {
-  qv::create_buffer_record record{};
-  record.flags = flags;
-  record.size = size;
-  record.host_ptr = host_ptr;
-  return {this->get_call_handle(), create_object<qv::operation::create_buffer>(record)};
-}
-
-template <version V>
-program<V> context<V>::create_program_with_source(const char* text) const {
-  qv::create_program_with_source_record record{};
-  record.strings = &text;
-  record.lengths = nullptr;
-  record.count = 1;
-  return {this->get_call_handle(), create_object<qv::operation::create_program_with_source>(record)};
-}
-
-template <version V>
-program<V> context<V>::create_program_with_binaries(const std::vector<device_binary<V>>& binaries) const {
-  if (binaries.empty())
-    throw std::logic_error("Cannot create a device binary from an empty collection of binaries.");
-  std::vector<void*> devices;
-  std::vector<const unsigned char*> addresses;
-  std::vector<std::size_t> lengths;
-  for (const device_binary<V>& each : binaries) {
-    devices.push_back(each.device.get_handle());
-    addresses.push_back(each.binary.data());
-    lengths.push_back(each.binary.size());
-  }
-  qv::create_program_with_binary_record record{};
-  record.device_list = devices.data();
-  record.lengths = lengths.data();
-  record.binaries = addresses.data();
-  record.binary_status = nullptr;
-  record.num_devices = static_cast<std::uint32_t>(binaries.size());
-  return {this->get_call_handle(), create_object<qv::operation::create_program_with_binary>(record)};
-}
-
-template <version V>
-template <version W>
-program<V> context<V>::create_program_with_builtin_kernels(const std::vector<device<V>>& devices,
-                                                           const std::vector<std::string>& kernel_names) const
-    requires(version_traits<W>::has_builtin_kernels) {
-  const std::vector<void*> handles = handles_of(devices);
-  const std::string names = common::join_with_semicolon(kernel_names);
-  qv::create_program_with_builtin_kernels_record record{};
-  record.device_list = handles.data();
-  record.num_devices = static_cast<std::uint32_t>(handles.size());
-  record.kernel_names = names.c_str();
-  return {this->get_call_handle(), create_object<qv::operation::create_program_with_builtin_kernels>(record)};
-}
-
-template <version V>
-template <version W>
-program<V> context<V>::create_program_with_il(const std::vector<std::uint8_t>& il) const
-    requires(version_traits<W>::has_il) {
-  qv::create_program_with_il_record record{};
-  record.il = il.data();
-  record.length = il.size();
-  return {this->get_call_handle(), create_object<qv::operation::create_program_with_il>(record)};
-}
-
-template <version V>
-template <version W>
-program<V> context<V>::create_program_with_il(const void* il, std::size_t length) const
-    requires(version_traits<W>::has_il_extension) {
-  using create_function = void* (*)(void* context, const void* il, std::size_t length, std::int32_t* status);
-
-  qv::get_extension_function_address_for_platform_record record{};
-  record.platform = get_platform().get_handle();
-  record.func_name = "clCreateProgramWithILKHR";
-  call<V, qv::operation::get_extension_function_address_for_platform>(this->get_call_handle(), record);
-  if (record.result == nullptr)
-    throw std::logic_error(
-        "Failed to extract clCreateProgramWithILKHR function address, is the cl_khr_il_program extension actually supported?");
-
-  // An extension has no command of its own: this is the one call that does not pass the capability library.
-  const auto create = reinterpret_cast<create_function>(record.result);
-  std::int32_t status = common::cl::success;
-  void* const result = create(this->get_handle(), il, length, &status);
-  common::check_status(status);
-  return {this->get_call_handle(), result};
-}
-
-extern template class context<version::v1_0>;
-extern template class context<version::v1_1>;
-extern template class context<version::v1_2>;
-extern template class context<version::v2_0>;
-extern template class context<version::v2_1>;
-extern template class context<version::v2_2>;
 
 } // namespace oryn::skerv::opencl

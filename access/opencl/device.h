@@ -1,10 +1,8 @@
+// The devices of the machine, and what they tell about themselves.
 #pragma once
 
-#include "access/common/text.h"
-#include "access/opencl/device_flags.h"
-#include "access/opencl/device_parameters.h"
 #include "access/opencl/opencl_handle.h"
-#include "access/opencl/platform.h"
+#include "properties/device_parameters.h"
 
 #include <array>
 #include <cstdint>
@@ -14,6 +12,42 @@
 
 namespace oryn::skerv::opencl {
 
+namespace device_parameter = tarva::library::device_parameter;
+namespace device_flag = tarva::library::device_flag;
+
+// To ask a device for what its version does not have does not compile.
+template <version V, tarva::library::device_parameter_row Parameter>
+concept device_has_parameter = Parameter.versions.contains(capability_of(V));
+
+template <version V, tarva::library::device_flag_row Flag>
+concept device_has_flag = Flag.versions.contains(capability_of(V));
+
+// The two commands exist from 1.2 on; before, devices are not counted.
+struct device_kind {
+  static constexpr qv::operation release = qv::operation::release_device;
+  static constexpr qv::operation retain = qv::operation::retain_device;
+  static constexpr const char* destructor_fault = "Exception caught in device::~device().";
+};
+
+// The platform of a device. It is not counted, and has no use but to find the functions of extensions.
+template <version V>
+class platform {
+  static_assert(version_traits<V>::has_platform);
+
+public:
+  platform(common::call_handle call_handle, void* handle) noexcept
+      : call_handle_(std::move(call_handle)), handle_(handle) {}
+
+  const common::call_handle& get_call_handle() const noexcept { return call_handle_; }
+  void* get_handle() const noexcept { return handle_; }
+
+private:
+  common::call_handle call_handle_;
+  void* handle_;
+};
+
+// A device of OpenCL. What it tells is asked of OpenCL each time, on the thread of the caller, and nothing is kept: a
+// device that fails to answer throws, and may answer the next time.
 template <version V>
 class device : public opencl_handle<V, device_kind> {
 public:
@@ -24,18 +58,20 @@ public:
   device(common::call_handle call_handle, void* handle)
       : opencl_handle<V, device_kind>(std::move(call_handle), handle, from_query) {}
 
-  template <device_parameter Parameter>
-  device_value<Parameter> get() const requires device_has_parameter<V, Parameter>;
+  // A parameter by its row, such as device_parameter::vendor_id, in the C++ type of its form.
+  template <tarva::library::device_parameter_row Parameter>
+  auto get() const requires device_has_parameter<V, Parameter>;
 
-  template <device_flag Flag>
+  // A flag by its row, such as device_flag::type_gpu.
+  template <tarva::library::device_flag_row Flag>
   bool is() const requires device_has_flag<V, Flag>;
 
-  bool is_embedded_profile() const { return get<device_parameter::profile>() == "EMBEDDED_PROFILE"; }
+  // One of the two is true.
+  bool is_embedded_profile() const;
   bool is_full_profile() const { return !is_embedded_profile(); }
 
-  bool has_extension(const char* name) const {
-    return common::has_extension(get<device_parameter::extensions>(), name);
-  }
+  // The list of extensions is asked for each time.
+  bool has_extension(const char* name) const;
   template <version W = V>
   bool has_spir_extension() const requires(version_traits<W>::has_spir) {
     return has_extension("cl_khr_spir");
@@ -46,7 +82,7 @@ public:
   }
   template <version W = V>
   platform<V> get_platform() const requires(version_traits<W>::has_platform) {
-    return {this->get_call_handle(), get<device_parameter::platform>()};
+    return {this->get_call_handle(), get_pointer(device_parameter::platform.number)};
   }
 
   // The same parameters by their numbers, for callers that read them from a table at run time.
@@ -58,105 +94,52 @@ public:
   std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter) const;
 
 private:
-  common::info_query<qv::operation::get_device_info> info(std::uint32_t parameter) const {
-    return this->template query<qv::operation::get_device_info>(parameter);
-  }
-
-  static void* device_of(const common::call_handle& call_handle);
+  std::vector<std::string> get_words(std::uint32_t parameter) const;
+  std::vector<std::string> get_names(std::uint32_t parameter) const;
+  void* get_pointer(std::uint32_t parameter) const;
 };
 
+// All devices that the capability library offers under this version, each with a call handle of its own. Throws if
+// any of them cannot be opened.
 template <version V>
-device<V>::device(const common::call_handle& call_handle) : device(call_handle, device_of(call_handle)) {}
-
-template <version V>
-void* device<V>::device_of(const common::call_handle& call_handle) {
-  qv::device_of_handle_record record{};
-  call<V, qv::operation::device_of_handle>(call_handle, record);
-  return record.result;
-}
-
-template <version V>
-template <device_parameter Parameter>
-device_value<Parameter> device<V>::get() const requires device_has_parameter<V, Parameter> {
-  constexpr info_form form = row_of(Parameter).form;
-  constexpr auto number = static_cast<std::uint32_t>(Parameter);
-  if constexpr (form == info_form::uint32)
-    return get_uint32(number);
-  else if constexpr (form == info_form::uint64)
-    return get_uint64(number);
-  else if constexpr (form == info_form::boolean)
-    return get_bool(number);
-  else if constexpr (form == info_form::text)
-    return get_string(number);
-  else if constexpr (form == info_form::word_list)
-    return common::split_on_whitespace(get_string(number));
-  else if constexpr (form == info_form::name_list)
-    return common::split_on_semicolon(get_string(number));
-  else if constexpr (form == info_form::sizes)
-    return get_sizes(number);
-  else
-    return common::get_scalar_info<void*>(info(number));
-}
-
-template <version V>
-template <device_flag Flag>
-bool device<V>::is() const requires device_has_flag<V, Flag> {
-  constexpr device_flag_row row = row_of(Flag);
-  const std::uint64_t value = get<row.parameter>();
-  return row.test == flag_test::equals ? value == row.operand : (value & row.operand) != 0;
-}
-
-template <version V>
-std::uint32_t device<V>::get_uint32(std::uint32_t parameter) const {
-  return common::get_scalar_info<std::uint32_t>(info(parameter));
-}
-
-template <version V>
-std::uint64_t device<V>::get_uint64(std::uint32_t parameter) const {
-  return common::get_scalar_info<std::uint64_t>(info(parameter));
-}
-
-template <version V>
-std::string device<V>::get_string(std::uint32_t parameter) const {
-  return common::get_string_info(info(parameter));
-}
-
-template <version V>
-void device<V>::read_string(std::uint32_t parameter, std::string& text) const {
-  common::read_string_info(info(parameter), text);
-}
-
-template <version V>
-std::array<std::uint64_t, 3> device<V>::get_sizes(std::uint32_t parameter) const {
-  return common::get_fixed_array_info<std::uint64_t, 3>(info(parameter));
-}
+std::vector<device<V>> find_devices();
 
 // The arguments of the commands that take several devices.
 template <version V>
-std::vector<void*> handles_of(const std::vector<device<V>>& devices) {
-  std::vector<void*> handles;
-  handles.reserve(devices.size());
-  for (const device<V>& each : devices)
-    handles.push_back(each.get_handle());
-  return handles;
-}
+std::vector<void*> handles_of(const std::vector<device<V>>& devices);
 
-// What a query for devices gives.
+// What a query for devices gives. They share the call handle of the object that was asked.
 template <version V>
 std::vector<device<V>> wrap_devices(const common::call_handle& call_handle,
-                                    const std::vector<void*>& handles) {
-  std::vector<device<V>> devices;
-  devices.reserve(handles.size());
-  for (void* handle : handles)
-    devices.emplace_back(call_handle, handle);
-  return devices;
+                                    const std::vector<void*>& handles);
+
+template <version V>
+template <tarva::library::device_parameter_row Parameter>
+auto device<V>::get() const requires device_has_parameter<V, Parameter> {
+  using tarva::library::info_form;
+  if constexpr (Parameter.form == info_form::uint32)
+    return get_uint32(Parameter.number);
+  else if constexpr (Parameter.form == info_form::uint64)
+    return get_uint64(Parameter.number);
+  else if constexpr (Parameter.form == info_form::boolean)
+    return get_bool(Parameter.number);
+  else if constexpr (Parameter.form == info_form::text)
+    return get_string(Parameter.number);
+  else if constexpr (Parameter.form == info_form::word_list)
+    return get_words(Parameter.number);
+  else if constexpr (Parameter.form == info_form::name_list)
+    return get_names(Parameter.number);
+  else if constexpr (Parameter.form == info_form::sizes)
+    return get_sizes(Parameter.number);
+  else
+    return get_pointer(Parameter.number);
 }
 
-extern template class device<version::v1_0>;
-extern template class device<version::v1_1>;
-extern template class device<version::v1_2>;
-extern template class device<version::v2_0>;
-extern template class device<version::v2_1>;
-extern template class device<version::v2_2>;
+template <version V>
+template <tarva::library::device_flag_row Flag>
+bool device<V>::is() const requires device_has_flag<V, Flag> {
+  const std::uint64_t value = get<Flag.parameter>();
+  return Flag.test == tarva::library::flag_test::equals ? value == Flag.operand : (value & Flag.operand) != 0;
+}
 
 } // namespace oryn::skerv::opencl

@@ -1,3 +1,4 @@
+// A kernel of a program: what it tells about itself, and its arguments.
 #pragma once
 
 #include "access/common/opencl_constants.h"
@@ -17,6 +18,14 @@ namespace oryn::skerv::opencl {
 template <version V>
 class program;
 
+struct kernel_kind {
+  static constexpr qv::operation release = qv::operation::release_kernel;
+  static constexpr const char* destructor_fault = "Exception caught in kernel::~kernel().";
+};
+
+// A kernel of OpenCL. It is moved, never copied: arguments belong to one kernel of OpenCL, so each launch has a clone
+// of its own, which the worker thread of the device makes, sets and gives up. Any thread may ask a kernel about
+// itself.
 template <version V>
 class kernel : public opencl_handle<V, kernel_kind> {
 public:
@@ -27,7 +36,9 @@ public:
   std::string get_function_name() const;
   std::uint32_t get_num_args() const;
   template <version W = V>
-  std::vector<std::string> get_attributes() const requires(version_traits<W>::has_kernel_attributes);
+  std::vector<std::string> get_attributes() const requires(version_traits<W>::has_kernel_attributes) {
+    return get_words(common::cl::kernel_attributes);
+  }
 
   // To use the result include access/opencl/program.h.
   program<V> get_program() const;
@@ -66,6 +77,8 @@ public:
     send<V, qv::operation::set_kernel_arg>(this->get_call_handle(), record);
     return record.status;
   }
+
+  // The four kinds of argument. Each of these throws if OpenCL refuses; the argument then is what it was.
   // A memory argument without memory.
   void set_null_argument(std::uint32_t index) { set_argument(index, sizeof(void*), nullptr); }
   // Local memory of `size` bytes.
@@ -79,62 +92,12 @@ public:
   }
 
 private:
+  std::vector<std::string> get_words(std::uint32_t parameter) const;
   std::uint64_t get_number(std::uint32_t parameter, const device<V>& device) const;
   std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter, const device<V>& device) const;
   void set_argument(std::uint32_t index, std::size_t size, const void* value) {
     common::check_status(try_argument(index, size, value));
   }
-
-  common::info_query<qv::operation::get_kernel_info> info(std::uint32_t parameter) const {
-    return this->template query<qv::operation::get_kernel_info>(parameter);
-  }
 };
-
-template <version V>
-std::string kernel<V>::get_function_name() const {
-  return common::get_string_info(info(common::cl::kernel_function_name));
-}
-
-template <version V>
-std::uint32_t kernel<V>::get_num_args() const {
-  return common::get_scalar_info<std::uint32_t>(info(common::cl::kernel_num_args));
-}
-
-template <version V>
-template <version W>
-std::vector<std::string> kernel<V>::get_attributes() const
-    requires(version_traits<W>::has_kernel_attributes) {
-  return common::split_on_whitespace(common::get_string_info(info(common::cl::kernel_attributes)));
-}
-
-template <version V>
-program<V> kernel<V>::get_program() const {
-  void* const handle = common::get_scalar_info<void*>(info(common::cl::kernel_program));
-  return {this->get_call_handle(), handle, from_query};
-}
-
-template <version V>
-kernel<V> kernel<V>::clone() const {
-  return get_program().create_kernel(get_function_name());
-}
-
-template <version V>
-std::uint64_t kernel<V>::get_number(std::uint32_t parameter, const device<V>& device) const {
-  return common::get_scalar_info<std::uint64_t>(
-      this->template query<qv::operation::get_kernel_work_group_info>(parameter, device.get_handle()));
-}
-
-template <version V>
-std::array<std::uint64_t, 3> kernel<V>::get_sizes(std::uint32_t parameter, const device<V>& device) const {
-  return common::get_fixed_array_info<std::uint64_t, 3>(
-      this->template query<qv::operation::get_kernel_work_group_info>(parameter, device.get_handle()));
-}
-
-extern template class kernel<version::v1_0>;
-extern template class kernel<version::v1_1>;
-extern template class kernel<version::v1_2>;
-extern template class kernel<version::v2_0>;
-extern template class kernel<version::v2_1>;
-extern template class kernel<version::v2_2>;
 
 } // namespace oryn::skerv::opencl

@@ -1,38 +1,77 @@
+// What all wrappers of OpenCL objects share: how they send commands, and how they hold one reference to their object.
 #pragma once
 
-#include "access/common/info_forms.h"
-#include "access/common/info_query.h"
-#include "access/opencl/call.h"
-#include "access/opencl/object_kinds.h"
+#include "access/common/call_handle.h"
+#include "access/common/errors.h"
+#include "access/opencl/version.h"
 #include "base/logging.h"
+#include "capability/commands.h"
 
 #include <cstdint>
 #include <utility>
 
+namespace oryn::skerv::common {
+
+template <qv::operation Op>
+class info_query;
+
+} // namespace oryn::skerv::common
+
 namespace oryn::skerv::opencl {
 
-template <typename Kind>
-concept retainable = requires {
-  Kind::retain;
-};
+// The number under which the capability library knows `Op` in this version; 0 if the version has no such command.
+template <version V, qv::operation Op>
+inline constexpr std::uint64_t command_of = qv::command_number(Op, capability_of(V));
+
+// Performs `Op` and leaves the record's status to the caller.
+template <version V, qv::operation Op>
+void send(const common::call_handle& handle, qv::record<Op>& record) {
+  static_assert(command_of<V, Op> != 0, "this version of OpenCL has no such command");
+  handle.send(command_of<V, Op>, &record);
+}
+
+// Performs `Op`. Only if this returns do the results in the record count.
+template <version V, qv::operation Op>
+void call(const common::call_handle& handle, qv::record<Op>& record) {
+  send<V, Op>(handle, record);
+  if constexpr (requires { record.status; })
+    common::check_status(record.status);
+}
 
 // Marks a handle that came from a query, which hands out no reference: the wrapper takes one of its own.
 struct from_query_t {};
 inline constexpr from_query_t from_query{};
 
-// What every wrapper is made of: a share in the call handle and one reference to an OpenCL object, which the
-// destructor gives up. Null in a wrapper that has been moved from.
-template <version V, typename Kind>
+// A kind of object of which there may be several references.
+template <class Kind>
+concept retainable = requires {
+  Kind::retain;
+};
+
+// The base of every wrapper: a share in the call handle, and one reference to an OpenCL object, which the destructor
+// gives up. Null in a wrapper that has been moved from. `Kind` stands beside the class of the wrapper and says how
+// references are counted; without `retain`, the wrapper can only be moved.
+//
+// Wrappers have no lock. Any thread may use one, but not two threads one wrapper where either changes it; the floors
+// above hold a copy for each thread that needs one.
+template <version V, class Kind>
 class opencl_handle {
 public:
   const common::call_handle& get_call_handle() const noexcept { return call_handle_; }
   void* get_handle() const noexcept { return object_; }
+
+  // A parameter of this object, or of this object on `device`. To ask, include access/common/info_query.h.
+  template <qv::operation Op>
+  common::info_query<Op> query(std::uint32_t parameter, void* device = nullptr) const {
+    return {call_handle_, command_of<V, Op>, object_, device, parameter};
+  }
 
 protected:
   // Takes over a reference.
   opencl_handle(common::call_handle call_handle, void* object) noexcept
       : call_handle_(std::move(call_handle)), object_(object) {}
 
+  // Throws if the reference is refused; the share in the call handle is then given back.
   opencl_handle(common::call_handle call_handle, void* object, from_query_t)
       : call_handle_(std::move(call_handle)), object_(object) {
     retain();
@@ -42,6 +81,7 @@ protected:
                                                                         object_(other.object_) {
     retain();
   }
+  // A move sends no command.
   opencl_handle(opencl_handle&& other) noexcept
       : call_handle_(std::move(other.call_handle_)), object_(std::exchange(other.object_, nullptr)) {}
 
@@ -57,6 +97,7 @@ protected:
     return *this;
   }
 
+  // A release that fails costs one line in the log, whatever it failed with: a destructor has nobody to tell.
   ~opencl_handle() {
     if constexpr (is_counted) {
       try {
@@ -65,11 +106,6 @@ protected:
         log_error(Kind::destructor_fault);
       }
     }
-  }
-
-  template <qv::operation Op>
-  common::info_query<Op> query(std::uint32_t parameter, void* device = nullptr) const {
-    return {call_handle_, command_of<V, Op>, object_, device, parameter};
   }
 
 private:

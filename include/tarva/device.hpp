@@ -226,8 +226,8 @@ inline bool require_device(const std::vector<device>& all) {
         TARVA_ABI_RUNTIME_FAILURE,
         "The machine has no OpenCL device. An implementation of OpenCL has to be installed: on Debian and "
         "Ubuntu the package pocl-opencl-icd is one for every processor, and intel-opencl-icd, "
-        "mesa-opencl-icd, nvidia-opencl-icd and rocm-opencl-icd are for graphics processors. QV_LOG=1 in the "
-        "environment has the reason written why a device is left out.",
+        "mesa-opencl-icd and nvidia-opencl-icd are for graphics processors. QV_LOG=1 in the environment has "
+        "the reason written why a device is left out.",
         std::vector<failure>());
   return !all.empty();
 }

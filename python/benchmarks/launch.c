@@ -1,4 +1,5 @@
 /* The time of a launch with three arguments from C, in nanoseconds: launch <launches> */
+#define _POSIX_C_SOURCE 200809L
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>

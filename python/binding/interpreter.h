@@ -51,7 +51,7 @@ void note_use();
 template <auto Function, class... Arguments>
 void call(Arguments... arguments) {
   note_use();
-  unlocked([&] { detail::call<Function>(arguments...); });
+  unlocked([&] { tarva::call<Function>(arguments...); });
 }
 
 /// Has the interpreter raise the exception of the package for a failure of the library.

@@ -56,7 +56,7 @@ void carry_out(const transfer& what) {
   note_use();
   unlocked([&] {
     tarva_abi_future_s* started = nullptr;
-    detail::call<Function>(what.memory.get(), what.start, what.count, static_cast<Data>(what.bytes.data()),
+    tarva::call<Function>(what.memory.get(), what.start, what.count, static_cast<Data>(what.bytes.data()),
                            &started);
     future<>(started).get();
   });

@@ -3,8 +3,8 @@
 import sys
 
 import numpy as np
-import picture
 
+import picture
 import tarva
 
 SOURCE = """

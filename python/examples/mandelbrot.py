@@ -1,8 +1,8 @@
 """A picture of the Mandelbrot set:   python3 mandelbrot.py [picture.png]"""
 
 import numpy as np
-import picture
 
+import picture
 import tarva
 
 SOURCE = """

@@ -3,8 +3,8 @@
 from typing import Any
 
 import numpy as np
-import picture
 
+import picture
 import tarva
 
 SOURCE = """

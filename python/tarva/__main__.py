@@ -31,7 +31,7 @@ def main() -> int:
     rows = [_HEADS, *(_row(index, device) for index, device in enumerate(found))]
     widths = [max(len(row[column]) for row in rows) for column in range(len(_HEADS))]
     for row in rows:
-        print("  ".join(text.ljust(width) for text, width in zip(row, widths)).rstrip())
+        print("  ".join(text.ljust(width) for text, width in zip(row, widths, strict=True)).rstrip())
     print(f"tarva.best_device() is device {found.index(best)}.")
     return 0
 

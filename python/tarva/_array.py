@@ -72,8 +72,8 @@ class Elements:
     def read(self, out: NumpyArray | None = None) -> NumpyArray:
         """The content, in a new numpy array or in `out`, which has to be contiguous and of the same shape and dtype.
 
-        Of an Array that has no content at all yet, a new array holds zeros, and `out` what it held before. Once there is
-        some, elements that nobody has given are undefined.
+        Of an Array that has no content at all yet, a new array holds zeros, and `out` what it held before. Once there
+        is some, elements that nobody has given are undefined.
         """
         if out is None:
             out = np.zeros(self.shape, self.dtype)

@@ -1,5 +1,5 @@
 from collections.abc import Callable
-from typing import Any, TypeVar
+from typing import Any, Self, TypeVar
 
 _D = TypeVar("_D", bound=Device)
 _P = TypeVar("_P", bound=Program)
@@ -52,4 +52,4 @@ class Memory(_Handle):
     def _copy(self, start: int, to: Memory, to_start: int, count: int, /) -> None: ...
 
 class Words:
-    def __new__(cls, is_local: bool, *words: int) -> Words: ...
+    def __new__(cls, is_local: bool, *words: int) -> Self: ...

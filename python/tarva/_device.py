@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from collections.abc import Mapping
-from typing import Any, Union
+from typing import Any
 
 from . import _binding
 from ._errors import BuildError, Error, NoDevice
@@ -22,7 +22,7 @@ _BYTE_ORDER_MARK = "\ufeff"  # allowed at the very beginning only
 _SPIR_V_MAGIC = (b"\x03\x02\x23\x07", b"\x07\x23\x02\x03")
 _BITCODE_MAGIC = (b"BC\xc0\xde", b"\xde\xc0\x17\x0b")
 
-Data = Union[bytes, bytearray, memoryview]
+Data = bytes | bytearray | memoryview
 
 
 class Device(_binding.Device, Handle):
@@ -77,8 +77,8 @@ class Device(_binding.Device, Handle):
             data: its bytes
             options: for the compiler
             label: the name of the program
-            kind: "spir-v", "spir 1.2", "spir 2.0", "binary" for Program.binary of such a device, or "source 1.2" and the
-                like; by itself SPIR-V is recognised, bitcode is taken for SPIR 1.2, and all else for a binary
+            kind: "spir-v", "spir 1.2", "spir 2.0", "binary" for Program.binary of such a device, or "source 1.2" and
+                the like; by itself SPIR-V is recognised, bitcode is taken for SPIR 1.2, and all else for a binary
             constants: values for specialization constants of a SPIR-V module, by their ids: np.float32(2), True
         """
         return self._build(kind or _kind_of(data), data, options, label, constants or {}, None)
@@ -168,8 +168,8 @@ def best_device() -> Device:
     """The available device that promises most: graphics processors come first, then accelerators, then processors; then
     decide compute units times clock, then the newest OpenCL version.
 
-    The user of the program can choose by TARVA_DEVICE in the environment: the number of a device in the list, a type, or a
-    part of the name, each for the best such device. Raises NoDevice if there is none.
+    The user of the program can choose by TARVA_DEVICE in the environment: the number of a device in the list, a type,
+    or a part of the name, each for the best such device. Raises NoDevice if there is none.
     """
     candidates = [_Candidate(device, index) for index, device in enumerate(_some_devices())]
     has_rights_of_caller = (os.getuid(), os.getgid()) == (os.geteuid(), os.getegid())
@@ -202,10 +202,10 @@ def _some_devices() -> list[Device]:
     found = devices()
     if not found:
         raise NoDevice(
-            "The machine has no OpenCL device. An implementation of OpenCL has to be installed: on Debian and Ubuntu the"
-            " package pocl-opencl-icd is one for every processor, and intel-opencl-icd, mesa-opencl-icd, nvidia-opencl-icd"
-            " and rocm-opencl-icd are for graphics processors. QV_LOG=1 in the environment has the reason written why a"
-            " device is left out."
+            "The machine has no OpenCL device. An implementation of OpenCL has to be installed: on Debian and Ubuntu"
+            " the package pocl-opencl-icd is one for every processor, and intel-opencl-icd, mesa-opencl-icd,"
+            " nvidia-opencl-icd and rocm-opencl-icd are for graphics processors. QV_LOG=1 in the environment has the"
+            " reason written why a device is left out."
         )
     return found
 

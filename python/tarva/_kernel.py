@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import re
-from typing import Any, NoReturn
+from typing import Any, NoReturn, Self
 
 import numpy as np
 
@@ -21,14 +21,13 @@ class Local(_binding.Words):
 
     dtype: Any
     count: int | None
+    code: int
 
-    def __new__(cls, dtype: Any, count: int | None = None) -> Local:
+    def __new__(cls, dtype: Any, count: int | None = None) -> Self:
         code = dtype.code if isinstance(dtype, Vector) else code_of_value(native(dtype))
-        made: Local = super().__new__(cls, True, code, _count(0 if count is None else count))  # type: ignore[assignment]
+        made = super().__new__(cls, True, code, _count(count or 0))
         made.dtype, made.count, made.code = dtype, count, code
         return made
-
-    code: int
 
     def __repr__(self) -> str:
         return f"tarva.Local({_name(self.dtype)}{'' if self.count is None else f', {self.count}'})"
@@ -37,40 +36,40 @@ class Local(_binding.Words):
 class Range(_binding.Words):
     """A range of work-items in groups of the library's choosing; sizes are given for one, two or three dimensions.
 
-    Plain sizes, as in kernel((640, 480), ...), need none of this. `D` is the group size that the kernel prefers: the one
-    fixed in its source, else about as large as the kernel can have, and equally long in each dimension.
+    Plain sizes, as in kernel((640, 480), ...), need none of this. `D` is the group size that the kernel prefers: the
+    one fixed in its source, else about as large as the kernel can have, and equally long in each dimension.
     """
 
     _text: str
 
     @classmethod
-    def _make(cls, text: str, kind: int, *words: int) -> Range:
-        made: Range = cls.__new__(cls, False, kind, *words)  # type: ignore[assignment]
+    def _make(cls, text: str, kind: int, *words: int) -> Self:
+        made = cls.__new__(cls, False, kind, *words)
         made._text = text
         return made
 
     @classmethod
-    def at_least(cls, *sizes: int) -> Range:
+    def at_least(cls, *sizes: int) -> Self:
         """At least so many work-items in each dimension, and not less than `D`, in groups of `D`."""
         return cls._make(f"at_least{_sizes(sizes)}", 2, len(sizes), *sizes)
 
     @classmethod
-    def groups(cls, number: int) -> Range:
+    def groups(cls, number: int) -> Self:
         """So many groups of `D`, in one dimension."""
         return cls._make(f"groups({number})", 3, _count(number))
 
     @classmethod
-    def groups_of(cls, number: int, *sizes: int) -> Range:
+    def groups_of(cls, number: int, *sizes: int) -> Self:
         """In each dimension so many groups of this size."""
         return cls._make(f"groups_of({number}, *{_sizes(sizes)})", 4, len(sizes), _count(number), *sizes)
 
     @classmethod
-    def groups_per_unit(cls, number: int) -> Range:
+    def groups_per_unit(cls, number: int) -> Self:
         """For each compute unit so many groups of `D`, in one dimension."""
         return cls._make(f"groups_per_unit({number})", 5, _count(number))
 
     @classmethod
-    def group_per_unit_of(cls, *sizes: int) -> Range:
+    def group_per_unit_of(cls, *sizes: int) -> Self:
         """In each dimension one group of this size for each compute unit."""
         return cls._make(f"group_per_unit_of{_sizes(sizes)}", 6, len(sizes), 0, *sizes)
 
@@ -155,12 +154,12 @@ class Kernel(_binding.Kernel, Handle):
         kernel(1024, data, group=64, local=64)      with 64 elements for each parameter of local memory
         kernel(Range.groups_per_unit(4), data)      in groups of the library's choosing
 
-    It returns when the launch has ended. `offset` is the first global id, `group` the size of a work-group, both with as
-    many dimensions as the range. `local` gives the number of elements for the parameters that are declared as
+    It returns when the launch has ended. `offset` is the first global id, `group` the size of a work-group, both with
+    as many dimensions as the range. `local` gives the number of elements for the parameters that are declared as
     tarva.Local, in their order: a number, or a tuple of them.
 
-    Arguments are Arrays; None for a null pointer; tarva.Local(dtype, count); and numbers, once takes() has said of which
-    types the parameters are. Without it numbers have to be of numpy types, as np.float32(3).
+    Arguments are Arrays; None for a null pointer; tarva.Local(dtype, count); and numbers, once takes() has said of
+    which types the parameters are. Without it numbers have to be of numpy types, as np.float32(3).
     """
 
     __slots__ = ("name", "_source", "_parameters", "__weakref__")

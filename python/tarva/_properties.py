@@ -23,7 +23,8 @@ class Properties(Mapping[str, Any]):
 
     A value is read from the device when it is asked for. Names below another one may be given by a path, and those
     below OPENCL by themselves: properties["OPENCL"]["CL_DEVICE_NAME"], properties["OPENCL/CL_DEVICE_NAME"] and
-    properties["CL_DEVICE_NAME"] are the same. Sizes are in bytes, clocks in MHz, and groups in work-items, as in OpenCL.
+    properties["CL_DEVICE_NAME"] are the same. Sizes are in bytes, clocks in MHz, and groups in work-items, as in
+    OpenCL.
     """
 
     __slots__ = ("_root",)

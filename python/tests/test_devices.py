@@ -5,9 +5,9 @@ from typing import Any
 
 import numpy as np
 import pytest
-from conftest import run
 
 import tarva
+from conftest import run
 
 
 def test_devices_and_their_properties(device: tarva.Device) -> None:

@@ -5,9 +5,9 @@ import time
 
 import numpy as np
 import pytest
-from conftest import run
 
 import tarva
+from conftest import run
 
 pytestmark = pytest.mark.usefixtures("device")
 USE = """

@@ -58,7 +58,7 @@ void use_objects_once() {
   EXPECT_EQ(told, loses_user_data ? "another" : "an error");
   const std::uint64_t plain[] = {CL_QUEUE_PROPERTIES, 0, 0};
   const std::uint64_t profiling[] = {CL_QUEUE_PROPERTIES, CL_QUEUE_PROFILING_ENABLE, 0};
-  const std::uint64_t sized[] = {CL_QUEUE_PROPERTIES, 0, CL_QUEUE_SIZE, 0, 0};
+  const std::uint64_t sized[] = {CL_QUEUE_PROPERTIES, CL_QUEUE_PROFILING_ENABLE, CL_QUEUE_SIZE, 0, 0};
   const auto makes_queue = [&](void* context, const std::uint64_t* properties) {
     forget_calls();
     first.release<op::release_command_queue>(
@@ -182,12 +182,6 @@ TEST_F(commands, references_to_contexts_are_counted) {
   }
 }
 
-qv::record<op::enqueue_nd_range_kernel> launch_of(const user& it, void* kernel, const std::size_t& size,
-                                                  void* const* waits = nullptr) {
-  return {it.queue, kernel, nullptr, &size, nullptr, waits, nullptr, 77, 1, waits == nullptr ? 0u : 1u};
-}
-constexpr std::size_t one = 1;
-
 TEST_F(commands, kernels_refuse_what_opencl_would_follow_blindly) {
   for (const char* platform : {"Another", "Portable Computing Language"}) {
     device_options known = plain_device();
@@ -195,7 +189,7 @@ TEST_F(commands, kernels_refuse_what_opencl_would_follow_blindly) {
     use(known, {platform});
     library made;
     const user it(made);
-    void* const kernel = it.make_kernel();
+    void* const kernel = it.make_kernel("k");
     void* buffer = it.make_buffer();
     const std::uint64_t number = 12345, zero = 0;
     const char zeros[128] = {};
@@ -222,6 +216,9 @@ TEST_F(commands, kernels_refuse_what_opencl_would_follow_blindly) {
     it.release<op::release_mem_object>(buffer);
     EXPECT_EQ(it.set(kernel, 0, 8, &buffer), CL_INVALID_MEM_OBJECT);
     it.release<op::release_kernel>(kernel);
+    forget_calls();
+    it.release<op::release_kernel>(it.make_kernel("k"));
+    EXPECT_EQ(count_calls(op::create_kernel), 1u) << "one that was refused something is not used again";
   }
 }
 
@@ -229,24 +226,21 @@ TEST_F(commands, kernels_for_launches_take_everything_and_fail_there) {
   use(plain_device());
   library made;
   const user it(made);
-  const auto launch = [&](void* kernel) {
-    return it.status_of<op::enqueue_nd_range_kernel>(launch_of(it, kernel, one));
-  };
-  void* const first = it.make_kernel("plain");
+  void* const first = it.make_kernel();
   const std::uint64_t number = 12345;
   fail_call(op::create_kernel, 1, CL_OUT_OF_RESOURCES);
-  void* const broken = it.make_kernel("plain");
+  void* const broken = it.make_kernel();
   EXPECT_EQ(it.set(broken, 0, 4, &number), CL_SUCCESS);
-  EXPECT_EQ(launch(broken), CL_OUT_OF_RESOURCES);
+  EXPECT_EQ(it.launch(broken), CL_OUT_OF_RESOURCES);
   fail_call(op::create_kernel, 1, CL_OUT_OF_RESOURCES);
   EXPECT_EQ(it.status_of<op::create_kernel>({it.program, "k", nullptr, 77}), CL_SUCCESS)
       << "OpenCL was asked";
-  void* const second = it.make_kernel("plain");
+  void* const second = it.make_kernel();
   EXPECT_EQ(it.set(first, 0, 8, &number), CL_INVALID_MEM_OBJECT);
   EXPECT_EQ(it.set(second, 0, 8, &number), CL_SUCCESS);
-  EXPECT_EQ(launch(second), CL_INVALID_MEM_OBJECT);
+  EXPECT_EQ(it.launch(second), CL_INVALID_MEM_OBJECT);
   EXPECT_EQ(it.set(second, 0, 8, nullptr), CL_SUCCESS);
-  EXPECT_EQ(launch(second), CL_SUCCESS) << "set rightly in the end";
+  EXPECT_EQ(it.launch(second), CL_SUCCESS) << "set rightly in the end";
   for (void* const each : {first, broken, second})
     it.release<op::release_kernel>(each);
 }
@@ -258,23 +252,20 @@ TEST_F(commands, released_kernels_are_used_again_only_as_long_as_they_are_harmle
   library made;
   const user it(made);
   void* buffer = it.make_buffer();
-  const auto launch = [&](void* kernel) {
-    return it.status_of<op::enqueue_nd_range_kernel>(launch_of(it, kernel, one));
-  };
-  const auto use_kernel = [&](const char* name = "plain") {
-    void* const kernel = it.make_kernel(name);
+  const auto use_kernel = [&] {
+    void* const kernel = it.make_kernel();
     EXPECT_EQ(it.set(kernel, 0, 8, &buffer), CL_SUCCESS);
     return kernel;
   };
   void* kernel = use_kernel();
-  EXPECT_EQ(launch(kernel), CL_SUCCESS);
+  EXPECT_EQ(it.launch(kernel), CL_SUCCESS);
   it.release<op::release_kernel>(kernel);
   forget_calls();
-  kernel = it.make_kernel("plain");
+  kernel = it.make_kernel();
   EXPECT_EQ(count_calls(op::create_kernel), 0u);
-  EXPECT_EQ(launch(kernel), CL_INVALID_KERNEL_ARGS) << "it still has that of its last use";
+  EXPECT_EQ(it.launch(kernel), CL_INVALID_KERNEL_ARGS) << "it still has that of its last use";
   EXPECT_EQ(it.set(kernel, 0, 8, &buffer), CL_SUCCESS);
-  EXPECT_EQ(launch(kernel), CL_SUCCESS);
+  EXPECT_EQ(it.launch(kernel), CL_SUCCESS);
   it.release<op::release_kernel>(kernel);
   forget_calls();
   it.release<op::release_mem_object>(buffer);
@@ -287,19 +278,12 @@ TEST_F(commands, released_kernels_are_used_again_only_as_long_as_they_are_harmle
   ASSERT_EQ(calls.size(), 2u);
   EXPECT_EQ(calls[0].operation, op::release_kernel) << "it would be in the way";
   // Four of a name, and 64 in all.
-  std::string text;
-  for (int i = 0; i < 20; ++i)
-    text += "kernel void k" + std::to_string(i) + "(global int* data) {}";
-  const char* const all = text.c_str();
-  void* const many =
-      it.ask<op::create_program_with_source>({it.context, &all, nullptr, nullptr, 77, 1}).result;
-  it.build(many, "");
+  void* const many = it.make_program(many_kernels(20));
   for (const std::size_t names : {1, 20}) {
     std::vector<void*> alive;
     for (std::size_t i = 0; i < names; ++i)
       for (int copy = 0; copy < 5; ++copy)
-        alive.push_back(
-            it.ask<op::create_kernel>({many, ("k" + std::to_string(i)).c_str(), nullptr, 77}).result);
+        alive.push_back(it.make_kernel("k" + std::to_string(i), many));
     for (void* const each : alive)
       it.release<op::release_kernel>(each);
     EXPECT_EQ(static_cast<std::size_t>(live_objects()["kernel"]), std::min<std::size_t>(names * 4, 64));
@@ -323,9 +307,8 @@ TEST_F(commands, queues_that_cannot_be_finished_fail_through_their_events) {
   EXPECT_EQ(it.ask<op::finish>({it.queue, 77}).status, CL_SUCCESS);
   for (void* const event : events)
     EXPECT_EQ(it.status_of_event(event), CL_OUT_OF_RESOURCES);
-  void* const kernel = it.make_kernel("plain");
-  EXPECT_EQ(it.status_of<op::enqueue_nd_range_kernel>(launch_of(it, kernel, one, events)),
-            CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST);
+  void* const kernel = it.make_kernel();
+  EXPECT_EQ(it.launch(kernel, events), CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST);
   void* queue = nullptr;
   it.ask<op::get_event_info>({events[0], sizeof queue, &queue, nullptr, 77, CL_EVENT_COMMAND_QUEUE});
   EXPECT_EQ(queue, it.queue);
@@ -351,7 +334,7 @@ void lose_a_device() {
   const auto make_buffer = [&] {
     return it.ask<op::create_buffer>({1, it.context, 64, nullptr, nullptr, 77});
   };
-  it.release<op::release_kernel>(it.make_kernel("plain"));
+  it.release<op::release_kernel>(it.make_kernel());
   const auto spare = make_buffer();
   const auto lose = [&] {
     fail_call(op::finish, 1, CL_DEVICE_NOT_AVAILABLE);
@@ -365,16 +348,9 @@ void lose_a_device() {
   EXPECT_EQ(make_buffer().status, CL_DEVICE_NOT_AVAILABLE);
   EXPECT_EQ(it.status_of<op::enqueue_write_buffer>(write), CL_DEVICE_NOT_AVAILABLE);
   forget_calls();
-  std::string text;
+  void* const many = other.make_program(many_kernels(64));
   for (int i = 0; i < 64; ++i)
-    text += "kernel void k" + std::to_string(i) + "(global int* data) {}";
-  const char* const all = text.c_str();
-  void* const many =
-      other.ask<op::create_program_with_source>({other.context, &all, nullptr, nullptr, 77, 1}).result;
-  other.build(many, "");
-  for (int i = 0; i < 64; ++i)
-    other.release<op::release_kernel>(
-        other.ask<op::create_kernel>({many, ("k" + std::to_string(i)).c_str(), nullptr, 77}).result);
+    other.release<op::release_kernel>(other.make_kernel("k" + std::to_string(i), many));
   EXPECT_EQ(count_calls(op::release_kernel), 0u) << "to make room for those of another device";
   other.release<op::release_program>(many);
   forget_calls();
@@ -401,6 +377,11 @@ TEST_F(commands, implementations_that_throw_or_lie_have_failed) {
   const char* const text = "";
   const qv::create_program_with_source_record source{it.context, &text, nullptr, nullptr, 77, 1};
   EXPECT_EQ(it.ask<op::create_program_with_source>(source).status, CL_OUT_OF_RESOURCES);
+  const user old(made, 0, 1);
+  void* kernels[2] = {};
+  fail_call(op::get_kernel_info, 1, CL_OUT_OF_RESOURCES); // the name of the first
+  EXPECT_EQ(old.ask<op::create_kernels_in_program>({old.program, kernels, nullptr, 77, 2}).status,
+            CL_OUT_OF_RESOURCES);
   fail_call(op::create_program_with_source, 1, CL_SUCCESS); // but it makes none
   EXPECT_EQ(it.ask<op::create_program_with_source>(source).status, CL_OUT_OF_RESOURCES);
 }
@@ -422,7 +403,7 @@ TEST_F(commands, sizes_that_only_the_attributes_tell_are_told) {
     set_info(0, CL_KERNEL_COMPILE_WORK_GROUP_SIZE, value_answer(by_query));
     set_info(0, CL_KERNEL_ATTRIBUTES, text_answer(text));
     it.build(it.program, ""); // forgets what it knew
-    void* const kernel = it.make_kernel("plain");
+    void* const kernel = it.make_kernel();
     forget_calls();
     for (int i = 0; i < 2; ++i) {
       sizes told{};

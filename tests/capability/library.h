@@ -106,8 +106,7 @@ public:
                   {nullptr, 1, &device, told != nullptr ? note_error : nullptr, told, nullptr, 77})
                   .result;
     queue = make_queue();
-    program = ask<op::create_program_with_source>({context, &source, nullptr, nullptr, 77, 1}).result;
-    EXPECT_EQ(build(program, ""), CL_SUCCESS);
+    program = make_program(source);
     buffer = make_buffer();
     forget_calls();
   }
@@ -173,10 +172,21 @@ public:
                : ask<op::create_command_queue_with_properties>({device, context, none, nullptr, 77}).result;
   }
   void* make_buffer() const { return ask<op::create_buffer>({1, context, 64, nullptr, nullptr, 77}).result; }
-  void* make_kernel(const char* name = "k") const {
-    const auto made = ask<op::create_kernel>({program, name, nullptr, 77});
+  void* make_program(const std::string& text) const {
+    const char* const all = text.c_str();
+    void* const made = ask<op::create_program_with_source>({context, &all, nullptr, nullptr, 77, 1}).result;
+    EXPECT_EQ(build(made, ""), CL_SUCCESS);
+    return made;
+  }
+  void* make_kernel(const std::string& name = "plain", void* from = nullptr) const {
+    const auto made = ask<op::create_kernel>({from == nullptr ? program : from, name.c_str(), nullptr, 77});
     EXPECT_EQ(made.status, CL_SUCCESS) << name;
     return made.result;
+  }
+  cl_int launch(void* kernel, void* const* waits = nullptr) const {
+    const std::size_t one = 1;
+    return status_of<op::enqueue_nd_range_kernel>(
+        {queue, kernel, nullptr, &one, nullptr, waits, nullptr, 77, 1, waits == nullptr ? 0u : 1u});
   }
   cl_int set(void* kernel, cl_uint index, std::size_t size, const void* value) const {
     return ask<op::set_kernel_arg>({kernel, size, value, 77, index}).status;
@@ -215,6 +225,14 @@ inline device_options plain_device(const std::string& version = "OpenCL 2.2") {
   made.info[CL_DEVICE_VERSION] = text_answer(version);
   made.tells_parameters = true;
   return made;
+}
+
+// The text of that many kernels: k0, k1 ...
+inline std::string many_kernels(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i)
+    text += "kernel void k" + std::to_string(i) + "(global int* data) {}";
+  return text;
 }
 
 // A library that uses an implementation with thread-local state is never unloaded.

@@ -101,7 +101,7 @@ TEST(cost, a_transfer_adds_the_check_of_its_size) {
     memory.write(numbers);
     memory.read(numbers);
   };
-  compare(in_c, in_cpp, 4);
+  compare(in_c, in_cpp, 6);
 }
 
 TEST(cost, a_fill_adds_nothing) {

@@ -336,30 +336,28 @@ TEST(cpp_ranges, are_the_records_of_the_interface) {
     EXPECT_EQ(std::memcmp(&made.record(), &expected, sizeof expected), 0) << "type " << expected.type;
 }
 
-template <class T, std::size_t Size, std::uint64_t Type>
-constexpr bool is_type = sizeof(T) == Size&& tarva::element<T>::type == Type;
+// Their sizes and numbers in turn.
+template <class... Types>
+constexpr bool are(std::initializer_list<std::size_t> expected) {
+  const auto* next = expected.begin();
+  return ((sizeof(Types) == *next++ && tarva::element<Types>::type == *next++) && ...);
+}
 
 TEST(cpp_types, are_those_of_the_library) {
-  static_assert(is_type<char, 1, TARVA_ABI_TYPE_STRING> &&
-                is_type<tarva::boolean, 4, TARVA_ABI_TYPE_BOOLEAN>);
-  static_assert(is_type<std::byte, 1, TARVA_ABI_TYPE_UINT8> && is_type<signed char, 1, TARVA_ABI_TYPE_INT8>);
-  static_assert(is_type<unsigned short, 2, TARVA_ABI_TYPE_UINT16> && is_type<short, 2, TARVA_ABI_TYPE_INT16>);
-  static_assert(is_type<unsigned, 4, TARVA_ABI_TYPE_UINT32> && is_type<int, 4, TARVA_ABI_TYPE_INT32>);
-  static_assert(is_type<unsigned long long, 8, TARVA_ABI_TYPE_UINT64> &&
-                is_type<long, 8, TARVA_ABI_TYPE_INT64>);
-  static_assert(is_type<tarva::half, 2, TARVA_ABI_TYPE_HALF> && is_type<double, 8, TARVA_ABI_TYPE_DOUBLE>);
-  static_assert(is_type<tarva::uchar2, 2, TARVA_ABI_TYPE_UINT8V2> &&
-                is_type<tarva::char16, 16, TARVA_ABI_TYPE_INT8V16>);
-  static_assert(is_type<tarva::ushort3, 8, TARVA_ABI_TYPE_UINT16V3> &&
-                is_type<tarva::short8, 16, TARVA_ABI_TYPE_INT16V8>);
-  static_assert(is_type<tarva::uint4, 16, TARVA_ABI_TYPE_UINT32V4> &&
-                is_type<tarva::int3, 16, TARVA_ABI_TYPE_INT32V3>);
-  static_assert(is_type<tarva::ulong8, 64, TARVA_ABI_TYPE_UINT64V8> &&
-                is_type<tarva::long2, 16, TARVA_ABI_TYPE_INT64V2>);
-  static_assert(is_type<tarva::half3, 8, TARVA_ABI_TYPE_HALF3> &&
-                is_type<tarva::float16, 64, TARVA_ABI_TYPE_FLOAT16>);
-  static_assert(is_type<tarva::double3, 32, TARVA_ABI_TYPE_DOUBLE3> &&
-                is_type<tarva::double16, 128, TARVA_ABI_TYPE_DOUBLE16>);
+  static_assert(are<char, tarva::boolean, std::byte, signed char, unsigned short, short, unsigned, int>(
+      {1, TARVA_ABI_TYPE_STRING, 4, TARVA_ABI_TYPE_BOOLEAN, 1, TARVA_ABI_TYPE_UINT8, 1, TARVA_ABI_TYPE_INT8,
+       2, TARVA_ABI_TYPE_UINT16, 2, TARVA_ABI_TYPE_INT16, 4, TARVA_ABI_TYPE_UINT32, 4,
+       TARVA_ABI_TYPE_INT32}));
+  static_assert(
+      are<unsigned long long, long, tarva::half, double, tarva::float16, tarva::double3, tarva::double16>(
+          {8, TARVA_ABI_TYPE_UINT64, 8, TARVA_ABI_TYPE_INT64, 2, TARVA_ABI_TYPE_HALF, 8,
+           TARVA_ABI_TYPE_DOUBLE, 64, TARVA_ABI_TYPE_FLOAT16, 32, TARVA_ABI_TYPE_DOUBLE3, 128,
+           TARVA_ABI_TYPE_DOUBLE16}));
+  static_assert(are<tarva::uchar2, tarva::char16, tarva::ushort3, tarva::short8, tarva::uint4, tarva::int3>(
+      {2, TARVA_ABI_TYPE_UINT8V2, 16, TARVA_ABI_TYPE_INT8V16, 8, TARVA_ABI_TYPE_UINT16V3, 16,
+       TARVA_ABI_TYPE_INT16V8, 16, TARVA_ABI_TYPE_UINT32V4, 16, TARVA_ABI_TYPE_INT32V3}));
+  static_assert(are<tarva::ulong8, tarva::long2, tarva::half3>(
+      {64, TARVA_ABI_TYPE_UINT64V8, 16, TARVA_ABI_TYPE_INT64V2, 8, TARVA_ABI_TYPE_HALF3}));
   EXPECT_TRUE((tarva::float3{1, 2, 3, 4} == tarva::float3{1, 2, 3, 5})) << "the fourth is no component";
   EXPECT_TRUE((tarva::float4{1, 2, 3, 4} != tarva::float4{1, 2, 3, 5}));
 }

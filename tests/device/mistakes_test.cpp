@@ -189,11 +189,6 @@ outcome spir_v_of_zeros(const workbench& on) {
   return on.build_of(TARVA_ABI_IR_SPIR_V, std::string("\x03\x02\x23\x07", 4) + std::string(400, '\0'));
 }
 
-outcome odd_options(const workbench& on, const char* options) {
-  const outcome ended = on.build_of(TARVA_ABI_IR_SOURCE_1_0, source, options);
-  return ended == outcome() ? logic_failure("built all the same") : ended;
-}
-
 using bench = const workbench&;
 constexpr auto groups_of_1 = [](bench on, std::uint64_t width, std::uint64_t height) {
   const std::string vendor = text(on.opencl()["CL_DEVICE_VENDOR"]);
@@ -281,12 +276,6 @@ const mistake mistakes[] = {
   {"broken_source", "not built: [^]*(error|expected)", [](bench on) {
     return on.build_of(TARVA_ABI_IR_SOURCE_1_0, "kernel void f(global int* out) { out[0] = 1 }");
   }},
-  {"option_dash", ".", [](bench on) { return odd_options(on, "-"); }},
-  {"option_word", ".", [](bench on) { return odd_options(on, "-w word"); }},
-  {"option_file", ".", [](bench on) { return odd_options(on, "@file"); }},
-  {"option_backslash", ".", [](bench on) { return odd_options(on, "\\"); }},
-  {"option_without_value", ".", [](bench on) { return odd_options(on, "-D"); }},
-  {"option_unknown", "option|not built: .", [](bench on) { return odd_options(on, "-nonsense-option=1"); }},
 
   {"binary_of_nothing", no_binary, [](bench on) { return binary_of(on, 0); }},
   {"binary_of_zeros", no_binary, [](bench on) { return binary_of(on, 1000); }},

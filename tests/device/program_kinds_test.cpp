@@ -182,8 +182,9 @@ TEST_F(program_kinds, odd_build_options_never_end_the_process) {
     for (const char* valid : {" ", "-w", "-DX=1 -cl-mad-enable", "-D XY=1", "-I /tmp", "-cl-std=CL1.1"})
       expect_loads(on, ir::source_1_0, source, valid);
     // Some devices ignore a name that is missing.
-    for (const char* odd : {"-D ", "-I -D -D", "\"", "'", "-DX='a b'", "-DX=\"a b\"", "-D X", "-DX=\xFF",
-                            "\t", "''", "-DX=\"\\\"1\\\"\"", "-s word", "-I"})
+    for (const char* odd :
+         {"-", "-w word", "@file", "\\", "-D", "-nonsense-option=1", "-D ", "-I -D -D", "\"", "'",
+          "-DX='a b'", "-DX=\"a b\"", "-D X", "-DX=\xFF", "\t", "''", "-DX=\"\\\"1\\\"\"", "-s word", "-I"})
       expect_loads_or_words(on, ir::source_1_0, source, odd);
   });
 }

@@ -1,7 +1,7 @@
 // The order in which a worker runs what it is given, seen in the record of the capability library. What callers cannot bring
 // about: lists that are all there before the worker wakes, and signals at chosen moments.
-#include "access/opencl/discovery.h"
-#include "access/opencl/fill_buffer_bytes.h"
+#include "access/opencl/commands.h"
+#include "access/opencl/device.h"
 #include "ir/dag.h"
 #include "ir/device_command.h"
 #include "ir/logical_operation.h"

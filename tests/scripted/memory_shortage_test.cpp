@@ -163,13 +163,13 @@ void try_all_points(const std::function<ending()>& make, int log, const std::str
     char lines[4096];
     const ssize_t length = ::read(log, lines, sizeof lines);
     const std::string told(lines, length > 0 ? static_cast<std::size_t>(length) : 0);
-    const bool is_log_of_failure =
-        has_failed && told.find("std::bad_alloc") != told.npos && told.find("[warning]") == told.npos;
-    // A call may fail for want of memory behind work that has failed for it, too.
-    const bool is_right = code != TARVA_ABI_OK ? code == TARVA_ABI_OUT_OF_MEMORY && has_failed && !is_done &&
-                                                     (told.empty() || (failure_lasts && is_log_of_failure))
-                          : is_done ? told.empty()
-                                    : is_log_of_failure;
+    const bool is_right =
+        code != TARVA_ABI_OK
+            ? code == TARVA_ABI_OUT_OF_MEMORY && has_failed && !is_done &&
+                  (told.empty() || failure_lasts) // the work may have failed before the call did
+        : is_done
+            ? told.empty()
+            : has_failed && told.find("std::bad_alloc") != told.npos && told.find("[warning]") == told.npos;
     if (!is_right) // the error stream is the log's
       std::cout << name << ", allocation " << point << ": code " << code
                 << (is_done ? ", done\n" : ", not done\n") << told << std::flush;

@@ -163,6 +163,8 @@ std::string kernel_names(const program& of) {
 std::int32_t get_program_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<program>(record.object);
   const std::string binary = "BIN:" + found->text;
+  if (const auto own = own_answer(now.owner, record.param_name))
+    return answer_query(*own, record);
   switch (record.param_name) {
   case 0x1163: // DEVICES
     return answer_query(value_answer(found->owner), record);

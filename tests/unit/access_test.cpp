@@ -1,11 +1,6 @@
 // The access layer over the scripted capability library, where a caller of the exported functions does not reach:
 // references of every kind, and answers that lie.
-#include "access/opencl/opencl_1_0.h"
-#include "access/opencl/opencl_1_1.h"
-#include "access/opencl/opencl_1_2.h"
-#include "access/opencl/opencl_2_0.h"
-#include "access/opencl/opencl_2_1.h"
-#include "access/opencl/opencl_2_2.h"
+#include "access/opencl/version_namespaces.h"
 #include "tests/scripted/scripted_qv.h"
 
 #include <gtest/gtest.h>
@@ -107,21 +102,6 @@ TYPED_TEST(every_version, counts_references_of_what_can_be_copied) {
     scripted::fail_call(op::retain_device, 1, -6);
     EXPECT_THROW(opencl::find_devices<tested>(), common::out_of_host_memory);
   }
-}
-
-TYPED_TEST(every_version, sizes_of_binaries_are_not_taken_on_trust) {
-  constexpr version tested = TypeParam::value;
-  const auto context = the_context<tested>();
-  EXPECT_THROW(context.create_program_with_binaries({}), std::logic_error);
-  const auto program = context.create_program_with_binaries({{the_device<tested>(), {'B', 'C', '7'}}});
-  EXPECT_EQ(program.get_binaries().at(0).binary, (scripted::bytes{'B', 'I', 'N', ':', '7'}));
-  meddle = [](std::uint64_t command, void* record) {
-    auto& query = *static_cast<qv::get_object_info_record*>(record);
-    if (command == qv::command_number(op::get_program_info, capability_of(tested)) &&
-        query.param_name == 0x1165)
-      *query.param_value_size_ret = 16; // two sizes for one device
-  };
-  EXPECT_THROW(program.get_binaries(), common::bad_implementation);
 }
 
 TEST_F(access_test, devices_may_vanish_while_they_are_asked_for) {

@@ -1,6 +1,6 @@
 #include "abi/bridge.h"
 #include "abi/error_object.h"
-#include "properties/property_base.h"
+#include "properties/property.h"
 #include "tests/failing_memory.h"
 
 #include <gtest/gtest.h>

@@ -1,14 +1,12 @@
+#include "properties/catalogue.h"
 #include "properties/element.h"
-#include "properties/make_property.h"
-#include "properties/property_dictionary.h"
 #include "properties/property_strings.h"
+#include "properties/property_value.h"
 #include "tests/error_of.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <functional>
-#include <limits>
 
 namespace oryn::tarva::library {
 namespace {
@@ -47,23 +45,7 @@ TEST(data_types, values_outside_the_table_are_refused) {
     EXPECT_EQ(error_of([&] { data_type_name(type); }), "Unsupported type.");
     EXPECT_EQ(error_of<std::runtime_error>([&] { element_to_text(&value, type, 0); }),
               "Unhandled case.  Report a bug.");
-    EXPECT_EQ(error_of<std::runtime_error>([&] { get_element<float>(&value, type, 0); }), "Unhandled case.");
   }
-  EXPECT_EQ(error_of([] { get_element<float>(&value, data_type::double_, 0); }),
-            "Mismatch between expected data type and provided data type.");
-}
-
-TEST(half_values, convert_exactly) {
-  const std::pair<int, float> rows[] = {
-      {0x0000, 0.0f},     {0x3c00, 1.0f},       {0xc000, -2.0f},      {0x3555, 0.333251953125f},
-      {0x7bff, 65504.0f}, {0x0400, 0x1.0p-14f}, {0x0001, 0x1.0p-24f}, {0x83ff, -0x1.ff8p-15f},
-      {0x7c00, INFINITY}, {0xfc00, -INFINITY},
-  };
-  for (const auto& [bits, expected] : rows)
-    EXPECT_EQ(half_to_float({static_cast<std::uint16_t>(bits)}), expected) << std::hex << bits;
-  EXPECT_TRUE(std::signbit(half_to_float({0x8000})));
-  EXPECT_TRUE(std::isnan(half_to_float({0x7c01})));
-  EXPECT_TRUE(std::isnan(half_to_float({0xffff})) && std::signbit(half_to_float({0xffff})));
 }
 
 template <typename... T>
@@ -78,27 +60,14 @@ TEST(element_text, of_every_kind) {
   EXPECT_EQ(text_of_second(data_type::boolean_, 0u, 256u), "true");
   EXPECT_EQ(text_of_second(data_type::uint8_, std::uint8_t{1}, std::uint8_t{65}), "A");
   EXPECT_EQ(text_of_second(data_type::int8_, std::int8_t{1}, std::int8_t{-1}), "\xff");
-  EXPECT_EQ(text_of_second(data_type::uint16_, std::uint16_t{1}, std::uint16_t{65535}), "65535");
   EXPECT_EQ(text_of_second(data_type::int16_, std::int16_t{1}, std::int16_t{-32768}), "-32768");
-  EXPECT_EQ(text_of_second(data_type::uint32_, 1u, 4294967295u), "4294967295");
-  EXPECT_EQ(text_of_second(data_type::int32_, 1, -7), "-7");
   EXPECT_EQ(text_of_second(data_type::uint64_, 1ul, ~0ul), "18446744073709551615");
-  EXPECT_EQ(text_of_second(data_type::int64_, 1l, std::numeric_limits<long>::min()), "-9223372036854775808");
-  EXPECT_EQ(text_of_second(data_type::half_, std::uint16_t{0}, std::uint16_t{0xc000}), "-2");
+  EXPECT_EQ(text_of_second(data_type::half_, std::uint16_t{0}, std::uint16_t{0x83ff}), "-6.09756e-05");
   EXPECT_EQ(text_of_second(data_type::float_, 0.0f, 0.1f), "0.1");
   EXPECT_EQ(text_of_second(data_type::double_, 0.0, 1234567.0), "1.23457e+06");
-  EXPECT_EQ(text_of_second(data_type::double_, 0.0, -std::numeric_limits<double>::infinity()), "-inf");
-}
-
-TEST(element_text, of_vectors) {
   const std::uint16_t numbers[] = {1, 2, 3, 4, 5, 6, 7, 8};
-  EXPECT_EQ(element_to_text(numbers, data_type::uint16v3_, 0), "{1, 2, 3}");
   EXPECT_EQ(element_to_text(numbers, data_type::uint16v3_, 1), "{5, 6, 7}");
   EXPECT_EQ(element_to_text("abcdefgh", data_type::uint8v4_, 1), "{e, f, g, h}");
-  const double doubles[] = {0.5, -1, 0.25, 2};
-  EXPECT_EQ(element_to_text(doubles, data_type::double2_, 1), "{0.25, 2}");
-  using three = std::array<std::uint16_t, 3>;
-  EXPECT_EQ(get_element<three>(numbers, data_type::uint16v3_, 1), (three{5, 6, 7}));
 }
 
 // A tree of ready-made values, by the last key of the path; "ROOT" alone has children.
@@ -186,11 +155,12 @@ TEST(properties, hold_what_the_caller_reads) {
 
 TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
   property_dictionary dictionary;
-  dictionary.add("KEY", "first", "one", data_type::uint64_);
+  dictionary.add("KEY", "first", "one");
   EXPECT_EQ(error_of([&] { dictionary.add("KEY", "second", "two"); }),
             "Inserting a duplicate entry for the fieldname \"KEY\" into the property dictionary.");
-  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_description("KEY"), "firstone");
-  EXPECT_EQ(error_of([&] { dictionary.get_description("OTHER"); }),
+  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_texts("KEY")->description,
+            "firstone");
+  EXPECT_EQ(error_of([&] { dictionary.get_texts("OTHER"); }),
             "Could not find the fieldname \"OTHER\" in the property dictionary.");
 }
 
