@@ -14,6 +14,11 @@
 namespace qv {
 namespace {
 
+oryn::mutex& one_at_a_time() {
+  static oryn::mutex& lock = *new oryn::mutex; // never destroyed: calls go on to the end of the process
+  return lock;
+}
+
 // The events that work waits for, as OpenCL's own. Work that waits for what has failed fails itself; OpenCL, which may not
 // know of the failure, is not asked.
 class wait_list {
@@ -46,6 +51,16 @@ private:
   std::vector<cl_event> events_;
 };
 
+// For implementations that take and do one thing at a time, on all their devices together. Kernels run while their queue is
+// finished, if not while they are enqueued.
+template <class Work>
+cl_int alone_if_needed(const root_device& device, Work work) {
+  if (!device.quirks.work_is_not_thread_safe)
+    return work();
+  const oryn::lock_guard guard(one_at_a_time());
+  return work();
+}
+
 // Work with nobody to tell of its failure later is told of at once; and should its queue not be finished, the finish tells.
 template <class Record, class Enqueue>
 void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) {
@@ -59,7 +74,10 @@ void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) 
 // status. What is refused, by whomever, becomes an event that has failed, and the command a success: whoever enqueues has no
 // way to undo what came before, and waits for the event anyway. The device may be the reason, so it is suspected.
 template <class Record, class Enqueue>
-void submit(const root_device& device, Record& record, Enqueue enqueue) {
+void submit(const root_device& device, Record& record, Enqueue enqueue_to) {
+  const auto enqueue = [&](cl_command_queue to, const wait_list& waits, cl_event* event) {
+    return alone_if_needed(device, [&] { return enqueue_to(to, waits, event); });
+  };
   auto* const queue = static_cast<queue_object*>(record.command_queue);
   if (record.event == nullptr) {
     if (queue == nullptr)
@@ -205,23 +223,13 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
   });
 }
 
-// Where two kernels must not run at once, one queue is finished at a time, which is when they run.
-cl_int finish_queue(const root_device& device, queue_object& queue, bool& is_finished) {
-  if (!device.quirks.kernels_are_not_thread_safe)
-    return queue.finish(device.cl, is_finished);
-  static oryn::mutex& one_at_a_time =
-      *new oryn::mutex; // never destroyed: calls go on to the end of the process
-  const oryn::lock_guard guard(one_at_a_time);
-  return queue.finish(device.cl, is_finished);
-}
-
 // A queue that cannot be finished has told its events so, and that is enough; the device may be lost.
 void finish(const root_device& device, object_record& record) {
   auto* const queue = find_object<queue_object>(record.object, record);
   if (queue == nullptr)
     return;
   bool is_finished = true;
-  record.status = finish_queue(device, *queue, is_finished);
+  record.status = alone_if_needed(device, [&] { return queue->finish(device.cl, is_finished); });
   if (!is_finished && device.watch != nullptr)
     device.watch->suspect();
 }

@@ -19,7 +19,7 @@ constexpr std::array rows{
                 .loses_user_data_of_contexts = true,
                 .tells_wrong_kernel_attributes = true,
                 .builds_are_not_thread_safe = true,
-                .kernels_are_not_thread_safe = true,
+                .work_is_not_thread_safe = true,
                 .takes_words_for_files = true,
                 .counts_groups_in_32_bits = true,
                 .chooses_groups_of_one = true}},

@@ -23,8 +23,8 @@ struct quirks {
   bool asserts_on_large_local_arguments = false;
   // Two threads that build at once spoil its memory.
   bool builds_are_not_thread_safe = false;
-  // So do two kernels at once, on different devices or queues: they compute wrong results.
-  bool kernels_are_not_thread_safe = false;
+  // So do two that enqueue or finish at once, on whatever devices and queues, and two kernels compute wrong results.
+  bool work_is_not_thread_safe = false;
   binary_format binaries = binary_format::checked_by_itself;
   // LLVM bitcode as a binary ends the process, unless the device says that it takes SPIR.
   bool crashes_on_bitcode = false;
