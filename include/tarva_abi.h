@@ -216,7 +216,7 @@
  * A program without kernels, be it that its build failed or that the device has none built in, has no OPENCL.
  *
  * The children of a device's OPENCL are the OpenCL queries that its version knows, by their OpenCL names and
- * in OpenCL's units: 45 for a device of 1.0, 56 of 1.1, 60 of 1.2, 69 of 2.0, 72 of 2.1 and of 2.2.
+ * in OpenCL's units:
  *
  *     a number                              UINT64, such as CL_DEVICE_GLOBAL_MEM_SIZE, in bytes
  *     CL_DEVICE_MAX_WORK_ITEM_SIZES         UINT64, one for each dimension

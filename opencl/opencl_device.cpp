@@ -1,7 +1,7 @@
 #include "opencl/opencl_device.h"
 
-#include "access/common/opencl_constants.h"
 #include "access/common/info_query.h"
+#include "access/common/opencl_constants.h"
 #include "access/opencl/device.h"
 #include "base/logging.h"
 #include "memory/ranges.h"
@@ -250,14 +250,9 @@ namespace {
 template <version V>
 using found_devices = std::vector<skerv::opencl::device<V>>;
 
-// By version, from 1.0 on.
-constexpr const char* number_lines[] = {"Detected {} OpenCL 1.0 devices.", "Detected {} OpenCL 1.1 devices.",
-                                        "Detected {} OpenCL 1.2 devices.", "Detected {} OpenCL 2.0 devices.",
-                                        "Detected {} OpenCL 2.1 devices.", "Detected {} OpenCL 2.2 devices."};
-
 template <version V>
 void log_number(const found_devices<V>& found) {
-  log_info(number_lines[skerv::opencl::capability_of(V) - 1], found.size());
+  log_info("Detected {} OpenCL {} devices.", found.size(), version_traits<V>::text);
 }
 
 template <version V>

@@ -18,7 +18,7 @@ TEST_F(commands, have_their_numbers_and_there_are_no_others) {
   use(plain_device());
   library made;
   std::uint64_t sum = 0xcbf29ce484222325;
-  for (std::uint32_t capability = 1; capability <= 6; ++capability) {
+  for (std::uint32_t capability = 1; capability <= qv::capability_count; ++capability) {
     std::map<std::uint64_t, int> known;
     for (std::uint32_t i = 0; i < qv::operation_count; ++i) {
       const std::uint64_t number = qv::command_number(op{i}, capability);

@@ -57,7 +57,7 @@ public:
   // One digit each.
   std::string capabilities(std::size_t index = 0) const {
     std::string all;
-    for (std::uint64_t capability = 1; capability <= 6; ++capability)
+    for (std::uint64_t capability = 1; capability <= qv::capability_count; ++capability)
       if (node(root(index), capability) != 0)
         all += std::to_string(capability);
     return all;

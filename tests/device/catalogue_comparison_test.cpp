@@ -2,6 +2,7 @@
 // what OpenCL itself says of the same device in the same process. A query that the implementation refuses has
 // to be an error of that property alone. Without a device it is skipped, by status 77, unless there has to be
 // one.
+#include "capability/opencl_version.h"
 #include "tests/device/caller.h"
 #include "tests/device/catalogue_table.h"
 
@@ -98,6 +99,7 @@ std::string expected(const raw_opencl& raw, cl_device_id device, const row& aske
   const std::string text = answer->substr(0, answer->find('\0'));
   switch (asked.as) {
   case form::number:
+  case form::wide:
     return number_line(number);
   case form::flag:
     return flag_line(number != 0);
@@ -205,9 +207,7 @@ void compare(const pair& of, const property& root) {
   EXPECT_EQ(told(root, "NAME"), name);
 
   const property opencl = child(root, opencl_key);
-  const std::size_t counts[] = {45, 56, 60, 69, 72, 72};
   const lines wanted = expected_children(of, opencl_key);
-  EXPECT_EQ(wanted.size(), counts[of.version - 1]);
   EXPECT_EQ(text_of(told_children(opencl, wanted)), text_of(wanted));
   EXPECT_EQ(told(opencl, "DEDICATED_LOCAL_MEMORY"),
             expected(of.raw, of.device, {"", CL_DEVICE_LOCAL_MEM_TYPE, form::equals, CL_LOCAL}));
@@ -229,8 +229,9 @@ TEST(catalogue, says_what_opencl_says) {
     const property root = caller::root<tarva_abi_get_device_root_property>(each);
     const std::string summary = text(child(root, "FRIENDLY_SUMMARY"));
     SCOPED_TRACE(summary);
-    const auto version = std::string("1.0 1.1 1.2 2.0 2.1 2.2").find(summary.substr(7, 3)) / 4 + 1;
-    ASSERT_LE(version, 6U);
+    std::string_view from_version = std::string_view(summary).substr(7);
+    const std::uint32_t version = qv::capability_of_version(qv::take_version(from_version).value());
+    ASSERT_NE(version, 0U);
     const std::string start = "OpenCL " + summary.substr(7, 3) + " device named: ";
     // Two implementations may have one name for the processor.
     const std::string reported = text(child(child(root, opencl_key), "CL_DEVICE_VERSION"));

@@ -24,7 +24,7 @@ $(exports "$1")"
 
 tarva=$(grep -oE '\btarva_abi_[a-z_]+\(' "$3" | tr -d '(' | sort -u)
 qv=$(grep -oE '\bqv_[a-z_]+\(' "$4" | tr -d '(' | sort -u)
-[ "$(printf '%s\n' $tarva | wc -l)" = 38 ] || fail "the header declares another number of functions than 38"
+[ "$(printf '%s\n' $tarva | wc -l)" -ge 38 ] || fail "the header declares fewer functions than 38"
 [ "$(printf '%s\n' $qv | wc -l)" = 6 ] || fail "the header declares another number of functions than 6"
 check "$1" "$tarva" ORYNTARVA_1.0
 check "$2" "$qv" LIBQV_1.0

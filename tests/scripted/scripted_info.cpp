@@ -1,28 +1,39 @@
 // What the simulated devices answer to clGetDeviceInfo: each parameter exists under the capabilities that
-// read it.
+// read it, most of them by the table of properties.
+#include "tests/device/catalogue_table.h"
 #include "tests/scripted/scripted_machine.h"
 
 namespace scripted {
 
 namespace {
 
-// Parameters that are next to each other and of one size, and the capabilities that read them.
-struct range_row {
-  std::uint32_t from, to;
-  unsigned size;
-  std::uint32_t first = 1, last = 6;
-};
+// Parameters that are no properties, or answer with another size than most of their form, and that size.
+constexpr std::pair<std::uint32_t, unsigned> others[] = {
+    {CL_DEVICE_TYPE, 8}, {CL_DEVICE_LOCAL_MEM_TYPE, 4}, {CL_DEVICE_PLATFORM, 8}};
 
-constexpr range_row numbers[] = {
-    {0x1000, 0x1000, 8},       {0x1001, 0x100E, 4},    {0x100F, 0x100F, 4, 1, 3}, {0x1010, 0x1015, 8},
-    {0x1016, 0x1016, 4},       {0x1017, 0x1017, 8},    {0x1018, 0x1019, 4},       {0x101A, 0x101A, 4, 2, 2},
-    {0x101B, 0x101B, 8},       {0x101C, 0x101D, 4},    {0x101E, 0x1020, 8},       {0x1021, 0x1022, 4},
-    {0x1023, 0x1023, 8},       {0x1024, 0x1024, 4},    {0x1025, 0x1025, 8},       {0x1027, 0x1028, 4},
-    {0x1029, 0x102A, 8},       {0x1031, 0x1032, 8},    {0x1034, 0x1034, 4, 2},    {0x1036, 0x103C, 4, 2},
-    {0x1035, 0x1035, 4, 2, 3}, {0x103E, 0x103E, 4, 3}, {0x1040, 0x1041, 8, 3},    {0x1048, 0x1048, 4, 3},
-    {0x1049, 0x1049, 8, 3},    {0x104A, 0x104C, 4, 4}, {0x104D, 0x104E, 8, 4},    {0x104F, 0x1052, 4, 4},
-    {0x1053, 0x1054, 8, 4},    {0x1055, 0x105A, 4, 4}, {0x105C, 0x105D, 4, 5},
-};
+// The bytes of a number; nothing if devices of the capability have no such parameter.
+unsigned size_of_number(std::uint32_t capability, std::uint32_t parameter) {
+  using catalogue_table::form;
+  for (const auto& [of, size] : others)
+    if (of == parameter)
+      return size;
+  const int version = static_cast<int>(capability);
+  for (const catalogue_table::block& each : catalogue_table::blocks)
+    for (const catalogue_table::row& one : each.rows)
+      if (one.query == parameter && each.first <= version && version <= each.last)
+        switch (one.as) {
+        case form::number:
+        case form::flag:
+        case form::equals:
+          return 4;
+        case form::wide:
+        case form::bit:
+          return 8;
+        default:
+          return 0;
+        }
+  return 0;
+}
 
 // Those that matter; all others are 1.
 constexpr std::pair<std::uint32_t, std::uint64_t> values[] = {
@@ -79,9 +90,8 @@ std::optional<bytes> device_info(const device& device, std::uint32_t capability,
   std::uint64_t number = 1;
   for (const auto& [of, value] : values)
     number = of == parameter ? value : number;
-  for (const range_row& row : numbers)
-    if (row.from <= parameter && parameter <= row.to && row.first <= capability && capability <= row.last)
-      return row.size == 4 ? value_answer(static_cast<std::uint32_t>(number)) : value_answer(number);
+  if (const unsigned size_of_answer = size_of_number(capability, parameter))
+    return size_of_answer == 4 ? value_answer(static_cast<std::uint32_t>(number)) : value_answer(number);
   for (const text_row& row : texts)
     if (row.parameter == parameter && row.first <= capability)
       return text_answer(row.value);

@@ -175,15 +175,14 @@ cl_int clGetDeviceIDs(cl_platform_id of, cl_device_type type, cl_uint count, cl_
 
 // Each device reports the first version that it is given.
 cl_int clGetDeviceInfo(cl_device_id id, cl_device_info name, size_t size, void* value, size_t* size_ret) {
-  constexpr const char* versions[] = {"1.0", "1.1", "1.2", "2.0", "2.1", "2.2"};
   const visit inside;
   const auto& options = reinterpret_cast<scripted::device*>(id)->options;
   if (const auto found = options.defects.find(name); found != options.defects.end())
     return answer_badly(found->second, value, size_ret);
   if (name == CL_DEVICE_VERSION && options.info.count(name) == 0)
     return answer(
-        text_answer(std::string("OpenCL ") + versions[options.capabilities.front() - 1] + " scripted"), size,
-        value, size_ret);
+        text_answer(std::string("OpenCL ") + version_texts[options.capabilities.front() - 1] + " scripted"),
+        size, value, size_ret);
   if (name == CL_DEVICE_PLATFORM)
     return answer(value_answer(platform(options.platform)), size, value, size_ret);
   return run<op::get_device_info>(id, {id, value, size_ret, name, size, 0}).status;

@@ -33,11 +33,14 @@ bytes value_answer(T value) {
   return {first, first + sizeof value};
 }
 
+// The versions by their capabilities, 1 for the first.
+constexpr const char* version_texts[] = {"1.0", "1.1", "1.2", "2.0", "2.1", "2.2"};
+
 // What may be wrong with the answer to a query.
 enum class defect { refused, thrown, grows, absurd };
 
-// One root device, with a node under each capability (1 to 6 for OpenCL 1.0, 1.1, 1.2, 2.0, 2.1, 2.2). The last three are
-// for the scripted OpenCL alone, whose devices are of the first capability.
+// One root device, with a node under each capability. The last three are for the scripted OpenCL alone, whose devices are of
+// the first capability.
 struct device_options {
   std::string name = "scripted";
   std::vector<std::uint32_t> capabilities{};

@@ -14,8 +14,7 @@ namespace scripted {
 // Three devices a version: two little-endian ones and a big-endian one. They stand in the library's list and
 // in the script in the same order.
 enum class role : std::size_t { first, second, big_endian };
-constexpr std::uint32_t version_count = 6;
-constexpr const char* version_texts[] = {"1.0", "1.1", "1.2", "2.0", "2.1", "2.2"};
+constexpr std::uint32_t version_count = std::size(version_texts);
 
 inline std::size_t device_index(std::uint32_t version, role which) {
   return (version - 1) * 3 + static_cast<std::size_t>(which);
