@@ -57,7 +57,7 @@ void carry_out(const transfer& what) {
   unlocked([&] {
     tarva_abi_future_s* started = nullptr;
     tarva::call<Function>(what.memory.get(), what.start, what.count, static_cast<Data>(what.bytes.data()),
-                           &started);
+                          &started);
     future<>(started).get();
   });
 }

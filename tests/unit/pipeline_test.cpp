@@ -1,8 +1,8 @@
 // The parts of the pipeline that need no device: the graph, blocks of memory, byte order, attributes, roots.
 #include "ir/dag.h"
 #include "memory/host_memory.h"
-#include "objects/library_program.h"
 #include "objects/launch_limits.h"
+#include "objects/library_program.h"
 #include "tests/error_of.h"
 
 #include <gtest/gtest.h>
