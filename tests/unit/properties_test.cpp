@@ -1,3 +1,4 @@
+// Values, trees and texts of properties.
 #include "properties/catalogue.h"
 #include "properties/element.h"
 #include "properties/property_strings.h"
