@@ -23,9 +23,8 @@ namespace oryn::tarva::library {
 // The tables are cut into many small parts by the address of the handle, each with a lock of its own. So calls with different
 // handles hardly ever meet, and a table that grows or shrinks holds up few calls, for a fraction of a millisecond, however
 // many handles there are. All that is known of one address, of whatever kind, is in one part. Whoever holds a lock calls no
-// library object and destroys none, so objects that leave the tables are destroyed after the unlock. These locks are the first
-// of the lock order: bridge, scheduler, dispatcher, completion state, logger. In fact the only lock that is ever taken while
-// one is held is a logger's, by the leak report.
+// library object and destroys none, so objects that leave the tables are destroyed after the unlock. The only
+// lock that is ever taken while one of these is held is a logger's, by the leak report.
 //
 // A handle that is null, unknown or of the wrong kind is refused with std::runtime_error, and is never followed. What
 // throws has changed nothing.

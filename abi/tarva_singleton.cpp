@@ -59,7 +59,6 @@ void prepare_what_outlives_the_library() {
   get_program_catalogue();
 }
 
-// Without memory for the library itself the process ends as with any other failure of the start.
 // TARVA_SCHEDULER chooses it. Only the default works on one operation at a time.
 std::shared_ptr<scheduler> make_scheduler(std::function<const device_list&()> devices) {
   const char* const wanted = secure_getenv("TARVA_SCHEDULER");
@@ -70,6 +69,7 @@ std::shared_ptr<scheduler> make_scheduler(std::function<const device_list&()> de
   return std::make_shared<ultra_naive_scheduler>(std::move(devices));
 }
 
+// Without memory for the library itself the process ends as with any other failure of the start.
 stoppable_library* start_library() {
   if (auto* const library = new (std::nothrow) tarva_singleton)
     return library;

@@ -1,4 +1,4 @@
-// A hash map with addresses as keys: handles in the bridge, and memory objects in the scheduler.
+// A hash map with addresses as keys, for tables that grow very large: those of the handles.
 #pragma once
 
 #include "base/large_block.h"

@@ -1,3 +1,4 @@
+// Runs the measures.
 #include "benchmarks/measures.h"
 
 #include <benchmark/benchmark.h>

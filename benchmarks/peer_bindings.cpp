@@ -1,3 +1,4 @@
+// The C++ bindings of OpenCL as a peer.
 #include "benchmarks/peer.h"
 
 #define CL_HPP_TARGET_OPENCL_VERSION 120

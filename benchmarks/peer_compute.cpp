@@ -1,3 +1,4 @@
+// Boost.Compute as a peer.
 #include "benchmarks/peer.h"
 
 #include <boost/compute/core.hpp>

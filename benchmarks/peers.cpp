@@ -1,3 +1,4 @@
+// Makes the peers that there are.
 #include "benchmarks/peer.h"
 
 #include <cstdio>

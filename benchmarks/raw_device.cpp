@@ -14,7 +14,7 @@ namespace {
 }
 
 // Asks for the size first, as the library does.
-template <typename Value, typename Query>
+template <class Value, class Query>
 Value ask(Query query) {
   std::size_t size = 0;
   check(query(0, nullptr, &size), "A query of a size");
@@ -24,7 +24,7 @@ Value ask(Query query) {
   return value;
 }
 
-template <typename Query>
+template <class Query>
 std::string ask_text(Query query) {
   std::size_t size = 0;
   check(query(0, nullptr, &size), "A query of a size");

@@ -2,7 +2,6 @@
 // alone. Writes the nanoseconds of the start, the resident kilobytes after it, and the time at which the end began.
 #include "benchmarks/comparison.h"
 #include "benchmarks/raw_device.h"
-#include "include/tarva_abi.h"
 
 #include <chrono>
 #include <cstdio>
@@ -10,6 +9,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <memory>
+#include <tarva_abi.h>
 
 namespace {
 

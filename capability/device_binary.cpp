@@ -1,11 +1,13 @@
+// Device binaries.
+//
+// These formats are not specified anywhere; what is known of them is what the implementations write. A binary is only walked
+// through from length to length, never interpreted, and passes if its end is where the last length says.
 #include "capability/program_checks.h"
 
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
-// These formats are not specified anywhere; what is known of them is what the implementations write. A binary is only walked
-// through from length to length, never interpreted, and passes if its end is where the last length says.
 namespace qv {
 namespace {
 

@@ -14,10 +14,8 @@
 namespace qv {
 namespace {
 
-oryn::mutex& one_at_a_time() {
-  static oryn::mutex& lock = *new oryn::mutex; // never destroyed: calls go on to the end of the process
-  return lock;
-}
+// Static without a destructor: calls go on to the end of the process.
+constinit oryn::mutex work_lock;
 
 // The events that work waits for, as OpenCL's own. Work that waits for what has failed fails itself; OpenCL, which may not
 // know of the failure, is not asked.
@@ -57,7 +55,7 @@ template <class Work>
 cl_int alone_if_needed(const root_device& device, Work work) {
   if (!device.quirks.work_is_not_thread_safe)
     return work();
-  const oryn::lock_guard guard(one_at_a_time());
+  const oryn::lock_guard guard(work_lock);
   return work();
 }
 

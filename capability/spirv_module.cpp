@@ -1,3 +1,4 @@
+// SPIR-V modules.
 #include "capability/program_checks.h"
 
 #include "capability/opencl_queries.h"

@@ -1,3 +1,4 @@
+// One run of random calls: what its steps have in common.
 #pragma once
 
 #include "fuzz/handle_model.h"

@@ -1,10 +1,10 @@
+// The handles that a caller holds, as far as a caller can know.
 #pragma once
 
 #include "fuzz/input.h"
 
-#include "include/tarva_abi.h"
-
 #include <algorithm>
+#include <tarva_abi.h>
 #include <tuple>
 #include <vector>
 

@@ -1,3 +1,4 @@
+// Random bytes as a source of choices.
 #pragma once
 
 #include <algorithm>

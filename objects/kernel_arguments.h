@@ -124,7 +124,7 @@ public:
 
   std::uint64_t get_argument_count() const { return list_->arguments_.size(); }
   // Calls `visit` with the argument as what it is. Inlined, since a launch visits each argument twice.
-  template <typename Visitor>
+  template <class Visitor>
   [[gnu::always_inline]] void visit_argument(std::uint64_t index, Visitor&& visit) const {
     if (index >= get_argument_count())
       refuse_index();

@@ -1,4 +1,4 @@
-// Devices as the library's own logic sees them, and the workers that they have.
+// Devices as the library's own logic sees them, and the dispatchers that they have.
 #pragma once
 
 #include "objects/intermediate_representation.h"
@@ -34,7 +34,7 @@ public:
   prepared_work& operator=(const prepared_work&) = delete;
 };
 
-// The worker of one device: takes graphs of device commands and runs them on a thread of its own.
+// Takes graphs of device commands for one device, and runs them on a thread of its own: the worker.
 class device_work_dispatcher {
 public:
   device_work_dispatcher() = default;

@@ -1,3 +1,4 @@
+// What each kind of physical operation becomes on a device of OpenCL.
 #include "opencl/opencl_device_command.h"
 
 #include "objects/library_program.h"

@@ -1,4 +1,4 @@
-// The worker of one device, and what other devices tell it.
+// The dispatcher of one device with its worker, and what other devices tell it.
 #pragma once
 
 #include "base/notifier.h"

@@ -24,7 +24,7 @@ namespace oryn::tarva::library {
 // other, its worker goes on with other operations.
 //
 // On each device operations begin in the order of acceptance, since its worker takes them over in that order, and the
-// device runs one command list at a time. Work on host memory runs on the caller's thread, beside all devices.
+// device runs one subgraph at a time. Work on host memory runs on the caller's thread, beside all devices.
 class concurrent_scheduler final : public scheduler {
 public:
   // Knows no device; the list is read at every submit.

@@ -44,7 +44,7 @@ public:
   const std::shared_ptr<logical_ir::logical_operation>& get_operation() const { return operation_; }
 
   // Lowers the operation and hands its work over. What goes wrong is left for finish() to tell. Whoever calls it on another
-  // thread holds a share of the operation, as this may be gone as soon as the operation is complete.
+  // thread holds a share of the operation, as the submission may be gone as soon as the operation is complete.
   // `holder` is told if all of the work succeeds, unless there is none to be done.
   void start(const std::shared_ptr<library_device>& host_device, scheduler_state& state, host_work place,
              logical_ir::logical_operation::turn_holder* holder) noexcept;

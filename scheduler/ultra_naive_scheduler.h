@@ -37,7 +37,8 @@ private:
   class turn;
 
   const std::function<const device_list&()> devices_;
-  fair_mutex turns_;      // comes after the bridge's locks, and before those of notifiers and dispatchers
+  fair_mutex
+      turns_; // taken with no other lock held, and before those of the table, of kernels and of dispatchers
   scheduler_state state_; // used in a turn only
 };
 

@@ -245,7 +245,7 @@ TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
 }
 
 // A little-endian number, as binaries have it.
-template <typename Number>
+template <class Number>
 std::string number(Number value) {
   return {reinterpret_cast<const char*>(&value), sizeof value};
 }

@@ -1,3 +1,4 @@
+// Many threads on two devices at once.
 #include "tests/device/thread_mix.h"
 
 #include <gtest/gtest.h>

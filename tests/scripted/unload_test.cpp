@@ -1,13 +1,12 @@
 // Loading, using and unloading the library again and again leaves nothing of it behind.
 #include "tests/scripted/scripted_qv.h"
 
-#include "include/tarva_abi.h"
-
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <tarva_abi.h>
 #include <thread>
 
 namespace {

@@ -69,7 +69,7 @@ opencl::context<V> the_context() {
   return {{}, {the_device<V>()}, nullptr, nullptr};
 }
 
-template <typename Tag>
+template <class Tag>
 class every_version : public access_test {};
 template <version V>
 using tag = std::integral_constant<version, V>;

@@ -1,3 +1,4 @@
+// The map of addresses, against a model.
 #include "base/address_map.h"
 
 #include <gtest/gtest.h>

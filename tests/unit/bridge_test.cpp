@@ -1,3 +1,4 @@
+// Handles from their making to their end, and the gate that calls pass.
 #include "abi/bridge.h"
 #include "abi/error_object.h"
 #include "base/end_of_process.h"

@@ -1,3 +1,4 @@
+// From exceptions to error objects.
 #include "abi/bridge.h"
 #include "abi/error_object.h"
 #include "properties/property.h"

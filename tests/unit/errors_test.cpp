@@ -1,3 +1,4 @@
+// The exception of each OpenCL status, and answers of OpenCL whose size is asked for first.
 #include "access/common/errors.h"
 #include "access/common/info_query.h"
 #include "tests/error_of.h"

@@ -1,3 +1,4 @@
+// The lock that is passed on in order.
 #include "base/fair_mutex.h"
 
 #include <gtest/gtest.h>

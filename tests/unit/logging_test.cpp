@@ -1,3 +1,4 @@
+// Loggers, their targets, and what they do without memory.
 #include "base/logging.h"
 #include "base/notifier.h"
 #include "base/unique_identifier.h"

@@ -1,3 +1,4 @@
+// Waking and waiting.
 #include "base/notifier.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Values, trees and texts of properties.
 #include "properties/catalogue.h"
 #include "properties/element.h"
 #include "properties/property_strings.h"
@@ -48,7 +49,7 @@ TEST(data_types, values_outside_the_table_are_refused) {
   }
 }
 
-template <typename... T>
+template <class... T>
 std::string text_of_second(data_type type, T... values) {
   const std::common_type_t<T...> data[] = {values...};
   return element_to_text(data, type, 1);
@@ -94,7 +95,7 @@ public:
     return names;
   }
 
-  template <typename T>
+  template <class T>
   void add(const std::string& name, T value) {
     children.emplace_back(name, [value](fake_owner& owner, const property_path& path) {
       return make_described_property(&owner, path, "F", "D", value);
@@ -104,7 +105,7 @@ public:
   std::shared_ptr<property_base> root() { return get_property({"ROOT"}); }
 };
 
-template <typename T>
+template <class T>
 std::shared_ptr<property_base> make_value(fake_owner& owner, T value) {
   return make_described_property(&owner, {"ROOT", "X"}, "Friend", "Text.", std::move(value));
 }

@@ -1,3 +1,4 @@
+// The form of --json.
 #include "tools/tarva-info/output.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// The kernels of a program in a file, for --kernels.
 #include "tools/tarva-info/property_tree.h"
 
 #include <fstream>

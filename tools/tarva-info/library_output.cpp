@@ -1,3 +1,4 @@
+// The forms of --text and --xml, which the library itself writes.
 #include "tools/tarva-info/known_keys.h"
 #include "tools/tarva-info/output.h"
 

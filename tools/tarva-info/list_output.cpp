@@ -1,3 +1,4 @@
+// The list of the devices.
 #include "tools/tarva-info/output.h"
 
 #include <algorithm>

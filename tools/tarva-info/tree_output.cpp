@@ -1,3 +1,4 @@
+// The tree of a device for people, and the form of --raw.
 #include "tools/tarva-info/output.h"
 
 #include <algorithm>
