@@ -105,7 +105,8 @@ void dispatch_operations(const physical_graph& graph, std::vector<command_graph>
 }
 
 void run_host_work(const physical_graph& graph) {
-  const command_sequence commands = command_graph(graph, generate_commands, mark_submitted).topological_sort();
+  const command_sequence commands =
+      command_graph(graph, generate_commands, mark_submitted).topological_sort();
   graph.nodes().front()->get_logical_operation()->add_device_commands(commands.size());
   for (const command_pointer& command : commands)
     static_cast<device_ir::host_function_call&>(*command).run();

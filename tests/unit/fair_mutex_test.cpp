@@ -19,7 +19,8 @@ TEST(fair_mutex, passes_the_turn_on_in_the_order_of_joining) {
   for (std::size_t i = 0; i < count; ++i)
     for (std::size_t queue = 0; queue < 2; ++queue)
       EXPECT_EQ(places[queue][i].join(queues[queue]), i == 0);
-  for (std::size_t i = count; i-- > 0;) // those who wait begin to wait in the reverse order, each for two queues
+  for (std::size_t i = count;
+       i-- > 0;) // those who wait begin to wait in the reverse order, each for two queues
     threads.emplace_back([&, i] {
       for (auto& each : places)
         each[i].wait_for_turn();
