@@ -97,13 +97,6 @@ private:
   bool little_endian_ = false;
 };
 
-using opencl_1_0_device = opencl_version_device<version::v1_0>;
-using opencl_1_1_device = opencl_version_device<version::v1_1>;
-using opencl_1_2_device = opencl_version_device<version::v1_2>;
-using opencl_2_0_device = opencl_version_device<version::v2_0>;
-using opencl_2_1_device = opencl_version_device<version::v2_1>;
-using opencl_2_2_device = opencl_version_device<version::v2_2>;
-
 // Device storage that is one OpenCL buffer, which is released with it, on whatever thread that is: mostly the worker's. `Buffer` is
 // the buffer class of one OpenCL version.
 template <class Buffer>

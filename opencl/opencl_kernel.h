@@ -15,9 +15,6 @@
 
 namespace oryn::tarva::library {
 
-template <version V>
-class opencl_version_device;
-
 // What the kernels of all versions share: the properties of the kernel catalogue.
 class opencl_kernel : public catalogue_owner<library_kernel, get_kernel_catalogue> {
 public:
@@ -64,12 +61,5 @@ private:
   mutable std::optional<launch_limits> limits_;  // written once, before `has_limits_`
   mutable std::atomic<bool> has_limits_ = false; // from then on `limits_` is read without the lock
 };
-
-using opencl_1_0_kernel = opencl_version_kernel<version::v1_0>;
-using opencl_1_1_kernel = opencl_version_kernel<version::v1_1>;
-using opencl_1_2_kernel = opencl_version_kernel<version::v1_2>;
-using opencl_2_0_kernel = opencl_version_kernel<version::v2_0>;
-using opencl_2_1_kernel = opencl_version_kernel<version::v2_1>;
-using opencl_2_2_kernel = opencl_version_kernel<version::v2_2>;
 
 } // namespace oryn::tarva::library

@@ -15,9 +15,6 @@
 
 namespace oryn::tarva::library {
 
-template <version V>
-class opencl_version_device;
-
 // What the programs of all versions share: the properties of the program catalogue.
 class opencl_program : public catalogue_owner<library_program, get_program_catalogue> {
 public:
@@ -47,12 +44,5 @@ private:
   std::unique_ptr<skerv::opencl::program<V>> program_;
   signature_table signatures_;
 };
-
-using opencl_1_0_program = opencl_version_program<version::v1_0>;
-using opencl_1_1_program = opencl_version_program<version::v1_1>;
-using opencl_1_2_program = opencl_version_program<version::v1_2>;
-using opencl_2_0_program = opencl_version_program<version::v2_0>;
-using opencl_2_1_program = opencl_version_program<version::v2_1>;
-using opencl_2_2_program = opencl_version_program<version::v2_2>;
 
 } // namespace oryn::tarva::library

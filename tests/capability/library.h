@@ -18,11 +18,18 @@ namespace capability_test {
 using namespace scripted;
 using op = qv::operation;
 
+inline std::string every_version() {
+  std::string versions;
+  for (const char* const text : scripted::version_texts)
+    versions += std::string(versions.empty() ? "" : ",") + text;
+  return versions;
+}
+
 // It looks at the machine once, so each machine has a library of its own, which has gone before the next.
 class library {
 public:
-  explicit library(const char* versions = "1.0,1.1,1.2,2.0,2.1,2.2") {
-    setenv("QV_OPENCL_VERSIONS", versions, 1);
+  explicit library(const std::string& versions = every_version()) {
+    setenv("QV_OPENCL_VERSIONS", versions.c_str(), 1);
     file_ = dlopen(QV_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     find(get_root_devices, "qv_get_root_devices");
     find(find_capability_nodes, "qv_find_capability_nodes");
