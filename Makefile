@@ -13,6 +13,12 @@ run: TARGETS = --target main_job
 run: build
 	$(BUILD)/examples/main_job $(BUILD)/mandelbrot.png
 
+# Parts of the whole: the package for Python, in build/python, and an example in C++, in build/examples.
+.PHONY: python nbody
+python: TARGETS = --target python_binding
+nbody: TARGETS = --target nbody
+python nbody: build
+
 test: build
 	ctest --preset $(PRESET)
 
@@ -52,7 +58,7 @@ package:
 format format-check:
 	scripts/install-packages --checks
 	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
-	black --quiet $(if $(filter format,$@),,--check) python
+	black --quiet $(if $(filter format,$@),,--check) python examples/ports
 
 benchmarks:
 	scripts/install-packages --benchmarks

@@ -138,7 +138,7 @@ def publish(measured):
     head = f"Measured on a {measured['machine']}, pinned to one processor:\n\n"
     busy = report.beside_busy_device(results) + "\n" + report.side_by_side(results) + "\n"
     pages = {
-        "README.md": head + report.summary(results, report.SHORT_SUMMARY) + "\n" + busy,
+        "README.md": head + report.summary(results, report.SHORT_SUMMARY),
         "docs/speed.md": "\n".join((head + report.summary(results, report.SUMMARY), report.more(results),
                                     report.waits(results), report.many_threads(results), busy)),
         "docs/guide.md": busy,

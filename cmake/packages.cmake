@@ -56,8 +56,8 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "interface to all OpenCL devices of 
 One plain C interface to the OpenCL devices of a machine, of the versions
 1.0 to 2.2.
 
-This package holds the headers for C and C++, and what pkg-config and CMake
-need to find the library.")
+This package holds the headers for C and C++, what pkg-config and CMake need
+to find the library, the guide and other pages, and examples.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tarva-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
@@ -95,6 +95,14 @@ foreach(component IN ITEMS runtime development tools python)
   install(FILES ${folder}/changelog.gz ${folder}/copyright DESTINATION share/doc/${package}
           COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
+# The pages, with what they show, and the examples, which need nothing but what the package holds.
+set(pages_folder share/doc/liboryn-tarva-dev)
+file(GLOB pages CONFIGURE_DEPENDS docs/*.md docs/*.svg)
+install(FILES README.md CHANGELOG.md DESTINATION ${pages_folder} COMPONENT development EXCLUDE_FROM_ALL)
+install(FILES ${pages} DESTINATION ${pages_folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
+install(DIRECTORY docs/pictures docs/speed DESTINATION ${pages_folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
+install(DIRECTORY examples DESTINATION ${pages_folder} COMPONENT development EXCLUDE_FROM_ALL
+        PATTERN CMakeLists.txt EXCLUDE)
 # The runtime package holds two libraries, of which the second is of no use without the first. That its scripts call
 # ldconfig, although there is a trigger, is CPack's doing.
 set(control ${PROJECT_BINARY_DIR}/install/debian/control)

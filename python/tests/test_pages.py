@@ -2,8 +2,10 @@
 
 import contextlib
 import io
+import os
 import re
 import runpy
+import subprocess
 import sys
 from pathlib import Path
 
@@ -38,3 +40,15 @@ def test_example(example: str, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) 
     monkeypatch.syspath_prepend(SOURCE / "python" / "examples")
     runpy.run_path(str(SOURCE / "python" / "examples" / f"{example}.py"), run_name="__main__")
     assert (tmp_path / "picture.png").read_bytes().startswith(b"\x89PNG")
+
+
+@pytest.mark.parametrize("port", sorted(SOURCE.glob("examples/ports/*.py")), ids=str)
+def test_port(port: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    """The same program in C++ and in Python has the same result, to the byte."""
+    cpp = Path(os.environ.get("TARVA_EXAMPLES", "")) / port.stem
+    if not cpp.is_file():
+        pytest.skip(f"there is no {cpp}")
+    monkeypatch.setattr(sys, "argv", [str(port), str(tmp_path / "python")])
+    runpy.run_path(str(port), run_name="__main__")
+    subprocess.run([cpp, tmp_path / "cpp"], check=True)
+    assert (tmp_path / "python").read_bytes() == (tmp_path / "cpp").read_bytes()

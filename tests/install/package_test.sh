@@ -34,7 +34,9 @@ in_root() {
 in_root --install $packages
 library=$(find "$root/usr/lib" -name liboryn-tarva.so.0)
 LD_LIBRARY_PATH=$(dirname "$library") "$root/usr/bin/tarva-info" --version
-for file in include/tarva.hpp share/man/man1/tarva-info.1.gz share/doc/liboryn-tarva0/copyright; do
+pages=share/doc/liboryn-tarva-dev
+for file in include/tarva.hpp share/man/man1/tarva-info.1.gz share/doc/liboryn-tarva0/copyright $pages/docs/guide.md \
+            $pages/examples/saxpy.cpp; do
   [ -s "$root/usr/$file" ] || { echo "$file is not there"; exit 1; }
 done
 module=$(find "$root/usr/lib" -name '_binding.abi3.so')
