@@ -11,7 +11,7 @@
 namespace qv {
 namespace {
 
-// The numbers are those of the SPIR-V specification.
+// The numbers are those that SPIR-V gives them.
 constexpr std::uint32_t magic = 0x07230203;
 constexpr std::size_t header_words = 5;
 constexpr std::uint32_t function_opcode = 54;
