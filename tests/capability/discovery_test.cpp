@@ -216,7 +216,7 @@ TEST_F(discovery, what_it_is_asked_is_checked) {
   EXPECT_EQ(made.get_root_devices(0, nullptr, nullptr, 0), -1);
   EXPECT_EQ(made.capabilities(), "16");
   for (const auto& [root, capability] :
-       {std::pair<std::uint64_t, int>{roots[0], 0}, {roots[0], 7}, {99, 1}, {0, 1}})
+       {std::pair<std::uint64_t, int>{roots[0], 0}, {roots[0], qv::capability_count + 1}, {99, 1}, {0, 1}})
     EXPECT_EQ(made.find_capability_nodes(root, static_cast<std::uint64_t>(capability), 0, nullptr, &count, 0),
               -1);
   const std::uint64_t node = made.node(roots[0], 6);
