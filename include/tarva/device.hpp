@@ -68,16 +68,21 @@ public:
   program load(ir kind, view<const std::byte> data, text options = "", text label = "",
                const std::vector<constant>& constants = {}) const {
     build_result result = try_load(kind, data, options, label, constants);
-    if (!result.success)
-      detail::fail<build_failure>(std::move(result.log), label.c_str(), options.c_str());
+    if (!result.success) {
+      const bool has_no_body =
+          is_source(kind) && std::find(data.begin(), data.end(), std::byte{'{'}) == data.end();
+      detail::fail<build_failure>(std::move(result.log), label.c_str(), options.c_str(),
+                                  has_no_body ? "A source is the text of a program, not the name of a file."
+                                              : "");
+    }
     return std::move(result.made);
   }
   /// The same, but a build that fails is a result, too.
   build_result try_load(ir kind, view<const std::byte> data, text options = "", text label = "",
                         const std::vector<constant>& constants = {}) const {
     using unique = std::unique_ptr<tarva_abi_build_result_s, detail::give_up<tarva_abi_free_build_result>>;
-    const bool is_source = kind >= ir::source_1_0 && kind <= ir::source_2_1;
-    const std::string named = is_source && *label.c_str() != '\0' ? with_file_name(data, label.c_str()) : "";
+    const std::string named =
+        is_source(kind) && *label.c_str() != '\0' ? with_file_name(data, label.c_str()) : "";
     if (!named.empty())
       data = as_bytes(named);
     header accompanying(constants);
@@ -125,6 +130,10 @@ private:
     std::vector<tarva_abi_specialization_constant_s> constants{};
     tarva_abi_ir_header_s record{TARVA_ABI_IR_HEADER_EMPTY, nullptr, 0};
   };
+
+  static constexpr bool is_source(ir kind) noexcept {
+    return kind >= ir::source_1_0 && kind <= ir::source_2_1;
+  }
 
   /// The source behind a line that tells the compiler its name.
   static std::string with_file_name(view<const std::byte> source, std::string_view name) {

@@ -99,11 +99,13 @@ class unknown_failure : public error {
 /// A program does not build.
 class build_failure : public error {
 public:
-  /// `program` and `options` are for what(), and may be empty.
-  explicit build_failure(std::string log, const std::string& program = "", const std::string& options = "")
+  /// `program`, `options` and `advice` are for what(), and may be empty.
+  explicit build_failure(std::string log, const std::string& program = "", const std::string& options = "",
+                         const std::string& advice = "")
       : error(TARVA_ABI_OK,
               "The program " + (program.empty() ? "" : program + ' ') + "does not build" +
-                  (options.empty() ? "" : " with the options " + options) + (log.empty() ? "." : ": " + log),
+                  (options.empty() ? "" : " with the options " + options) + (log.empty() ? "." : ": " + log) +
+                  (advice.empty() ? "" : ' ' + advice),
               {}),
         log_(std::make_shared<const std::string>(std::move(log))) {}
 

@@ -200,11 +200,15 @@ public:
   function() noexcept = default;
   /// Throws std::invalid_argument if the kernel has another number of parameters.
   explicit function(kernel of) : kernel_(std::move(of)) {
+    static_assert(((sizeof(detail::parameter<Parameters>) > 0) && ...),
+                  "one of these is no type of a parameter");
     if (!kernel_)
       return;
-    const auto count = kernel_.properties()["OPENCL"]["CL_KERNEL_NUM_ARGS"].get<std::uint64_t>();
+    const property tree = kernel_.properties();
+    const auto count = tree["OPENCL"]["CL_KERNEL_NUM_ARGS"].template get<std::uint64_t>();
     if (count != sizeof...(Parameters))
-      detail::fail<std::invalid_argument>("The kernel has " + std::to_string(count) + " parameters, not " +
+      detail::fail<std::invalid_argument>("The kernel " + tree["KERNEL_NAME"].template get<std::string>() +
+                                          " has " + std::to_string(count) + " parameters, not " +
                                           std::to_string(sizeof...(Parameters)) + '.');
   }
 

@@ -81,13 +81,17 @@ private:
   std::string list_kernels(std::string_view wanted) const {
     if (!*this)
       return {};
+    const auto names = attempt([this] { return kernel_names(); });
+    if (!names)
+      return {};
     std::string list;
-    for (const std::string& one : attempt([this] { return kernel_names(); }).value_or({})) {
+    for (const std::string& one : *names) {
       if (one == wanted) // it fails for another reason
         return {};
       list += (list.empty() ? "" : ", ") + one;
     }
-    return list.empty() ? list : "There is no " + std::string(wanted) + ", but there are: " + list + '.';
+    return "There is no " + std::string(wanted) +
+           (list.empty() ? ", and no other." : ", but there are: " + list + '.');
   }
 };
 

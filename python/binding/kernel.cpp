@@ -103,6 +103,8 @@ public:
     const std::shared_ptr<const parameters> declared = content_of<kernel_content>(kernel).declared;
     const auto positional = static_cast<std::size_t>(PyTuple_Size(given)) - 1;
     const std::size_t count = declared ? declared->size() : positional;
+    if (positional != count && local == nullptr)
+      refuse_count(); // before an argument is refused that only stands in the wrong place
     records_.reserve(count);
     words_.reserve(count);
     for (std::size_t i = 0; i < count; ++i)

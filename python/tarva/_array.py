@@ -22,7 +22,9 @@ def _part(shape: Shape, key: Any) -> tuple[int, Shape]:
     """Where a part of an array in C order begins, and the shape of the part."""
     for each in key if isinstance(key, tuple) else (key,):
         if not isinstance(each, (int, slice, np.integer, type(Ellipsis))) or isinstance(each, bool):
-            raise IndexError(f"a part is given by whole numbers and slices, not {each!r}; np.asarray(array) takes more")
+            raise IndexError(
+                f"a part is given by whole numbers and slices, not {short_text(each)}; np.asarray(array) takes more"
+            )
     # A picture of the array with elements of one byte, of which none is ever touched: numpy itself does the arithmetic.
     strides = [math.prod(shape[axis + 1 :]) for axis in range(len(shape))]
     picture = as_strided(_START, shape, strides, writeable=False)

@@ -59,6 +59,10 @@ class Device(_binding.Device, Handle):
             options: for the compiler, such as "-cl-fast-relaxed-math -D SIZE=16"
             label: the name of the program, which stands in the compiler's messages as that of the file
         """
+        if not isinstance(source, str):
+            raise TypeError(
+                f"a source is a str, not {type(source).__name__}; Device.load takes other kinds of programs"
+            )
         text = f"#line 1 {_quoted(label)}\n{source.removeprefix(_BYTE_ORDER_MARK)}" if label else source
         return self._build("source", text.encode(), options, label, {}, source)
 
@@ -81,6 +85,8 @@ class Device(_binding.Device, Handle):
                 the like; by itself SPIR-V is recognised, bitcode is taken for SPIR 1.2, and all else for a binary
             constants: values for specialization constants of a SPIR-V module, by their ids: np.float32(2), True
         """
+        if isinstance(data, str):
+            raise TypeError("a program to load is bytes, not str; Device.build takes OpenCL C")
         return self._build(kind or _kind_of(data), data, options, label, constants or {}, None)
 
     def supports(self, kind: str, constants: Mapping[int, Any] | None = None) -> bool:
@@ -115,7 +121,10 @@ class Device(_binding.Device, Handle):
             raise
         if not success:
             what = f"The program{f' {label}' if label else ''} does not build"
-            raise BuildError(f"{what}{f' with the options {options}' if options else ''}:\n{log}", log)
+            advice = (
+                "" if source is None or "{" in source else "A source is the text of a program, not the name of a file."
+            )
+            raise BuildError(f"{what}{f' with the options {options}' if options else ''}:\n{log}{advice}", log)
         return made._set(label, log, source)
 
 

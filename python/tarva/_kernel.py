@@ -223,7 +223,9 @@ class Kernel(_binding.Kernel, Handle):
             )
         count = len(self._parameters)
         beside = "" if local is None else f" and local={local!r}"
-        raise TypeError(f"The kernel {self.name} takes {count} arguments{self._signature()}, not {given}{beside}.")
+        raise TypeError(
+            f"The kernel {self.name} takes a range and then {count} arguments{self._signature()}, not {given}{beside}."
+        )
 
     def _parameter_text(self, index: int) -> str:
         names = self._parameter_names()

@@ -142,7 +142,7 @@ TEST_F(cpp_layer, failures_are_exceptions) {
   EXPECT_EQ(data.read(), counted(4));
 
   EXPECT_EQ(error_of<std::invalid_argument>([&] { (void)on(1).build(source).kernel<int>("add"); }),
-            "The kernel has 2 parameters, not 1.");
+            "The kernel add has 2 parameters, not 1.");
   EXPECT_THROW(add(tarva::range::items(0), data, 0), tarva::logic_failure);
 }
 
@@ -185,16 +185,17 @@ TEST_F(cpp_layer, empty_and_stale_objects_are_named) {
 TEST_F(cpp_layer, programs_build_or_tell_why_not) {
   const tarva::device device = on(3);
   const std::string log = "error: the text says #error";
-  const std::pair<std::array<const char*, 2>, std::string> failures[] = {
-      {{"", ""}, "The program does not build: "},
-      {{"-w", "mine"}, "The program mine does not build with the options -w: "}};
+  const std::pair<std::array<const char*, 3>, std::string> failures[] = {
+      {{"#error", "", ""},
+       "The program does not build: " + log + " A source is the text of a program, not the name of a file."},
+      {{"#error {}", "-w", "mine"}, "The program mine does not build with the options -w: " + log}};
   for (const auto& [given, words] : failures)
     try {
-      (void)device.build("#error", given[0], given[1]);
+      (void)device.build(given[0], given[1], given[2]);
       ADD_FAILURE();
     } catch (const tarva::build_failure& caught) {
       EXPECT_EQ(caught.log(), log);
-      EXPECT_EQ(caught.what(), words + log);
+      EXPECT_EQ(caught.what(), words);
     }
   fail_call(op::build_program, 1, -43);
   const auto refused = tarva::attempt([&] { return device.build(source, "-odd"); });
