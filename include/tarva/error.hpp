@@ -293,7 +293,11 @@ TARVA_FAILS inline void fail_with(tarva_abi_result code, std::vector<failure> ch
   else if (code == TARVA_ABI_OUT_OF_MEMORY)
     fail<out_of_memory>(code, "Out of memory.", std::move(chain));
   else
-    fail<unknown_failure>(code, "Unknown failure.", std::move(chain));
+    fail<unknown_failure>(
+        code,
+        "Unknown failure. So fail all calls after the library has stopped, and in a process "
+        "that was forked off one that had used it.",
+        std::move(chain));
 }
 
 struct add_nothing {
