@@ -107,10 +107,8 @@ public:
       : device_memory_allocation(std::move(device), type, size, buffer.get_handle()),
         buffer_(std::move(buffer)) {}
 
-  const Buffer& get_buffer() const { return buffer_; }
-
 private:
-  Buffer buffer_;
+  Buffer buffer_; // known to all others by its handle
 };
 
 // While one lives, errors are provoked on this thread: arguments are tried that may not fit. An implementation may tell the
