@@ -133,7 +133,7 @@ def lookup(results):
 def more(results):
     """The measures that have no place in the summary, one line each."""
     text = lookup(results)
-    basic, free, networked = "basic, pinned", "basic, free", "networked, free"
+    basic, free, everywhere, networked = "basic, pinned", "basic, free", "basic, all", "networked, free"
 
     def times(place, *names, key="ns_tarva"):
         return ", ".join(text(place, name, key) for name in names)
@@ -145,9 +145,12 @@ def more(results):
     threads = [f"submit/threads:{count}" for count in (1, 4, 16)]
     lines = [
         ("handle look-up with 1, a thousand and a million handles, picked at random", times(basic, *look_ups)),
-        ("the same by 8 threads on two processors, per call of all", times(free, *(name[:-1] + "8" for name in look_ups))),
-        ("retain or release by 1 thread, and by 8 on two processors, per call of all",
-         times(basic, "retain_or_release/threads:1") + ", " + times(free, "retain_or_release/threads:8")),
+        ("the same by 4 threads on all processors, each with handles of its own save the one, per call of all",
+         times(everywhere, *(name[:-1] + "4" for name in look_ups))),
+        ("retain or release of one handle by 1 and by 4 threads on all processors, per call of all",
+         times(everywhere, "retain_or_release/threads:1", "retain_or_release/threads:4")),
+        ("the same, to clRetainContext and clReleaseContext",
+         ratios(everywhere, "raw", "retain_or_release/threads:1", "retain_or_release/threads:4")),
         ("a fill of one memory object with 1, a thousand and a million alive",
          times(basic, *(f"fill_on_host/same/live:{count}" for count in (1, 1000, 1000000)))),
         ("the same, to the floor", ratios(basic, "floor", *(f"fill_on_host/same/live:{count}" for count in (1, 1000, 1000000)))),

@@ -67,6 +67,7 @@ RUNS = [
     *(run("basic basic basic basic", "all", "^all_devices") for run in (pocl, concurrent)),
     *(concurrent("basic", "pinned", measure) for measure in ("^launch/arguments:[08]/",)),
     pocl("basic", "pinned", "^table_growth"),
+    pocl("basic", "all", "^(retain|look_up)"),
     *(busy_waiting(device, processors) for device in ("basic", "pthread") for processors in ("pinned", "free")),
 ]
 
