@@ -227,16 +227,32 @@ def many_threads(results):
 
 def side_by_side(results):
     """What TARVA_SCHEDULER=concurrent changes."""
-    text = lookup(results)
-
-    def ratio(place):
-        return text(f"{place}, all", "all_devices", "ratio_one_device", "{:.2f}".format)
-    four = "basic and basic and basic and basic"
-    beside = text("pthread and basic, concurrent, free", "other_device_busy/write/bytes:4")
-    if NOT_MEASURED in (ratio(four), ratio(four + ", concurrent"), beside):
+    times = overlap_times(results)
+    if NOT_MEASURED in times.values():
         return ""
-    return (f"With `TARVA_SCHEDULER=concurrent` that write takes {beside}. A launch on each of four devices at once takes\n"
-            f"{ratio(four + ', concurrent')} times as long as on one of them, and {ratio(four)} times without that setting.")
+    return ("With `TARVA_SCHEDULER=concurrent` that write takes {beside}. A launch on each of four devices at once takes\n"
+            "{together} times as long as on one of them, and {in_turn} times without that setting.").format(**times)
+
+
+def overlap(results):
+    """What overlaps and what does not, in one sentence."""
+    times = overlap_times(results)
+    if NOT_MEASURED in times.values():
+        return ""
+    return ("One operation runs at a time: beside launches of {launch} on one device, a write of 4 B to another takes "
+            "{waiting}\ninstead of {alone}. With `TARVA_SCHEDULER=concurrent` what shares no memory object and no device "
+            "overlaps: that write takes\n{beside}, and a launch on each of four devices at once {together} times as long as "
+            "on one of them, instead of {in_turn} times.\n").format(**times)
+
+
+def overlap_times(results):
+    text = lookup(results)
+    busy, four = "pthread and basic", "basic and basic and basic and basic"
+    write = "other_device_busy/write/bytes:4"
+    return {"beside": text(f"{busy}, concurrent, free", write), "waiting": text(f"{busy}, free", write),
+            "alone": text(f"{busy}, free", write, "ns_alone"), "launch": text(f"{busy}, free", write, "ns_launch"),
+            **{key: text(f"{place}, all", "all_devices", "ratio_one_device", "{:.2f}".format)
+               for key, place in (("together", f"{four}, concurrent"), ("in_turn", four))}}
 
 
 def over_network(results, server):

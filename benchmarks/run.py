@@ -139,7 +139,7 @@ def publish(measured):
     head = f"Measured on a {measured['machine']}, pinned to one processor:\n\n"
     busy = report.beside_busy_device(results) + "\n" + report.side_by_side(results) + "\n"
     pages = {
-        "README.md": head + report.summary(results, report.SHORT_SUMMARY),
+        "README.md": "\n".join((head + report.summary(results, report.SHORT_SUMMARY), report.overlap(results))),
         "docs/speed.md": "\n".join((head + report.summary(results, report.SUMMARY), report.more(results),
                                     report.waits(results), report.many_threads(results), busy)),
         "docs/guide.md": busy,
