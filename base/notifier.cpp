@@ -17,6 +17,8 @@ namespace oryn::tarva::library {
 // word before it looks for sleepers. So either the sender wakes the waiter, or the system does not let it fall asleep.
 
 void event_count::wait(ticket seen) {
+  if (look_before_sleep(*this, seen))
+    return;
   ++sleepers_;
   sleep_on(events_, seen);
   --sleepers_;
@@ -147,8 +149,7 @@ void notifier::wait(const std::function<bool()>& predicate) const {
     throw std::bad_function_call();
   if (predicate())
     return;
-  if (!look_before_sleep(internals->events, seen))
-    internals->events.wait(seen);
+  internals->events.wait(seen);
 }
 
 } // namespace oryn::tarva::library

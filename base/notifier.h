@@ -31,7 +31,7 @@ public:
   ticket get_ticket() const { return events_; }
 
   // Sleeps until the first notification after the ticket was taken; returns at once if there was one. May also return
-  // without any.
+  // without any. Looks out for the notification first, if TARVA_BUSY_WAIT_US asks for it.
   void wait(ticket seen);
   void notify_all();
 

@@ -34,7 +34,7 @@ constexpr completion_texts texts = {
 
 device_command::device_command(command_stage stage,
                                std::shared_ptr<physical_ir::physical_operation> physical_operation)
-    : completion_state(texts), physical_operation_(std::move(physical_operation)), stage_(stage) {}
+    : completion_state(texts), stage(stage), physical_operation_(std::move(physical_operation)) {}
 
 device_command::~device_command() = default;
 

@@ -31,7 +31,7 @@ public:
 
   virtual std::string to_string() const = 0;
 
-  command_stage get_stage() const { return stage_; }
+  const command_stage stage;
   const std::shared_ptr<physical_ir::physical_operation>& get_physical_operation() const {
     return physical_operation_;
   }
@@ -64,7 +64,6 @@ private:
   void report_end();
 
   const std::shared_ptr<physical_ir::physical_operation> physical_operation_;
-  const command_stage stage_;
 };
 
 // Work on the host: allocation, freeing, host copies and fills. It runs in its turn among the commands of its device, so that it

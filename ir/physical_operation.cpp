@@ -42,8 +42,10 @@ physical_operation::~physical_operation() = default;
 
 // An error from elsewhere may have come first. The last end is told all the same, and the level above knows what to do.
 void physical_operation::device_command_complete() {
-  if (part_complete() != part_outcome::pending)
-    logical_operation_->physical_operation_complete();
+  if (!count_part())
+    return;
+  succeed();
+  logical_operation_->physical_operation_complete();
 }
 
 // The first error of any command is that of the whole. Later ones say nothing more.

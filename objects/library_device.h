@@ -12,7 +12,7 @@
 
 namespace oryn::tarva::library {
 
-class device_memory_allocation;
+struct device_memory_allocation;
 class library_device;
 class library_program;
 template <class T>

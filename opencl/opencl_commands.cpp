@@ -83,7 +83,7 @@ requires(version_traits<V>::has_fill_buffer) void fill_on_device<V>::enqueue() {
   if (!this->get_device().is_little_endian())
     swap_endianness(fill_.value.data(), type, 0, 1);
   fill_.memory->mark_content();
-  this->submit(skerv::opencl::fill_buffer_bytes<V>(this->buffer_of(*fill_.memory), std::move(fill_.value),
+  this->submit(skerv::opencl::fill_buffer_bytes<V>(this->buffer_of(*fill_.memory), fill_.value,
                                                    element_size(type) * fill_.start, fill_.count));
 }
 

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace oryn::tarva::library::device_ir::opencl {
@@ -52,15 +53,18 @@ public:
       : opencl_device_command(std::move(physical_operation)), queues_(queues) {}
 
   bool has_event() const final { return event_.has_value(); }
-  void check_execution_status() const final { event_->check_execution_status(); }
-  std::uint64_t get_execution_time() const final {
-    return event_->get_profiling_end() - event_->get_profiling_start();
-  }
   void release_event() final { event_.reset(); }
+  void take_result() final {
+    const std::optional<skerv::opencl::event<V>> taken = std::exchange(event_, std::nullopt);
+    taken->check_execution_status();
+    if (this->is_profiling_enabled())
+      this->set_elapsed_time(taken->get_profiling_end() - taken->get_profiling_start());
+  }
 
 protected:
   // If the enqueue throws, there is no event and the command is not submitted. From then on OpenCL has the work.
-  void submit(const skerv::opencl::command<V>& command) {
+  template <qv::operation Op>
+  void submit(const skerv::opencl::command<V, Op>& command) {
     event_.emplace(queues_.get(is_profiling_enabled()).enqueue(command, 0, nullptr));
     set_submitted();
   }
@@ -69,7 +73,7 @@ protected:
   skerv::opencl::buffer_reference<V> buffer_of(const device_memory& memory) const {
     if (memory.get_device() != get_physical_operation()->get_device())
       refuse_device();
-    return skerv::opencl::buffer_reference<V>(memory.get_allocation().get_opencl_buffer());
+    return {memory.get_allocation().opencl_buffer};
   }
 
   // "opencl_1_2::name: {"

@@ -96,7 +96,7 @@ opencl_device_work_dispatcher::prepare_work(const dag<std::shared_ptr<device_com
     list.fault = std::current_exception();
   }
   const auto acquires = std::count_if(list.commands.begin(), list.commands.end(), [](const auto& command) {
-    return command->get_stage() == command_stage::synchronization_acquire;
+    return command->stage == command_stage::synchronization_acquire;
   });
   if (acquires != 0) {
     const lock_guard guard(lock_);

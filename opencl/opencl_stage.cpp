@@ -20,15 +20,11 @@ void end(opencl_device_command& command, const std::exception_ptr& unfinished) {
     return;
   }
   try {
-    command.check_execution_status();
+    command.take_result();
   } catch (...) {
-    command.release_event();
     command.set_error(std::current_exception());
     return;
   }
-  if (command.is_profiling_enabled())
-    command.set_elapsed_time(command.get_execution_time());
-  command.release_event();
   command.set_complete();
 }
 
@@ -46,7 +42,7 @@ void opencl_stage::run(work_list& list) {
   bool any_enqueued = false;
   for (; end_of_run < list.commands.size(); ++end_of_run) {
     const device_command& command = *list.commands[end_of_run];
-    if (command.get_stage() != command_stage::opencl ||
+    if (command.stage != command_stage::opencl ||
         command.is_profiling_enabled() != first.is_profiling_enabled())
       break;
     any_enqueued = enqueue(opencl_command(end_of_run)) || any_enqueued;

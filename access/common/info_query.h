@@ -39,7 +39,7 @@ public:
     record.param_value_size = size;
     record.param_value = value;
     record.param_value_size_ret = reported;
-    handle_->send(command_, &record);
+    send(*handle_, command_, &record);
     check_status(record.status);
   }
 
