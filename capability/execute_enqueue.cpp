@@ -32,7 +32,7 @@ public:
       for (std::uint32_t i = 0; i < count_; ++i) {
         if (events[i]->failure() != CL_SUCCESS)
           status_ = CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
-        events_.push_back(events[i]->event());
+        events_.push_back(events[i]->event);
       }
     } catch (const std::bad_alloc&) {
       status_ = CL_OUT_OF_HOST_MEMORY;
@@ -63,7 +63,7 @@ cl_int alone_if_needed(const root_device& device, Work work) {
 template <class Record, class Enqueue>
 void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) {
   const wait_list waits(record);
-  record.status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue.queue(), waits, nullptr);
+  record.status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue.queue, waits, nullptr);
   if (record.status == CL_SUCCESS)
     queue.add_outstanding_without_event();
 }
@@ -92,8 +92,7 @@ void submit(const root_device& device, Record& record, Enqueue enqueue_to) {
   cl_int status = CL_INVALID_COMMAND_QUEUE;
   if (queue != nullptr) {
     const wait_list waits(record);
-    status = waits.status() != CL_SUCCESS ? waits.status()
-                                          : enqueue(queue->queue(), waits, event->place_of_event());
+    status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue->queue, waits, &event->event);
   }
   if (status == CL_SUCCESS) {
     queue->add_outstanding(*event);

@@ -61,8 +61,7 @@ public:
 
   // Its place in the order in which a scheduler has accepted operations, if several of them may go on at a time; 0 otherwise.
   // Set before the work is handed over.
-  void set_acceptance_number(std::uint64_t number) { acceptance_number_ = number; }
-  std::uint64_t get_acceptance_number() const { return acceptance_number_; }
+  std::uint64_t acceptance_number = 0;
 
   // A turn that is passed on when all of the work has succeeded, just before the operation is complete: on the thread that
   // completes it, so that others need not wait until the caller's thread has woken. Set before the work is handed over.
@@ -79,7 +78,6 @@ protected:
 
 private:
   fair_mutex::place* turn_ = nullptr;
-  std::uint64_t acceptance_number_ = 0;
   std::atomic<std::uint64_t> running_commands_ = 0;
   event_count commands_ended_;
 };

@@ -75,6 +75,7 @@ using device_pointer = std::shared_ptr<library_device>;
 class physical_operation : private completion_state {
 public:
   const operation_kind kind; // of the class below, of which there is one for each
+  const logical_pointer logical_operation;
 
   virtual ~physical_operation();
   physical_operation(const physical_operation&) = delete;
@@ -84,7 +85,6 @@ public:
 
   // The device whose dispatcher runs it, also for work on host memory. Never changes.
   const device_pointer& get_device() const { return device_; }
-  const logical_pointer& get_logical_operation() const { return logical_operation_; }
   using completion_state::has_succeeded;
 
   // Counted and submitted before any of its commands is handed over; after that the commands report here.
@@ -99,7 +99,6 @@ protected:
   physical_operation(operation_kind kind, logical_pointer logical_operation, device_pointer device);
 
 private:
-  const logical_pointer logical_operation_;
   const device_pointer device_;
 };
 

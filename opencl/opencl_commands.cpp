@@ -141,7 +141,7 @@ void nd_range_kernel<V>::set_arguments(skerv::opencl::kernel<V>& kernel) const {
 template <version V>
 void nd_range_kernel<V>::enqueue() {
   const nd_range& range = launch_.range;
-  skerv::opencl::kernel<V> kernel = kernel_.clone_kernel();
+  skerv::opencl::kernel<V> kernel = kernel_.clone();
   set_arguments(kernel);
   const auto work_dim = static_cast<std::uint32_t>(range.work_dim);
   if constexpr (version_traits<V>::has_global_offset)

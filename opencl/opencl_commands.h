@@ -6,10 +6,10 @@
 #include "access/opencl/commands.h"
 #include "access/opencl/context.h"
 #include "access/opencl/device.h"
+#include "access/opencl/kernel.h"
 #include "memory/device_memory.h"
 #include "memory/host_memory.h"
 #include "opencl/opencl_device_command.h"
-#include "opencl/opencl_kernel.h"
 #include "opencl/opencl_version.h"
 
 #include <memory>
@@ -63,15 +63,15 @@ public:
 
 protected:
   // If the enqueue throws, there is no event and the command is not submitted. From then on OpenCL has the work.
-  template <qv::operation Op>
-  void submit(const skerv::opencl::command<V, Op>& command) {
+  template <class Command>
+  void submit(const Command& command) {
     event_.emplace(queues_.get(is_profiling_enabled()).enqueue(command, 0, nullptr));
     set_submitted();
   }
 
   // The OpenCL buffer behind a block, which must be on the device of this command.
   skerv::opencl::buffer_reference<V> buffer_of(const device_memory& memory) const {
-    if (memory.get_device() != get_physical_operation()->get_device())
+    if (memory.get_device() != physical_operation->get_device())
       refuse_device();
     return {memory.get_allocation().opencl_buffer};
   }
@@ -158,12 +158,12 @@ private:
 template <version V>
 class nd_range_kernel final : public opencl_version_command<V> {
 public:
-  // `launch` is what `operation` points to; it keeps the kernel, and the blocks of its arguments stay where they are until
+  // `launch` is of the class physical_ir::kernel. It keeps the kernel, and the blocks of its arguments stay where they are until
   // the logical operation has ended.
-  nd_range_kernel(std::shared_ptr<physical_ir::physical_operation> operation,
-                  opencl_version_queues<V>& queues, const physical_ir::kernel& launch,
-                  const opencl_version_kernel<V>& kernel)
-      : opencl_version_command<V>(std::move(operation), queues), launch_(launch), kernel_(kernel) {}
+  nd_range_kernel(const std::shared_ptr<physical_ir::physical_operation>& launch,
+                  opencl_version_queues<V>& queues, const skerv::opencl::kernel<V>& kernel)
+      : opencl_version_command<V>(launch, queues), launch_(static_cast<const physical_ir::kernel&>(*launch)),
+        kernel_(kernel) {}
   std::string to_string() const override {
     return this->class_text("nd_range_kernel") + library::to_string(launch_.range) + "}";
   }
@@ -173,7 +173,7 @@ private:
   void set_arguments(skerv::opencl::kernel<V>& kernel) const;
 
   const physical_ir::kernel& launch_;
-  const opencl_version_kernel<V>& kernel_;
+  const skerv::opencl::kernel<V>& kernel_; // to be cloned
 };
 
 } // namespace oryn::tarva::library::device_ir::opencl

@@ -58,10 +58,9 @@ void opencl_version_kernel<V>::add_signature(launch_limits& limits) const {
 
 template <version V>
 std::shared_ptr<device_ir::device_command> opencl_version_kernel<V>::make_launch_command(
-    const std::shared_ptr<physical_ir::physical_operation>& operation,
-    const physical_ir::kernel& launch) const {
-  return std::make_shared<device_ir::opencl::nd_range_kernel<V>>(operation, library_device_.get_queues(),
-                                                                 launch, *this);
+    const std::shared_ptr<physical_ir::physical_operation>& launch) const {
+  return std::make_shared<device_ir::opencl::nd_range_kernel<V>>(launch, library_device_.get_queues(),
+                                                                 kernel_);
 }
 
 // A size that the compiler has fixed, or else the largest group, as square or cubic as integers allow.

@@ -38,12 +38,9 @@ public:
   size_triple get_max_global_size() override;
   const launch_limits& get_launch_limits() const override TARVA_EXCLUDES(limits_lock_);
   std::shared_ptr<device_ir::device_command>
-  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& operation,
-                      const physical_ir::kernel& launch) const override;
+  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& launch) const override;
 
   const std::shared_ptr<const kernel_signature>& get_signature() const { return signature_; }
-  // A fresh OpenCL kernel of the same program and name.
-  skerv::opencl::kernel<V> clone_kernel() const { return kernel_.clone(); }
 
 private:
   version_number get_catalogue_version() const override { return static_cast<version_number>(V); }

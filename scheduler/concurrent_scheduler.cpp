@@ -35,7 +35,7 @@ public:
 
 private:
   void join(concurrent_scheduler& scheduler, logical_ir::logical_operation& operation) noexcept {
-    operation.set_acceptance_number(++scheduler.last_accepted_);
+    operation.acceptance_number = ++scheduler.last_accepted_;
     for (std::size_t i = 0; i < objects_.size(); ++i)
       places_[i].join(objects_[i]->get_scheduler_entry().turns);
   }

@@ -33,12 +33,12 @@ device_work_dispatcher& dispatcher_of(const physical_graph& subgraph) {
 }
 
 // The commands are counted before the worker can end any of them, and given back if the dispatcher refuses.
-void submit_subgraph(const physical_graph& subgraph, std::unique_ptr<prepared_work> work,
+void submit_subgraph(const physical_graph& subgraph, const std::shared_ptr<prepared_work>& work,
                      std::uint64_t command_count) {
-  const auto& operation = subgraph.nodes().front()->get_logical_operation();
+  const auto& operation = subgraph.nodes().front()->logical_operation;
   operation->add_device_commands(command_count);
   try {
-    dispatcher_of(subgraph).submit_work(std::move(work));
+    dispatcher_of(subgraph).submit_work(work);
   } catch (...) {
     operation->device_commands_ended(command_count);
     throw;
@@ -87,7 +87,7 @@ void dispatch_subgraphs(std::span<const physical_graph> subgraphs, std::vector<c
     check_subgraph(subgraph);
   // All commands are made, and all room for them, before any is handed over: a subgraph that waits for another device
   // must not run if the other device's subgraph cannot be handed over, too.
-  std::vector<std::unique_ptr<prepared_work>> prepared;
+  std::vector<std::shared_ptr<prepared_work>> prepared;
   commands.reserve(subgraphs.size());
   prepared.reserve(subgraphs.size());
   for (const auto& subgraph : subgraphs) {
@@ -95,7 +95,7 @@ void dispatch_subgraphs(std::span<const physical_graph> subgraphs, std::vector<c
     prepared.push_back(dispatcher_of(subgraph).prepare_work(made));
   }
   for (std::size_t i = 0; i < subgraphs.size(); ++i)
-    submit_subgraph(subgraphs[i], std::move(prepared[i]), commands[i].nodes().size());
+    submit_subgraph(subgraphs[i], prepared[i], commands[i].nodes().size());
 }
 
 } // namespace
@@ -111,7 +111,7 @@ void dispatch_operations(const physical_graph& graph, std::vector<command_graph>
 void run_host_work(const physical_graph& graph) {
   const command_sequence commands =
       command_graph(graph, generate_commands, mark_submitted).topological_sort();
-  graph.nodes().front()->get_logical_operation()->add_device_commands(commands.size());
+  graph.nodes().front()->logical_operation->add_device_commands(commands.size());
   for (const command_pointer& command : commands)
     static_cast<device_ir::host_function_call&>(*command).run();
 }

@@ -89,28 +89,23 @@ void lowering::withdraw_allocation() {
     free_block(table_.remove(allocated_));
 }
 
-template <class Operation>
-void lowering::lower_as() {
-  lower(static_cast<const Operation&>(*operation_));
-}
-
 void lowering::lower() {
   using kind = logical_ir::operation_kind;
   switch (operation_->kind) {
   case kind::allocate_memory:
-    return lower_as<logical_ir::allocate_memory>();
+    return lower(static_cast<const logical_ir::allocate_memory&>(*operation_));
   case kind::free_memory:
-    return lower_as<logical_ir::free_memory>();
+    return lower(static_cast<const logical_ir::free_memory&>(*operation_));
   case kind::fill:
-    return lower_as<logical_ir::fill>();
+    return lower(static_cast<const logical_ir::fill&>(*operation_));
   case kind::kernel:
-    return lower_as<logical_ir::kernel>();
+    return lower(static_cast<const logical_ir::kernel&>(*operation_));
   case kind::copy_tarva_to_user:
-    return lower_as<logical_ir::copy_tarva_to_user>();
+    return lower(static_cast<const logical_ir::copy_tarva_to_user&>(*operation_));
   case kind::copy_user_to_tarva:
-    return lower_as<logical_ir::copy_user_to_tarva>();
+    return lower(static_cast<const logical_ir::copy_user_to_tarva&>(*operation_));
   case kind::copy_tarva_to_tarva:
-    return lower_as<logical_ir::copy_tarva_to_tarva>();
+    return lower(static_cast<const logical_ir::copy_tarva_to_tarva&>(*operation_));
   }
 }
 

@@ -45,8 +45,6 @@ public:
 private:
   using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
 
-  template <class Operation>
-  void lower_as();
   void lower(const logical_ir::allocate_memory& operation);
   void lower(const logical_ir::free_memory& operation);
   void lower(const logical_ir::fill& operation);

@@ -248,7 +248,7 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
   bool is_taken = true;
   allocations_left = 0;
   try {
-    worker().submit_work(std::move(work));
+    worker().submit_work(work);
     signal(2);
     signal(1);
     request->wait_until_complete();
