@@ -68,7 +68,7 @@ public:
 
 protected:
   // Its end wakes those who wait here. The thread that ends it keeps it alive until it has woken them.
-  event_count& end_event() const { return ended_; }
+  mutable event_count ended_;
 
 private:
   static constexpr std::uint64_t never_set = ~std::uint64_t{0};
@@ -77,7 +77,6 @@ private:
   enum class outcome : std::uint8_t { pending, failing, failed, succeeded };
 
   const completion_texts& texts_;
-  mutable event_count ended_;
   std::atomic<bool> profiling_enabled_ = false;
   std::atomic<bool> submitted_ = false;
   std::atomic<outcome> outcome_ = outcome::pending;

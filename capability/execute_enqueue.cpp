@@ -1,4 +1,4 @@
-// Work: transfers, copies, fills and launches, and the wait for all of it.
+// Work: transfers, copies, fills and launches, the wait for all of it, and the questions what has become of it.
 //
 // Each is checked for what some implementation would follow blindly, handed to OpenCL, and told of by an event, whatever
 // becomes of it.
@@ -229,6 +229,38 @@ void finish(const root_device& device, object_record& record) {
   record.status = alone_if_needed(device, [&] { return queue->finish(device.cl, is_finished); });
   if (!is_finished && device.watch != nullptr)
     device.watch->suspect();
+}
+
+// A failure that took the place of OpenCL's status goes before it. An event without OpenCL's has nothing else to tell, and
+// neither event nor queue are told by OpenCL's handles, which the caller does not know.
+void get_event_info(const root_device& device, get_object_info_record& record) {
+  const auto* const event = find_object<event_object>(record.object, record);
+  if (event == nullptr)
+    return;
+  const cl_int failure = event->failure();
+  if (record.param_name == CL_EVENT_COMMAND_EXECUTION_STATUS && failure != CL_SUCCESS) {
+    answer(record, &failure, sizeof failure);
+  } else if (record.param_name == CL_EVENT_REFERENCE_COUNT) {
+    const cl_uint references = event->references();
+    answer(record, &references, sizeof references);
+  } else if (record.param_name == CL_EVENT_COMMAND_QUEUE && event->queue != nullptr) {
+    answer(record, &event->queue, sizeof event->queue);
+  } else if (event->event == nullptr) {
+    record.status = CL_INVALID_EVENT;
+  } else {
+    ask(record, device.cl.get_event_info, event->event);
+  }
+}
+
+// Work that did not run took no time.
+void get_event_profiling_info(const root_device& device, get_object_info_record& record) {
+  const auto* const event = find_object<event_object>(record.object, record);
+  if (event == nullptr)
+    return;
+  if (event->failure() != CL_SUCCESS || event->event == nullptr)
+    record.status = CL_PROFILING_INFO_NOT_AVAILABLE;
+  else
+    ask(record, device.cl.get_event_profiling_info, event->event);
 }
 
 } // namespace qv

@@ -323,7 +323,9 @@ cl_int kernel_object::release(const opencl_functions& cl) noexcept {
   }
   // The oldest spare may be of another device, so `cl` may be wrong for it.
   const bool is_another = ended != nullptr && ended != this;
-  const cl_int status = end_all(is_another ? device_or_stand_in(*ended->device_).cl : cl, ended);
+  const cl_int status = ended == nullptr
+                            ? CL_SUCCESS
+                            : end_all(is_another ? device_or_stand_in(*ended->device_).cl : cl, ended);
   program->release(cl);
   return status;
 }

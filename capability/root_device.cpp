@@ -105,12 +105,6 @@ void watch(root_device& device) {
   device.lost_stand_in = std::make_shared<const root_device>(std::move(lost));
 }
 
-const root_device& device_or_stand_in(const root_device& device) noexcept {
-  const bool is_lost =
-      device.watch != nullptr && device.watch->is_suspected() && device.watch->is_lost(device);
-  return is_lost ? *device.lost_stand_in : device;
-}
-
 void prepare_for_thread_ends() noexcept {
   Dl_info here;
   if (dladdr(reinterpret_cast<void*>(&prepare_for_thread_ends), &here) != 0)

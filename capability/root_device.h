@@ -78,7 +78,11 @@ struct root_device {
 void watch(root_device& device);
 
 // The device, or what stands for it as long as it is lost. Costs one relaxed read as long as nothing has failed.
-const root_device& device_or_stand_in(const root_device& device) noexcept;
+inline const root_device& device_or_stand_in(const root_device& device) noexcept {
+  const bool is_lost =
+      device.watch != nullptr && device.watch->is_suspected() && device.watch->is_lost(device);
+  return is_lost ? *device.lost_stand_in : device;
+}
 
 // A thread goes on running after its thread-local objects were destroyed: in exit handlers and static destructors, after
 // main or exit(). An implementation that keeps thread-local state, and uses it nevertheless, must not be called then.

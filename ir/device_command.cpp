@@ -39,11 +39,15 @@ device_command::device_command(command_stage stage,
 device_command::~device_command() = default;
 
 library_device& device_command::get_device() const {
-  const auto& device = physical_operation->get_device();
+  const auto& device = physical_operation->device;
   if (!device)
     throw std::logic_error("No device associated with a device command that requires a device. This is an "
                            "error.");
   return *device;
+}
+
+std::exception_ptr device_command::get_operation_error() const {
+  return physical_operation->logical_operation->get_error();
 }
 
 // The state goes first: a completion out of order throws, and then nothing above has been told.

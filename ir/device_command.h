@@ -36,9 +36,7 @@ public:
   // The device on which the command runs; an error if there is none.
   library_device& get_device() const;
   // The error with which another command of the same logical operation has failed, if one has.
-  std::exception_ptr get_operation_error() const {
-    return physical_operation->logical_operation->get_error();
-  }
+  std::exception_ptr get_operation_error() const;
 
   // The transitions, for whoever runs the command. The last two report to the physical operation, and then count the command as
   // ended for those who wait for all commands. A second error is dropped.

@@ -52,7 +52,7 @@ std::shared_ptr<library_future> logical_operation::get_future() {
 void logical_operation::physical_operation_complete() {
   if (!count_part())
     return;
-  fair_mutex::place* const next = turn_ != nullptr ? turn_->give_up() : nullptr;
+  fair_mutex::place* const next = turn != nullptr ? turn->give_up() : nullptr;
   succeed();
   if (next != nullptr)
     next->take_turn();
@@ -62,12 +62,12 @@ void logical_operation::physical_operation_complete() {
 // that has failed must not fall asleep, either.
 void logical_operation::wait_until_complete() const {
   while (true) {
-    const event_count::ticket seen = end_event().get_ticket();
+    const event_count::ticket seen = ended_.get_ticket();
     if (is_complete())
       return;
     if (process_has_failed())
       end_process_after_exit_handlers();
-    end_event().wait(seen);
+    ended_.wait(seen);
   }
 }
 

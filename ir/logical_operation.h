@@ -53,7 +53,7 @@ public:
   // ends, at the latest by the thread that waits here.
   void wait_until_complete() const;
   // For a worker that has failed: whoever waits looks again whether there is still something to wait for.
-  void wake_waiters() const noexcept { end_event().notify_all(); }
+  void wake_waiters() const noexcept { ended_.notify_all(); }
 
   // Its parts are its physical operations.
   void set_physical_operation_count(std::uint64_t count) { set_part_count(count); }
@@ -65,7 +65,7 @@ public:
 
   // A turn that is passed on when all of the work has succeeded, just before the operation is complete: on the thread that
   // completes it, so that others need not wait until the caller's thread has woken. Set before the work is handed over.
-  void set_turn(fair_mutex::place& turn) { turn_ = &turn; }
+  fair_mutex::place* turn = nullptr;
 
   // An error completes the operation at once, while commands of it may still run. With these three the scheduler waits for
   // the last of them: `count` commands are on their way to a worker; as many have ended; wait until all have.
@@ -77,7 +77,6 @@ protected:
   explicit logical_operation(operation_kind kind);
 
 private:
-  fair_mutex::place* turn_ = nullptr;
   std::atomic<std::uint64_t> running_commands_ = 0;
   event_count commands_ended_;
 };

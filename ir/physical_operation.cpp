@@ -36,7 +36,7 @@ constexpr completion_texts texts = {
 physical_operation::physical_operation(operation_kind kind, logical_pointer logical_operation,
                                        device_pointer device)
     : completion_state(texts), kind(kind), logical_operation(std::move(logical_operation)),
-      device_(std::move(device)) {}
+      device(std::move(device)) {}
 
 physical_operation::~physical_operation() = default;
 

@@ -71,7 +71,7 @@ protected:
 
   // The OpenCL buffer behind a block, which must be on the device of this command.
   skerv::opencl::buffer_reference<V> buffer_of(const device_memory& memory) const {
-    if (memory.get_device() != physical_operation->get_device())
+    if (memory.get_device() != physical_operation->device)
       refuse_device();
     return {memory.get_allocation().opencl_buffer};
   }

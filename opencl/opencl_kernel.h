@@ -15,6 +15,11 @@
 
 namespace oryn::tarva::library {
 
+namespace device_ir::opencl {
+template <version V>
+class opencl_version_queues;
+}
+
 // What the kernels of all versions share: the properties of the kernel catalogue.
 class opencl_kernel : public catalogue_owner<library_kernel, get_kernel_catalogue> {
 public:
@@ -50,7 +55,7 @@ private:
   size_triple get_address_space_limit() const;
 
   skerv::opencl::kernel<V> kernel_;
-  opencl_version_device<V>& library_device_; // which the program keeps alive
+  device_ir::opencl::opencl_version_queues<V>& queues_; // of the device, which the program keeps alive
   skerv::opencl::device<V> device_;
   std::shared_ptr<const kernel_signature>
       signature_;                                // null if the device tells nothing; set by the constructor

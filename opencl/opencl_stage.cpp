@@ -34,10 +34,10 @@ void end(opencl_device_command& command, const std::exception_ptr& unfinished) {
 void opencl_stage::run(work_list& list) {
   if (!list.starts_with(command_stage::opencl))
     return;
-  const device_command& first = list.head();
   const auto opencl_command = [&list](std::size_t index) -> opencl_device_command& {
     return static_cast<opencl_device_command&>(*list.commands[index]);
   };
+  const device_command& first = opencl_command(list.next);
   std::size_t end_of_run = list.next;
   bool any_enqueued = false;
   for (; end_of_run < list.commands.size(); ++end_of_run) {

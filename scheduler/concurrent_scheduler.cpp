@@ -45,7 +45,7 @@ private:
 };
 
 void concurrent_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
-  submission own(devices_(), operation);
+  submission own(devices_, operation);
   const turn at_all_objects(*this, *operation);
   own.start(state_, submission::host_work::on_starting_thread, nullptr);
   own.finish();

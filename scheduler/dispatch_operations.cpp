@@ -16,7 +16,7 @@ using command_pointer = std::shared_ptr<device_ir::device_command>;
 using command_sequence = std::vector<command_pointer>;
 
 command_sequence generate_commands(const physical_pointer& operation) {
-  const auto& device = operation->get_device();
+  const auto& device = operation->device;
   if (!device)
     throw std::logic_error("Unsupported device type found.");
   return device->generate_commands(operation);
@@ -29,7 +29,7 @@ void mark_submitted(const physical_pointer& operation, const command_sequence& c
 }
 
 device_work_dispatcher& dispatcher_of(const physical_graph& subgraph) {
-  return subgraph.nodes().front()->get_device()->get_dispatcher();
+  return subgraph.nodes().front()->device->get_dispatcher();
 }
 
 // The commands are counted before the worker can end any of them, and given back if the dispatcher refuses.
@@ -46,9 +46,8 @@ void submit_subgraph(const physical_graph& subgraph, const std::shared_ptr<prepa
 }
 
 bool is_on_one_device(const physical_graph& graph) {
-  return std::all_of(graph.nodes().begin(), graph.nodes().end(), [&graph](const auto& node) {
-    return node->get_device() == graph.nodes().front()->get_device();
-  });
+  return std::all_of(graph.nodes().begin(), graph.nodes().end(),
+                     [&graph](const auto& node) { return node->device == graph.nodes().front()->device; });
 }
 
 // A lowering that mixes devices would put commands on the wrong worker.
@@ -67,10 +66,10 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
   std::vector<std::pair<std::shared_ptr<library_device>, std::vector<physical_pointer>>> by_device;
   for (const auto& node : graph.nodes()) {
     auto group = by_device.begin();
-    while (group != by_device.end() && group->first != node->get_device())
+    while (group != by_device.end() && group->first != node->device)
       ++group;
     if (group == by_device.end())
-      group = by_device.insert(group, {node->get_device(), {}});
+      group = by_device.insert(group, {node->device, {}});
     group->second.push_back(node);
   }
   std::vector<physical_graph> subgraphs;

@@ -74,7 +74,8 @@ void lowering::add_chain(const std::vector<physical_pointer>& chain) {
 
 // One object that cannot be settled must not keep the others from it.
 void lowering::settle_after_failure() noexcept {
-  free_block(freed_);
+  if (freed_)
+    free_block(*freed_);
   for (const block_move& move : moves_) {
     try {
       move.settle_after_failure();
@@ -89,24 +90,32 @@ void lowering::withdraw_allocation() {
     free_block(table_.remove(allocated_));
 }
 
-void lowering::lower() {
+const physical_graph& lowering::lower() {
   using kind = logical_ir::operation_kind;
   switch (operation_->kind) {
   case kind::allocate_memory:
-    return lower(static_cast<const logical_ir::allocate_memory&>(*operation_));
+    lower(static_cast<const logical_ir::allocate_memory&>(*operation_));
+    break;
   case kind::free_memory:
-    return lower(static_cast<const logical_ir::free_memory&>(*operation_));
+    lower(static_cast<const logical_ir::free_memory&>(*operation_));
+    break;
   case kind::fill:
-    return lower(static_cast<const logical_ir::fill&>(*operation_));
+    lower(static_cast<const logical_ir::fill&>(*operation_));
+    break;
   case kind::kernel:
-    return lower(static_cast<const logical_ir::kernel&>(*operation_));
+    lower(static_cast<const logical_ir::kernel&>(*operation_));
+    break;
   case kind::copy_tarva_to_user:
-    return lower(static_cast<const logical_ir::copy_tarva_to_user&>(*operation_));
+    lower(static_cast<const logical_ir::copy_tarva_to_user&>(*operation_));
+    break;
   case kind::copy_user_to_tarva:
-    return lower(static_cast<const logical_ir::copy_user_to_tarva&>(*operation_));
+    lower(static_cast<const logical_ir::copy_user_to_tarva&>(*operation_));
+    break;
   case kind::copy_tarva_to_tarva:
-    return lower(static_cast<const logical_ir::copy_tarva_to_tarva&>(*operation_));
+    lower(static_cast<const logical_ir::copy_tarva_to_tarva&>(*operation_));
+    break;
   }
+  return graph_;
 }
 
 // Whether there is so much memory is found out when the work runs; what no process could hold is refused at once.

@@ -39,15 +39,13 @@ void submission::start(scheduler_state& state, host_work place, fair_mutex::plac
   logical_ir::logical_operation& started = *operation;
   try {
     lowered_.emplace(operation, devices_.front(), state.memory_states, state.last_sync_id);
-    lowered_->lower();
-    const physical_graph& graph = lowered_->get_graph();
+    const physical_graph& graph = lowered_->lower();
     if (graph.nodes().empty()) {
       end_without_work(started, lowered_->get_refusal());
     } else {
       started.set_physical_operation_count(graph.nodes().size());
       started.set_submitted();
-      if (turn != nullptr)
-        started.set_turn(*turn);
+      started.turn = turn;
       if (place == host_work::on_starting_thread && lowered_->is_host_work())
         run_host_work(graph);
       else

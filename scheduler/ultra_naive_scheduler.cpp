@@ -8,30 +8,27 @@ namespace oryn::tarva::library {
 class ultra_naive_scheduler::turn final : public fair_mutex::place {
 public:
   turn(ultra_naive_scheduler& scheduler, const std::shared_ptr<logical_ir::logical_operation>& operation)
-      : submission_(scheduler.devices_(), operation), scheduler_(scheduler) {
+      : work(scheduler.devices_, operation), scheduler_(scheduler) {
     if (join(scheduler_.turns_))
       start();
   }
   ~turn() override { leave(); }
 
-  void finish() { submission_.finish(); }
-
   void take_turn() noexcept override {
-    const auto held = submission_.operation;
+    const auto held = work.operation;
     start();
   }
 
-private:
-  void start() noexcept {
-    submission_.start(scheduler_.state_, submission::host_work::on_first_device, this);
-  }
+  submission work;
 
-  submission submission_;
+private:
+  void start() noexcept { work.start(scheduler_.state_, submission::host_work::on_first_device, this); }
+
   ultra_naive_scheduler& scheduler_;
 };
 
 void ultra_naive_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
-  turn(*this, operation).finish();
+  turn(*this, operation).work.finish();
 }
 
 void ultra_naive_scheduler::forget(const std::shared_ptr<library_memory>& memory) noexcept {

@@ -28,7 +28,7 @@ public:
   buffer(common::call_handle call_handle, void* handle) noexcept
       : opencl_handle<V, memory_object_kind>(std::move(call_handle), handle) {}
 
-  operator buffer_reference<V>() const noexcept { return {this->get_handle()}; } // implicit on purpose
+  operator buffer_reference<V>() const noexcept { return {this->object_}; } // implicit on purpose
 };
 
 // Buffers are the only memory objects of OpenCL that this layer makes.

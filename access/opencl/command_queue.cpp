@@ -36,13 +36,6 @@ void* create_queue_with_properties(const context<V>& context, const device<V>& d
 
 } // namespace
 
-template <version V, class Kind>
-void basic_command_queue<V, Kind>::finish() const {
-  qv::object_record record{};
-  record.object = this->get_handle();
-  call<V, qv::operation::finish>(this->get_call_handle(), record);
-}
-
 template <version V>
 requires(!version_traits<V>::has_device_queue) command_queue<V>::command_queue(const context<V>& context,
                                                                                const device<V>& device,

@@ -48,6 +48,13 @@ protected:
       : opencl_handle<V, Kind>(std::move(call_handle), handle) {}
 };
 
+template <version V, class Kind>
+void basic_command_queue<V, Kind>::finish() const {
+  qv::object_record record{};
+  record.object = this->object_;
+  call<V, qv::operation::finish>(this->call_handle_, record);
+}
+
 // The event is wrapped only once the command has returned, so that a failure leaves none behind.
 template <version V, class Kind>
 template <qv::operation Op>
@@ -55,12 +62,12 @@ event<V> basic_command_queue<V, Kind>::enqueue(const command<V, Op>& command, st
                                                void* const* wait_list) const {
   void* made = nullptr;
   qv::record<Op> record = command.record;
-  record.command_queue = this->get_handle();
+  record.command_queue = this->object_;
   record.num_events_in_wait_list = wait_count;
   record.event_wait_list = wait_list;
   record.event = &made;
-  call<V, Op>(this->get_call_handle(), record);
-  return {this->get_call_handle(), made};
+  call<V, Op>(this->call_handle_, record);
+  return {this->call_handle_, made};
 }
 
 // The queue of the versions that know but one kind.

@@ -82,7 +82,7 @@ public:
   }
   template <version W = V>
   platform<V> get_platform() const requires(version_traits<W>::has_platform) {
-    return {this->get_call_handle(), get_pointer(device_parameter::platform.number)};
+    return {this->call_handle_, get_pointer(device_parameter::platform.number)};
   }
 
   // The same parameters by their numbers, for callers that read them from a table at run time.

@@ -70,11 +70,11 @@ public:
   // The status that OpenCL gives an argument, for who wants to know rather than to set it.
   std::int32_t try_argument(std::uint32_t index, std::size_t size, const void* value) {
     qv::set_kernel_arg_record record{};
-    record.kernel = this->get_handle();
+    record.kernel = this->object_;
     record.arg_index = index;
     record.arg_size = size;
     record.arg_value = value;
-    send<V, qv::operation::set_kernel_arg>(this->get_call_handle(), record);
+    send<V, qv::operation::set_kernel_arg>(this->call_handle_, record);
     return record.status;
   }
 

@@ -132,6 +132,7 @@ private:
     std::swap(object_, other.object_);
   }
 
+protected:
   common::call_handle call_handle_;
   void* object_;
 };
