@@ -221,6 +221,20 @@ cl_int kernel_object::check_argument(const root_device& device, std::uint32_t in
   return is_alive ? CL_SUCCESS : CL_INVALID_MEM_OBJECT;
 }
 
+// Whether OpenCL's kernel has it already, from its last use: then OpenCL need not be told again. Launches mostly differ from the
+// last one of their kernel in few arguments.
+bool kernel_object::has_argument(std::uint32_t index, std::size_t size, const void* value,
+                                 std::uint64_t removed_count) const noexcept {
+  if (index >= arguments_.size() || size == 0 || size != arguments_[index].size || value == nullptr)
+    return false;
+  cl_mem given = nullptr;
+  std::memcpy(&given, value, size);
+  const argument& known = arguments_[index];
+  const bool may_be_gone =
+      removed_count != known.seen_alive && family_->second.parameters[index] != parameter::value;
+  return given == known.buffer && !may_be_gone;
+}
+
 // Remembers it for the launch, and gives what the caller is told.
 cl_int kernel_object::refuse_argument(cl_int status) noexcept {
   was_refused_ = true;
@@ -232,9 +246,12 @@ cl_int kernel_object::set_argument(const root_device& device, std::uint32_t inde
   if (kernel_ == nullptr)
     return CL_SUCCESS; // the launch tells
   const std::uint64_t removed_count = removed_buffer_count();
-  cl_int status = check_argument(device, index, size, value, removed_count);
-  if (status == CL_SUCCESS)
-    status = call_or_refuse(device.cl.set_kernel_arg, kernel_, index, size, value);
+  cl_int status = CL_SUCCESS;
+  if (!has_argument(index, size, value, removed_count)) {
+    status = check_argument(device, index, size, value, removed_count);
+    if (status == CL_SUCCESS)
+      status = call_or_refuse(device.cl.set_kernel_arg, kernel_, index, size, value);
+  }
   if (index >= arguments_.size()) { // of which nothing is known, so that no later argument takes its place
     if (status != CL_SUCCESS && is_for_launch_)
       failure_ = as_failure(status);
@@ -243,12 +260,15 @@ cl_int kernel_object::set_argument(const root_device& device, std::uint32_t inde
   argument& set = arguments_[index];
   set.refusal = status;
   set.buffer = nullptr;
+  set.size = 0;
   if (status != CL_SUCCESS)
     return refuse_argument(status);
   if (!std::exchange(set.is_set, true))
     ++set_count_;
-  if (value != nullptr && size == sizeof(cl_mem))
+  if (value != nullptr && size <= sizeof(cl_mem)) {
     std::memcpy(&set.buffer, value, size);
+    set.size = size;
+  }
   set.seen_alive = removed_count;
   return CL_SUCCESS;
 }

@@ -120,8 +120,10 @@ private:
   friend class program_object;
   using family_entry = std::pair<const std::string, kernel_family>;
 
+  // What OpenCL's kernel has at one parameter.
   struct argument {
-    cl_mem buffer = nullptr;      // or any other value of that size
+    cl_mem buffer = nullptr;      // or any other value of that size or less
+    std::size_t size = 0;         // of what is there; 0: it is not known
     std::uint64_t seen_alive = 0; // when, by the count of removed buffers
     cl_int refusal = CL_SUCCESS;  // of what was set last
     bool is_set = false;
@@ -144,6 +146,8 @@ private:
       TARVA_EXCLUDES(kernels_lock);
   cl_int check_argument(const root_device& device, std::uint32_t index, std::size_t size, const void* value,
                         std::uint64_t removed_count) const noexcept;
+  bool has_argument(std::uint32_t index, std::size_t size, const void* value,
+                    std::uint64_t removed_count) const noexcept;
   cl_int refuse_argument(cl_int status) noexcept;
   bool holds(cl_mem buffer) const noexcept;
   void remove_from_spares() noexcept TARVA_REQUIRES(kernels_lock);
