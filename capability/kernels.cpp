@@ -92,22 +92,6 @@ void kernel_object::release_family(program_object& program, family_entry& family
     program.families_.erase(program.families_.find(family.first));
 }
 
-// Null if there is none. The spare was released last, so that its memory is the warmest.
-kernel_object* kernel_object::take_spare(program_object& program, family_entry& family) noexcept {
-  if (family.second.spares.empty())
-    return nullptr;
-  kernel_object* const spare = family.second.spares.back();
-  family.second.spares.pop_back();
-  spare->remove_from_spares();
-  spare->is_reused_ = true;
-  spare->is_for_launch_ = family.second.live++ != 0;
-  spare->set_count_ = 0;
-  for (argument& each : spare->arguments_)
-    each.is_set = false;
-  program.retain();
-  return spare;
-}
-
 void kernel_object::join(const root_device& device, program_object& program, family_entry& family,
                          cl_kernel kernel) {
   // Without OpenCL's kernel there is nobody to ask; else whoever is first asks, and without the lock, as it takes calls.
@@ -128,10 +112,10 @@ void kernel_object::join(const root_device& device, program_object& program, fam
   }
   arguments_.resize(family.second.parameters.size());
   ++family.second.live;
-  kernel_ = kernel;
+  this->kernel = kernel;
   device_ = &device;
   family_ = &family;
-  program_ = &program;
+  this->program = &program;
   program.retain();
 }
 
@@ -148,8 +132,19 @@ kernel_object* kernel_object::make(const root_device& device, program_object& pr
       family = hold_family(program, name);
       is_for_launch = family->second.live != 0;
       status = CL_SUCCESS;
-      if (kernel_object* const spare = take_spare(program, *family))
+      if (auto& spares = family->second.spares; !spares.empty()) {
+        kernel_object* const spare = spares.back(); // released last, so that its memory is the warmest
+        spares.pop_back();
+        spare->remove_from_spares();
+        spare->is_reused_ = true;
+        spare->is_for_launch_ = is_for_launch;
+        spare->set_count_ = 0;
+        for (argument& each : spare->arguments_)
+          each.is_set = false;
+        ++family->second.live;
+        program.retain();
         return spare;
+      }
     }
     auto object = std::unique_ptr<kernel_object>(new kernel_object);
     object->is_for_launch_ = is_for_launch;
@@ -243,14 +238,14 @@ cl_int kernel_object::refuse_argument(cl_int status) noexcept {
 
 cl_int kernel_object::set_argument(const root_device& device, std::uint32_t index, std::size_t size,
                                    const void* value) noexcept {
-  if (kernel_ == nullptr)
+  if (kernel == nullptr)
     return CL_SUCCESS; // the launch tells
   const std::uint64_t removed_count = removed_buffer_count();
   cl_int status = CL_SUCCESS;
   if (!has_argument(index, size, value, removed_count)) {
     status = check_argument(device, index, size, value, removed_count);
     if (status == CL_SUCCESS)
-      status = call_or_refuse(device.cl.set_kernel_arg, kernel_, index, size, value);
+      status = call_or_refuse(device.cl.set_kernel_arg, kernel, index, size, value);
   }
   if (index >= arguments_.size()) { // of which nothing is known, so that no later argument takes its place
     if (status != CL_SUCCESS && is_for_launch_)
@@ -280,10 +275,10 @@ group_size kernel_object::required_size(const opencl_functions& cl) const {
     if (family_->second.required_size)
       return *family_->second.required_size;
   }
-  if (kernel_ == nullptr)
+  if (kernel == nullptr)
     return {};
   const group_size told =
-      group_size_in(ask_text(CL_KERNEL_ATTRIBUTES, cl.get_kernel_info, kernel_).value_or(""));
+      group_size_in(ask_text(CL_KERNEL_ATTRIBUTES, cl.get_kernel_info, kernel).value_or(""));
   const oryn::lock_guard guard(kernels_lock);
   family_->second.required_size = told;
   return told;
@@ -314,16 +309,16 @@ void kernel_object::remove_from_spares() noexcept {
 // Kept is only what nothing was odd about, and whose arguments are known, so that a buffer among them can be found. The place among
 // the spares of the family was reserved when the parameters became known.
 cl_int kernel_object::release(const opencl_functions& cl) noexcept {
-  if (program_ == nullptr)
+  if (program == nullptr)
     return CL_SUCCESS; // there was no memory for one: it is everybody's
-  program_object* const program = program_;
+  program_object* const held = program;
   kernel_object* ended = nullptr;
   {
     const oryn::lock_guard guard(kernels_lock);
     kernel_family& family = family_->second;
     --family.live;
     --family.holders;
-    if (kernel_ != nullptr && !was_refused_ && family.knows_parameters &&
+    if (kernel != nullptr && !was_refused_ && family.knows_parameters &&
         family.spares.size() < most_spares_of_family) {
       family.spares.push_back(this);
       older_ = std::exchange(newest_spare, this);
@@ -346,7 +341,7 @@ cl_int kernel_object::release(const opencl_functions& cl) noexcept {
   const cl_int status = ended == nullptr
                             ? CL_SUCCESS
                             : end_all(is_another ? device_or_stand_in(*ended->device_).cl : cl, ended);
-  program->release(cl);
+  held->release(cl);
   return status;
 }
 
@@ -373,8 +368,8 @@ cl_int kernel_object::end_all(const opencl_functions& cl, kernel_object* first) 
   cl_int status = CL_SUCCESS;
   while (first != nullptr) {
     const std::unique_ptr<kernel_object> ended(std::exchange(first, first->newer_));
-    if (ended->kernel_ != nullptr)
-      status = call_or_refuse(cl.release_kernel, ended->kernel_);
+    if (ended->kernel != nullptr)
+      status = call_or_refuse(cl.release_kernel, ended->kernel);
   }
   return status;
 }

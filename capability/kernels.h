@@ -93,11 +93,11 @@ public:
                              cl_int& status) noexcept TARVA_EXCLUDES(kernels_lock);
 
   // Null if OpenCL has refused to make it.
-  cl_kernel kernel() const noexcept { return kernel_; }
+  cl_kernel kernel = nullptr;
   // Why that is so, else CL_SUCCESS.
   cl_int failure() const noexcept { return failure_; }
   // Null if there was no memory for more than this object.
-  program_object* program() const noexcept { return program_; }
+  program_object* program = nullptr;
   const std::string& name() const noexcept { return family_->first; }
 
   // The status for the caller. A kernel that is made for a launch takes everything, and its launch tells.
@@ -137,8 +137,6 @@ private:
       TARVA_REQUIRES(kernels_lock);
   static void release_family(program_object& program, family_entry& family) noexcept
       TARVA_REQUIRES(kernels_lock);
-  static kernel_object* take_spare(program_object& program, family_entry& family) noexcept
-      TARVA_REQUIRES(kernels_lock);
   static cl_int end_all(const opencl_functions& cl, kernel_object* first) noexcept;
 
   // Makes this a kernel of the family. Takes over the kernel, if there is one, and the hold on the family, if this succeeds.
@@ -152,9 +150,7 @@ private:
   bool holds(cl_mem buffer) const noexcept;
   void remove_from_spares() noexcept TARVA_REQUIRES(kernels_lock);
 
-  cl_kernel kernel_ = nullptr;
   const root_device* device_ = nullptr;
-  program_object* program_ = nullptr;
   family_entry* family_ = nullptr;
   std::vector<argument> arguments_; // one for each parameter, if OpenCL tells of them
   std::size_t set_count_ = 0;
