@@ -92,6 +92,22 @@ void kernel_object::release_family(program_object& program, family_entry& family
     program.families_.erase(program.families_.find(family.first));
 }
 
+// Null if there is none. The spare was released last, so that its memory is the warmest.
+kernel_object* kernel_object::take_spare(program_object& program, family_entry& family) noexcept {
+  if (family.second.spares.empty())
+    return nullptr;
+  kernel_object* const spare = family.second.spares.back();
+  family.second.spares.pop_back();
+  spare->remove_from_spares();
+  spare->is_reused_ = true;
+  spare->is_for_launch_ = family.second.live++ != 0;
+  spare->set_count_ = 0;
+  for (argument& each : spare->arguments_)
+    each.is_set = false;
+  program.retain();
+  return spare;
+}
+
 void kernel_object::join(const root_device& device, program_object& program, family_entry& family,
                          cl_kernel kernel) {
   // Without OpenCL's kernel there is nobody to ask; else whoever is first asks, and without the lock, as it takes calls.
@@ -132,19 +148,8 @@ kernel_object* kernel_object::make(const root_device& device, program_object& pr
       family = hold_family(program, name);
       is_for_launch = family->second.live != 0;
       status = CL_SUCCESS;
-      if (auto& spares = family->second.spares; !spares.empty()) {
-        kernel_object* const spare = spares.back(); // released last, so that its memory is the warmest
-        spares.pop_back();
-        spare->remove_from_spares();
-        spare->is_reused_ = true;
-        spare->is_for_launch_ = is_for_launch;
-        spare->set_count_ = 0;
-        for (argument& each : spare->arguments_)
-          each.is_set = false;
-        ++family->second.live;
-        program.retain();
+      if (kernel_object* const spare = take_spare(program, *family))
         return spare;
-      }
     }
     auto object = std::unique_ptr<kernel_object>(new kernel_object);
     object->is_for_launch_ = is_for_launch;

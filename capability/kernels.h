@@ -137,6 +137,8 @@ private:
       TARVA_REQUIRES(kernels_lock);
   static void release_family(program_object& program, family_entry& family) noexcept
       TARVA_REQUIRES(kernels_lock);
+  static kernel_object* take_spare(program_object& program, family_entry& family) noexcept
+      TARVA_REQUIRES(kernels_lock);
   static cl_int end_all(const opencl_functions& cl, kernel_object* first) noexcept;
 
   // Makes this a kernel of the family. Takes over the kernel, if there is one, and the hold on the family, if this succeeds.
