@@ -1,6 +1,5 @@
 #include "opencl/opencl_device.h"
 
-#include "access/common/info_query.h"
 #include "access/common/opencl_constants.h"
 #include "access/opencl/device.h"
 #include "base/logging.h"
@@ -60,7 +59,7 @@ bool expected_errors::on_this_thread() noexcept {
 
 template <version V>
 opencl_version_device<V>::opencl_version_device(const access_device& device)
-    : device_(std::make_unique<access_device>(device)) {}
+    : opencl_device(device.info()), device_(std::make_unique<access_device>(device)) {}
 
 template <version V>
 opencl_version_device<V>::~opencl_version_device() = default;
@@ -180,71 +179,6 @@ template <version V>
 std::vector<std::shared_ptr<device_ir::device_command>> opencl_version_device<V>::generate_commands(
     const std::shared_ptr<physical_ir::physical_operation>& operation) {
   return device_ir::opencl::generate_device_command_sequence(operation, *queues_);
-}
-
-// Asks OpenCL each time, as a device may become unavailable.
-template <version V>
-bool opencl_version_device<V>::read_value(const device_catalogue::row& wanted, property_value& value) {
-  using read = device_reading;
-  if (wanted.parent == image_support_key && !device_->get_bool(image_support_parameter))
-    return false;
-  const device_source& source = wanted.source;
-  const auto read_list = [&](auto split) {
-    value.set_texts([&](std::string& text, std::vector<const char*>& pieces) {
-      device_->read_string(source.parameter, text);
-      split(text, pieces);
-    });
-  };
-  switch (source.reading) {
-  case read::none:
-    break;
-  case read::friendly_short_description:
-    value.set(get_friendly_short_description());
-    break;
-  case read::friendly_summary:
-    value.set(get_friendly_summary());
-    break;
-  case read::object_id:
-    value.set(this->get_unique_identifier());
-    break;
-  case read::uint32:
-    value.set(device_->get_uint32(source.parameter));
-    break;
-  case read::uint64:
-    value.set(device_->get_uint64(source.parameter));
-    break;
-  case read::boolean:
-    value.set(device_->get_bool(source.parameter));
-    break;
-  case read::string:
-    value.set_text([&](std::string& text) { device_->read_string(source.parameter, text); });
-    break;
-  case read::words:
-    read_list(skerv::common::split_in_place_on_whitespace);
-    break;
-  case read::semicolon_list:
-    read_list(skerv::common::split_in_place_on_semicolon);
-    break;
-  case read::sizes:
-    value.set(device_->get_sizes(source.parameter));
-    break;
-  case read::bit:
-    value.set((device_->get_uint64(source.parameter) & source.operand) != 0);
-    break;
-  case read::equal_uint32:
-    value.set(device_->get_uint32(source.parameter) == source.operand);
-    break;
-  case read::equal_uint64:
-    value.set(device_->get_uint64(source.parameter) == source.operand);
-    break;
-  case read::embedded_profile:
-    value.set(device_->is_embedded_profile());
-    break;
-  case read::full_profile:
-    value.set(device_->is_full_profile());
-    break;
-  }
-  return true;
 }
 
 #define INSTANTIATE(V) template class opencl_version_device<version::V>;

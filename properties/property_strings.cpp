@@ -27,33 +27,31 @@ public:
 
   text_buffer out;
 
-  void begin(const property_view& property) override {
+  void begin(const property_labels& labels, const value_view& value) override {
     if (shown_.name)
-      out.append("Name          : ", property.name, "\n");
+      out.append("Name          : ", labels.name, "\n");
     if (shown_.friendly_name)
-      out.append("Friendly Name : ", property.friendly_name, "\n");
+      out.append("Friendly Name : ", labels.friendly_name, "\n");
     if (shown_.description)
-      out.append("Description   : ", property.description, "\n");
-    if (property.value.element_count != 0)
-      write_value(property.value);
+      out.append("Description   : ", labels.description, "\n");
+    if (value.element_count != 0 && shown_.type)
+      out.append("Type          : ", data_type_name(value.type), "\n");
+    if (value.element_count != 0 && shown_.value)
+      write_elements(value);
     out.append("\n");
   }
   void end() override {}
   void visit_empty() override {}
 
 private:
-  void write_value(const value_view& value) {
-    if (shown_.type)
-      out.append("Type          : ", data_type_name(value.type), "\n");
-    if (!shown_.value)
-      return;
+  void write_elements(const value_view& value) {
     out.append("Value         : ");
     if (value.element_count == 1) {
       append_element_text(out, value.data, value.type, 0);
       out.append("\n");
-      return;
+    } else {
+      write_array(value);
     }
-    write_array(value);
   }
 
   // The brace that closes ends no line: the line end of the block does that.
@@ -79,16 +77,16 @@ class xml_writer final : public property_visitor {
 public:
   text_buffer out;
 
-  void begin(const property_view& property) override {
+  void begin(const property_labels& labels, const value_view& value) override {
     out.append("<property>\n<distinct_name>");
-    write_escaped(property.name);
+    write_escaped(labels.name);
     out.append("</distinct_name>\n<friendly_name>");
-    write_escaped(property.friendly_name);
+    write_escaped(labels.friendly_name);
     out.append("</friendly_name>\n<description>");
-    write_escaped(property.description);
+    write_escaped(labels.description);
     out.append("</description>\n");
-    if (property.value.has_data())
-      write_value(property.value);
+    if (value.has_data())
+      write_value(value);
   }
   void end() override { out.append("</property>\n\n"); }
   void visit_empty() override { out.append("<property/>\n"); }
@@ -170,16 +168,13 @@ private:
 
 } // namespace
 
-// The visitor sees what is below a property; the property itself is shown to it first.
 text_buffer to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
                          bool show_friendly_name, bool show_type, bool show_description, bool show_value) {
   if (property->is_empty() ||
       !(show_name || show_friendly_name || show_type || show_description || show_value))
     return {};
   text_writer writer({show_name, show_friendly_name, show_type, show_description, show_value});
-  writer.begin(property->get_view());
-  if (recursive)
-    property->visit_descendants(writer);
+  property->visit(writer, recursive);
   return std::move(writer.out);
 }
 
@@ -190,10 +185,7 @@ text_buffer to_xml_tree(const std::shared_ptr<property_base>& property, bool rec
     return text;
   }
   xml_writer writer;
-  writer.begin(property->get_view());
-  if (recursive)
-    property->visit_descendants(writer);
-  writer.end();
+  property->visit(writer, recursive);
   writer.out.remove_last(); // the empty line is that of a child
   return std::move(writer.out);
 }
