@@ -1,5 +1,7 @@
 #include "base/end_of_process.h"
 
+#include "base/native_thread.h"
+
 #include <bit>
 #include <charconv>
 #include <climits>
@@ -43,7 +45,10 @@ bool start_thread(void* (*body)(void*)) noexcept {
 
 // Starts a thread that ends the process when the exit handlers' time is up. False if there is none to be had.
 bool limit_exit_handlers() noexcept {
-  return start_thread([](void*) -> void* { end_process_after_exit_handlers(); });
+  return start_thread([](void*) -> void* {
+    name_this_thread("tarva-end");
+    end_process_after_exit_handlers();
+  });
 }
 
 // The first of the library's exit handlers has begun. On a worker this is a failure, as a worker that runs them can wait
@@ -63,6 +68,7 @@ void mark_worker_thread() noexcept {
 void end_process_after_exit_handlers() noexcept {
   std::this_thread::sleep_for(grace_period_of_exit_handlers);
   const bool is_flushing = start_thread([](void*) -> void* {
+    name_this_thread("tarva-flush");
     std::fflush(nullptr);
     _exit(1);
   });

@@ -2,12 +2,12 @@
 // looks into both and takes no lock.
 #include "capability/dispatch.h"
 
+#include "base/native_thread.h"
 #include "base/thread_annotations.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
 
 #include <atomic>
-#include <thread>
 
 namespace qv {
 namespace {
@@ -137,7 +137,7 @@ slot* find_slot(qv_call_handle* handle) noexcept {
 // thread.
 [[gnu::noinline]] void run_on_other_thread(const command& performer, const root_device& device,
                                            void* record) {
-  std::thread([&] { performer.run(device, record); }).join();
+  oryn::native_thread("qv-late-call", [&] { performer.run(device, record); }).join();
 }
 
 } // namespace
