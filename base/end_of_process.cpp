@@ -1,5 +1,6 @@
 #include "base/end_of_process.h"
 
+#include "base/logging.h"
 #include "base/native_thread.h"
 
 #include <bit>
@@ -181,10 +182,27 @@ use_of_compiler::~use_of_compiler() {
     static_cast<void>(std::atexit(let_calls_end)); // fails without memory: the end is then as safe as before
 }
 
+// Forked children.
+
+namespace {
+
+constinit std::atomic<bool> is_in_forked_child = false;
+
+} // namespace
+
+void explain_refusal() noexcept {
+  if (is_in_forked_child.exchange(false))
+    logging::tarva_logger.write_without_locks(
+        "This process was forked off one that had used the library. It has no library: all its calls fail.");
+}
+
 // The stop.
 
 library_lifetime::library_lifetime(stoppable_library* (*start)()) : process_(getpid()) {
-  pthread_atfork(nullptr, nullptr, [] { the_call_gate.close(); });
+  pthread_atfork(nullptr, nullptr, [] {
+    the_call_gate.close();
+    is_in_forked_child = true;
+  });
   library_ = start();
   has_workers_ = library_->has_workers();
 }

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
+#include <stdexcept>
+#include <string>
 
 namespace oryn::tarva::library {
 
@@ -36,9 +37,11 @@ void text_buffer::append_number(double number) {
 // At least doubled, so that a text is copied a few times at most; the first room takes most trees.
 void text_buffer::reserve(std::size_t count) {
   constexpr std::size_t first_capacity = 4096;
-  if (count > std::numeric_limits<std::size_t>::max() / 2 - size_)
-    throw std::bad_alloc();
-  const std::size_t capacity = std::max({first_capacity, 2 * capacity_, size_ + count});
+  if (count > most_bytes - size_)
+    throw std::length_error(
+        "The text of the properties would be longer than " + std::to_string(most_bytes) +
+        " bytes.  Read its large values, such as the binary of a program, by themselves.");
+  const std::size_t capacity = std::max({first_capacity, std::min(2 * capacity_, most_bytes), size_ + count});
   auto* data = static_cast<char*>(std::realloc(data_, capacity));
   if (data == nullptr)
     throw std::bad_alloc();
