@@ -37,8 +37,11 @@ std::string compose_banner() {
   return banner.str();
 }
 
-// Printed as well as logged, since the log is silent unless it was asked for.
+// Printed as well as logged, since the log is silent unless it was asked for. A capability library that could not look at the
+// machine gives no reason to others.
 [[noreturn]] void fail_to_start(const char* reason) noexcept {
+  if (*reason == '\0')
+    reason = "libqv.so.0 could not look for devices. With QV_LOG=1 it tells why.";
   log_critical("Failed to initialize the TARVA library: {}", reason);
   std::fputs("Failed to initialize the TARVA library: ", stderr);
   write_printable(reason, [](std::string_view part) { std::fwrite(part.data(), 1, part.size(), stderr); });
