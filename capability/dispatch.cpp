@@ -2,12 +2,12 @@
 // looks into both and takes no lock.
 #include "capability/dispatch.h"
 
+#include "base/native_thread.h"
 #include "base/thread_annotations.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
 
 #include <atomic>
-#include <thread>
 
 namespace qv {
 namespace {
@@ -149,7 +149,7 @@ slot* find_slot(qv_call_handle* handle) noexcept {
     return QV_OK;
   }
   try {
-    std::thread([&] { performer.run(device, record); }).join();
+    oryn::native_thread("qv-late-call", [&] { performer.run(device, record); }).join();
     return QV_OK;
   } catch (...) {
     return QV_UNRECOVERABLE_ERROR;

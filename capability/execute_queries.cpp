@@ -47,11 +47,15 @@ void get_program_info(const root_device& device, get_object_info_record& record)
   const auto* const program = find_object<program_object>(record.object, record);
   if (program == nullptr)
     return;
-  const cl_uint references = program->references();
-  if (record.param_name == CL_PROGRAM_REFERENCE_COUNT)
+  if (record.param_name == CL_PROGRAM_REFERENCE_COUNT) {
+    const cl_uint references = program->references();
     answer(record, &references, sizeof references);
-  else
+  } else if (record.param_name == CL_PROGRAM_BINARY_SIZES || record.param_name == CL_PROGRAM_BINARIES) {
+    const oryn::lock_guard guard(program->binaries_lock());
     ask(record, device.cl.get_program_info, program->program());
+  } else {
+    ask(record, device.cl.get_program_info, program->program());
+  }
 }
 
 void get_program_build_info(const root_device& device, get_object_device_info_record& record) {

@@ -11,7 +11,10 @@
 #include "opencl/opencl_device_work_dispatcher.h"
 #include "opencl/opencl_program.h"
 
+#include <algorithm>
 #include <stdexcept>
+#include <string_view>
+#include <system_error>
 #include <tuple>
 
 namespace oryn::tarva::library {
@@ -42,6 +45,16 @@ void on_context_error(const char* message, const void*, std::size_t, void* user_
 }
 
 constinit thread_local unsigned expected_error_depth = 0;
+
+// The library, the device as its property OBJECT_ID tells it, and the first word of what it calls itself: little is kept of a
+// thread's name.
+std::string name_of_worker(std::uint64_t identifier, std::string_view device_name) {
+  const auto is_of_word = [](char each) {
+    return (each >= '0' && each <= '9') || (each >= 'A' && each <= 'Z') || (each >= 'a' && each <= 'z');
+  };
+  const auto end = std::find_if_not(device_name.begin(), device_name.end(), is_of_word);
+  return "tarva-" + std::to_string(identifier) + "-" + std::string(device_name.begin(), end);
+}
 
 } // namespace
 
@@ -85,7 +98,12 @@ void opencl_version_device<V>::initialize() {
   auto made = std::make_unique<queues>(skerv::opencl::context<V>(*context_), *device_);
   queues_ = made.get();
   this->set_dispatcher(std::make_unique<device_ir::opencl::opencl_device_work_dispatcher>(std::move(made)));
-  this->get_dispatcher().start();
+  try {
+    this->get_dispatcher().start(name_of_worker(this->get_unique_identifier(), name));
+  } catch (const std::system_error& failure) {
+    throw std::runtime_error("There is no thread to be had for the " + get_friendly_short_description() +
+                             ": " + failure.code().message() + ".");
+  }
   log_info("Completed initialization of OpenCL {} device named: {}", version_traits<V>::text, name);
 }
 

@@ -11,6 +11,25 @@
 namespace oryn::tarva::library {
 namespace {
 
+// Thrown out of a walk behind an element that is a zero byte. A caller in C sees a text up to its first zero byte, and a binary
+// has such bytes soon after its beginning. The rest of it would not be seen, and be thirty times as long as the binary, each byte
+// of which has a line of its own.
+struct end_of_visible_text {};
+
+// Of an element that has been written.
+void look_for_end(const value_view& value, std::uint64_t index) {
+  if (value.type == data_type::uint8_ && static_cast<const unsigned char*>(value.data)[index] == 0)
+    throw end_of_visible_text();
+}
+
+template <class Walk>
+void write_visible(Walk walk) {
+  try {
+    walk();
+  } catch (const end_of_visible_text&) {
+  }
+}
+
 // For people. Both writers fill one buffer for the whole tree, so that the cost is linear in the length of the
 // result.
 class text_writer final : public property_visitor {
@@ -63,6 +82,7 @@ private:
       out.append_number(index);
       out.append("]  ");
       append_element_text(out, value.data, value.type, index);
+      look_for_end(value, index);
       out.append("\n");
     }
     out.append_repeated(16, ' ');
@@ -103,6 +123,7 @@ private:
       element_.clear();
       append_element_text(element_, value.data, value.type, index);
       write_escaped(element_.view());
+      look_for_end(value, index);
       out.append("</value>\n");
     }
     out.append("</data>\n");
@@ -174,7 +195,7 @@ text_buffer to_text_tree(const std::shared_ptr<property_base>& property, bool re
       !(show_name || show_friendly_name || show_type || show_description || show_value))
     return {};
   text_writer writer({show_name, show_friendly_name, show_type, show_description, show_value});
-  property->visit(writer, recursive);
+  write_visible([&] { property->visit(writer, recursive); });
   return std::move(writer.out);
 }
 
@@ -185,8 +206,10 @@ text_buffer to_xml_tree(const std::shared_ptr<property_base>& property, bool rec
     return text;
   }
   xml_writer writer;
-  property->visit(writer, recursive);
-  writer.out.remove_last(); // the empty line is that of a child
+  write_visible([&] {
+    property->visit(writer, recursive);
+    writer.out.remove_last(); // the empty line is that of a child
+  });
   return std::move(writer.out);
 }
 

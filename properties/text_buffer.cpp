@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
+#include <stdexcept>
+#include <string>
 
 namespace oryn::tarva::library {
 
@@ -37,9 +38,11 @@ void text_buffer::reserve(std::size_t count) {
   constexpr std::size_t first_capacity = 4096;
   const auto size = static_cast<std::size_t>(end_ - begin_),
              capacity = static_cast<std::size_t>(limit_ - begin_);
-  if (count > std::numeric_limits<std::size_t>::max() / 2 - size)
-    throw std::bad_alloc();
-  const std::size_t grown = std::max({first_capacity, 2 * capacity, size + count});
+  if (count > most_bytes - size)
+    throw std::length_error(
+        "The text of the properties would be longer than " + std::to_string(most_bytes) +
+        " bytes.  Read its large values, such as the binary of a program, by themselves.");
+  const std::size_t grown = std::max({first_capacity, std::min(2 * capacity, most_bytes), size + count});
   auto* data = static_cast<char*>(std::realloc(begin_, grown));
   if (data == nullptr)
     throw std::bad_alloc();

@@ -13,9 +13,11 @@ namespace oryn::tarva::library {
 
 // A text in memory of malloc, so that the caller of a C interface can have it as it is. A tree of properties is
 // written into one such buffer by the thread that asked for it. Without memory it throws std::bad_alloc, and keeps
-// what it has.
+// what it has; so it does with std::length_error for what would take it beyond the most bytes.
 class text_buffer {
 public:
+  static constexpr std::size_t most_bytes = std::size_t{256} << 20;
+
   text_buffer() = default;
   text_buffer(text_buffer&& other) noexcept
       : begin_(std::exchange(other.begin_, nullptr)), end_(std::exchange(other.end_, nullptr)),
