@@ -75,11 +75,13 @@ std::shared_ptr<scheduler> make_scheduler(std::function<const device_list&()> de
   return std::make_shared<ultra_naive_scheduler>(std::move(devices));
 }
 
-// Without memory for the library itself the process ends as with any other failure of the start.
+// Without memory for the library itself, or for its members, the process ends as with any other failure of the start.
 stoppable_library* start_library() {
-  if (auto* const library = new (std::nothrow) tarva_singleton)
-    return library;
-  fail_to_start(std::bad_alloc().what());
+  try {
+    return new tarva_singleton;
+  } catch (const std::exception& exception) {
+    fail_to_start(exception.what());
+  }
 }
 
 // Takes no memory: nothing else tells of a failure that no future delivers.

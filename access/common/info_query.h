@@ -154,6 +154,7 @@ std::vector<T> get_vector_of_unreported_size(Query&& query) {
     const std::size_t capacity = values.size() * sizeof(T);
     std::size_t reported = 0;
     query.ask(capacity, values.data(), &reported);
+    check_reported_size(reported);
     if (reported != capacity) {
       if (reported % sizeof(T) != 0)
         throw_not_divisible(reported, sizeof(T));
