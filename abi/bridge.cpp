@@ -266,12 +266,6 @@ void abi_bridge::teardown() {
 
 // Conversions between the interface and the library.
 
-data_type to_data_type(tarva_abi_data_type value) {
-  if (value < TARVA_ABI_TYPE_STRING || value > TARVA_ABI_TYPE_DOUBLE16)
-    throw std::runtime_error("Unknown data type.");
-  return static_cast<data_type>(value);
-}
-
 std::uint64_t to_ir_type(tarva_abi_ir_type value) {
   if (value < TARVA_ABI_IR_SOURCE_1_0 || value > TARVA_ABI_IR_DEVICE_BINARY)
     throw std::runtime_error("Unknown IR type.");

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -132,7 +133,11 @@ private:
 };
 
 // The library's enumerators have the interface's values. What is none of them is refused with std::runtime_error.
-data_type to_data_type(tarva_abi_data_type value);
+inline data_type to_data_type(tarva_abi_data_type value) {
+  if (value < TARVA_ABI_TYPE_STRING || value > TARVA_ABI_TYPE_DOUBLE16)
+    throw std::runtime_error("Unknown data type.");
+  return static_cast<data_type>(value);
+}
 std::uint64_t to_ir_type(tarva_abi_ir_type value);
 
 // A copy for the caller, from malloc. Throws std::bad_alloc.

@@ -39,7 +39,7 @@ inline tarva_abi_result report_exception(tarva_singleton& library, tarva_abi_err
   const auto [result, error] = library.convert_exception(std::current_exception());
   write_error(out_error, error);
   if (!out_error && error)
-    library.get_bridge().release_error(error);
+    library.bridge.release_error(error);
   return result;
 }
 
@@ -108,7 +108,7 @@ tarva_abi_result get_root_property(tarva_abi_error_s** out_error, const Record* 
                                    tarva_abi_property_s** out_property, const char* null_message) {
   return call_with_result(out_error, [&](tarva_singleton& library) {
     require(out_property, null_message);
-    abi_bridge& bridge = library.get_bridge();
+    abi_bridge& bridge = library.bridge;
     const auto object = bridge.get_library_object(handle);
     *out_property = bridge.make_property_handle(object->get_property({"ROOT"}), object);
   });

@@ -106,7 +106,7 @@ tarva_abi_result tarva_abi_get_devices(void*, tarva_abi_device_array_s** out_dev
     require(out_devices,
             "tarva_abi_get_devices: devices argument is NULL, but expected a memory location to return "
             "the device array.");
-    *out_devices = library.get_bridge().make_device_array(library.get_devices());
+    *out_devices = library.bridge.make_device_array(library.get_devices());
   });
 }
 
@@ -119,11 +119,11 @@ tarva_abi_result tarva_abi_get_device_root_property(void*, tarva_abi_device_s* d
 }
 
 void tarva_abi_retain_device(void*, tarva_abi_device_s* device) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().retain(device); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.retain(device); });
 }
 
 void tarva_abi_release_device(void*, tarva_abi_device_s* device) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().release(device); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.release(device); });
 }
 
 // The handles in the array are the caller's, and stay alive.
@@ -146,7 +146,7 @@ tarva_abi_result tarva_abi_get_builtin_program(void*, tarva_abi_device_s* device
         out_program,
         "tarva_abi_get_builtin_program: program argument is NULL, but expected a memory location to write the "
         "result program.");
-    abi_bridge& bridge = library.get_bridge();
+    abi_bridge& bridge = library.bridge;
     *out_program =
         bridge.make_handle<tarva_abi_program_s>(bridge.get_library_object(device)->get_builtin_program());
   });
@@ -162,7 +162,7 @@ tarva_abi_result tarva_abi_check_device_ir_support(void*, tarva_abi_device_s* de
     require(out_supported,
             "tarva_abi_check_device_ir_support : supported argument is NULL, but should point to a "
             "valid memory location to return a result.");
-    const auto library_device = library.get_bridge().get_library_object(device);
+    const auto library_device = library.bridge.get_library_object(device);
     const ir_arguments ir(ir_header, ir_type, data, data_size, options);
     *out_supported = library_device->is_ir_supported(ir.header, ir.type, ir.data, ir.options) ? 1 : 0;
   });
@@ -178,11 +178,11 @@ tarva_abi_result tarva_abi_load_device_ir(void*, tarva_abi_device_s* device, tar
     require(out_result,
             "tarva_abi_load_device_ir : result argument is NULL, but should point to a valid memory "
             "location to return the build result.");
-    const auto library_device = library.get_bridge().get_library_object(device);
+    const auto library_device = library.bridge.get_library_object(device);
     const std::string label = user_label ? user_label : "";
     const ir_arguments ir(ir_header, ir_type, data, data_size, options);
     const use_of_compiler use;
-    *out_result = make_build_result(library.get_bridge(),
+    *out_result = make_build_result(library.bridge,
                                     library_device->load_ir(ir.header, ir.type, ir.data, ir.options, label));
   });
 }
@@ -196,11 +196,11 @@ tarva_abi_result tarva_abi_get_program_root_property(void*, tarva_abi_program_s*
 }
 
 void tarva_abi_retain_program(void*, tarva_abi_program_s* program) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().retain(program); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.retain(program); });
 }
 
 void tarva_abi_release_program(void*, tarva_abi_program_s* program) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().release(program); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.release(program); });
 }
 
 // So does the handle of the program.
@@ -224,7 +224,7 @@ tarva_abi_result tarva_abi_get_kernel(void*, tarva_abi_program_s* program, const
     require(kernel_name,
             "tarva_abi_get_kernel: kernel name argument is NULL, but expected a kernel name string to "
             "extract the kernel.");
-    abi_bridge& bridge = library.get_bridge();
+    abi_bridge& bridge = library.bridge;
     *out_kernel =
         bridge.make_handle<tarva_abi_kernel_s>(bridge.get_library_object(program)->get_kernel(kernel_name));
   });
@@ -239,9 +239,9 @@ tarva_abi_result tarva_abi_get_kernel_root_property(void*, tarva_abi_kernel_s* k
 }
 
 void tarva_abi_retain_kernel(void*, tarva_abi_kernel_s* kernel) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().retain(kernel); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.retain(kernel); });
 }
 
 void tarva_abi_release_kernel(void*, tarva_abi_kernel_s* kernel) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().release(kernel); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.release(kernel); });
 }

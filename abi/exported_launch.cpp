@@ -139,9 +139,9 @@ tarva_abi_result tarva_abi_kernel_call(void*, tarva_abi_kernel_s* kernel,
           "tarva_abi_kernel_call: argument array is NULL but number of arguments is not zero.");
     require(launch_range,
             "tarva_abi_kernel_call: launch range is NULL, so there is no way to execute the kernel.");
-    auto library_kernel = library.get_bridge().get_library_object(kernel);
+    auto library_kernel = library.bridge.get_library_object(kernel);
     const nd_range range = make_range(*library_kernel, *launch_range);
-    auto captured = make_arguments(library.get_bridge(), arguments, argument_count);
+    auto captured = make_arguments(library.bridge, arguments, argument_count);
     const use_of_compiler use; // some compile a kernel for a device or a local size when it is launched
     library.submit_without_future(
         logical_ir::kernel::create(std::move(library_kernel), std::move(captured), range));

@@ -37,7 +37,7 @@ tarva_abi_result tarva_abi_memory_allocate_typed(void*, const char* user_label, 
     auto memory = std::make_shared<library_memory>(to_data_type(type), count, std::move(label));
     library.submit_without_future(logical_ir::allocate_memory::create(memory));
     try {
-      *out_memory = library.get_bridge().make_handle<tarva_abi_memory_s>(memory);
+      *out_memory = library.bridge.make_handle<tarva_abi_memory_s>(memory);
     } catch (...) {
       free_memory(library, memory);
       throw;
@@ -54,14 +54,14 @@ tarva_abi_result tarva_abi_get_memory_root_property(void*, tarva_abi_memory_s* m
 }
 
 void tarva_abi_retain_memory(void*, tarva_abi_memory_s* memory) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().retain(memory); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.retain(memory); });
 }
 
 // The object is held beyond its last handle, until its content has been freed.
 void tarva_abi_release_memory(void*, tarva_abi_memory_s* memory) {
   call_without_result([&](tarva_singleton& library) {
-    const auto object = library.get_bridge().get_library_object(memory);
-    if (library.get_bridge().release(memory))
+    const auto object = library.bridge.get_library_object(memory);
+    if (library.bridge.release(memory))
       free_memory(library, object);
   });
 }
@@ -75,8 +75,8 @@ tarva_abi_result tarva_abi_fill_memory(void*, tarva_abi_memory_s* memory, const 
     require(value,
             "tarva_abi_fill_memory: value argument is NULL, but expected a memory location that contains a "
             "value to write.");
-    library.submit_without_future(logical_ir::fill::create(library.get_bridge().get_library_object(memory),
-                                                           value, start_position, count));
+    library.submit_without_future(
+        logical_ir::fill::create(library.bridge.get_library_object(memory), value, start_position, count));
   });
 }
 
@@ -84,8 +84,8 @@ tarva_abi_result tarva_abi_copy_memory(void*, tarva_abi_memory_s* src, uint64_t 
                                        tarva_abi_memory_s* dest, uint64_t dest_start_position, uint64_t count,
                                        tarva_abi_error_s** out_error) {
   return call_with_result(out_error, [&](tarva_singleton& library) {
-    auto source = library.get_bridge().get_library_object(src);
-    auto destination = library.get_bridge().get_library_object(dest);
+    auto source = library.bridge.get_library_object(src);
+    auto destination = library.bridge.get_library_object(dest);
     library.submit_without_future(logical_ir::copy_tarva_to_tarva::create(
         std::move(source), std::move(destination), src_start_position, dest_start_position, count));
   });
@@ -103,7 +103,7 @@ tarva_abi_result tarva_abi_async_read_memory(void*, tarva_abi_memory_s* memory, 
             "tarva_abi_async_read_memory: dest argument is NULL, but expected a memory location to write "
             "memory contents.");
     *out_future = library.submit_with_future(logical_ir::copy_tarva_to_user::create(
-        library.get_bridge().get_library_object(memory), src_start_position, count, dest));
+        library.bridge.get_library_object(memory), src_start_position, count, dest));
   });
 }
 
@@ -120,7 +120,7 @@ tarva_abi_result tarva_abi_async_write_memory(void*, tarva_abi_memory_s* memory,
         "tarva_abi_async_write_memory: src argument is NULL, but expected a memory location to read memory "
         "contents.");
     *out_future = library.submit_with_future(logical_ir::copy_user_to_tarva::create(
-        library.get_bridge().get_library_object(memory), dest_start_position, count, src));
+        library.bridge.get_library_object(memory), dest_start_position, count, src));
   });
 }
 
@@ -134,7 +134,7 @@ tarva_abi_result tarva_abi_wait_future(void*, tarva_abi_future_s* future, long* 
     require(future_error_code,
             "tarva_abi_wait_future: The argument future_error_code is NULL and a memory location "
             "to return an error code is required.");
-    abi_bridge& bridge = library.get_bridge();
+    abi_bridge& bridge = library.bridge;
     const auto operation = bridge.get_library_object(future)->get_operation();
     library.get_scheduler().prepare_wait(operation);
     operation->wait_until_complete();
@@ -157,7 +157,7 @@ tarva_abi_result tarva_abi_wait_future(void*, tarva_abi_future_s* future, long* 
 // The operation runs on.
 void tarva_abi_abandon_future(void*, tarva_abi_future_s* future) {
   call_without_result([&](tarva_singleton& library) {
-    library.get_bridge().get_library_object(future); // refuses NULL in the words of a look-up
-    library.get_bridge().release_future(future);
+    library.bridge.get_library_object(future); // refuses NULL in the words of a look-up
+    library.bridge.release_future(future);
   });
 }

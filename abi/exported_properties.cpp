@@ -44,14 +44,14 @@ tarva_abi_result tarva_abi_get_nested_error(void*, tarva_abi_error_s* error, tar
     require(nested_error,
             "tarva_abi_get_nested_error: nested_error argument is NULL, but expected a memory location "
             "to write the nested error.");
-    abi_bridge& bridge = library.get_bridge();
+    abi_bridge& bridge = library.bridge;
     auto nested = bridge.get_library_object(error)->get_nested_error();
     *nested_error = nested ? bridge.make_handle<tarva_abi_error_s>(std::move(nested)) : nullptr;
   });
 }
 
 void tarva_abi_free_error(void*, tarva_abi_error_s* error) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().release_error(error); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.release_error(error); });
 }
 
 // Properties. A property's handle keeps its owner alive, and the handles of its children do so too.
@@ -71,7 +71,7 @@ tarva_abi_result tarva_abi_get_child_property_by_name(void*, tarva_abi_property_
     require(out_property,
             "tarva_abi_get_child_property_by_name: property return pointer is NULL, but expected a "
             "memory location to write the result.");
-    abi_bridge& bridge = library.get_bridge();
+    abi_bridge& bridge = library.bridge;
     auto found = bridge.get_property_and_owner(parent);
     auto child = found.property->get_child(name);
     *out_property = child ? bridge.make_property_handle(std::move(child), std::move(found.owner)) : nullptr;
@@ -91,7 +91,7 @@ tarva_abi_result tarva_abi_get_all_children_properties(void*, tarva_abi_property
       throw std::runtime_error(
           "tarva_abi_get_all_children_properties: property array return pointer is NULL, but "
           "expected a memory location to return the result.");
-    abi_bridge& bridge = library.get_bridge();
+    abi_bridge& bridge = library.bridge;
     const auto found = bridge.get_property_and_owner(parent);
     std::vector<abi_bridge::owned_property> children;
     for (auto& child : found.property->get_children())
@@ -113,7 +113,7 @@ tarva_abi_result tarva_abi_get_property_tree_string(void*, tarva_abi_property_s*
     require(out_string,
             "tarva_abi_get_property_tree_string: string return argument is NULL, but a memory location "
             "to return the property tree string is required.");
-    const auto found = library.get_bridge().get_property_and_owner(property);
+    const auto found = library.bridge.get_property_and_owner(property);
     switch (format->kind) {
     case TARVA_ABI_TREE_TEXT:
       *out_string =
@@ -132,7 +132,7 @@ tarva_abi_result tarva_abi_get_property_tree_string(void*, tarva_abi_property_s*
 }
 
 void tarva_abi_free_property(void*, tarva_abi_property_s* property) {
-  call_without_result([&](tarva_singleton& library) { library.get_bridge().release_property(property); });
+  call_without_result([&](tarva_singleton& library) { library.bridge.release_property(property); });
 }
 
 // The handles in the array are the caller's, and stay alive.

@@ -14,7 +14,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <new>
 #include <sstream>
 #include <string>
@@ -66,13 +65,13 @@ void prepare_what_outlives_the_library() {
 }
 
 // TARVA_SCHEDULER chooses it. Only the default works on one operation at a time.
-std::shared_ptr<scheduler> make_scheduler(std::function<const device_list&()> devices) {
+std::shared_ptr<scheduler> make_scheduler(const device_list& devices) {
   const char* const wanted = secure_getenv("TARVA_SCHEDULER");
   if (wanted != nullptr && wanted == std::string_view("concurrent"))
-    return std::make_shared<concurrent_scheduler>(std::move(devices));
+    return std::make_shared<concurrent_scheduler>(devices);
   if (wanted != nullptr)
     log_warning("TARVA_SCHEDULER is not \"concurrent\", so operations run one at a time: {}", wanted);
-  return std::make_shared<ultra_naive_scheduler>(std::move(devices));
+  return std::make_shared<ultra_naive_scheduler>(devices);
 }
 
 // Without memory for the library itself, or for its members, the process ends as with any other failure of the start.
@@ -129,7 +128,7 @@ void tarva_singleton::start() {
   devices_ = detect_devices();
   initialize_devices();
   log_info("Creating the TARVA scheduler.");
-  scheduler_ = make_scheduler([this]() -> const auto& { return devices_; });
+  scheduler_ = make_scheduler(devices_);
   log_info("Initialization of TARVA complete.");
 }
 
@@ -146,7 +145,7 @@ void tarva_singleton::initialize_devices() {
 
 void tarva_singleton::shut_down() noexcept {
   try {
-    bridge_.teardown();
+    bridge.teardown();
     release_devices();
   } catch (...) {
     // The rest goes with the process.
@@ -183,14 +182,14 @@ void tarva_singleton::submit_without_future(const std::shared_ptr<logical_ir::lo
 tarva_abi_future_s*
 tarva_singleton::submit_with_future(const std::shared_ptr<logical_ir::logical_operation>& operation) {
   // First of all, so that a call that has no memory for the handle has done nothing.
-  tarva_abi_future_s* const future = bridge_.make_handle<tarva_abi_future_s>(operation->get_future());
+  tarva_abi_future_s* const future = bridge.make_handle<tarva_abi_future_s>(operation->get_future());
   try {
     scheduler_->submit(operation);
   } catch (...) {
     // Another thread may be waiting for this future by an old handle that had the same address. It is woken before the
     // handle ends.
     operation->refuse(std::current_exception());
-    bridge_.withdraw_future(future);
+    bridge.withdraw_future(future);
     throw;
   }
   return future;
@@ -198,7 +197,7 @@ tarva_singleton::submit_with_future(const std::shared_ptr<logical_ir::logical_op
 
 std::pair<tarva_abi_result, tarva_abi_error_s*>
 tarva_singleton::convert_exception(const std::exception_ptr& exception) noexcept {
-  return library::convert_exception(bridge_, exception);
+  return library::convert_exception(bridge, exception);
 }
 
 } // namespace oryn::tarva::library

@@ -37,7 +37,6 @@ public:
 
   // All devices, by OpenCL version from 1.0 on.
   const std::vector<std::shared_ptr<library_device>>& get_devices() const { return devices_; }
-  abi_bridge& get_bridge() { return bridge_; }
   scheduler& get_scheduler() { return *scheduler_; }
 
   // Both run the operation and return when it has ended. They throw what is wrong with it before it begins. A failure
@@ -54,8 +53,13 @@ private:
   void initialize_devices();
   void release_devices();
 
+  // In the reverse of the order in which they go.
   std::vector<std::shared_ptr<library_device>> devices_;
-  abi_bridge bridge_;
+
+public:
+  abi_bridge bridge;
+
+private:
   std::shared_ptr<scheduler> scheduler_;
 };
 

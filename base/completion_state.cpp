@@ -6,47 +6,17 @@
 
 namespace oryn::tarva::library {
 
-// Logging takes no memory that it cannot do without, but making a pipe may throw; nothing may leave a destructor.
+// Logging takes no memory that it cannot do without, but making a notifier may throw; nothing may leave a destructor.
 completion_state::~completion_state() {
+  if (is_complete() || std::uncaught_exceptions() != 0)
+    return;
+  log_warning("{}", texts_.destroyed_incomplete);
+  log_warning("{}", texts_.destroyed_open);
   try {
-    if (!is_complete()) {
-      if (std::uncaught_exceptions() != 0)
-        return;
-      log_warning("{}", texts_.destroyed_incomplete);
-      get_pipe(); // an open pipe logs a warning of its own when it is destroyed, so there must be one
-    }
-    if (pipe_ && !pipe_->is_closed())
-      log_warning("{}", texts_.destroyed_open);
+    const notifier left_open; // which says so when it goes
   } catch (...) {
     log_warning("{}", texts_.destroyed_with_exception);
   }
-}
-
-// The pipe must be closed at the end, whether it is made before or after that. So both threads write before they read: the
-// one that ends the operation stores the outcome and then looks for a pipe, the one that makes the pipe stores it and then
-// looks at the outcome. One of them at least sees what the other has done.
-
-const notifier& completion_state::get_pipe() const {
-  if (!has_pipe_)
-    make_pipe();
-  return finished_pipe();
-}
-
-void completion_state::make_pipe() const {
-  {
-    const lock_guard guard(lock_);
-    if (pipe_)
-      return;
-    pipe_.emplace();
-    has_pipe_ = true;
-  }
-  if (is_complete())
-    finished_pipe().close();
-}
-
-void completion_state::close_pipe() const {
-  if (has_pipe_)
-    finished_pipe().close();
 }
 
 void completion_state::enable_profiling() {
@@ -78,16 +48,12 @@ bool completion_state::succeed() {
   outcome expected = outcome::pending;
   if (!outcome_.compare_exchange_strong(expected, outcome::succeeded))
     return false;
-  close_pipe();
+  ended_.notify_all();
   return true;
 }
 
 // The count is checked and lowered in one step: a report too many is refused, and never wraps around. An error may have
 // ended the whole before its last part; then the parts are still counted, as others wait for the last.
-completion_state::part_outcome completion_state::part_complete() {
-  return count_part() ? complete_parts() : part_outcome::pending;
-}
-
 bool completion_state::count_part() {
   if (!submitted_)
     throw std::logic_error(texts_.part_before_submission);
@@ -130,7 +96,7 @@ bool completion_state::set_error(const std::exception_ptr& error) {
   // Of several threads with an error one has come this far, so it may store the error without a lock.
   error_ = error;
   outcome_ = error ? outcome::failed : outcome::succeeded;
-  close_pipe();
+  ended_.notify_all();
   return true;
 }
 

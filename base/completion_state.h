@@ -2,12 +2,10 @@
 #pragma once
 
 #include "base/notifier.h"
-#include "base/thread_annotations.h"
 
 #include <atomic>
 #include <cstdint>
 #include <exception>
-#include <optional>
 
 namespace oryn::tarva::library {
 
@@ -29,15 +27,13 @@ struct completion_texts {
 };
 
 // The state machine that logical operations, physical operations and device commands share: created, counted,
-// submitted, then succeeded or failed. Each owns one. A transition out of order is refused with std::logic_error and changes
+// submitted, then succeeded or failed. Each of them is one. A transition out of order is refused with std::logic_error and changes
 // nothing; a second error is no mistake, and the first stands.
 //
 // The caller's thread creates, counts and submits, workers report ends and errors, and any thread may ask. Each transition
 // is one atomic step, without a lock, since one operation makes many of them.
 class completion_state {
 public:
-  enum class part_outcome { pending, last, last_after_error };
-
   explicit completion_state(const completion_texts& texts) : texts_(texts) {}
   // Logs a warning if it has not ended, but not while an exception unwinds the stack: then it was never begun, and the
   // exception tells why.
@@ -45,9 +41,7 @@ public:
   completion_state(const completion_state&) = delete;
   completion_state& operator=(const completion_state&) = delete;
 
-  // Is closed at the end. Made when it is first asked for, since few are ever waited for; always the same from then on.
-  const notifier& get_pipe() const TARVA_EXCLUDES(lock_);
-  bool is_complete() const { return has_failed() || has_succeeded(); }
+  bool is_complete() const { return outcome_ > outcome::failing; }
   bool has_failed() const { return outcome_ == outcome::failed; }
   // Complete without an error.
   bool has_succeeded() const { return outcome_ == outcome::succeeded; }
@@ -60,18 +54,21 @@ public:
   // The number of parts that will report their end; once, before submission.
   void set_part_count(std::uint64_t count);
   void set_submitted();
-  // One part has ended. The last one completes the whole and closes the pipe, unless an error has done so.
-  part_outcome part_complete();
-  // The two halves of part_complete(): true if the part was the last; completes the whole.
+  // One part has ended. True if it was the last: then the whole can succeed.
   bool count_part();
-  part_outcome complete_parts() { return succeed() ? part_outcome::last : part_outcome::last_after_error; }
-  // Completes something that has no parts, and closes the pipe.
+  // Completes the whole when its last part has ended, unless an error has done so. False if it has.
+  bool succeed();
+  // Completes something that has no parts.
   void set_complete();
-  // Ends it with this error and closes the pipe. False, with nothing changed, if there was an error before.
+  // Ends it with this error. False, with nothing changed, if there was an error before.
   bool set_error(const std::exception_ptr& error);
   // Ends with the error what is not going to run, whether or not it has been submitted. No other thread may report to it
   // any more.
   void refuse(const std::exception_ptr& error) noexcept;
+
+protected:
+  // Its end wakes those who wait here. The thread that ends it keeps it alive until it has woken them.
+  mutable event_count ended_;
 
 private:
   static constexpr std::uint64_t never_set = ~std::uint64_t{0};
@@ -79,17 +76,7 @@ private:
   // `failing` while one thread stores the error, which all may read once it is `failed`.
   enum class outcome : std::uint8_t { pending, failing, failed, succeeded };
 
-  bool succeed();
-  void make_pipe() const TARVA_EXCLUDES(lock_);
-  // Once has_pipe_ is true, the pipe never changes and is read without the lock.
-  const notifier& finished_pipe() const TARVA_NOT_ANALYSED { return *pipe_; }
-  void close_pipe() const;
-
   const completion_texts& texts_;
-  // Guards the making of the pipe, nothing else. A leaf of the lock order: nothing is called while it is held.
-  mutable mutex lock_;
-  mutable std::optional<notifier> pipe_ TARVA_GUARDED_BY(lock_);
-  mutable std::atomic<bool> has_pipe_ = false;
   std::atomic<bool> profiling_enabled_ = false;
   std::atomic<bool> submitted_ = false;
   std::atomic<outcome> outcome_ = outcome::pending;

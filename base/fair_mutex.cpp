@@ -1,6 +1,6 @@
 #include "base/fair_mutex.h"
 
-#include "base/futex.h"
+#include "base/notifier.h"
 
 namespace oryn::tarva::library {
 

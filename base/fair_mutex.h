@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <utility>
 
 namespace oryn::tarva::library {
 
@@ -28,6 +29,7 @@ public:
 
     // Never sleeps, and settles the order. True if the turn has come at once.
     bool join(fair_mutex& queue) noexcept {
+      queue_ = &queue;
       place* const before = queue.last_.exchange(this, std::memory_order_acq_rel);
       if (before == nullptr)
         state_.store(has_turn, std::memory_order_relaxed);
@@ -39,16 +41,19 @@ public:
       if (state_.load(std::memory_order_acquire) != has_turn)
         sleep_until_turn();
     }
-    // Passes the turn on.
-    void leave(fair_mutex& queue) noexcept {
-      if (place* const next = give_up(queue))
+    // Passes the turn on, unless it has been given up.
+    void leave() noexcept {
+      if (queue_ == nullptr)
+        return;
+      if (place* const next = give_up())
         next->take_turn();
     }
 
     // The two halves of leave(), which any thread may call for the one whose turn it is. Between them, nobody has the turn.
     // The first yields who comes next, if anybody; this place may then go.
-    [[nodiscard]] place* give_up(fair_mutex& queue) noexcept {
+    [[nodiscard]] place* give_up() noexcept {
       place* self = this;
+      fair_mutex& queue = *std::exchange(queue_, nullptr);
       const bool is_last = queue.last_.compare_exchange_strong(self, nullptr, std::memory_order_acq_rel);
       return is_last ? nullptr : &find_next();
     }
@@ -65,6 +70,7 @@ public:
     place& find_next() noexcept;
     void sleep_until_turn() noexcept;
 
+    fair_mutex* queue_ = nullptr; // in which this place stands
     std::atomic<std::uint32_t> state_ = waiting;
     std::atomic<std::uint32_t> link_ = untold;
     place* next_ = nullptr; // written before `link_` is `told`
@@ -79,7 +85,7 @@ public:
     }
     guard(const guard&) = delete;
     guard& operator=(const guard&) = delete;
-    ~guard() TARVA_RELEASE() { place_.leave(lock_); }
+    ~guard() TARVA_RELEASE() { place_.leave(); }
 
   private:
     fair_mutex& lock_;

@@ -1,22 +1,36 @@
 #include "base/notifier.h"
 
-#include "base/futex.h"
 #include "base/logging.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <linux/futex.h>
 #include <sched.h>
 #include <stdexcept>
 #include <string_view>
+#include <sys/syscall.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace oryn::tarva::library {
+
+static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t));
+
+void sleep_on(const std::atomic<std::uint32_t>& word, std::uint32_t seen) {
+  syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, seen, nullptr, nullptr, 0);
+}
+
+void wake(const std::atomic<std::uint32_t>* word, int count) {
+  syscall(SYS_futex, word, FUTEX_WAKE_PRIVATE, count, nullptr, nullptr, 0);
+}
 
 // Each side writes before it reads: a waiter counts itself before the system compares the word, and a sender changes the
 // word before it looks for sleepers. So either the sender wakes the waiter, or the system does not let it fall asleep.
 
 void event_count::wait(ticket seen) {
+  if (look_before_sleep(*this, seen))
+    return;
   ++sleepers_;
   sleep_on(events_, seen);
   --sleepers_;
@@ -147,8 +161,7 @@ void notifier::wait(const std::function<bool()>& predicate) const {
     throw std::bad_function_call();
   if (predicate())
     return;
-  if (!look_before_sleep(internals->events, seen))
-    internals->events.wait(seen);
+  internals->events.wait(seen);
 }
 
 } // namespace oryn::tarva::library

@@ -1,15 +1,24 @@
-// How threads of the library wait for each other: event_count, the place to sleep, and notifier, the wake-up that
-// objects share. Both are free of locks. Before a thread sleeps it may look out for the event for a while, if the
+// How threads of the library wait for each other: the system calls, event_count, the place to sleep, and notifier, the wake-up that
+// objects share. All are free of locks. Before a thread sleeps it may look out for the event for a while, if the
 // environment variable TARVA_BUSY_WAIT_US asks for that.
 #pragma once
 
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <cstdint>
 #include <functional>
 #include <memory>
 
 namespace oryn::tarva::library {
+
+// The system calls that threads sleep and wake by.
+
+// The system compares the word with `seen` and falls asleep in one step, or returns at once. May also return without a
+// wake-up, so callers read their condition again.
+void sleep_on(const std::atomic<std::uint32_t>& word, std::uint32_t seen);
+// Wakes `count` of those who sleep on the word. The address alone counts, so the word itself may be gone.
+void wake(const std::atomic<std::uint32_t>* word, int count = INT_MAX);
 
 // A place to sleep until something has happened, for conditions that need no lock to be read:
 //
@@ -31,7 +40,7 @@ public:
   ticket get_ticket() const { return events_; }
 
   // Sleeps until the first notification after the ticket was taken; returns at once if there was one. May also return
-  // without any.
+  // without any. Looks out for the notification first, if TARVA_BUSY_WAIT_US asks for it.
   void wait(ticket seen);
   void notify_all();
 
@@ -56,7 +65,8 @@ inline std::chrono::microseconds get_busy_wait_limit() {
 // Looks for an event after the ticket was taken, at most for the limit. True if there was one. False if the caller
 // should sleep: the time is over, or looking has not paid on this thread of late.
 inline bool look_before_sleep(const event_count& events, event_count::ticket seen) {
-  return get_busy_wait_limit().count() != 0 && internal::look_if_it_pays(events, seen);
+  return internal::busy_wait_limit.load(std::memory_order_relaxed) != 0 &&
+         internal::look_if_it_pays(events, seen);
 }
 
 // A wake-up without data. It serves as a doorbell that rings again and again, for the worker of a device, and as a latch

@@ -1,4 +1,4 @@
-// Work: transfers, copies, fills and launches, and the wait for all of it.
+// Work: transfers, copies, fills and launches, the wait for all of it, and the questions what has become of it.
 //
 // Each is checked for what some implementation would follow blindly, handed to OpenCL, and told of by an event, whatever
 // becomes of it.
@@ -32,7 +32,7 @@ public:
       for (std::uint32_t i = 0; i < count_; ++i) {
         if (events[i]->failure() != CL_SUCCESS)
           status_ = CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
-        events_.push_back(events[i]->event());
+        events_.push_back(events[i]->event);
       }
     } catch (const std::bad_alloc&) {
       status_ = CL_OUT_OF_HOST_MEMORY;
@@ -63,7 +63,7 @@ cl_int alone_if_needed(const root_device& device, Work work) {
 template <class Record, class Enqueue>
 void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) {
   const wait_list waits(record);
-  record.status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue.queue(), waits, nullptr);
+  record.status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue.queue, waits, nullptr);
   if (record.status == CL_SUCCESS)
     queue.add_outstanding_without_event();
 }
@@ -92,8 +92,7 @@ void submit(const root_device& device, Record& record, Enqueue enqueue_to) {
   cl_int status = CL_INVALID_COMMAND_QUEUE;
   if (queue != nullptr) {
     const wait_list waits(record);
-    status = waits.status() != CL_SUCCESS ? waits.status()
-                                          : enqueue(queue->queue(), waits, event->place_of_event());
+    status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue->queue, waits, &event->event);
   }
   if (status == CL_SUCCESS) {
     queue->add_outstanding(*event);
@@ -230,6 +229,38 @@ void finish(const root_device& device, object_record& record) {
   record.status = alone_if_needed(device, [&] { return queue->finish(device.cl, is_finished); });
   if (!is_finished && device.watch != nullptr)
     device.watch->suspect();
+}
+
+// A failure that took the place of OpenCL's status goes before it. An event without OpenCL's has nothing else to tell, and
+// neither event nor queue are told by OpenCL's handles, which the caller does not know.
+void get_event_info(const root_device& device, get_object_info_record& record) {
+  const auto* const event = find_object<event_object>(record.object, record);
+  if (event == nullptr)
+    return;
+  const cl_int failure = event->failure();
+  if (record.param_name == CL_EVENT_COMMAND_EXECUTION_STATUS && failure != CL_SUCCESS) {
+    answer(record, &failure, sizeof failure);
+  } else if (record.param_name == CL_EVENT_REFERENCE_COUNT) {
+    const cl_uint references = event->references();
+    answer(record, &references, sizeof references);
+  } else if (record.param_name == CL_EVENT_COMMAND_QUEUE && event->queue != nullptr) {
+    answer(record, &event->queue, sizeof event->queue);
+  } else if (event->event == nullptr) {
+    record.status = CL_INVALID_EVENT;
+  } else {
+    ask(record, device.cl.get_event_info, event->event);
+  }
+}
+
+// Work that did not run took no time.
+void get_event_profiling_info(const root_device& device, get_object_info_record& record) {
+  const auto* const event = find_object<event_object>(record.object, record);
+  if (event == nullptr)
+    return;
+  if (event->failure() != CL_SUCCESS || event->event == nullptr)
+    record.status = CL_PROFILING_INFO_NOT_AVAILABLE;
+  else
+    ask(record, device.cl.get_event_profiling_info, event->event);
 }
 
 } // namespace qv

@@ -15,7 +15,7 @@ public:
       : cl_(device.cl), kernel_(object.kernel()) {
     if (kernel_ == nullptr && object.program() != nullptr)
       kernel_ = made_ =
-          make_or_refuse(status_, cl_.create_kernel, object.program()->program(), object.name().c_str());
+          make_or_refuse(status_, cl_.create_kernel, object.program()->program, object.name().c_str());
     else if (kernel_ == nullptr)
       status_ = object.failure();
   }
@@ -80,7 +80,7 @@ void create_kernels_in_program(const root_device& device, create_kernels_in_prog
   if (program == nullptr)
     return;
   cl_uint found = 0;
-  record.status = call_or_refuse(device.cl.create_kernels_in_program, program->program(), record.num_kernels,
+  record.status = call_or_refuse(device.cl.create_kernels_in_program, program->program, record.num_kernels,
                                  reinterpret_cast<cl_kernel*>(record.kernels), &found);
   if (record.status != CL_SUCCESS)
     return;

@@ -60,7 +60,7 @@ std::optional<std::string> completed_options(const root_device& device, const pr
                                              const char* options) {
   const char* const added = device.quirks.build_option;
   const std::string given = options == nullptr ? "" : options;
-  if (added == nullptr || !program.is_from_source() || given.find(added) != std::string::npos)
+  if (added == nullptr || !program.is_from_source || given.find(added) != std::string::npos)
     return std::nullopt;
   return given.empty() ? added : added + (' ' + given);
 }
@@ -162,7 +162,7 @@ void create_program_with_il(const root_device& device, create_program_with_il_re
 void set_program_specialization_constant(const root_device& device,
                                          set_program_specialization_constant_record& record) {
   if (const auto* const program = find_object<program_object>(record.program, record))
-    record.status = call_or_refuse(device.cl.set_program_specialization_constant, program->program(),
+    record.status = call_or_refuse(device.cl.set_program_specialization_constant, program->program,
                                    record.spec_id, record.spec_size, record.spec_value);
 }
 
@@ -186,7 +186,7 @@ void build_program(const root_device& device, build_program_record& record) {
   program->forget_kernels(device.cl);
 
   const auto build = [&] {
-    return build_with_options(device, record, program->program(), completed ? completed->c_str() : nullptr,
+    return build_with_options(device, record, program->program, completed ? completed->c_str() : nullptr,
                               notification.get());
   };
   record.status = device.quirks.builds_are_not_thread_safe ? build_alone(build) : build();

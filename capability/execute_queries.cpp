@@ -52,9 +52,9 @@ void get_program_info(const root_device& device, get_object_info_record& record)
     answer(record, &references, sizeof references);
   } else if (record.param_name == CL_PROGRAM_BINARY_SIZES || record.param_name == CL_PROGRAM_BINARIES) {
     const oryn::lock_guard guard(program->binaries_lock());
-    ask(record, device.cl.get_program_info, program->program());
+    ask(record, device.cl.get_program_info, program->program);
   } else {
-    ask(record, device.cl.get_program_info, program->program());
+    ask(record, device.cl.get_program_info, program->program);
   }
 }
 
@@ -68,40 +68,7 @@ void get_program_build_info(const root_device& device, get_object_device_info_re
   if (options)
     answer(record, options->c_str(), options->size() + 1);
   else
-    ask(record, device.cl.get_program_build_info, program->program(),
-        static_cast<cl_device_id>(record.device));
-}
-
-// A failure that took the place of OpenCL's status goes before it. An event without OpenCL's has nothing else to tell, and
-// neither event nor queue are told by OpenCL's handles, which the caller does not know.
-void get_event_info(const root_device& device, get_object_info_record& record) {
-  const auto* const event = find_object<event_object>(record.object, record);
-  if (event == nullptr)
-    return;
-  const cl_int failure = event->failure();
-  const cl_uint references = event->references();
-  void* const queue = event->queue();
-  if (record.param_name == CL_EVENT_COMMAND_EXECUTION_STATUS && failure != CL_SUCCESS)
-    answer(record, &failure, sizeof failure);
-  else if (record.param_name == CL_EVENT_REFERENCE_COUNT)
-    answer(record, &references, sizeof references);
-  else if (record.param_name == CL_EVENT_COMMAND_QUEUE && queue != nullptr)
-    answer(record, &queue, sizeof queue);
-  else if (event->event() == nullptr)
-    record.status = CL_INVALID_EVENT;
-  else
-    ask(record, device.cl.get_event_info, event->event());
-}
-
-// Work that did not run took no time.
-void get_event_profiling_info(const root_device& device, get_object_info_record& record) {
-  const auto* const event = find_object<event_object>(record.object, record);
-  if (event == nullptr)
-    return;
-  if (event->failure() != CL_SUCCESS || event->event() == nullptr)
-    record.status = CL_PROFILING_INFO_NOT_AVAILABLE;
-  else
-    ask(record, device.cl.get_event_profiling_info, event->event());
+    ask(record, device.cl.get_program_build_info, program->program, static_cast<cl_device_id>(record.device));
 }
 
 // What a caller asks of a handle first; it is the same device while that is lost.

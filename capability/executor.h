@@ -125,6 +125,8 @@ void enqueue_copy_buffer(const root_device& device, enqueue_copy_buffer_record& 
 void enqueue_fill_buffer(const root_device& device, enqueue_fill_buffer_record& record);
 void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_record& record);
 void finish(const root_device& device, object_record& record);
+void get_event_info(const root_device& device, get_object_info_record& record);
+void get_event_profiling_info(const root_device& device, get_object_info_record& record);
 
 // Programs: execute_programs.cpp.
 void create_program_with_source(const root_device& device, create_program_with_source_record& record);
@@ -152,8 +154,6 @@ void get_device_info(const root_device& device, get_device_info_record& record) 
 void get_context_info(const root_device& device, get_context_info_record& record);
 void get_program_info(const root_device& device, get_object_info_record& record);
 void get_program_build_info(const root_device& device, get_object_device_info_record& record);
-void get_event_info(const root_device& device, get_object_info_record& record);
-void get_event_profiling_info(const root_device& device, get_object_info_record& record);
 void device_of_handle(const root_device& device, device_of_handle_record& record);
 void retain_or_release_device(const root_device& device, object_record& record);
 

@@ -32,7 +32,7 @@ cl_int program_object::release(const opencl_functions& cl) noexcept {
   if (references_.fetch_sub(1, std::memory_order_acq_rel) != 1)
     return CL_SUCCESS;
   forget_kernels(cl);
-  const cl_int status = call_or_refuse(cl.release_program, program_);
+  const cl_int status = call_or_refuse(cl.release_program, program);
   delete this;
   return status;
 }
@@ -153,7 +153,7 @@ kernel_object* kernel_object::make(const root_device& device, program_object& pr
     }
     auto object = std::unique_ptr<kernel_object>(new kernel_object);
     object->is_for_launch_ = is_for_launch;
-    kernel = make_or_refuse(status, device.cl.create_kernel, program.program(), name);
+    kernel = make_or_refuse(status, device.cl.create_kernel, program.program, name);
     if (kernel != nullptr || is_for_launch) {
       if (kernel == nullptr)
         object->failure_ = as_failure(std::exchange(status, CL_SUCCESS));
@@ -280,24 +280,9 @@ cl_int kernel_object::launch_status() const noexcept {
   return is_reused_ && set_count_ != arguments_.size() ? CL_INVALID_KERNEL_ARGS : CL_SUCCESS;
 }
 
-// Kept is only what nothing was odd about, and whose arguments are known, so that a buffer among them can be found.
-bool kernel_object::can_be_kept() const noexcept {
-  return kernel_ != nullptr && !was_refused_ && family_->second.knows_parameters &&
-         family_->second.spares.size() < most_spares_of_family;
-}
-
 bool kernel_object::holds(cl_mem buffer) const noexcept {
   return std::any_of(arguments_.begin(), arguments_.end(),
                      [buffer](const argument& each) { return each.buffer == buffer; });
-}
-
-// The place among the spares of the family was reserved when the parameters became known.
-void kernel_object::append_to_spares() noexcept {
-  family_->second.spares.push_back(this); // there is room
-  older_ = std::exchange(newest_spare, this);
-  newer_ = nullptr;
-  (older_ == nullptr ? oldest_spare : older_->newer_) = this;
-  ++spare_count;
 }
 
 void kernel_object::remove_from_spares() noexcept {
@@ -306,17 +291,25 @@ void kernel_object::remove_from_spares() noexcept {
   --spare_count;
 }
 
+// Kept is only what nothing was odd about, and whose arguments are known, so that a buffer among them can be found. The place among
+// the spares of the family was reserved when the parameters became known.
 cl_int kernel_object::release(const opencl_functions& cl) noexcept {
-  if (this == out_of_memory())
-    return CL_SUCCESS; // it is everybody's
+  if (program_ == nullptr)
+    return CL_SUCCESS; // there was no memory for one: it is everybody's
   program_object* const program = program_;
   kernel_object* ended = nullptr;
   {
     const oryn::lock_guard guard(kernels_lock);
-    --family_->second.live;
-    --family_->second.holders;
-    if (can_be_kept()) {
-      append_to_spares();
+    kernel_family& family = family_->second;
+    --family.live;
+    --family.holders;
+    if (kernel_ != nullptr && !was_refused_ && family.knows_parameters &&
+        family.spares.size() < most_spares_of_family) {
+      family.spares.push_back(this);
+      older_ = std::exchange(newest_spare, this);
+      newer_ = nullptr;
+      (older_ == nullptr ? oldest_spare : older_->newer_) = this;
+      ++spare_count;
       if (spare_count > most_spares) {
         ended = oldest_spare;
         std::erase(ended->family_->second.spares, ended);
@@ -330,7 +323,9 @@ cl_int kernel_object::release(const opencl_functions& cl) noexcept {
   }
   // The oldest spare may be of another device, so `cl` may be wrong for it.
   const bool is_another = ended != nullptr && ended != this;
-  const cl_int status = end_all(is_another ? device_or_stand_in(*ended->device_).cl : cl, ended);
+  const cl_int status = ended == nullptr
+                            ? CL_SUCCESS
+                            : end_all(is_another ? device_or_stand_in(*ended->device_).cl : cl, ended);
   program->release(cl);
   return status;
 }

@@ -48,12 +48,12 @@ public:
   static constexpr cl_int invalid = CL_INVALID_PROGRAM;
 
   program_object(cl_program program, bool is_from_source) noexcept
-      : program_(program), is_from_source_(is_from_source) {}
+      : program(program), is_from_source(is_from_source) {}
   program_object(const program_object&) = delete;
   program_object& operator=(const program_object&) = delete;
 
-  cl_program program() const noexcept { return program_; }
-  bool is_from_source() const noexcept { return is_from_source_; }
+  const cl_program program;
+  const bool is_from_source;
 
   // OpenCL is asked for one reference only, and so cannot refuse another.
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
@@ -74,8 +74,6 @@ public:
 private:
   friend class kernel_object;
 
-  const cl_program program_;
-  const bool is_from_source_;
   std::atomic<std::uint32_t> references_{1};
   mutable oryn::mutex binaries_lock_;
   std::optional<std::string> callers_options_ TARVA_GUARDED_BY(kernels_lock);
@@ -152,9 +150,7 @@ private:
   cl_int check_argument(const root_device& device, std::uint32_t index, std::size_t size, const void* value,
                         std::uint64_t removed_count) const noexcept;
   cl_int refuse_argument(cl_int status) noexcept;
-  bool can_be_kept() const noexcept TARVA_REQUIRES(kernels_lock);
   bool holds(cl_mem buffer) const noexcept;
-  void append_to_spares() noexcept TARVA_REQUIRES(kernels_lock);
   void remove_from_spares() noexcept TARVA_REQUIRES(kernels_lock);
 
   cl_kernel kernel_ = nullptr;

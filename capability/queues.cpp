@@ -18,7 +18,7 @@ bool has_ended(const opencl_functions& cl, cl_event event) {
 // For an event of a queue that could not be finished. Work that has ended keeps its own status; any other has that of the
 // queue. After this it writes nothing any more, as far as anybody can tell, since it was waited for by itself.
 void wait_or_fail(const opencl_functions& cl, event_object& event, cl_int status) {
-  const cl_event waited_for = event.event();
+  const cl_event waited_for = event.event;
   static_cast<void>(call_or_refuse(cl.wait_for_events, cl_uint{1}, &waited_for));
   if (!has_ended(cl, waited_for))
     event.fail(as_failure(status));
@@ -35,14 +35,14 @@ event_object* event_object::out_of_memory() noexcept {
 cl_int event_object::release(const opencl_functions& cl) noexcept {
   if (references_.fetch_sub(1, std::memory_order_acq_rel) != 1)
     return CL_SUCCESS;
-  const cl_int status = event_ == nullptr ? CL_SUCCESS : call_or_refuse(cl.release_event, event_);
+  const cl_int status = event == nullptr ? CL_SUCCESS : call_or_refuse(cl.release_event, event);
   delete this;
   return status;
 }
 
 void queue_object::add_outstanding(event_object& event) noexcept {
   event.retain(); // for the queue
-  event.queue_ = this;
+  event.queue = this;
   const oryn::lock_guard guard(lock_);
   (first_ == nullptr ? first_ : last_->next_) = &event;
   last_ = &event;
@@ -60,7 +60,7 @@ cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexc
   // Before the finish: what another thread enqueues meanwhile is for the next one.
   const bool nobody_else_tells = has_work_without_event_.exchange(false);
   event_object* const outstanding = take_outstanding();
-  const cl_int status = call_or_refuse(cl.finish, queue_);
+  const cl_int status = call_or_refuse(cl.finish, queue);
   is_finished = status == CL_SUCCESS;
   for (event_object* each = outstanding; each != nullptr;) {
     event_object* const next = std::exchange(each->next_, nullptr);
@@ -76,7 +76,7 @@ cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexc
 cl_int queue_object::release(const opencl_functions& cl) noexcept {
   for (event_object* each = take_outstanding(); each != nullptr;)
     std::exchange(each, each->next_)->release(cl);
-  const cl_int status = call_or_refuse(cl.release_command_queue, queue_);
+  const cl_int status = call_or_refuse(cl.release_command_queue, queue);
   delete this;
   return status;
 }

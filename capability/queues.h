@@ -38,10 +38,10 @@ public:
   cl_int failure() const noexcept { return failure_.load(std::memory_order_acquire); }
   void fail(cl_int status) noexcept { failure_.store(status, std::memory_order_release); }
 
-  // Null if the work did not reach OpenCL. Set before the event is handed out, and constant from then on, as is the queue.
-  cl_event event() const noexcept { return event_; }
-  cl_event* place_of_event() noexcept { return &event_; }
-  queue_object* queue() const noexcept { return queue_; }
+  // OpenCL's event, null if the work did not reach OpenCL. Set before the event is handed out, and constant from then on, as is the
+  // queue.
+  cl_event event = nullptr;
+  queue_object* queue = nullptr;
 
   void retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
   // Ends the object with its last reference; the status is OpenCL's for its own event.
@@ -56,8 +56,6 @@ private:
 
   std::atomic<std::uint32_t> references_{1};
   std::atomic<cl_int> failure_{CL_SUCCESS};
-  cl_event event_ = nullptr;
-  queue_object* queue_ = nullptr;
   event_object* next_ =
       nullptr; // among the outstanding events of the queue, and guarded by its lock while it is there
 };
@@ -70,11 +68,11 @@ class queue_object {
 public:
   static constexpr cl_int invalid = CL_INVALID_COMMAND_QUEUE;
 
-  explicit queue_object(cl_command_queue queue) noexcept : queue_(queue) {}
+  explicit queue_object(cl_command_queue queue) noexcept : queue(queue) {}
   queue_object(const queue_object&) = delete;
   queue_object& operator=(const queue_object&) = delete;
 
-  cl_command_queue queue() const noexcept { return queue_; }
+  const cl_command_queue queue;
 
   // Work that OpenCL has taken, with its event or without one.
   void add_outstanding(event_object& event) noexcept TARVA_EXCLUDES(lock_);
@@ -91,7 +89,6 @@ private:
   // All of them, linked by `next_`; the queue's references go to the caller.
   event_object* take_outstanding() noexcept TARVA_EXCLUDES(lock_);
 
-  const cl_command_queue queue_;
   oryn::mutex lock_;
   // In the order in which they were enqueued, so that appending one costs the same however many there are.
   event_object* first_ TARVA_GUARDED_BY(lock_) = nullptr;

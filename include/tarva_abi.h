@@ -25,8 +25,8 @@
  *     TARVA_ABI_OK               success; *out_error is not written
  *     TARVA_ABI_UNKNOWN_FAILURE  *out_error is set to NULL
  *     TARVA_ABI_OUT_OF_MEMORY    *out_error is set to NULL
- *     TARVA_ABI_LOGIC_FAILURE    *out_error is a new error object: the request makes no sense
- *     TARVA_ABI_RUNTIME_FAILURE  *out_error is a new error object: the request could not be carried out
+ *     TARVA_ABI_LOGIC_FAILURE    *out_error is a new error object: the call makes no sense
+ *     TARVA_ABI_RUNTIME_FAILURE  *out_error is a new error object: the call could not be carried out
  *
  * A function that fails writes none of its other out-arguments and changes nothing. The error object tells
  * what happened: its property EXCEPTION_MESSAGE is a text for people, and EXCEPTION_TYPE is a number. The
@@ -53,12 +53,12 @@
  *   - A number that is no value of its enumeration is refused. A tarva_abi_data_type or tarva_abi_ir_type of
  *     that sort is a runtime error.
  *
- * A function that returns nothing ignores a request that it cannot fulfil and leaves one line at error level
+ * A function that returns nothing ignores a call that it cannot carry out and leaves one line at error level
  * in the log.
  *
  * Only a read and a write have a future. Allocating, filling, copying, launching and freeing have none:
  * tarva_abi_memory_allocate_typed, tarva_abi_fill_memory, tarva_abi_copy_memory, tarva_abi_kernel_call and
- * tarva_abi_release_memory check the request, and tell what is wrong with it; but if the work itself then
+ * tarva_abi_release_memory check the call, and tell what is wrong with it; but if the work itself then
  * fails, on the device or for want of memory, the result is TARVA_ABI_OK all the same, and one line at error
  * level in the log says what failed. No content is lost by such a failure: a memory object is left where it
  * was or where it had been moved to, and a range that was to be filled, copied to or computed may have been
@@ -265,7 +265,7 @@ enum tarva_abi_result_value {
   TARVA_ABI_OK = 0,
   TARVA_ABI_UNKNOWN_FAILURE = -1, /* no more is known; also every call after the library has stopped */
   TARVA_ABI_OUT_OF_MEMORY = -2,   /* the host is out of memory */
-  TARVA_ABI_LOGIC_FAILURE = -3,   /* the request makes no sense; see the error object */
+  TARVA_ABI_LOGIC_FAILURE = -3,   /* the call makes no sense; see the error object */
   TARVA_ABI_RUNTIME_FAILURE = -4  /* any other failure; see the error object */
 };
 

@@ -72,8 +72,6 @@ public:
   std::span<const std::size_t> successor_indices(std::size_t index) const {
     return indices_of(index, &edges::successors);
   }
-  // Without edges every order will do, and most graphs have none.
-  bool has_edges() const { return !edges_.empty(); }
 
   // A node that is already present is left alone.
   void insert_node(const T& node) {
@@ -137,7 +135,7 @@ public:
   // The nodes in an order in which every edge points forward. Without edges it is the reverse of the insertion, as a search
   // through them would give.
   std::vector<T> topological_sort() const {
-    if (!has_edges())
+    if (edges_.empty())
       return {nodes_.rbegin(), nodes_.rend()};
     std::vector<T> order;
     order.reserve(nodes_.size());

@@ -34,29 +34,33 @@ constexpr completion_texts texts = {
 
 device_command::device_command(command_stage stage,
                                std::shared_ptr<physical_ir::physical_operation> physical_operation)
-    : completion_state(texts), physical_operation_(std::move(physical_operation)), stage_(stage) {}
+    : completion_state(texts), stage(stage), physical_operation(std::move(physical_operation)) {}
 
 device_command::~device_command() = default;
 
 library_device& device_command::get_device() const {
-  const auto& device = physical_operation_->get_device();
+  const auto& device = physical_operation->device;
   if (!device)
     throw std::logic_error("No device associated with a device command that requires a device. This is an "
                            "error.");
   return *device;
 }
 
+std::exception_ptr device_command::get_operation_error() const {
+  return physical_operation->logical_operation->get_error();
+}
+
 // The state goes first: a completion out of order throws, and then nothing above has been told.
 void device_command::set_complete() {
   completion_state::set_complete();
-  physical_operation_->device_command_complete();
+  physical_operation->device_command_complete();
   report_end();
 }
 
 void device_command::set_error(const std::exception_ptr& error) {
   if (!completion_state::set_error(error))
     return;
-  physical_operation_->set_error(error);
+  physical_operation->set_error(error);
   report_end();
 }
 
@@ -76,12 +80,12 @@ void device_command::abandon(const std::exception_ptr& error) noexcept {
 
 void device_command::set_elapsed_time(std::uint64_t nanoseconds) {
   completion_state::add_elapsed_time(nanoseconds);
-  physical_operation_->add_elapsed_time(nanoseconds);
+  physical_operation->add_elapsed_time(nanoseconds);
 }
 
 // Comes last, so that whoever waits for the operation's commands to end finds every report made.
 void device_command::report_end() {
-  physical_operation_->get_logical_operation()->device_commands_ended(1);
+  physical_operation->logical_operation->device_commands_ended(1);
 }
 
 // The clock is only read for a command that is measured.

@@ -31,16 +31,12 @@ public:
 
   virtual std::string to_string() const = 0;
 
-  command_stage get_stage() const { return stage_; }
-  const std::shared_ptr<physical_ir::physical_operation>& get_physical_operation() const {
-    return physical_operation_;
-  }
+  const command_stage stage;
+  const std::shared_ptr<physical_ir::physical_operation> physical_operation;
   // The device on which the command runs; an error if there is none.
   library_device& get_device() const;
   // The error with which another command of the same logical operation has failed, if one has.
-  std::exception_ptr get_operation_error() const {
-    return physical_operation_->get_logical_operation()->get_error();
-  }
+  std::exception_ptr get_operation_error() const;
 
   // The transitions, for whoever runs the command. The last two report to the physical operation, and then count the command as
   // ended for those who wait for all commands. A second error is dropped.
@@ -62,9 +58,6 @@ protected:
 
 private:
   void report_end();
-
-  const std::shared_ptr<physical_ir::physical_operation> physical_operation_;
-  const command_stage stage_;
 };
 
 // Work on the host: allocation, freeing, host copies and fills. It runs in its turn among the commands of its device, so that it

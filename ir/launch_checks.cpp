@@ -151,27 +151,22 @@ std::string describe(const kernel_argument& argument) {
   return "a null argument";
 }
 
-// The place of an argument in the set kernel_parameter::accepted.
-std::uint64_t form_of(const kernel_argument& argument) {
-  if (const auto* value = std::get_if<kernel_argument_pod_value>(&argument))
-    return element_size(value->type);
-  return std::holds_alternative<kernel_argument_local_memory>(argument) ? kernel_parameter::local_memory
-                                                                        : kernel_parameter::memory_or_null;
-}
-
 // The checks of the arguments, one by one in their order. A launch with many arguments spends much of its own time here.
 class argument_checks {
 public:
-  argument_checks(const library_kernel& kernel, const std::shared_ptr<library_device>& device)
-      : kernel_(kernel), limits_(kernel.get_launch_limits()), device_(device) {}
+  argument_checks(const library_kernel& kernel, const launch_limits& limits,
+                  const std::shared_ptr<library_device>& device)
+      : kernel_(kernel), limits_(limits), device_(device) {}
 
   void check(const kernel_argument& argument) {
-    if (const auto* memory = std::get_if<kernel_argument_typed_library_memory_array>(&argument))
+    if (const auto* value = std::get_if<kernel_argument_pod_value>(&argument))
+      check_form(argument, element_size(value->type));
+    else if (const auto* memory = std::get_if<kernel_argument_typed_library_memory_array>(&argument))
       check_memory(argument, **memory);
     else if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument))
       check_local_memory(argument, *local);
     else
-      check_form(argument);
+      check_form(argument, kernel_parameter::memory_or_null);
     ++index_;
   }
 
@@ -180,13 +175,13 @@ private:
     return "Argument " + std::to_string(index_) + " of kernel " + kernel_.get_name();
   }
 
-  // By what the parameter takes.
-  void check_form(const kernel_argument& argument) const {
-    if (index_ >= limits_.parameters.size())
-      return; // not told
-    const kernel_parameter& parameter = limits_.parameters[index_];
-    if (parameter.accepts(form_of(argument)))
-      return;
+  // By what the parameter takes, if that is told. `form` is the place of the argument in the set kernel_parameter::accepted.
+  void check_form(const kernel_argument& argument, std::uint64_t form) const {
+    if (index_ < limits_.parameters.size() && (limits_.parameters[index_].accepted & form) == 0)
+      refuse_form(argument, limits_.parameters[index_]);
+  }
+
+  [[noreturn]] void refuse_form(const kernel_argument& argument, const kernel_parameter& parameter) const {
     if (const char* const thing = unservable(parameter.kind))
       throw std::logic_error(place() + " is " + thing + ", which no argument can be.");
     throw std::logic_error(place() + " must be " + wanted(parameter) + ", but " + describe(argument) +
@@ -201,12 +196,13 @@ private:
 
   void check_memory(const kernel_argument& argument, library_memory& memory) const {
     const memory_state& state = memory.get_state();
-    check_form(argument);
+    check_form(argument, kernel_parameter::memory_or_null);
     check_elements("Memory", memory.get_num_elements());
+    if (state.is_on(device_))
+      return;
     if (const auto& block = state.get_host_block())
       static_cast<void>(block->get_read_pointer(0)); // an allocation that failed left no storage
-    if (!state.is_on(device_))
-      check_allocation(memory);
+    check_allocation(memory);
   }
 
   // For a memory object that is not on the device yet.
@@ -226,7 +222,7 @@ private:
         __builtin_add_overflow(local_bytes_, bytes, &local_bytes_))
       throw std::logic_error(
           "Local memory arguments of the kernel would overflow what can be counted in bytes.");
-    check_form(argument);
+    check_form(argument, kernel_parameter::local_memory);
     if (limits_.local_memory_bytes && local_bytes_ > *limits_.local_memory_bytes)
       throw std::logic_error("Local memory arguments of " + std::to_string(local_bytes_) +
                              " bytes would overflow the " + std::to_string(*limits_.local_memory_bytes) +
@@ -249,7 +245,7 @@ nd_range check_launch(const logical_ir::kernel& launch, const std::shared_ptr<li
   if (limits.compile_work_group_size && is_zero_everywhere(range, range.local_size))
     range.local_size = *limits.compile_work_group_size;
   check_argument_count(launch.arguments.arguments.size(), limits);
-  argument_checks checks(*launch.kernel_object, device);
+  argument_checks checks(*launch.kernel_object, limits, device);
   for (const kernel_argument& argument : launch.arguments.arguments)
     checks.check(argument);
   check_sizes(range, limits);

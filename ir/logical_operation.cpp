@@ -52,33 +52,22 @@ std::shared_ptr<library_future> logical_operation::get_future() {
 void logical_operation::physical_operation_complete() {
   if (!count_part())
     return;
-  fair_mutex::place* const next = turn_holder_ != nullptr ? turn_holder_->give_up_turn() : nullptr;
-  complete_parts();
+  fair_mutex::place* const next = turn != nullptr ? turn->give_up() : nullptr;
+  succeed();
   if (next != nullptr)
     next->take_turn();
 }
 
-// The pipe is made here, while a want of memory can still be told.
-void logical_operation::add_device_commands(std::uint64_t count) {
-  static_cast<void>(get_pipe());
-  running_commands_ += count;
-}
-
-// A notifier wakes for any reason, so the condition is asked again each time. Whoever comes too late to be woken by a
-// worker that has failed must not fall asleep, either.
+// Sleepers wake for any reason, so the condition is asked again each time. Whoever comes too late to be woken by a worker
+// that has failed must not fall asleep, either.
 void logical_operation::wait_until_complete() const {
-  while (!is_complete()) {
-    get_pipe().wait([this] { return is_complete() || process_has_failed(); });
-    if (process_has_failed() && !is_complete())
+  while (true) {
+    const event_count::ticket seen = ended_.get_ticket();
+    if (is_complete())
+      return;
+    if (process_has_failed())
       end_process_after_exit_handlers();
-  }
-}
-
-void logical_operation::wake_waiters() const noexcept {
-  try {
-    get_pipe().notify();
-  } catch (...) {
-    // It is closed, so all are awake.
+    ended_.wait(seen);
   }
 }
 

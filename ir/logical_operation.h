@@ -53,7 +53,7 @@ public:
   // ends, at the latest by the thread that waits here.
   void wait_until_complete() const;
   // For a worker that has failed: whoever waits looks again whether there is still something to wait for.
-  void wake_waiters() const noexcept;
+  void wake_waiters() const noexcept { ended_.notify_all(); }
 
   // Its parts are its physical operations.
   void set_physical_operation_count(std::uint64_t count) { set_part_count(count); }
@@ -61,25 +61,15 @@ public:
 
   // Its place in the order in which a scheduler has accepted operations, if several of them may go on at a time; 0 otherwise.
   // Set before the work is handed over.
-  void set_acceptance_number(std::uint64_t number) { acceptance_number_ = number; }
-  std::uint64_t get_acceptance_number() const { return acceptance_number_; }
+  std::uint64_t acceptance_number = 0;
 
-  // Passes the turn of the operation on, on the thread that completes it, so that others need not wait until the caller's
-  // thread has woken. Called when all of the work has succeeded, just before the operation is complete. Yields who comes next.
-  class turn_holder {
-  public:
-    virtual fair_mutex::place* give_up_turn() noexcept = 0;
-
-  protected:
-    ~turn_holder() = default;
-  };
-  // Before the work is handed over; for a holder that lives until the operation is complete.
-  void set_turn_holder(turn_holder& holder) { turn_holder_ = &holder; }
+  // A turn that is passed on when all of the work has succeeded, just before the operation is complete: on the thread that
+  // completes it, so that others need not wait until the caller's thread has woken. Set before the work is handed over.
+  fair_mutex::place* turn = nullptr;
 
   // An error completes the operation at once, while commands of it may still run. With these three the scheduler waits for
   // the last of them: `count` commands are on their way to a worker; as many have ended; wait until all have.
-  // The first count also makes what a wait needs, so that no wait can fail for want of memory while workers are busy.
-  void add_device_commands(std::uint64_t count);
+  void add_device_commands(std::uint64_t count) { running_commands_ += count; }
   void device_commands_ended(std::uint64_t count);
   void wait_until_commands_ended();
 
@@ -87,8 +77,6 @@ protected:
   explicit logical_operation(operation_kind kind);
 
 private:
-  turn_holder* turn_holder_ = nullptr;
-  std::uint64_t acceptance_number_ = 0;
   std::atomic<std::uint64_t> running_commands_ = 0;
   event_count commands_ended_;
 };

@@ -35,26 +35,28 @@ constexpr completion_texts texts = {
 
 physical_operation::physical_operation(operation_kind kind, logical_pointer logical_operation,
                                        device_pointer device)
-    : completion_state(texts), kind(kind), logical_operation_(std::move(logical_operation)),
-      device_(std::move(device)) {}
+    : completion_state(texts), kind(kind), logical_operation(std::move(logical_operation)),
+      device(std::move(device)) {}
 
 physical_operation::~physical_operation() = default;
 
 // An error from elsewhere may have come first. The last end is told all the same, and the level above knows what to do.
 void physical_operation::device_command_complete() {
-  if (part_complete() != part_outcome::pending)
-    logical_operation_->physical_operation_complete();
+  if (!count_part())
+    return;
+  succeed();
+  logical_operation->physical_operation_complete();
 }
 
 // The first error of any command is that of the whole. Later ones say nothing more.
 void physical_operation::set_error(const std::exception_ptr& error) {
   if (completion_state::set_error(error))
-    logical_operation_->set_error(error);
+    logical_operation->set_error(error);
 }
 
 void physical_operation::add_elapsed_time(std::uint64_t nanoseconds) {
   completion_state::add_elapsed_time(nanoseconds);
-  logical_operation_->add_elapsed_time(nanoseconds);
+  logical_operation->add_elapsed_time(nanoseconds);
 }
 
 namespace {

@@ -75,6 +75,8 @@ using device_pointer = std::shared_ptr<library_device>;
 class physical_operation : private completion_state {
 public:
   const operation_kind kind; // of the class below, of which there is one for each
+  const logical_pointer logical_operation;
+  const device_pointer device; // whose dispatcher runs it, also for work on host memory
 
   virtual ~physical_operation();
   physical_operation(const physical_operation&) = delete;
@@ -82,9 +84,6 @@ public:
 
   virtual std::string to_string() const = 0;
 
-  // The device whose dispatcher runs it, also for work on host memory. Never changes.
-  const device_pointer& get_device() const { return device_; }
-  const logical_pointer& get_logical_operation() const { return logical_operation_; }
   using completion_state::has_succeeded;
 
   // Counted and submitted before any of its commands is handed over; after that the commands report here.
@@ -97,10 +96,6 @@ public:
 
 protected:
   physical_operation(operation_kind kind, logical_pointer logical_operation, device_pointer device);
-
-private:
-  const logical_pointer logical_operation_;
-  const device_pointer device_;
 };
 
 // The fifteen kinds. `create` takes the logical operation first, then the device where a class takes one, then the fields

@@ -14,26 +14,19 @@ class library_device;
 // Storage on one device, as the device has made it. Keeps the device alive.
 //
 // Made by the device (library_device::allocate_memory), owned by one device_memory. It never changes.
-class device_memory_allocation {
-public:
+struct device_memory_allocation {
   device_memory_allocation(std::shared_ptr<library_device> device, data_type type, std::uint64_t size,
                            void* opencl_buffer)
-      : device_(std::move(device)), opencl_buffer_(opencl_buffer), size_(size), type_(type) {}
+      : device(std::move(device)), opencl_buffer(opencl_buffer), size(size), type(type) {}
   virtual ~device_memory_allocation() = default;
   device_memory_allocation(const device_memory_allocation&) = delete;
   device_memory_allocation& operator=(const device_memory_allocation&) = delete;
 
-  const std::shared_ptr<library_device>& get_device() const { return device_; }
-  data_type get_type() const { return type_; }
-  std::uint64_t get_size() const { return size_; }
-  // The handle by which OpenCL knows it, in the context of the device.
-  void* get_opencl_buffer() const { return opencl_buffer_; }
-
-private:
-  std::shared_ptr<library_device> device_;
-  void* opencl_buffer_; // the derived class owns it
-  std::uint64_t size_;
-  data_type type_;
+  const std::shared_ptr<library_device> device;
+  void* const
+      opencl_buffer; // the handle by which OpenCL knows it, in the context of the device; the derived class owns it
+  const std::uint64_t size;
+  const data_type type;
 };
 
 // A typed block of storage on one device: described once when its operation is lowered, then allocated, used and freed by the

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,11 @@ public:
   // For the scheduler alone, which says who may use it when.
   memory_entry& get_scheduler_entry() { return entry_; }
   // Of an object that is in the table of the scheduler; an error if it is not.
-  memory_state& get_state();
+  memory_state& get_state() {
+    if (!entry_.memory)
+      throw std::logic_error("Could not find the last memory state in the tracking table.");
+    return entry_.state;
+  }
 
 private:
   std::uint64_t identifier_;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <span>
 #include <variant>
@@ -51,8 +52,19 @@ struct kernel_argument_capture {
     std::uint8_t bytes[16];
   };
 
-  // Copies one element of `type` from `pointer`.
-  void add_value(const void* pointer, data_type type);
+  // Copies one element of `type` from `pointer`. It begins a piece of its own, and so is aligned whatever came before it.
+  void add_value(const void* pointer, data_type type) {
+    const std::uint64_t size = check_element(pointer, type);
+    if (values.empty())
+      values.reserve(arguments.capacity() - arguments.size());
+    const std::size_t position = values.size();
+    if (size <= sizeof(value_piece))
+      values.emplace_back(); // most values, and cheaper
+    else
+      values.resize(position + (size + sizeof(value_piece) - 1) / sizeof(value_piece));
+    std::memcpy(values.data() + position, pointer, size);
+    arguments.emplace_back(kernel_argument_pod_value{type, position});
+  }
   std::span<const std::uint8_t> get_raw_data(const kernel_argument_pod_value& value) const {
     return {values[value.position].bytes, element_size(value.type)};
   }

@@ -68,8 +68,6 @@ struct kernel_parameter {
 
   parameter_kind kind = parameter_kind::unknown;
   std::uint16_t accepted = anything;
-
-  bool accepts(std::uint64_t given) const { return (accepted & given) != 0; }
 };
 
 // What the answers tell of the parameter.

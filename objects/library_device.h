@@ -12,7 +12,7 @@
 
 namespace oryn::tarva::library {
 
-class device_memory_allocation;
+struct device_memory_allocation;
 class library_device;
 class library_program;
 template <class T>
@@ -25,14 +25,9 @@ class device_command;
 }
 
 // A graph of device commands, put in the order of execution by the dispatcher that is to run it, with all the storage that the
-// hand-over and the work take. Belongs to the thread that starts the operation until it is handed over, then to the worker.
-class prepared_work {
-public:
-  prepared_work() = default;
-  virtual ~prepared_work() = default;
-  prepared_work(const prepared_work&) = delete;
-  prepared_work& operator=(const prepared_work&) = delete;
-};
+// hand-over and the work take; what it is, only the dispatcher knows. Belongs to the thread that starts the operation until it is
+// handed over, then to the worker.
+struct prepared_work;
 
 // Takes graphs of device commands for one device, and runs them on a thread of its own: the worker.
 class device_work_dispatcher {
@@ -44,10 +39,10 @@ public:
 
   // Makes a graph ready for this dispatcher. If memory runs out it does so here, where the operation can still be refused, and
   // not when half of its subgraphs are running. Any thread.
-  virtual std::unique_ptr<prepared_work>
+  virtual std::shared_ptr<prepared_work>
   prepare_work(const dag<std::shared_ptr<device_ir::device_command>>& graph) = 0;
   // Hands work to the worker that this dispatcher has prepared. Refused after shutdown. Any thread.
-  virtual void submit_work(std::unique_ptr<prepared_work> work) = 0;
+  virtual void submit_work(const std::shared_ptr<prepared_work>& work) = 0;
   // Tells the worker that the releasing side of a hand-over between two devices has come. Any thread.
   virtual void signal_acquire(const std::shared_ptr<library_device>& release_device,
                               const std::shared_ptr<library_device>& acquire_device,

@@ -16,9 +16,8 @@ namespace oryn::tarva::library {
 class library_device;
 class library_program;
 namespace physical_ir {
-class kernel;
 class physical_operation;
-} // namespace physical_ir
+}
 namespace device_ir {
 class device_command;
 }
@@ -41,10 +40,9 @@ public:
   virtual size_triple get_max_global_size() = 0;
   // Read once, then kept, since each launch looks at them. The reference holds as long as the kernel.
   virtual const launch_limits& get_launch_limits() const = 0;
-  // The command that carries out `launch`, which is what `operation` points to, on the kernel's own device.
+  // The command that carries out a launch, which is of the class physical_ir::kernel, on the kernel's own device.
   virtual std::shared_ptr<device_ir::device_command>
-  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& operation,
-                      const physical_ir::kernel& launch) const = 0;
+  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& launch) const = 0;
 
   std::uint64_t get_unique_identifier() const { return unique_identifier_; }
   const std::shared_ptr<library_program>& get_program() const { return program_; }

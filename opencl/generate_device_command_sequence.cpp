@@ -41,7 +41,7 @@ public:
       });
       break;
     case kind::kernel:
-      add_launch(as<physical_ir::kernel>());
+      add(as<physical_ir::kernel>().launch.kernel_object->make_launch_command(operation_));
       break;
     case kind::copy_same_device:
       add_copy(as<physical_ir::copy_same_device>().get_copy());
@@ -85,10 +85,6 @@ private:
 
   void add_host_work(host_function_call::function work) {
     add(host_function_call::create(operation_, std::move(work)));
-  }
-
-  void add_launch(const physical_ir::kernel& operation) {
-    add(operation.launch.kernel_object->make_launch_command(operation_, operation));
   }
 
   void add_fill(const device_fill& fill) {

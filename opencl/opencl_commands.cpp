@@ -83,7 +83,7 @@ requires(version_traits<V>::has_fill_buffer) void fill_on_device<V>::enqueue() {
   if (!this->get_device().is_little_endian())
     swap_endianness(fill_.value.data(), type, 0, 1);
   fill_.memory->mark_content();
-  this->submit(skerv::opencl::fill_buffer_bytes<V>(this->buffer_of(*fill_.memory), std::move(fill_.value),
+  this->submit(skerv::opencl::fill_buffer_bytes<V>(this->buffer_of(*fill_.memory), fill_.value,
                                                    element_size(type) * fill_.start, fill_.count));
 }
 
@@ -141,7 +141,7 @@ void nd_range_kernel<V>::set_arguments(skerv::opencl::kernel<V>& kernel) const {
 template <version V>
 void nd_range_kernel<V>::enqueue() {
   const nd_range& range = launch_.range;
-  skerv::opencl::kernel<V> kernel = kernel_.clone_kernel();
+  skerv::opencl::kernel<V> kernel = kernel_.clone();
   set_arguments(kernel);
   const auto work_dim = static_cast<std::uint32_t>(range.work_dim);
   if constexpr (version_traits<V>::has_global_offset)

@@ -6,15 +6,16 @@
 #include "access/opencl/commands.h"
 #include "access/opencl/context.h"
 #include "access/opencl/device.h"
+#include "access/opencl/kernel.h"
 #include "memory/device_memory.h"
 #include "memory/host_memory.h"
 #include "opencl/opencl_device_command.h"
-#include "opencl/opencl_kernel.h"
 #include "opencl/opencl_version.h"
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace oryn::tarva::library::device_ir::opencl {
@@ -52,24 +53,27 @@ public:
       : opencl_device_command(std::move(physical_operation)), queues_(queues) {}
 
   bool has_event() const final { return event_.has_value(); }
-  void check_execution_status() const final { event_->check_execution_status(); }
-  std::uint64_t get_execution_time() const final {
-    return event_->get_profiling_end() - event_->get_profiling_start();
-  }
   void release_event() final { event_.reset(); }
+  void take_result() final {
+    const std::optional<skerv::opencl::event<V>> taken = std::exchange(event_, std::nullopt);
+    taken->check_execution_status();
+    if (this->is_profiling_enabled())
+      this->set_elapsed_time(taken->get_profiling_end() - taken->get_profiling_start());
+  }
 
 protected:
   // If the enqueue throws, there is no event and the command is not submitted. From then on OpenCL has the work.
-  void submit(const skerv::opencl::command<V>& command) {
+  template <class Command>
+  void submit(const Command& command) {
     event_.emplace(queues_.get(is_profiling_enabled()).enqueue(command, 0, nullptr));
     set_submitted();
   }
 
   // The OpenCL buffer behind a block, which must be on the device of this command.
   skerv::opencl::buffer_reference<V> buffer_of(const device_memory& memory) const {
-    if (memory.get_device() != get_physical_operation()->get_device())
+    if (memory.get_device() != physical_operation->device)
       refuse_device();
-    return skerv::opencl::buffer_reference<V>(memory.get_allocation().get_opencl_buffer());
+    return {memory.get_allocation().opencl_buffer};
   }
 
   // "opencl_1_2::name: {"
@@ -154,12 +158,12 @@ private:
 template <version V>
 class nd_range_kernel final : public opencl_version_command<V> {
 public:
-  // `launch` is what `operation` points to; it keeps the kernel, and the blocks of its arguments stay where they are until
+  // `launch` is of the class physical_ir::kernel. It keeps the kernel, and the blocks of its arguments stay where they are until
   // the logical operation has ended.
-  nd_range_kernel(std::shared_ptr<physical_ir::physical_operation> operation,
-                  opencl_version_queues<V>& queues, const physical_ir::kernel& launch,
-                  const opencl_version_kernel<V>& kernel)
-      : opencl_version_command<V>(std::move(operation), queues), launch_(launch), kernel_(kernel) {}
+  nd_range_kernel(const std::shared_ptr<physical_ir::physical_operation>& launch,
+                  opencl_version_queues<V>& queues, const skerv::opencl::kernel<V>& kernel)
+      : opencl_version_command<V>(launch, queues), launch_(static_cast<const physical_ir::kernel&>(*launch)),
+        kernel_(kernel) {}
   std::string to_string() const override {
     return this->class_text("nd_range_kernel") + library::to_string(launch_.range) + "}";
   }
@@ -169,7 +173,7 @@ private:
   void set_arguments(skerv::opencl::kernel<V>& kernel) const;
 
   const physical_ir::kernel& launch_;
-  const opencl_version_kernel<V>& kernel_;
+  const skerv::opencl::kernel<V>& kernel_; // to be cloned
 };
 
 } // namespace oryn::tarva::library::device_ir::opencl

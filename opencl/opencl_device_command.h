@@ -18,12 +18,11 @@ public:
   virtual bool has_nothing_to_do() const { return false; }
   // Checks, enqueues, and marks the command as submitted. If it throws, nothing has been enqueued.
   virtual void enqueue() = 0;
-  // From enqueue() on until release_event().
+  // From enqueue() on until one of the two below.
   virtual bool has_event() const = 0;
-  // Throws the error with which OpenCL ended the command, if it did.
-  virtual void check_execution_status() const = 0;
-  // In nanoseconds, as the device has measured it. For a command that was enqueued with profiling.
-  virtual std::uint64_t get_execution_time() const = 0;
+  // Releases the event. Throws the error with which OpenCL ended the command, if it did; else keeps the time that the device has
+  // measured, if it has.
+  virtual void take_result() = 0;
   virtual void release_event() = 0;
 
 protected:

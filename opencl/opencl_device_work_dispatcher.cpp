@@ -9,6 +9,15 @@
 #include <iterator>
 #include <stdexcept>
 
+namespace oryn::tarva::library {
+
+// A list of one, which is handed over without needing memory.
+struct prepared_work {
+  std::list<device_ir::opencl::work_list> only;
+};
+
+} // namespace oryn::tarva::library
+
 namespace oryn::tarva::library::device_ir::opencl {
 
 acquire_set::key acquire_set::key_of(const synchronization_acquire& acquire) {
@@ -83,20 +92,20 @@ void opencl_device_work_dispatcher::hand_over(Handover handover) {
   }
 }
 
-std::unique_ptr<prepared_work>
+std::shared_ptr<prepared_work>
 opencl_device_work_dispatcher::prepare_work(const dag<std::shared_ptr<device_command>>& graph) {
-  auto prepared = std::make_unique<prepared_list>();
+  auto prepared = std::make_shared<prepared_work>();
   work_list& list = prepared->only.emplace_back();
   try {
     list.commands = graph.topological_sort();
     if (!list.commands.empty())
       list.acceptance_number =
-          list.commands.front()->get_physical_operation()->get_logical_operation()->get_acceptance_number();
+          list.commands.front()->physical_operation->logical_operation->acceptance_number;
   } catch (const std::logic_error&) {
     list.fault = std::current_exception();
   }
   const auto acquires = std::count_if(list.commands.begin(), list.commands.end(), [](const auto& command) {
-    return command->get_stage() == command_stage::synchronization_acquire;
+    return command->stage == command_stage::synchronization_acquire;
   });
   if (acquires != 0) {
     const lock_guard guard(lock_);
@@ -105,10 +114,8 @@ opencl_device_work_dispatcher::prepare_work(const dag<std::shared_ptr<device_com
   return prepared;
 }
 
-// `work` is what prepare_work() of this class has made.
-void opencl_device_work_dispatcher::submit_work(std::unique_ptr<prepared_work> work) {
-  auto& prepared = static_cast<prepared_list&>(*work);
-  hand_over([&]() TARVA_REQUIRES(lock_) { pending_lists_.splice(pending_lists_.end(), prepared.only); });
+void opencl_device_work_dispatcher::submit_work(const std::shared_ptr<prepared_work>& work) {
+  hand_over([&]() TARVA_REQUIRES(lock_) { pending_lists_.splice(pending_lists_.end(), work->only); });
 }
 
 void opencl_device_work_dispatcher::signal_acquire(const std::shared_ptr<library_device>& release_device,
@@ -219,7 +226,7 @@ void opencl_device_work_dispatcher::worker_main() noexcept {
 void opencl_device_work_dispatcher::wake_callers() const {
   for (const work_list& list : work_lists_)
     if (!list.commands.empty())
-      list.commands.front()->get_physical_operation()->get_logical_operation()->wake_waiters();
+      list.commands.front()->physical_operation->logical_operation->wake_waiters();
 }
 
 // One round of the loop is a sweep. What is handed over meanwhile waits for the next one.

@@ -62,8 +62,8 @@ public:
   explicit opencl_device_work_dispatcher(std::unique_ptr<opencl_queues> queues);
   ~opencl_device_work_dispatcher() override;
 
-  std::unique_ptr<prepared_work> prepare_work(const dag<std::shared_ptr<device_command>>& graph) override;
-  void submit_work(std::unique_ptr<prepared_work> work) override;
+  std::shared_ptr<prepared_work> prepare_work(const dag<std::shared_ptr<device_command>>& graph) override;
+  void submit_work(const std::shared_ptr<prepared_work>& work) override;
   void signal_acquire(const std::shared_ptr<library_device>& release_device,
                       const std::shared_ptr<library_device>& acquire_device, std::uint64_t sync_id) override;
   void start(const std::string& thread_name) override;
@@ -72,11 +72,6 @@ public:
 
 private:
   using lists = std::list<work_list>;
-
-  // A list of one, which is handed over without needing memory.
-  struct prepared_list final : prepared_work {
-    lists only;
-  };
 
   // Lets `handover` change what `lock_` guards, and wakes the worker. Any thread.
   template <class Handover>

@@ -16,7 +16,7 @@ opencl_version_kernel<V>::opencl_version_kernel(std::shared_ptr<library_program>
                                                 opencl_version_device<V>& device, const std::string& name,
                                                 skerv::opencl::kernel<V> kernel,
                                                 std::shared_ptr<const kernel_signature> signature)
-    : opencl_kernel(std::move(program), name), kernel_(std::move(kernel)), library_device_(device),
+    : opencl_kernel(std::move(program), name), kernel_(std::move(kernel)), queues_(device.get_queues()),
       device_(device.get_access_device()), signature_(std::move(signature)) {
   try {
     get_launch_limits();
@@ -58,10 +58,8 @@ void opencl_version_kernel<V>::add_signature(launch_limits& limits) const {
 
 template <version V>
 std::shared_ptr<device_ir::device_command> opencl_version_kernel<V>::make_launch_command(
-    const std::shared_ptr<physical_ir::physical_operation>& operation,
-    const physical_ir::kernel& launch) const {
-  return std::make_shared<device_ir::opencl::nd_range_kernel<V>>(operation, library_device_.get_queues(),
-                                                                 launch, *this);
+    const std::shared_ptr<physical_ir::physical_operation>& launch) const {
+  return std::make_shared<device_ir::opencl::nd_range_kernel<V>>(launch, queues_, kernel_);
 }
 
 // A size that the compiler has fixed, or else the largest group, as square or cubic as integers allow.

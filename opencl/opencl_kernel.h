@@ -15,6 +15,11 @@
 
 namespace oryn::tarva::library {
 
+namespace device_ir::opencl {
+template <version V>
+class opencl_version_queues;
+}
+
 // What the kernels of all versions share: the properties of the kernel catalogue.
 class opencl_kernel : public catalogue_owner<library_kernel, get_kernel_catalogue> {
 public:
@@ -38,12 +43,9 @@ public:
   size_triple get_max_global_size() override;
   const launch_limits& get_launch_limits() const override TARVA_EXCLUDES(limits_lock_);
   std::shared_ptr<device_ir::device_command>
-  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& operation,
-                      const physical_ir::kernel& launch) const override;
+  make_launch_command(const std::shared_ptr<physical_ir::physical_operation>& launch) const override;
 
   const std::shared_ptr<const kernel_signature>& get_signature() const { return signature_; }
-  // A fresh OpenCL kernel of the same program and name.
-  skerv::opencl::kernel<V> clone_kernel() const { return kernel_.clone(); }
 
 private:
   version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
@@ -53,7 +55,7 @@ private:
   size_triple get_address_space_limit() const;
 
   skerv::opencl::kernel<V> kernel_;
-  opencl_version_device<V>& library_device_; // which the program keeps alive
+  device_ir::opencl::opencl_version_queues<V>& queues_; // of the device, which the program keeps alive
   skerv::opencl::device<V> device_;
   std::shared_ptr<const kernel_signature>
       signature_;                                // null if the device tells nothing; set by the constructor

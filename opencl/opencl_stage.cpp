@@ -20,15 +20,11 @@ void end(opencl_device_command& command, const std::exception_ptr& unfinished) {
     return;
   }
   try {
-    command.check_execution_status();
+    command.take_result();
   } catch (...) {
-    command.release_event();
     command.set_error(std::current_exception());
     return;
   }
-  if (command.is_profiling_enabled())
-    command.set_elapsed_time(command.get_execution_time());
-  command.release_event();
   command.set_complete();
 }
 
@@ -38,15 +34,15 @@ void end(opencl_device_command& command, const std::exception_ptr& unfinished) {
 void opencl_stage::run(work_list& list) {
   if (!list.starts_with(command_stage::opencl))
     return;
-  const device_command& first = list.head();
   const auto opencl_command = [&list](std::size_t index) -> opencl_device_command& {
     return static_cast<opencl_device_command&>(*list.commands[index]);
   };
+  const device_command& first = opencl_command(list.next);
   std::size_t end_of_run = list.next;
   bool any_enqueued = false;
   for (; end_of_run < list.commands.size(); ++end_of_run) {
     const device_command& command = *list.commands[end_of_run];
-    if (command.get_stage() != command_stage::opencl ||
+    if (command.stage != command_stage::opencl ||
         command.is_profiling_enabled() != first.is_profiling_enabled())
       break;
     any_enqueued = enqueue(opencl_command(end_of_run)) || any_enqueued;

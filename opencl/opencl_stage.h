@@ -21,7 +21,7 @@ struct work_list {
 
   bool is_empty() const { return next == commands.size(); }
   device_command& head() const { return *commands[next]; }
-  bool starts_with(command_stage stage) const { return !is_empty() && head().get_stage() == stage; }
+  bool starts_with(command_stage stage) const { return !is_empty() && commands[next]->stage == stage; }
   // The head as the class that stands for its stage.
   template <class Command>
   Command& head_as() const {

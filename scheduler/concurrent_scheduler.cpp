@@ -29,17 +29,15 @@ public:
   turn(const turn&) = delete;
   turn& operator=(const turn&) = delete;
   ~turn() {
-    for (std::size_t i = 0; i < objects_.size(); ++i)
-      places_[i].leave(queue(i));
+    for (fair_mutex::place& place : places_)
+      place.leave();
   }
 
 private:
-  fair_mutex& queue(std::size_t index) { return objects_[index]->get_scheduler_entry().turns; }
-
   void join(concurrent_scheduler& scheduler, logical_ir::logical_operation& operation) noexcept {
-    operation.set_acceptance_number(++scheduler.last_accepted_);
+    operation.acceptance_number = ++scheduler.last_accepted_;
     for (std::size_t i = 0; i < objects_.size(); ++i)
-      places_[i].join(queue(i));
+      places_[i].join(objects_[i]->get_scheduler_entry().turns);
   }
 
   std::vector<std::shared_ptr<library_memory>> objects_;
@@ -47,10 +45,9 @@ private:
 };
 
 void concurrent_scheduler::submit(const std::shared_ptr<logical_ir::logical_operation>& operation) {
-  const auto& host_device = get_host_device(devices_());
-  const turn at_all_objects(*this, *require_operation(operation)); // takes all other memory first
-  submission own(operation);
-  own.start(host_device, state_, submission::host_work::on_starting_thread, nullptr);
+  submission own(devices_, operation);
+  const turn at_all_objects(*this, *operation);
+  own.start(state_, submission::host_work::on_starting_thread, nullptr);
   own.finish();
 }
 

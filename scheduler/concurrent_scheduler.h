@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <memory>
 
 namespace oryn::tarva::library {
@@ -27,8 +26,8 @@ namespace oryn::tarva::library {
 // device runs one subgraph at a time. Work on host memory runs on the caller's thread, beside all devices.
 class concurrent_scheduler final : public scheduler {
 public:
-  // Knows no device; the list is read at every submit.
-  explicit concurrent_scheduler(std::function<const device_list&()> devices) : devices_(std::move(devices)) {}
+  // The list is read at every submit.
+  explicit concurrent_scheduler(const device_list& devices) : devices_(devices) {}
 
   // Returns when every command of the operation has ended.
   void submit(const std::shared_ptr<logical_ir::logical_operation>& operation) override;
@@ -39,7 +38,7 @@ public:
 private:
   class turn;
 
-  const std::function<const device_list&()> devices_;
+  const device_list& devices_;
   mutex acceptance_; // for the joining of several queues; taken alone and for a moment
   std::atomic<std::uint64_t> last_accepted_ = 0;
   scheduler_state state_; // the entry of an object is used in its turn only

@@ -16,7 +16,7 @@ using command_pointer = std::shared_ptr<device_ir::device_command>;
 using command_sequence = std::vector<command_pointer>;
 
 command_sequence generate_commands(const physical_pointer& operation) {
-  const auto& device = operation->get_device();
+  const auto& device = operation->device;
   if (!device)
     throw std::logic_error("Unsupported device type found.");
   return device->generate_commands(operation);
@@ -29,16 +29,16 @@ void mark_submitted(const physical_pointer& operation, const command_sequence& c
 }
 
 device_work_dispatcher& dispatcher_of(const physical_graph& subgraph) {
-  return subgraph.nodes().front()->get_device()->get_dispatcher();
+  return subgraph.nodes().front()->device->get_dispatcher();
 }
 
 // The commands are counted before the worker can end any of them, and given back if the dispatcher refuses.
-void submit_subgraph(const physical_graph& subgraph, std::unique_ptr<prepared_work> work,
+void submit_subgraph(const physical_graph& subgraph, const std::shared_ptr<prepared_work>& work,
                      std::uint64_t command_count) {
-  const auto& operation = subgraph.nodes().front()->get_logical_operation();
+  const auto& operation = subgraph.nodes().front()->logical_operation;
   operation->add_device_commands(command_count);
   try {
-    dispatcher_of(subgraph).submit_work(std::move(work));
+    dispatcher_of(subgraph).submit_work(work);
   } catch (...) {
     operation->device_commands_ended(command_count);
     throw;
@@ -46,9 +46,8 @@ void submit_subgraph(const physical_graph& subgraph, std::unique_ptr<prepared_wo
 }
 
 bool is_on_one_device(const physical_graph& graph) {
-  return std::all_of(graph.nodes().begin(), graph.nodes().end(), [&graph](const auto& node) {
-    return node->get_device() == graph.nodes().front()->get_device();
-  });
+  return std::all_of(graph.nodes().begin(), graph.nodes().end(),
+                     [&graph](const auto& node) { return node->device == graph.nodes().front()->device; });
 }
 
 // A lowering that mixes devices would put commands on the wrong worker.
@@ -67,10 +66,10 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
   std::vector<std::pair<std::shared_ptr<library_device>, std::vector<physical_pointer>>> by_device;
   for (const auto& node : graph.nodes()) {
     auto group = by_device.begin();
-    while (group != by_device.end() && group->first != node->get_device())
+    while (group != by_device.end() && group->first != node->device)
       ++group;
     if (group == by_device.end())
-      group = by_device.insert(group, {node->get_device(), {}});
+      group = by_device.insert(group, {node->device, {}});
     group->second.push_back(node);
   }
   std::vector<physical_graph> subgraphs;
@@ -87,7 +86,7 @@ void dispatch_subgraphs(std::span<const physical_graph> subgraphs, std::vector<c
     check_subgraph(subgraph);
   // All commands are made, and all room for them, before any is handed over: a subgraph that waits for another device
   // must not run if the other device's subgraph cannot be handed over, too.
-  std::vector<std::unique_ptr<prepared_work>> prepared;
+  std::vector<std::shared_ptr<prepared_work>> prepared;
   commands.reserve(subgraphs.size());
   prepared.reserve(subgraphs.size());
   for (const auto& subgraph : subgraphs) {
@@ -95,7 +94,7 @@ void dispatch_subgraphs(std::span<const physical_graph> subgraphs, std::vector<c
     prepared.push_back(dispatcher_of(subgraph).prepare_work(made));
   }
   for (std::size_t i = 0; i < subgraphs.size(); ++i)
-    submit_subgraph(subgraphs[i], std::move(prepared[i]), commands[i].nodes().size());
+    submit_subgraph(subgraphs[i], prepared[i], commands[i].nodes().size());
 }
 
 } // namespace
@@ -111,7 +110,7 @@ void dispatch_operations(const physical_graph& graph, std::vector<command_graph>
 void run_host_work(const physical_graph& graph) {
   const command_sequence commands =
       command_graph(graph, generate_commands, mark_submitted).topological_sort();
-  graph.nodes().front()->get_logical_operation()->add_device_commands(commands.size());
+  graph.nodes().front()->logical_operation->add_device_commands(commands.size());
   for (const command_pointer& command : commands)
     static_cast<device_ir::host_function_call&>(*command).run();
 }

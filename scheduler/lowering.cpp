@@ -74,7 +74,8 @@ void lowering::add_chain(const std::vector<physical_pointer>& chain) {
 
 // One object that cannot be settled must not keep the others from it.
 void lowering::settle_after_failure() noexcept {
-  free_block(freed_);
+  if (freed_)
+    free_block(*freed_);
   for (const block_move& move : moves_) {
     try {
       move.settle_after_failure();
@@ -89,29 +90,32 @@ void lowering::withdraw_allocation() {
     free_block(table_.remove(allocated_));
 }
 
-template <class Operation>
-void lowering::lower_as() {
-  lower(static_cast<const Operation&>(*operation_));
-}
-
-void lowering::lower() {
+const physical_graph& lowering::lower() {
   using kind = logical_ir::operation_kind;
   switch (operation_->kind) {
   case kind::allocate_memory:
-    return lower_as<logical_ir::allocate_memory>();
+    lower(static_cast<const logical_ir::allocate_memory&>(*operation_));
+    break;
   case kind::free_memory:
-    return lower_as<logical_ir::free_memory>();
+    lower(static_cast<const logical_ir::free_memory&>(*operation_));
+    break;
   case kind::fill:
-    return lower_as<logical_ir::fill>();
+    lower(static_cast<const logical_ir::fill&>(*operation_));
+    break;
   case kind::kernel:
-    return lower_as<logical_ir::kernel>();
+    lower(static_cast<const logical_ir::kernel&>(*operation_));
+    break;
   case kind::copy_tarva_to_user:
-    return lower_as<logical_ir::copy_tarva_to_user>();
+    lower(static_cast<const logical_ir::copy_tarva_to_user&>(*operation_));
+    break;
   case kind::copy_user_to_tarva:
-    return lower_as<logical_ir::copy_user_to_tarva>();
+    lower(static_cast<const logical_ir::copy_user_to_tarva&>(*operation_));
+    break;
   case kind::copy_tarva_to_tarva:
-    return lower_as<logical_ir::copy_tarva_to_tarva>();
+    lower(static_cast<const logical_ir::copy_tarva_to_tarva&>(*operation_));
+    break;
   }
+  return graph_;
 }
 
 // Whether there is so much memory is found out when the work runs; what no process could hold is refused at once.

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace oryn::tarva::library {
@@ -29,10 +30,8 @@ public:
   lowering(std::shared_ptr<logical_ir::logical_operation>&&, const std::shared_ptr<library_device>&,
            memory_table&, std::atomic<std::uint64_t>&) = delete;
 
-  // Makes the graph; once.
-  void lower();
-  // Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
-  const physical_graph& get_graph() const { return graph_; }
+  // Makes the graph; once. Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
+  const physical_graph& lower();
   std::exception_ptr get_refusal() const { return refusal_; }
   // Whether all of the graph is work on host memory that belongs to no launch and no device. It names the first device.
   bool is_host_work() const { return is_host_work_; }
@@ -45,8 +44,6 @@ public:
 private:
   using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
 
-  template <class Operation>
-  void lower_as();
   void lower(const logical_ir::allocate_memory& operation);
   void lower(const logical_ir::free_memory& operation);
   void lower(const logical_ir::fill& operation);
@@ -89,7 +86,7 @@ private:
   bool is_host_work_ = false;
   std::vector<block_move> moves_;
   std::shared_ptr<library_memory> allocated_;
-  memory_state freed_; // what the operation is to free
+  std::optional<memory_state> freed_; // what the operation is to free
 };
 
 } // namespace oryn::tarva::library

@@ -16,12 +16,6 @@ namespace oryn::tarva::library {
 class library_device;
 using device_list = std::vector<std::shared_ptr<library_device>>;
 
-// The device whose name work on host memory bears. Refuses an empty list.
-const std::shared_ptr<library_device>& get_host_device(const device_list& devices);
-// The operation. Refuses null.
-const std::shared_ptr<logical_ir::logical_operation>&
-require_operation(const std::shared_ptr<logical_ir::logical_operation>& operation);
-
 // What the operations of a scheduler share.
 struct scheduler_state {
   memory_table memory_states;
@@ -37,24 +31,22 @@ public:
   // Where work on host memory runs that belongs to no launch.
   enum class host_work { on_first_device, on_starting_thread };
 
-  explicit submission(const std::shared_ptr<logical_ir::logical_operation>& operation);
+  // The first device lends its name to work on host memory. Refuses a list of none, and null for the operation.
+  submission(const device_list& devices, const std::shared_ptr<logical_ir::logical_operation>& operation);
   submission(const submission&) = delete;
   submission& operator=(const submission&) = delete;
 
-  const std::shared_ptr<logical_ir::logical_operation>& get_operation() const { return operation_; }
+  const std::shared_ptr<logical_ir::logical_operation>& operation; // the caller's
 
   // Lowers the operation and hands its work over. What goes wrong is left for finish() to tell. Whoever calls it on another
   // thread holds a share of the operation, as the submission may be gone as soon as the operation is complete.
-  // `holder` is told if all of the work succeeds, unless there is none to be done.
-  void start(const std::shared_ptr<library_device>& host_device, scheduler_state& state, host_work place,
-             logical_ir::logical_operation::turn_holder* holder) noexcept;
+  // `turn` is given up if all of the work succeeds, unless there is none to be done; null for none.
+  void start(scheduler_state& state, host_work place, fair_mutex::place* turn) noexcept;
   // Returns when the operation has been started and all of its work has ended. Throws what start() could not do.
   void finish();
 
 private:
-  void run(host_work place, logical_ir::logical_operation::turn_holder* holder);
-
-  const std::shared_ptr<logical_ir::logical_operation>& operation_;
+  const device_list& devices_;
   std::optional<lowering> lowered_;
   std::vector<command_graph> commands_; // freed here, unless the worker still holds them for a moment
   std::exception_ptr failure_;          // of start()

@@ -5,7 +5,6 @@
 #include "scheduler/scheduler.h"
 #include "scheduler/submission.h"
 
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -23,9 +22,8 @@ namespace oryn::tarva::library {
 // memory runs on the first device of the list.
 class ultra_naive_scheduler final : public scheduler {
 public:
-  // Knows no device; the list is read at every submit.
-  explicit ultra_naive_scheduler(std::function<const device_list&()> devices)
-      : devices_(std::move(devices)) {}
+  // The list is read at every submit.
+  explicit ultra_naive_scheduler(const device_list& devices) : devices_(devices) {}
 
   // Returns when every command of the operation has ended.
   void submit(const std::shared_ptr<logical_ir::logical_operation>& operation) override;
@@ -36,7 +34,7 @@ public:
 private:
   class turn;
 
-  const std::function<const device_list&()> devices_;
+  const device_list& devices_;
   fair_mutex
       turns_; // taken with no other lock held, and before those of the table, of kernels and of dispatchers
   scheduler_state state_; // used in a turn only

@@ -59,7 +59,7 @@ std::vector<capability_node> find_capability_nodes(std::uint32_t capability) {
 call_handle open_call_handle(const capability_node& node) {
   qv_call_handle* handle = nullptr;
   check_transport(qv_create_call_handle(node.root, node.node, &handle, 0));
-  return call_handle(handle);
+  return call_handle(handle, &qv_close_call_handle);
 }
 
 } // namespace oryn::skerv::common

@@ -52,35 +52,24 @@ public:
 
 namespace oryn::skerv::common {
 
-[[noreturn]] void throw_transport(std::int32_t code);
+// A share in the call handle of one device. All wrappers made from the device hold one, and the last of them closes
+// the handle. Any thread may hold, copy and give up a share, and send commands over it.
+using call_handle = std::shared_ptr<qv_call_handle>;
 
-// Returns if `code` is QV_OK, else throws the exception class of `code`.
+// Throws the exception class of the transport code, if it is not QV_OK.
+[[noreturn]] void throw_transport(std::int32_t code);
 inline void check_transport(std::int32_t code) {
   if (code != QV_OK)
     throw_transport(code);
 }
 
-// A share in the call handle of one device. All wrappers made from the device hold one, and the last of them closes
-// the handle. Any thread may hold, copy and give up a share, and send commands over it.
-class call_handle {
-public:
-  call_handle() noexcept = default;
-
-  // Takes over `handle`; it is closed even if this constructor throws.
-  explicit call_handle(qv_call_handle* handle) : share_(handle, &qv_close_call_handle) {}
-
-  qv_call_handle* get() const noexcept { return share_.get(); }
-  explicit operator bool() const noexcept { return share_ != nullptr; }
-
-  // Carries out `command`, a number of the capability that the handle was opened for. Throws a qv_error if it does
-  // not get there. The status that it leaves in the record is for the caller to test.
-  void send(std::uint64_t command, void* record) const {
-    check_transport(qv_call_capability(share_.get(), command, record, 0));
-  }
-
-private:
-  std::shared_ptr<qv_call_handle> share_;
-};
+// Carries out `command`, a number of the capability that the handle was opened for. Throws a qv_error if it does not get there.
+// The status that it leaves in the record is for the caller to test.
+inline void send(const call_handle& handle, std::uint64_t command, void* record) {
+  const std::int32_t code = qv_call_capability(handle.get(), command, record, 0);
+  if (code != QV_OK)
+    throw_transport(code);
+}
 
 // One device of the machine, as it can be used under one capability.
 struct capability_node {

@@ -47,10 +47,4 @@ bool is_of_the_moment(std::int32_t status) {
   return index >= status_table.size() || status_table[index].base == error_base::runtime;
 }
 
-// Which status it was is of no help: the caller has done nothing wrong, and cannot do anything about it.
-void check_release_status(std::int32_t status) {
-  if (status != 0)
-    throw bad_implementation("OpenCL release operations should never fail.  Complain to your vendor.");
-}
-
 } // namespace oryn::skerv::common

@@ -12,6 +12,14 @@ struct memory_object_kind {
   static constexpr const char* destructor_fault = "Exception caught in memory_object::~memory_object().";
 };
 
+// Names a buffer of OpenCL, a cl_mem that was made under version V, without holding it: the buffer must outlive what is done with
+// its name. The commands and the kernel arguments take it, so that a caller that keeps only the handle of a buffer need not keep
+// its class.
+template <version V>
+struct buffer_reference {
+  void* handle;
+};
+
 // A buffer of OpenCL, made by context<V>::create_buffer. It is moved, never copied; its memory goes with it.
 template <version V>
 class buffer : public opencl_handle<V, memory_object_kind> {
@@ -19,25 +27,12 @@ public:
   // Takes over the reference that the create command returned.
   buffer(common::call_handle call_handle, void* handle) noexcept
       : opencl_handle<V, memory_object_kind>(std::move(call_handle), handle) {}
+
+  operator buffer_reference<V>() const noexcept { return {this->object_}; } // implicit on purpose
 };
 
 // Buffers are the only memory objects of OpenCL that this layer makes.
 template <version V>
 using memory_object = buffer<V>;
-
-// Names a buffer of OpenCL without holding it: the buffer must outlive what is done with its name. The commands and
-// the kernel arguments take it, so that a caller that keeps only the handle of a buffer need not keep its class.
-template <version V>
-class buffer_reference {
-public:
-  buffer_reference(const buffer<V>& buffer) noexcept : handle_(buffer.get_handle()) {} // implicit on purpose
-  // `handle` is a cl_mem that was made under version V.
-  explicit buffer_reference(void* handle) noexcept : handle_(handle) {}
-
-  void* get_handle() const noexcept { return handle_; }
-
-private:
-  void* handle_;
-};
 
 } // namespace oryn::skerv::opencl

@@ -36,22 +36,6 @@ void* create_queue_with_properties(const context<V>& context, const device<V>& d
 
 } // namespace
 
-template <version V, class Kind>
-void basic_command_queue<V, Kind>::finish() const {
-  qv::object_record record{};
-  record.object = this->get_handle();
-  call<V, qv::operation::finish>(this->get_call_handle(), record);
-}
-
-// The handle is wrapped only once the command has returned, so that a failure leaves no event behind.
-template <version V, class Kind>
-event<V> basic_command_queue<V, Kind>::enqueue(const command<V>& command, std::uint32_t wait_count,
-                                               void* const* wait_list) const {
-  void* handle = nullptr;
-  command.enqueue(this->get_call_handle(), this->get_handle(), wait_count, wait_list, &handle);
-  return {this->get_call_handle(), handle};
-}
-
 template <version V>
 requires(!version_traits<V>::has_device_queue) command_queue<V>::command_queue(const context<V>& context,
                                                                                const device<V>& device,

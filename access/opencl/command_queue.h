@@ -39,13 +39,36 @@ public:
 
   // The command begins once the events of `wait_list`, which are `wait_count`, have ended. If this throws, nothing
   // has been enqueued.
-  event<V> enqueue(const command<V>& command, std::uint32_t wait_count, void* const* wait_list) const;
+  template <qv::operation Op>
+  event<V> enqueue(const command<V, Op>& command, std::uint32_t wait_count, void* const* wait_list) const;
 
 protected:
   // Takes over the reference that the create command returned.
   basic_command_queue(common::call_handle call_handle, void* handle) noexcept
       : opencl_handle<V, Kind>(std::move(call_handle), handle) {}
 };
+
+template <version V, class Kind>
+void basic_command_queue<V, Kind>::finish() const {
+  qv::object_record record{};
+  record.object = this->object_;
+  call<V, qv::operation::finish>(this->call_handle_, record);
+}
+
+// The event is wrapped only once the command has returned, so that a failure leaves none behind.
+template <version V, class Kind>
+template <qv::operation Op>
+event<V> basic_command_queue<V, Kind>::enqueue(const command<V, Op>& command, std::uint32_t wait_count,
+                                               void* const* wait_list) const {
+  void* made = nullptr;
+  qv::record<Op> record = command.record;
+  record.command_queue = this->object_;
+  record.num_events_in_wait_list = wait_count;
+  record.event_wait_list = wait_list;
+  record.event = &made;
+  call<V, Op>(this->call_handle_, record);
+  return {this->call_handle_, made};
+}
 
 // The queue of the versions that know but one kind.
 template <version V>

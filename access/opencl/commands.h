@@ -8,52 +8,35 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <span>
 #include <stdexcept>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace oryn::skerv::opencl {
 
-// What the commands have in common. A command is made on the stack of the worker thread of a device, given to
-// basic_command_queue::enqueue, and forgotten. It names OpenCL objects without holding them: they must outlive its
-// `enqueue`.
-template <version V>
-class command {
-public:
-  virtual ~command() = default;
-
-  // `event_out` receives a reference to the command's event. If this throws, nothing has been enqueued.
-  virtual void enqueue(const common::call_handle& call_handle, void* queue, std::uint32_t wait_count,
-                       void* const* wait_list, void** event_out) const = 0;
-
-protected:
-  command() = default;
-  command(const command&) = default;
-  command& operator=(const command&) = default;
+// What the commands have in common: the record of the OpenCL function, which the queue completes. A command is made on the stack of
+// the worker thread of a device, given to basic_command_queue::enqueue, and forgotten. It names OpenCL objects, and memory of the
+// host, without holding them: they must outlive that.
+template <version V, qv::operation Op>
+struct command {
+  qv::record<Op> record{};
 };
 
 // Moves bytes between a buffer and host memory, which must stay valid until the event completes unless
 // `blocking` is true.
 template <version V, qv::operation Op>
-class transfer_buffer final : public command<V> {
-public:
+struct transfer_buffer : command<V, Op> {
   using host_pointer = std::conditional_t<Op == qv::operation::enqueue_read_buffer, void*, const void*>;
 
   transfer_buffer(buffer_reference<V> buffer, bool blocking, std::size_t offset, std::size_t size,
-                  host_pointer pointer) noexcept
-      : buffer_(buffer.get_handle()), pointer_(pointer), offset_(offset), size_(size), blocking_(blocking) {}
-
-  void enqueue(const common::call_handle& call_handle, void* queue, std::uint32_t wait_count,
-               void* const* wait_list, void** event_out) const override;
-
-private:
-  void* buffer_;
-  host_pointer pointer_;
-  std::size_t offset_;
-  std::size_t size_;
-  bool blocking_;
+                  host_pointer pointer) noexcept {
+    this->record.buffer = buffer.handle;
+    this->record.offset = offset;
+    this->record.size = size;
+    this->record.ptr = const_cast<void*>(pointer); // both directions share one record
+    this->record.blocking = blocking ? 1 : 0;
+  }
 };
 
 // The two directions share all but the command and whether the host memory may be written.
@@ -64,79 +47,58 @@ using write_buffer = transfer_buffer<V, qv::operation::enqueue_write_buffer>;
 
 // Copies bytes between two buffers, or within one.
 template <version V>
-class copy_buffer final : public command<V> {
-public:
+struct copy_buffer : command<V, qv::operation::enqueue_copy_buffer> {
   copy_buffer(buffer_reference<V> source, buffer_reference<V> destination, std::size_t source_offset,
-              std::size_t destination_offset, std::size_t size) noexcept
-      : source_(source.get_handle()), destination_(destination.get_handle()), source_offset_(source_offset),
-        destination_offset_(destination_offset), size_(size) {}
-
-  void enqueue(const common::call_handle& call_handle, void* queue, std::uint32_t wait_count,
-               void* const* wait_list, void** event_out) const override;
-
-private:
-  void* source_;
-  void* destination_;
-  std::size_t source_offset_;
-  std::size_t destination_offset_;
-  std::size_t size_;
+              std::size_t destination_offset, std::size_t size) noexcept {
+    this->record.src_buffer = source.handle;
+    this->record.dst_buffer = destination.handle;
+    this->record.src_offset = source_offset;
+    this->record.dst_offset = destination_offset;
+    this->record.size = size;
+  }
 };
 
 // Writes `count` copies of a pattern, from the byte `offset` on. OpenCL has taken its own copy of the pattern by the
-// time `enqueue` returns.
+// time the command is enqueued.
 template <version V>
-requires(version_traits<V>::has_fill_buffer) class fill_buffer_bytes final : public command<V> {
-public:
+requires(version_traits<V>::has_fill_buffer) struct fill_buffer_bytes
+    : command<V, qv::operation::enqueue_fill_buffer> {
   // std::logic_error if so many bytes cannot be counted.
-  fill_buffer_bytes(buffer_reference<V> buffer, std::vector<std::uint8_t> pattern, std::size_t offset,
-                    std::size_t count)
-      : buffer_(buffer.get_handle()), pattern_(std::move(pattern)), offset_(offset), count_(count) {
-    if (!pattern_.empty() && count > std::numeric_limits<std::size_t>::max() / pattern_.size())
+  fill_buffer_bytes(buffer_reference<V> buffer, std::span<const std::uint8_t> pattern, std::size_t offset,
+                    std::size_t count) {
+    this->record.buffer = buffer.handle;
+    this->record.pattern = pattern.data();
+    this->record.pattern_size = pattern.size();
+    this->record.offset = offset;
+    if (__builtin_mul_overflow(pattern.size(), count, &this->record.size))
       throw std::logic_error("Cannot fill a buffer with more bytes than can be counted.");
   }
-
-  void enqueue(const common::call_handle& call_handle, void* queue, std::uint32_t wait_count,
-               void* const* wait_list, void** event_out) const override;
-
-private:
-  void* buffer_;
-  std::vector<std::uint8_t> pattern_;
-  std::size_t offset_;
-  std::size_t count_;
 };
 
-// Launches a kernel with the arguments that it has at the time of `enqueue`. Of the sizes the first
-// `work_dim` count.
+// Launches a kernel with the arguments that it has when it is enqueued. Of the sizes the first `work_dim` count. The local size is
+// never null here: where all of it is 0, the capability library lets the device choose.
 template <version V>
-class nd_range_kernel final : public command<V> {
-public:
+struct nd_range_kernel : command<V, qv::operation::enqueue_nd_range_kernel> {
   using sizes = std::array<std::size_t, 3>;
 
   // The versions with and without an offset are told apart by their constructors.
   nd_range_kernel(const kernel<V>& kernel, std::uint32_t work_dim, const sizes& global_size,
-                  const sizes& local_size) noexcept requires(!version_traits<V>::has_global_offset)
-      : nd_range_kernel(work_dim, kernel.get_handle(), {}, global_size, local_size) {}
+                  const sizes& local_size) noexcept requires(!version_traits<V>::has_global_offset) {
+    this->record.kernel = kernel.get_handle();
+    this->record.work_dim = work_dim;
+    this->record.global_work_size = global_size.data();
+    this->record.local_work_size = local_size.data();
+  }
 
   nd_range_kernel(const kernel<V>& kernel, std::uint32_t work_dim, const sizes& global_offset,
                   const sizes& global_size, const sizes& local_size) noexcept
-      requires(version_traits<V>::has_global_offset)
-      : nd_range_kernel(work_dim, kernel.get_handle(), global_offset, global_size, local_size) {}
-
-  void enqueue(const common::call_handle& call_handle, void* queue, std::uint32_t wait_count,
-               void* const* wait_list, void** event_out) const override;
-
-private:
-  nd_range_kernel(std::uint32_t work_dim, void* kernel, const sizes& global_offset, const sizes& global_size,
-                  const sizes& local_size) noexcept
-      : kernel_(kernel), global_offset_(global_offset), global_size_(global_size), local_size_(local_size),
-        work_dim_(work_dim) {}
-
-  // OpenCL is given the addresses of these, and copies them within `enqueue`.
-  void* kernel_;
-  sizes global_offset_;
-  sizes global_size_;
-  sizes local_size_;
-  std::uint32_t work_dim_;
+      requires(version_traits<V>::has_global_offset) {
+    this->record.kernel = kernel.get_handle();
+    this->record.work_dim = work_dim;
+    this->record.global_work_offset = global_offset.data();
+    this->record.global_work_size = global_size.data();
+    this->record.local_work_size = local_size.data();
+  }
 };
 
 struct event_kind {

@@ -43,7 +43,7 @@ context<V>::context(const std::vector<std::uint64_t>& properties, const std::vec
 template <version V>
 std::vector<device<V>> context<V>::get_devices() const {
   auto info = this->template query<qv::operation::get_context_info>(common::cl::context_devices);
-  return wrap_devices<V>(this->get_call_handle(), common::get_vector_info<void*>(info));
+  return wrap_devices<V>(this->call_handle_, common::get_vector_info<void*>(info));
 }
 
 // A context does not tell its platform, but its devices do, and they all have the same one.
@@ -59,8 +59,8 @@ platform<V> context<V>::get_platform() const requires(version_traits<W>::has_pla
 template <version V>
 template <qv::operation Op>
 void* context<V>::create_object(qv::record<Op>& record) const {
-  record.context = this->get_handle();
-  call<V, Op>(this->get_call_handle(), record);
+  record.context = this->object_;
+  call<V, Op>(this->call_handle_, record);
   return record.result;
 }
 
@@ -70,7 +70,7 @@ buffer<V> context<V>::create_buffer(std::uint64_t flags, std::size_t size, void*
   record.flags = flags;
   record.size = size;
   record.host_ptr = host_ptr;
-  return {this->get_call_handle(), create_object<qv::operation::create_buffer>(record)};
+  return {this->call_handle_, create_object<qv::operation::create_buffer>(record)};
 }
 
 // One string, which ends in a zero, so that no length is needed.
@@ -80,7 +80,7 @@ program<V> context<V>::create_program_with_source(const char* text) const {
   record.strings = &text;
   record.lengths = nullptr;
   record.count = 1;
-  return {this->get_call_handle(), create_object<qv::operation::create_program_with_source>(record)};
+  return {this->call_handle_, create_object<qv::operation::create_program_with_source>(record)};
 }
 
 // OpenCL is not asked about each binary: one that is bad fails the whole call.
@@ -102,7 +102,7 @@ program<V> context<V>::create_program_with_binaries(const std::vector<device_bin
   record.binaries = addresses.data();
   record.binary_status = nullptr;
   record.num_devices = static_cast<std::uint32_t>(binaries.size());
-  return {this->get_call_handle(), create_object<qv::operation::create_program_with_binary>(record)};
+  return {this->call_handle_, create_object<qv::operation::create_program_with_binary>(record)};
 }
 
 template <version V>
@@ -116,7 +116,7 @@ program<V> context<V>::create_program_with_builtin_kernels(const std::vector<dev
   record.device_list = handles.data();
   record.num_devices = static_cast<std::uint32_t>(handles.size());
   record.kernel_names = names.c_str();
-  return {this->get_call_handle(), create_object<qv::operation::create_program_with_builtin_kernels>(record)};
+  return {this->call_handle_, create_object<qv::operation::create_program_with_builtin_kernels>(record)};
 }
 
 template <version V>
@@ -126,7 +126,7 @@ program<V> context<V>::create_program_with_il(const std::vector<std::uint8_t>& i
   qv::create_program_with_il_record record{};
   record.il = il.data();
   record.length = il.size();
-  return {this->get_call_handle(), create_object<qv::operation::create_program_with_il>(record)};
+  return {this->call_handle_, create_object<qv::operation::create_program_with_il>(record)};
 }
 
 template <version V>
@@ -138,7 +138,7 @@ program<V> context<V>::create_program_with_il(const void* il, std::size_t length
   qv::get_extension_function_address_for_platform_record record{};
   record.platform = get_platform().get_handle();
   record.func_name = "clCreateProgramWithILKHR";
-  call<V, qv::operation::get_extension_function_address_for_platform>(this->get_call_handle(), record);
+  call<V, qv::operation::get_extension_function_address_for_platform>(this->call_handle_, record);
   if (record.result == nullptr)
     throw std::logic_error(
         "Failed to extract clCreateProgramWithILKHR function address, is the cl_khr_il_program extension actually supported?");
@@ -146,9 +146,9 @@ program<V> context<V>::create_program_with_il(const void* il, std::size_t length
   // An extension has no command of its own: this is the one call that does not pass the capability library.
   const auto create = reinterpret_cast<create_function>(record.result);
   std::int32_t status = common::cl::success;
-  void* const result = create(this->get_handle(), il, length, &status);
+  void* const result = create(this->object_, il, length, &status);
   common::check_status(status);
-  return {this->get_call_handle(), result};
+  return {this->call_handle_, result};
 }
 
 #define INSTANTIATE(v) template class context<version::v>;

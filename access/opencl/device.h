@@ -112,11 +112,11 @@ public:
   }
   template <version W = V>
   platform<V> get_platform() const requires(version_traits<W>::has_platform) {
-    return {this->get_call_handle(), info().get_pointer(device_parameter::platform.number)};
+    return {this->call_handle_, info().get_pointer(device_parameter::platform.number)};
   }
 
   device_info info() const {
-    return {this->get_call_handle().get(), command_of<V, qv::operation::get_device_info>, this->get_handle()};
+    return {this->call_handle_.get(), command_of<V, qv::operation::get_device_info>, this->get_handle()};
   }
 };
 

@@ -39,7 +39,7 @@ std::vector<std::string> kernel<V>::get_words(std::uint32_t parameter) const {
 template <version V>
 program<V> kernel<V>::get_program() const {
   void* const handle = common::get_scalar_info<void*>(info(*this, common::cl::kernel_program));
-  return {this->get_call_handle(), handle, from_query};
+  return {this->call_handle_, handle, from_query};
 }
 
 // The same in every version: the command that clones, which the last versions have, would keep the arguments.

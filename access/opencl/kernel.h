@@ -70,34 +70,30 @@ public:
   // The status that OpenCL gives an argument, for who wants to know rather than to set it.
   std::int32_t try_argument(std::uint32_t index, std::size_t size, const void* value) {
     qv::set_kernel_arg_record record{};
-    record.kernel = this->get_handle();
+    record.kernel = this->object_;
     record.arg_index = index;
     record.arg_size = size;
     record.arg_value = value;
-    send<V, qv::operation::set_kernel_arg>(this->get_call_handle(), record);
+    send<V, qv::operation::set_kernel_arg>(this->call_handle_, record);
     return record.status;
   }
 
   // The four kinds of argument. Each of these throws if OpenCL refuses; the argument then is what it was.
   // A memory argument without memory.
-  void set_null_argument(std::uint32_t index) { set_argument(index, sizeof(void*), nullptr); }
+  void set_null_argument(std::uint32_t index) { set_value_argument(index, sizeof(void*), nullptr); }
   // Local memory of `size` bytes.
-  void set_local_argument(std::uint32_t index, std::size_t size) { set_argument(index, size, nullptr); }
+  void set_local_argument(std::uint32_t index, std::size_t size) { set_value_argument(index, size, nullptr); }
   void set_memory_argument(std::uint32_t index, buffer_reference<V> memory) {
-    void* const handle = memory.get_handle();
-    set_argument(index, sizeof(handle), &handle);
+    set_value_argument(index, sizeof(memory.handle), &memory.handle);
   }
   void set_value_argument(std::uint32_t index, std::size_t size, const void* value) {
-    set_argument(index, size, value);
+    common::check_status(try_argument(index, size, value));
   }
 
 private:
   std::vector<std::string> get_words(std::uint32_t parameter) const;
   std::uint64_t get_number(std::uint32_t parameter, const device<V>& device) const;
   std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter, const device<V>& device) const;
-  void set_argument(std::uint32_t index, std::size_t size, const void* value) {
-    common::check_status(try_argument(index, size, value));
-  }
 };
 
 } // namespace oryn::skerv::opencl

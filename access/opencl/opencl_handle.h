@@ -27,7 +27,7 @@ inline constexpr std::uint64_t command_of = qv::command_number(Op, capability_of
 template <version V, qv::operation Op>
 void send(const common::call_handle& handle, qv::record<Op>& record) {
   static_assert(command_of<V, Op> != 0, "this version of OpenCL has no such command");
-  handle.send(command_of<V, Op>, &record);
+  common::send(handle, command_of<V, Op>, &record);
 }
 
 // Performs `Op`. Only if this returns do the results in the record count.
@@ -100,8 +100,13 @@ protected:
   // A release that fails costs one line in the log, whatever it failed with: a destructor has nobody to tell.
   ~opencl_handle() {
     if constexpr (is_counted) {
+      if (object_ == nullptr)
+        return;
       try {
-        release();
+        qv::object_record record{};
+        record.object = object_;
+        send<V, Kind::release>(call_handle_, record);
+        common::check_release_status(record.status);
       } catch (...) {
         log_error(Kind::destructor_fault);
       }
@@ -122,20 +127,12 @@ private:
     }
   }
 
-  void release() {
-    if (object_ == nullptr)
-      return;
-    qv::object_record record{};
-    record.object = object_;
-    send<V, Kind::release>(call_handle_, record);
-    common::check_release_status(record.status);
-  }
-
   void swap(opencl_handle& other) noexcept {
     std::swap(call_handle_, other.call_handle_);
     std::swap(object_, other.object_);
   }
 
+protected:
   common::call_handle call_handle_;
   void* object_;
 };

@@ -24,13 +24,13 @@ void program<V>::build(const std::vector<device<V>>& devices, const std::string&
                        qv::program_callback pfn_notify, void* user_data) {
   const std::vector<void*> handles = handles_of(devices);
   qv::build_program_record record{};
-  record.program = this->get_handle();
+  record.program = this->object_;
   record.device_list = handles.data();
   record.num_devices = static_cast<std::uint32_t>(handles.size());
   record.options = options.c_str();
   record.pfn_notify = pfn_notify;
   record.user_data = user_data;
-  send<V, qv::operation::build_program>(this->get_call_handle(), record);
+  send<V, qv::operation::build_program>(this->call_handle_, record);
   if (record.status != common::cl::build_program_failure)
     common::check_status(record.status);
 }
@@ -52,7 +52,7 @@ std::string program<V>::get_source() const {
 
 template <version V>
 std::vector<device<V>> program<V>::get_devices() const {
-  return wrap_devices<V>(this->get_call_handle(),
+  return wrap_devices<V>(this->call_handle_,
                          common::get_vector_info<void*>(info(*this, common::cl::program_devices)));
 }
 
@@ -102,10 +102,10 @@ std::vector<std::string> program<V>::get_names(std::uint32_t parameter) const {
 template <version V>
 kernel<V> program<V>::create_kernel(const std::string& name) const {
   qv::create_kernel_record record{};
-  record.program = this->get_handle();
+  record.program = this->object_;
   record.kernel_name = name.c_str();
-  call<V, qv::operation::create_kernel>(this->get_call_handle(), record);
-  return {this->get_call_handle(), record.result};
+  call<V, qv::operation::create_kernel>(this->call_handle_, record);
+  return {this->call_handle_, record.result};
 }
 
 // Only 1.0 and 1.1 need it: there a program cannot tell the names of its kernels, but they can.
@@ -114,9 +114,9 @@ template <version W>
 std::vector<kernel<V>> program<V>::create_kernels() const requires(version_traits<W>::has_create_kernels) {
   std::uint32_t count = 0;
   qv::create_kernels_in_program_record record{};
-  record.program = this->get_handle();
+  record.program = this->object_;
   record.num_kernels_ret = &count;
-  call<V, qv::operation::create_kernels_in_program>(this->get_call_handle(), record);
+  call<V, qv::operation::create_kernels_in_program>(this->call_handle_, record);
   std::vector<kernel<V>> kernels;
   if (count == 0)
     return kernels;
@@ -125,12 +125,12 @@ std::vector<kernel<V>> program<V>::create_kernels() const requires(version_trait
   std::vector<void*> handles(count);
   kernels.reserve(count);
   record = {};
-  record.program = this->get_handle();
+  record.program = this->object_;
   record.kernels = handles.data();
   record.num_kernels = count;
-  call<V, qv::operation::create_kernels_in_program>(this->get_call_handle(), record);
+  call<V, qv::operation::create_kernels_in_program>(this->call_handle_, record);
   for (void* handle : handles)
-    kernels.emplace_back(this->get_call_handle(), handle);
+    kernels.emplace_back(this->call_handle_, handle);
   return kernels;
 }
 
@@ -140,11 +140,11 @@ template <version W>
 void program<V>::set_specialization_constant(std::uint32_t id, std::size_t size, const void* value) requires(
     version_traits<W>::has_specialization_constants) {
   qv::set_program_specialization_constant_record record{};
-  record.program = this->get_handle();
+  record.program = this->object_;
   record.spec_id = id;
   record.spec_size = size;
   record.spec_value = value;
-  call<V, qv::operation::set_program_specialization_constant>(this->get_call_handle(), record);
+  call<V, qv::operation::set_program_specialization_constant>(this->call_handle_, record);
 }
 
 #define INSTANTIATE(v) template class program<version::v>;

@@ -18,7 +18,8 @@ namespace oryn::skerv::opencl_1_0 {
 
 using buffer = opencl::buffer<opencl::version::v1_0>;
 using buffer_reference = opencl::buffer_reference<opencl::version::v1_0>;
-using command = opencl::command<opencl::version::v1_0>;
+template <qv::operation Op>
+using command = opencl::command<opencl::version::v1_0, Op>;
 using command_queue = opencl::command_queue<opencl::version::v1_0>;
 using context = opencl::context<opencl::version::v1_0>;
 using copy_buffer = opencl::copy_buffer<opencl::version::v1_0>;
@@ -43,7 +44,8 @@ namespace oryn::skerv::opencl_1_1 {
 
 using buffer = opencl::buffer<opencl::version::v1_1>;
 using buffer_reference = opencl::buffer_reference<opencl::version::v1_1>;
-using command = opencl::command<opencl::version::v1_1>;
+template <qv::operation Op>
+using command = opencl::command<opencl::version::v1_1, Op>;
 using command_queue = opencl::command_queue<opencl::version::v1_1>;
 using context = opencl::context<opencl::version::v1_1>;
 using copy_buffer = opencl::copy_buffer<opencl::version::v1_1>;
@@ -68,7 +70,8 @@ namespace oryn::skerv::opencl_1_2 {
 
 using buffer = opencl::buffer<opencl::version::v1_2>;
 using buffer_reference = opencl::buffer_reference<opencl::version::v1_2>;
-using command = opencl::command<opencl::version::v1_2>;
+template <qv::operation Op>
+using command = opencl::command<opencl::version::v1_2, Op>;
 using command_queue = opencl::command_queue<opencl::version::v1_2>;
 using context = opencl::context<opencl::version::v1_2>;
 using copy_buffer = opencl::copy_buffer<opencl::version::v1_2>;
@@ -95,7 +98,8 @@ namespace oryn::skerv::opencl_2_0 {
 
 using buffer = opencl::buffer<opencl::version::v2_0>;
 using buffer_reference = opencl::buffer_reference<opencl::version::v2_0>;
-using command = opencl::command<opencl::version::v2_0>;
+template <qv::operation Op>
+using command = opencl::command<opencl::version::v2_0, Op>;
 using context = opencl::context<opencl::version::v2_0>;
 using copy_buffer = opencl::copy_buffer<opencl::version::v2_0>;
 using device = opencl::device<opencl::version::v2_0>;
@@ -123,7 +127,8 @@ namespace oryn::skerv::opencl_2_1 {
 
 using buffer = opencl::buffer<opencl::version::v2_1>;
 using buffer_reference = opencl::buffer_reference<opencl::version::v2_1>;
-using command = opencl::command<opencl::version::v2_1>;
+template <qv::operation Op>
+using command = opencl::command<opencl::version::v2_1, Op>;
 using context = opencl::context<opencl::version::v2_1>;
 using copy_buffer = opencl::copy_buffer<opencl::version::v2_1>;
 using device = opencl::device<opencl::version::v2_1>;
@@ -150,7 +155,8 @@ namespace oryn::skerv::opencl_2_2 {
 
 using buffer = opencl::buffer<opencl::version::v2_2>;
 using buffer_reference = opencl::buffer_reference<opencl::version::v2_2>;
-using command = opencl::command<opencl::version::v2_2>;
+template <qv::operation Op>
+using command = opencl::command<opencl::version::v2_2, Op>;
 using context = opencl::context<opencl::version::v2_2>;
 using copy_buffer = opencl::copy_buffer<opencl::version::v2_2>;
 using device = opencl::device<opencl::version::v2_2>;

@@ -79,11 +79,11 @@ private:
   std::shared_ptr<const std::vector<failure>> chain_; // shared, so that copying an exception cannot throw
 };
 
-/// The request makes no sense.
+/// The call makes no sense.
 class logic_failure : public error {
   using error::error;
 };
-/// The request could not be carried out.
+/// The call could not be carried out.
 class runtime_failure : public error {
   using error::error;
 };

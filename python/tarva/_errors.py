@@ -43,11 +43,11 @@ class Error(Exception):
 
 
 class LogicFailure(Error, ValueError):
-    """The request makes no sense, such as a launch with an argument that the kernel does not take."""
+    """The call makes no sense, such as a launch with an argument that the kernel does not take."""
 
 
 class RuntimeFailure(Error, RuntimeError):
-    """The request could not be carried out: above all, what OpenCL reports."""
+    """The call could not be carried out: above all, what OpenCL reports."""
 
 
 class OutOfMemory(Error, MemoryError):

@@ -40,7 +40,7 @@ public:
       : opencl_version_command(std::move(operation), queues), buffer_(buffer), number_(number) {}
   std::string to_string() const override { return "numbered_command"; }
   void enqueue() override {
-    submit(skerv::opencl::fill_buffer_bytes<tested_version>(buffer_, {number_}, 0, 1));
+    submit(skerv::opencl::fill_buffer_bytes<tested_version>(buffer_, {&number_, 1}, 0, 1));
   }
 
 private:
@@ -248,7 +248,7 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
   bool is_taken = true;
   allocations_left = 0;
   try {
-    worker().submit_work(std::move(work));
+    worker().submit_work(work);
     signal(2);
     signal(1);
     request->wait_until_complete();

@@ -27,7 +27,7 @@ TEST(fair_mutex, passes_the_turn_on_in_the_order_of_joining) {
         each[i].wait_for_turn();
       order.push_back(i);
       for (std::size_t queue = 0; queue < 2; ++queue)
-        places[queue][i].leave(queues[queue]);
+        places[queue][i].leave();
     });
   for (std::thread& each : threads)
     each.join();
@@ -36,7 +36,7 @@ TEST(fair_mutex, passes_the_turn_on_in_the_order_of_joining) {
   EXPECT_EQ(order, expected);
   fair_mutex::place after;
   EXPECT_TRUE(after.join(queues[0])) << "nobody is left in the queue";
-  EXPECT_EQ(after.give_up(queues[0]), nullptr);
+  EXPECT_EQ(after.give_up(), nullptr);
 }
 
 TEST(fair_mutex, admits_one_at_a_time_at_any_moment) {
