@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int not_possible_here = 77;
-long threads_left = -1; // no limit
+bool are_threads_refused = false;
 
 void possible(bool holds) {
   if (!holds)
@@ -43,7 +43,7 @@ void limit(rlim_t value) {
 }
 
 // Its private memory is more than the stack that threads have by default where stacks have no limit.
-void run_a_large_kernel() {
+void use() {
   constexpr std::size_t count = 700000; // 2.8 MB
   const auto sum = tarva::first_device()
                        .build("kernel void sum(global int* data) {\n"
@@ -61,10 +61,6 @@ void run_a_large_kernel() {
   const tarva::memory<int> data(std::vector<int>{0xFF, 0});
   sum(tarva::range::items(1), data);
   demand(data.read()[1] == 3 + ((static_cast<int>(count) - 2) & 0xFF), "the sum");
-}
-
-void use() {
-  run_a_large_kernel();
 }
 
 // Where all files can be had but in the working directory.
@@ -96,11 +92,6 @@ void use_in_a_full_folder() {
   demand(!fs::exists("tarva.log") || fs::file_size("tarva.log") == 0, "an empty log");
 }
 
-void use_in_a_folder_for_reading() {
-  log_into("/proc/self");
-  use();
-}
-
 // What the host opens takes the numbers of the standard streams, and so may the library's log, which must not.
 void use_with_closed_streams() {
   const fs::path folder = fs::temp_directory_path() / ("tarva_hosts_" + std::to_string(getpid()));
@@ -119,16 +110,6 @@ void use_with_closed_streams() {
   are_untouched = are_untouched && fs::file_size("tarva.log") > 0;
   fs::remove_all(folder);
   _exit(are_untouched ? 0 : 1);
-}
-
-void use_without_descriptors() {
-  limit<RLIMIT_NOFILE>(3);
-  use();
-}
-
-void use_without_threads() {
-  threads_left = 0;
-  use();
 }
 
 struct with_commas final : std::numpunct<char> {
@@ -173,13 +154,14 @@ struct host {
 const host hosts[] = {
     {"unlimited_stack", [] { limit<RLIMIT_STACK>(RLIM_INFINITY); }, use, nullptr},
     {"small_stack", [] { limit<RLIMIT_STACK>(rlim_t{2} << 20); }, use, nullptr},
-    {"no_threads", [] {}, use_without_threads, "There is no thread to be had for the OpenCL "},
+    {"no_threads", [] {}, [] { are_threads_refused = true, use(); },
+     "There is no thread to be had for the OpenCL "},
     {"few_descriptors", [] { limit<RLIMIT_NOFILE>(12); }, use, nullptr},
-    {"no_descriptors", [] {}, use_without_descriptors, "With QV_LOG=1 it tells why."},
+    {"no_descriptors", [] {}, [] { limit<RLIMIT_NOFILE>(3), use(); }, "With QV_LOG=1 it tells why."},
     {"small_address_space", [] { limit<RLIMIT_AS>(rlim_t{1} << 30); }, use, nullptr},
     {"no_proc", [] {}, use_without_proc, nullptr},
     {"full_folder", [] {}, use_in_a_full_folder, nullptr},
-    {"folder_for_reading", [] {}, use_in_a_folder_for_reading, nullptr},
+    {"folder_for_reading", [] {}, [] { log_into("/proc/self"), use(); }, nullptr},
     {"closed_streams", [] {}, use_with_closed_streams, nullptr},
     {"another_culture", [] {}, use_in_another_culture, nullptr},
     {"forked_child", [] {}, use_in_a_forked_child, nullptr},
@@ -227,7 +209,7 @@ INSTANTIATE_TEST_SUITE_P(each, hosts_test, testing::ValuesIn(hosts),
 // Takes the place of the system's for every library of the process.
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                               void* argument) noexcept {
-  if (threads_left == 0)
+  if (are_threads_refused)
     return EAGAIN;
   static const auto system = reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
   return system(thread, attributes, body, argument);

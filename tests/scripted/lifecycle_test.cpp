@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <fstream>
 #include <latch>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -204,14 +203,6 @@ void remove_log_in(const std::string& folder) {
   demand(unlink("tarva.log") == 0 && rmdir(folder.c_str()) == 0, 3);
 }
 
-void log_into_a_file_that_may_not_grow() {
-  const std::string folder = log_to_file_in_new_folder();
-  const rlimit nothing{0, 0};
-  demand(setrlimit(RLIMIT_FSIZE, &nothing) == 0);
-  used_on(devices()[0]);
-  remove_log_in(folder);
-}
-
 void log_into_a_file_and_fork() {
   const std::string folder = log_to_file_in_new_folder();
   devices();
@@ -235,7 +226,6 @@ void log_into_a_pipe_without_a_reader() {
 
 TEST(lifecycle, a_start_bears_a_bare_machine_and_a_log_that_cannot_be_written) {
   EXPECT_EXIT(run(start_without_devices), ExitedWithCode(0), ::testing::Eq(""));
-  EXPECT_EXIT(run(log_into_a_file_that_may_not_grow), ExitedWithCode(0), "");
   EXPECT_EXIT(run(log_into_a_file_and_fork), ExitedWithCode(0), ::testing::Eq(""));
   EXPECT_EXIT(run(log_into_a_pipe_without_a_reader), ExitedWithCode(0), "");
 }
