@@ -49,10 +49,10 @@ for name in liboryn-tarva libqv; do
     "$root/var/lib/dpkg/info/liboryn-tarva0.symbols" | sort | diff "$work/exported" -
 done
 code=$(find "$root/usr" -type f \( -name '*.so*' -o -perm -u+x \))
-for package in "$work"/packages/*.ddeb; do dpkg-deb -c "$package"; done >"$work/debug"
+for package in "$work"/packages/*.ddeb; do dpkg-deb --ctrl-tarfile "$package" | tar -x -O ./md5sums; done >"$work/debug"
 for file in $code; do
   id=$(readelf -n "$file" | sed -n 's/.*Build ID: ..//p')
-  grep -q "$id.debug" "$work/debug" || { echo "no debug symbols of $file"; exit 1; }
+  grep -q "  usr/lib/debug/.*$id.debug$" "$work/debug" || { echo "no debug symbols of $file"; exit 1; }
 done
 
 # What the compiler and the linker guard, in packages that are for others.
