@@ -55,6 +55,17 @@ package:
 	$(MAKE) build PRESET=package
 	tests/install/package_test.sh build-package --lint
 
+# The wheel for Python, in build-wheel/.
+.PHONY: wheel
+wheel: install-packages
+	scripts/make-wheel build-wheel
+
+# Whether two folders give the same packages.
+.PHONY: reproducible
+reproducible:
+	scripts/install-packages --release
+	JOBS=$(JOBS) tests/install/reproducible_test.sh .
+
 format format-check:
 	scripts/install-packages --checks
 	scripts/format clang-format $(if $(filter format,$@),-i,--dry-run --Werror)
@@ -67,4 +78,4 @@ benchmarks:
 	benchmarks/run.py build
 
 clean:
-	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz build-package
+	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz build-package build-wheel

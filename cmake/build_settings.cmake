@@ -56,8 +56,8 @@ if(TARVA_HARDEN)
   include(CheckPIESupported)
   check_pie_supported()
   add_compile_options(-fstack-protector-strong -fstack-clash-protection -fcf-protection -Wformat -Werror=format-security
-                      -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
-  add_compile_definitions(_FORTIFY_SOURCE=2)
+                      -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build
+                      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
   add_link_options(LINKER:-z,relro,-z,now)
 endif()
 

@@ -247,6 +247,11 @@
 
 #include <stdint.h>
 
+/* The version that this header belongs to. One with a larger MINOR has more, and all of this one. */
+#define TARVA_ABI_VERSION_MAJOR 0
+#define TARVA_ABI_VERSION_MINOR 1
+#define TARVA_ABI_VERSION_PATCH 0
+
 #if defined(__GNUC__)
 #define TARVA_ABI_EXPORT __attribute__((visibility("default")))
 #else
