@@ -45,6 +45,18 @@ clang:
 	scripts/install-packages --checks
 	$(MAKE) test PRESET=clang
 
+# Every fault at every point, and ten million operations of 32 threads: some minutes, on two processors that are free.
+.PHONY: sweeps soak
+sweeps: TARGETS = --target sweeps_qv --target sweeps_opencl
+sweeps: build
+	for face in qv opencl; do for sweep in allocations calls both schedules; do \
+	  for setting in '' TARVA_SCHEDULER=concurrent; do echo "$$sweep over $$face $$setting"; \
+	    env $$setting $(BUILD)/tests/sweeps/sweeps_$$face $$sweep long || exit 1; \
+	done; done; done
+soak: TARGETS = --target device_pipeline_test
+soak: build
+	scripts/soak $(BUILD) docs/reliability
+
 tidy:
 	scripts/install-packages --checks
 	$(MAKE) build PRESET=tidy

@@ -278,16 +278,18 @@ cl_int clEnqueueNDRangeKernel(cl_command_queue queue, cl_kernel kernel, cl_uint 
 cl_int clWaitForEvents(cl_uint, const cl_event*) {
   machine& world = machine::get();
   const std::lock_guard guard(world.lock);
+  const auto failure = world.take_plan(way::status, {});
+  const cl_int status = failure ? failure->value : world.wait_status;
   for (const auto& [handle, each] : world.objects)
     if (auto* const waiting = dynamic_cast<queue*>(each.get()))
       for (const queue::command& command : std::exchange(waiting->pending, {})) {
-        if (world.wait_status != 0)
+        if (status != 0)
           continue;
         if (command.final_status == 0)
           command.run();
         command.done->status = command.final_status;
       }
-  return world.wait_status;
+  return status;
 }
 cl_int clGetEventInfo(cl_event event, cl_event_info name, size_t size, void* value, size_t* size_ret) {
   return ask<op::get_event_info>(event, name, size, value, size_ret);

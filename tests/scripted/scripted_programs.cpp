@@ -173,6 +173,8 @@ std::int32_t get_program_info(session& now, qv::get_object_info_record& record) 
   case 0x1165: // BINARY_SIZES
     return answer_query(value_answer(binary.size()), record);
   case 0x1166: // BINARIES: the value is an array of addresses
+    if (record.param_value == nullptr)
+      return answer_query(value_answer(binary.data()), record);
     std::memcpy(*static_cast<void**>(record.param_value), binary.data(), binary.size());
     return 0;
   case 0x1168: // KERNEL_NAMES

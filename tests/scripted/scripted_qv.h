@@ -142,6 +142,15 @@ SCRIPTED_API void answer_arguments(argument_answer answer);
 SCRIPTED_API void fail_call(qv::operation operation, int nth, std::int32_t status);
 SCRIPTED_API void fail_transport(qv::operation operation, int nth, std::int32_t code);
 SCRIPTED_API void fail_event(qv::operation operation, int nth, std::int32_t status);
+// The same for the `nth` coming call of any operation that can fail in this way, and for each one behind it if the failure lasts.
+// way::size: what the answer to a query is said to take, or how many there are, as wrong_size() has it.
+enum class way { status, transport, event, size, action };
+SCRIPTED_API void fail_any(way how, int nth, std::int32_t value, bool lasts);
+// Whether it has failed this one, or any.
+SCRIPTED_API bool was_failed(qv::operation operation);
+SCRIPTED_API bool any_was_failed();
+// Runs before each command, and behind it, on the thread of the call.
+SCRIPTED_API void set_delay(void (*delay)());
 // Runs before the `nth` coming call of the operation has any effect, on the thread of that call.
 SCRIPTED_API void before_call(qv::operation operation, int nth, std::function<void()> action);
 // OpenCL's wait for events fails, with that status, and the work of the queue is never done. 0: it waits again.
