@@ -159,6 +159,26 @@ TEST_P(failures, a_conversation_at_random_goes_as_its_model) {
     talk.take_step();
 }
 
+// The work of an allocation tells nobody that it failed, so everything that needs the storage does.
+TEST_P(failures, an_object_whose_allocation_failed_cannot_be_used) {
+  const memory none = allocate(TARVA_ABI_TYPE_UINT8, std::uint64_t{1} << 62),
+               host = make(std::vector<std::uint8_t>(4)), there = make(std::vector<std::uint8_t>(4));
+  const auto flag = kernel(version(), "flag");
+  must(launch(flag, {argument(there)}, line(1)));
+  const auto refusal = [](const char* what) {
+    return logic_failure(std::string("Attempting to get a ") + what +
+                         " pointer from a host memory object that does not have any memory allocated.");
+  };
+  std::uint8_t byte = 7;
+  forget_calls();
+  EXPECT_EQ(read_raw(none, 0, 1, &byte), refusal("read"));
+  EXPECT_EQ(write_raw(none, 0, 1, &byte), refusal("write"));
+  EXPECT_EQ(copy(none, 0, there, 0, 1), refusal("read"));
+  EXPECT_EQ(copy(there, 0, none, 0, 1), refusal("write"));
+  EXPECT_EQ(launch(flag, {argument(none)}, line(1)), refusal("read"));
+  EXPECT_EQ(count(take_calls(), op::create_buffer), 0u);
+}
+
 TEST_P(failures, a_release_that_fails_is_survived) {
   const auto sum = kernel(version(), "sum"), add = kernel(version(), "add", role::second);
   for (const op release : {op::release_mem_object, op::release_event, op::release_kernel})
@@ -185,6 +205,8 @@ TEST_P(failures, a_future_tells_how_its_transfer_failed) {
   fail_event(op::enqueue_write_buffer, 1, -1000);
   EXPECT_EQ(write_raw(numbers, 0, 4, host.data()), other_failure("Unknown OpenCL Error Code: -1000"));
   EXPECT_EQ(read<std::int32_t>(numbers, 4), counted(4));
+  fail_event(op::enqueue_read_buffer, 1, 2);
+  EXPECT_EQ(read_raw(numbers, 0, 4, host.data()), outcome()) << "a status above 0 is no failure";
 
   // The code alone will do, too; and a future may be abandoned.
   tarva_abi_future_s* future = nullptr;

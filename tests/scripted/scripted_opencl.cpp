@@ -161,13 +161,16 @@ cl_int clGetDeviceIDs(cl_platform_id of, cl_device_type type, cl_uint count, cl_
                       cl_uint* found) {
   const visit inside;
   const auto& options = options_of(of);
-  const scripted::bytes custom = value_answer(cl_device_type{CL_DEVICE_TYPE_CUSTOM});
   std::vector<cl_device_id> all;
-  for (scripted::device& each : machine::get().devices)
+  for (scripted::device& each : machine::get().devices) {
+    cl_device_type own = scripted::number_of(CL_DEVICE_TYPE);
     if (const auto told = each.options.info.find(CL_DEVICE_TYPE);
-        platform(each.options.platform) == of &&
-        (told != each.options.info.end() && told->second == custom) == (type == CL_DEVICE_TYPE_CUSTOM))
+        told != each.options.info.end() && told->second.size() == sizeof own)
+      std::memcpy(&own, told->second.data(), sizeof own);
+    const bool is_meant = type == CL_DEVICE_TYPE_ALL ? own != CL_DEVICE_TYPE_CUSTOM : (own & type) != 0;
+    if (platform(each.options.platform) == of && is_meant)
       all.push_back(reinterpret_cast<cl_device_id>(&each));
+  }
   if (options.devices_status != CL_SUCCESS)
     return options.devices_status;
   return list(all, options.false_count != 0 ? options.false_count : all.size(), count, devices, found);

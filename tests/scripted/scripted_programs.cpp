@@ -188,6 +188,8 @@ std::int32_t get_program_info(session& now, qv::get_object_info_record& record) 
 
 std::int32_t get_build_info(session& now, qv::get_object_device_info_record& record) {
   const auto found = now.world.find<program>(record.object);
+  if (const auto own = own_answer(now.owner, record.param_name))
+    return answer_query(*own, record);
   switch (record.param_name) {
   case 0x1181: // STATUS
     return answer_query(value_answer(found->build_status), record);

@@ -131,6 +131,8 @@ SCRIPTED_API void set_platforms(std::vector<platform_options> platforms, std::in
 SCRIPTED_API void set_kernel(const std::string& name, kernel_function body);
 // Of the device, or of all its kernels. An empty answer takes the last one back.
 SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer);
+// What a device answers if nobody has set it otherwise, and the answer is a number.
+SCRIPTED_API std::uint64_t number_of(std::uint32_t parameter);
 // The status of every argument that is set, of any kernel, in the place of what its parameter's text tells; an empty
 // function takes the last one back. What it accepts is a null argument.
 using argument_answer = std::function<std::int32_t(std::size_t size, const void* value)>;
