@@ -65,6 +65,8 @@ std::int32_t perform(session& now, qv::operation operation, void* record) {
   }
   if (const auto failure = now.world.take_plan(way::transport, operation))
     return failure->value;
+  if (const auto code = now.world.answer ? now.world.answer(operation, record) : std::nullopt)
+    return *code;
   const auto failure = now.world.take_plan(way::status, operation);
   for (const auto& handlers : {object_handlers, queue_handlers, program_handlers})
     for (const handler_row& row : handlers)
@@ -143,6 +145,11 @@ void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer) 
 void answer_arguments(argument_answer answer) {
   const auto guard = locked();
   machine::get().argument_status = std::move(answer);
+}
+
+void answer_commands(command_answer answer) {
+  const auto guard = locked();
+  machine::get().answer = std::move(answer);
 }
 
 void fail_call(qv::operation operation, int nth, std::int32_t status) {
