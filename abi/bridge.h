@@ -50,13 +50,6 @@ public:
     const lock_guard guard(own.lock);
     return own.template table<Record>().look_up(handle).object;
   }
-  // Shows the object to `visit` where it stands, under a lock.
-  template <class Record, class Visitor>
-  void visit_library_object(const Record* handle, const Visitor& visit) const {
-    part& own = part_of(handle);
-    const lock_guard guard(own.lock);
-    visit(own.template table<Record>().look_up(handle).object);
-  }
   owned_property get_property_and_owner(const tarva_abi_property_s* handle) const;
 
   // A new handle with one reference, also if the object has a handle already.

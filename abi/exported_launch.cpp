@@ -92,18 +92,23 @@ Pointee* pointer_in(std::uint64_t word) {
   return reinterpret_cast<Pointee*>(static_cast<std::uintptr_t>(word)); // NOLINT(performance-no-int-to-ptr)
 }
 
-void add_argument(kernel_argument_list& captured, const abi_bridge& bridge,
+void add_argument(kernel_argument_capture& captured, const abi_bridge& bridge,
                   const tarva_abi_kernel_argument_s& argument) {
   switch (argument.kind) {
   case TARVA_ABI_ARGUMENT_NULL:
-    return captured.add_null();
+    captured.arguments.emplace_back(kernel_argument_nullptr());
+    break;
   case TARVA_ABI_ARGUMENT_VALUE:
-    return captured.add_value(pointer_in<const void>(argument.second), to_data_type(argument.first));
+    captured.add_value(pointer_in<const void>(argument.second), to_data_type(argument.first));
+    break;
   case TARVA_ABI_ARGUMENT_MEMORY:
-    return bridge.visit_library_object(pointer_in<const tarva_abi_memory_s>(argument.first),
-                                       [&](const auto& memory) { captured.add_memory(memory); });
+    captured.arguments.emplace_back(
+        bridge.get_library_object(pointer_in<const tarva_abi_memory_s>(argument.first)));
+    break;
   case TARVA_ABI_ARGUMENT_LOCAL_MEMORY:
-    return captured.add_local_memory(to_data_type(argument.first), argument.second);
+    captured.arguments.emplace_back(
+        kernel_argument_local_memory{to_data_type(argument.first), argument.second});
+    break;
   default:
     throw std::runtime_error("Unsupported argument type.");
   }
@@ -112,13 +117,12 @@ void add_argument(kernel_argument_list& captured, const abi_bridge& bridge,
 // Values are copied, memory objects are kept alive by the capture.
 kernel_argument_capture make_arguments(const abi_bridge& bridge, const tarva_abi_kernel_argument_s* arguments,
                                        std::uint64_t count) {
-  if (count == 0)
-    return {};
   require_countable<tarva_abi_kernel_argument_s>(count, "kernel arguments");
-  kernel_argument_list captured(count);
+  kernel_argument_capture captured;
+  captured.arguments.reserve(count);
   for (std::uint64_t index = 0; index < count; ++index)
     add_argument(captured, bridge, arguments[index]);
-  return kernel_argument_capture(std::move(captured));
+  return captured;
 }
 
 } // namespace

@@ -133,7 +133,7 @@ def lookup(results):
 def more(results):
     """The measures that have no place in the summary, one line each."""
     text = lookup(results)
-    basic, free, networked = "basic, pinned", "basic, free", "networked, free"
+    basic, free, everywhere, networked = "basic, pinned", "basic, free", "basic, all", "networked, free"
 
     def times(place, *names, key="ns_tarva"):
         return ", ".join(text(place, name, key) for name in names)
@@ -145,9 +145,12 @@ def more(results):
     threads = [f"submit/threads:{count}" for count in (1, 4, 16)]
     lines = [
         ("handle look-up with 1, a thousand and a million handles, picked at random", times(basic, *look_ups)),
-        ("the same by 8 threads on two processors, per call of all", times(free, *(name[:-1] + "8" for name in look_ups))),
-        ("retain or release by 1 thread, and by 8 on two processors, per call of all",
-         times(basic, "retain_or_release/threads:1") + ", " + times(free, "retain_or_release/threads:8")),
+        ("the same by 4 threads on all processors, each with handles of its own save the one, per call of all",
+         times(everywhere, *(name[:-1] + "4" for name in look_ups))),
+        ("retain or release of one handle by 1 and by 4 threads on all processors, per call of all",
+         times(everywhere, "retain_or_release/threads:1", "retain_or_release/threads:4")),
+        ("the same, to clRetainContext and clReleaseContext",
+         ratios(everywhere, "raw", "retain_or_release/threads:1", "retain_or_release/threads:4")),
         ("a fill of one memory object with 1, a thousand and a million alive",
          times(basic, *(f"fill_on_host/same/live:{count}" for count in (1, 1000, 1000000)))),
         ("the same, to the floor", ratios(basic, "floor", *(f"fill_on_host/same/live:{count}" for count in (1, 1000, 1000000)))),
@@ -224,16 +227,32 @@ def many_threads(results):
 
 def side_by_side(results):
     """What TARVA_SCHEDULER=concurrent changes."""
-    text = lookup(results)
-
-    def ratio(place):
-        return text(f"{place}, all", "all_devices", "ratio_one_device", "{:.2f}".format)
-    four = "basic and basic and basic and basic"
-    beside = text("pthread and basic, concurrent, free", "other_device_busy/write/bytes:4")
-    if NOT_MEASURED in (ratio(four), ratio(four + ", concurrent"), beside):
+    times = overlap_times(results)
+    if NOT_MEASURED in times.values():
         return ""
-    return (f"With `TARVA_SCHEDULER=concurrent` that write takes {beside}. A launch on each of four devices at once takes\n"
-            f"{ratio(four + ', concurrent')} times as long as on one of them, and {ratio(four)} times without that setting.")
+    return ("With `TARVA_SCHEDULER=concurrent` that write takes {beside}. A launch on each of four devices at once takes\n"
+            "{together} times as long as on one of them, and {in_turn} times without that setting.").format(**times)
+
+
+def overlap(results):
+    """What overlaps and what does not, in one sentence."""
+    times = overlap_times(results)
+    if NOT_MEASURED in times.values():
+        return ""
+    return ("One operation runs at a time: beside launches of {launch} on one device, a write of 4 B to another takes "
+            "{waiting}\ninstead of {alone}. With `TARVA_SCHEDULER=concurrent` what shares no memory object and no device "
+            "overlaps: that write takes\n{beside}, and a launch on each of four devices at once {together} times as long as "
+            "on one of them, instead of {in_turn} times.\n").format(**times)
+
+
+def overlap_times(results):
+    text = lookup(results)
+    busy, four = "pthread and basic", "basic and basic and basic and basic"
+    write = "other_device_busy/write/bytes:4"
+    return {"beside": text(f"{busy}, concurrent, free", write), "waiting": text(f"{busy}, free", write),
+            "alone": text(f"{busy}, free", write, "ns_alone"), "launch": text(f"{busy}, free", write, "ns_launch"),
+            **{key: text(f"{place}, all", "all_devices", "ratio_one_device", "{:.2f}".format)
+               for key, place in (("together", f"{four}, concurrent"), ("in_turn", four))}}
 
 
 def over_network(results, server):

@@ -67,6 +67,7 @@ RUNS = [
     *(run("basic basic basic basic", "all", "^all_devices") for run in (pocl, concurrent)),
     *(concurrent("basic", "pinned", measure) for measure in ("^launch/arguments:[08]/",)),
     pocl("basic", "pinned", "^table_growth"),
+    pocl("basic", "all", "^(retain|look_up)"),
     *(busy_waiting(device, processors) for device in ("basic", "pthread") for processors in ("pinned", "free")),
 ]
 
@@ -138,7 +139,7 @@ def publish(measured):
     head = f"Measured on a {measured['machine']}, pinned to one processor:\n\n"
     busy = report.beside_busy_device(results) + "\n" + report.side_by_side(results) + "\n"
     pages = {
-        "README.md": head + report.summary(results, report.SHORT_SUMMARY),
+        "README.md": "\n".join((head + report.summary(results, report.SHORT_SUMMARY), report.overlap(results))),
         "docs/speed.md": "\n".join((head + report.summary(results, report.SUMMARY), report.more(results),
                                     report.waits(results), report.many_threads(results), busy)),
         "docs/guide.md": busy,

@@ -34,7 +34,7 @@ constexpr completion_texts texts = {
 
 device_command::device_command(command_stage stage,
                                std::shared_ptr<physical_ir::physical_operation> physical_operation)
-    : physical_operation_(std::move(physical_operation)), stage_(stage), state_(texts) {}
+    : completion_state(texts), physical_operation_(std::move(physical_operation)), stage_(stage) {}
 
 device_command::~device_command() = default;
 
@@ -48,13 +48,13 @@ library_device& device_command::get_device() const {
 
 // The state goes first: a completion out of order throws, and then nothing above has been told.
 void device_command::set_complete() {
-  state_.set_complete();
+  completion_state::set_complete();
   physical_operation_->device_command_complete();
   report_end();
 }
 
 void device_command::set_error(const std::exception_ptr& error) {
-  if (!state_.set_error(error))
+  if (!completion_state::set_error(error))
     return;
   physical_operation_->set_error(error);
   report_end();
@@ -75,7 +75,7 @@ void device_command::abandon(const std::exception_ptr& error) noexcept {
 }
 
 void device_command::set_elapsed_time(std::uint64_t nanoseconds) {
-  state_.add_elapsed_time(nanoseconds);
+  completion_state::add_elapsed_time(nanoseconds);
   physical_operation_->add_elapsed_time(nanoseconds);
 }
 

@@ -23,7 +23,7 @@ enum class command_stage : std::uint8_t {
 // The unit of execution: what a work dispatcher carries out for one physical operation, to which it reports its end.
 // Made on the thread that starts the operation; once it is handed over, the dispatcher's thread alone drives it: submitted, then
 // complete or failed. No lock of its own.
-class device_command {
+class device_command : private completion_state {
 public:
   virtual ~device_command();
   device_command(const device_command&) = delete;
@@ -44,16 +44,16 @@ public:
 
   // The transitions, for whoever runs the command. The last two report to the physical operation, and then count the command as
   // ended for those who wait for all commands. A second error is dropped.
-  void set_submitted() { state_.set_submitted(); }
+  using completion_state::set_submitted;
   void set_complete();
   void set_error(const std::exception_ptr& error);
   // Ends a command that will never run: marks it as submitted if nobody has, and fails it.
   void abandon(const std::exception_ptr& error) noexcept;
-  bool has_ended() const { return state_.is_complete(); }
+  using completion_state::is_complete;
 
   // A command that is measured runs on a queue of its own kind. Before the command is submitted.
-  void enable_profiling() { state_.enable_profiling(); }
-  bool is_profiling_enabled() const { return state_.is_profiling_enabled(); }
+  using completion_state::enable_profiling;
+  using completion_state::is_profiling_enabled;
   // Before the end is reported; the times of all commands add up in the operations above.
   void set_elapsed_time(std::uint64_t nanoseconds);
 
@@ -65,7 +65,6 @@ private:
 
   const std::shared_ptr<physical_ir::physical_operation> physical_operation_;
   const command_stage stage_;
-  completion_state state_; // last, so that what it says at its end comes before what the level above says
 };
 
 // Work on the host: allocation, freeing, host copies and fills. It runs in its turn among the commands of its device, so that it

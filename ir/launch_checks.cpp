@@ -1,7 +1,10 @@
 #include "ir/launch_checks.h"
 
+#include "memory/device_memory.h"
+#include "memory/host_memory.h"
 #include "memory/library_memory.h"
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -67,8 +70,7 @@ void check_local_size(const nd_range& range, const launch_limits& limits) {
                                text_of(range, range.global_size) + " in every dimension.");
 }
 
-} // namespace
-
+// First of all, since the other checks go by the work dimension.
 void check_work_dimension(const nd_range& range, bool has_global_offset) {
   if (!has_global_offset && range.global_offset != size_triple{})
     throw std::logic_error("OpenCL 1.0 supports an offset of (0,0,0) only.");
@@ -76,17 +78,11 @@ void check_work_dimension(const nd_range& range, bool has_global_offset) {
     throw std::logic_error("Work dimension must be 1, 2, or 3.");
 }
 
+// A device that does not tell the number of parameters judges by itself, as for every limit that is absent.
 void check_argument_count(std::uint64_t count, const launch_limits& limits) {
   if (limits.argument_count && count != *limits.argument_count)
     throw std::logic_error("Kernel must have " + std::to_string(*limits.argument_count) + " arguments, but " +
                            std::to_string(count) + " were provided.");
-}
-
-void check_local_memory(std::uint64_t bytes, const launch_limits& limits) {
-  if (limits.local_memory_bytes && bytes > *limits.local_memory_bytes)
-    throw std::logic_error("Local memory arguments of " + std::to_string(bytes) +
-                           " bytes would overflow the " + std::to_string(*limits.local_memory_bytes) +
-                           " bytes of local memory of the device.");
 }
 
 void check_sizes(const nd_range& range, const launch_limits& limits) {
@@ -101,15 +97,6 @@ void check_sizes(const nd_range& range, const launch_limits& limits) {
                                text_of(range, *fixed) + " that was fixed when the kernel was compiled.");
   check_local_size(range, limits);
 }
-
-nd_range with_fixed_local_size(const nd_range& range, const launch_limits& limits) {
-  nd_range result = range;
-  if (limits.compile_work_group_size && is_zero_everywhere(range, range.local_size))
-    result.local_size = *limits.compile_work_group_size;
-  return result;
-}
-
-namespace {
 
 std::string in_bytes(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " byte" : " bytes");
@@ -152,44 +139,121 @@ std::string wanted(const kernel_parameter& parameter) {
   }
 }
 
-std::string to_string(const argument_place& place) {
-  return "Argument " + std::to_string(place.index) + " of kernel " + place.kernel.get_name();
-}
-
-} // namespace
-
-std::string describe(const kernel_argument_nullptr&) {
+// The argument in words, for a refusal.
+std::string describe(const kernel_argument& argument) {
+  if (const auto* value = std::get_if<kernel_argument_pod_value>(&argument))
+    return std::string("a value of type ") + data_type_name(value->type) + " with " +
+           in_bytes(element_size(value->type));
+  if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument))
+    return "local memory of " + in_bytes(element_size(local->type) * local->num_elements);
+  if (const auto* memory = std::get_if<kernel_argument_typed_library_memory_array>(&argument))
+    return std::string("a memory object of type ") + data_type_name((*memory)->get_type());
   return "a null argument";
 }
 
-std::string describe(const kernel_argument_typed_library_memory_array& memory) {
-  return std::string("a memory object of type ") + data_type_name(memory.get_memory()->get_type());
+// The place of an argument in the set kernel_parameter::accepted.
+std::uint64_t form_of(const kernel_argument& argument) {
+  if (const auto* value = std::get_if<kernel_argument_pod_value>(&argument))
+    return element_size(value->type);
+  return std::holds_alternative<kernel_argument_local_memory>(argument) ? kernel_parameter::local_memory
+                                                                        : kernel_parameter::memory_or_null;
 }
 
-std::string describe(const kernel_argument_local_memory& local) {
-  return "local memory of " + in_bytes(element_size(local.get_type()) * local.get_num_elements());
-}
+// The checks of the arguments, one by one in their order. A launch with many arguments spends much of its own time here.
+class argument_checks {
+public:
+  argument_checks(const library_kernel& kernel, const std::shared_ptr<library_device>& device)
+      : kernel_(kernel), limits_(kernel.get_launch_limits()), device_(device) {}
 
-std::string describe(const kernel_argument_pod_value& value) {
-  return std::string("a value of type ") + data_type_name(value.get_type()) + " with " +
-         in_bytes(element_size(value.get_type()));
-}
+  void check(const kernel_argument& argument) {
+    if (const auto* memory = std::get_if<kernel_argument_typed_library_memory_array>(&argument))
+      check_memory(argument, **memory);
+    else if (const auto* local = std::get_if<kernel_argument_local_memory>(&argument))
+      check_local_memory(argument, *local);
+    else
+      check_form(argument);
+    ++index_;
+  }
 
-void refuse_argument(const argument_place& place, const kernel_parameter& parameter,
-                     const std::string& given) {
-  if (const char* const thing = unservable(parameter.kind))
-    throw std::logic_error(to_string(place) + " is " + thing + ", which no argument can be.");
-  throw std::logic_error(to_string(place) + " must be " + wanted(parameter) + ", but " + given +
-                         " was provided.");
-}
+private:
+  std::string place() const {
+    return "Argument " + std::to_string(index_) + " of kernel " + kernel_.get_name();
+  }
 
-void check_allocation(const argument_place& place, const library_memory& memory,
-                      const launch_limits& limits) {
-  const std::uint64_t bytes = memory.get_size_in_bytes();
-  if (limits.allocation_bytes && bytes > *limits.allocation_bytes)
-    throw std::logic_error(to_string(place) + " is a memory object of " + in_bytes(bytes) +
-                           ", but the device can allocate at most " + in_bytes(*limits.allocation_bytes) +
-                           " for one.");
+  // By what the parameter takes.
+  void check_form(const kernel_argument& argument) const {
+    if (index_ >= limits_.parameters.size())
+      return; // not told
+    const kernel_parameter& parameter = limits_.parameters[index_];
+    if (parameter.accepts(form_of(argument)))
+      return;
+    if (const char* const thing = unservable(parameter.kind))
+      throw std::logic_error(place() + " is " + thing + ", which no argument can be.");
+    throw std::logic_error(place() + " must be " + wanted(parameter) + ", but " + describe(argument) +
+                           " was provided.");
+  }
+
+  void check_elements(const char* kind, std::uint64_t count) const {
+    if (count == 0)
+      throw std::logic_error(std::string(kind) + " argument " + std::to_string(index_) +
+                             " of the kernel must not have 0 elements.");
+  }
+
+  void check_memory(const kernel_argument& argument, library_memory& memory) const {
+    const memory_state& state = memory.get_state();
+    check_form(argument);
+    check_elements("Memory", memory.get_num_elements());
+    if (const auto& block = state.get_host_block())
+      static_cast<void>(block->get_read_pointer(0)); // an allocation that failed left no storage
+    if (!state.is_on(device_))
+      check_allocation(memory);
+  }
+
+  // For a memory object that is not on the device yet.
+  void check_allocation(const library_memory& memory) const {
+    const std::uint64_t bytes = memory.get_size_in_bytes();
+    if (limits_.allocation_bytes && bytes > *limits_.allocation_bytes)
+      throw std::logic_error(place() + " is a memory object of " + in_bytes(bytes) +
+                             ", but the device can allocate at most " + in_bytes(*limits_.allocation_bytes) +
+                             " for one.");
+  }
+
+  // More bytes than can be counted fit on no device.
+  void check_local_memory(const kernel_argument& argument, const kernel_argument_local_memory& local) {
+    check_elements("Local memory", local.num_elements);
+    std::uint64_t bytes = 0;
+    if (__builtin_mul_overflow(element_size(local.type), local.num_elements, &bytes) ||
+        __builtin_add_overflow(local_bytes_, bytes, &local_bytes_))
+      throw std::logic_error(
+          "Local memory arguments of the kernel would overflow what can be counted in bytes.");
+    check_form(argument);
+    if (limits_.local_memory_bytes && local_bytes_ > *limits_.local_memory_bytes)
+      throw std::logic_error("Local memory arguments of " + std::to_string(local_bytes_) +
+                             " bytes would overflow the " + std::to_string(*limits_.local_memory_bytes) +
+                             " bytes of local memory of the device.");
+  }
+
+  const library_kernel& kernel_;
+  const launch_limits& limits_;
+  const std::shared_ptr<library_device>& device_;
+  std::size_t index_ = 0;
+  std::uint64_t local_bytes_ = 0; // so far
+};
+
+} // namespace
+
+nd_range check_launch(const logical_ir::kernel& launch, const std::shared_ptr<library_device>& device) {
+  const launch_limits& limits = launch.kernel_object->get_launch_limits();
+  nd_range range = launch.range;
+  check_work_dimension(range, limits.has_global_offset);
+  if (limits.compile_work_group_size && is_zero_everywhere(range, range.local_size))
+    range.local_size = *limits.compile_work_group_size;
+  check_argument_count(launch.arguments.arguments.size(), limits);
+  argument_checks checks(*launch.kernel_object, device);
+  for (const kernel_argument& argument : launch.arguments.arguments)
+    checks.check(argument);
+  check_sizes(range, limits);
+  return range;
 }
 
 } // namespace oryn::tarva::library

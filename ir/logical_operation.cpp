@@ -39,7 +39,7 @@ constexpr completion_texts texts = {
 
 } // namespace
 
-logical_operation::logical_operation() : state_(texts) {}
+logical_operation::logical_operation(operation_kind kind) : completion_state(texts), kind(kind) {}
 
 logical_operation::~logical_operation() = default;
 
@@ -50,17 +50,17 @@ std::shared_ptr<library_future> logical_operation::get_future() {
 // The last part. The turn is given up before anybody can see that the operation is complete, since the caller may then end it;
 // and the next one is started after that, so that the caller is not kept waiting for work that is not its own.
 void logical_operation::physical_operation_complete() {
-  if (!state_.count_part())
+  if (!count_part())
     return;
   fair_mutex::place* const next = turn_holder_ != nullptr ? turn_holder_->give_up_turn() : nullptr;
-  state_.complete_parts();
+  complete_parts();
   if (next != nullptr)
     next->take_turn();
 }
 
 // The pipe is made here, while a want of memory can still be told.
 void logical_operation::add_device_commands(std::uint64_t count) {
-  static_cast<void>(state_.get_pipe());
+  static_cast<void>(get_pipe());
   running_commands_ += count;
 }
 
@@ -68,7 +68,7 @@ void logical_operation::add_device_commands(std::uint64_t count) {
 // worker that has failed must not fall asleep, either.
 void logical_operation::wait_until_complete() const {
   while (!is_complete()) {
-    state_.get_pipe().wait([this] { return is_complete() || process_has_failed(); });
+    get_pipe().wait([this] { return is_complete() || process_has_failed(); });
     if (process_has_failed() && !is_complete())
       end_process_after_exit_handlers();
   }
@@ -76,7 +76,7 @@ void logical_operation::wait_until_complete() const {
 
 void logical_operation::wake_waiters() const noexcept {
   try {
-    state_.get_pipe().notify();
+    get_pipe().notify();
   } catch (...) {
     // It is closed, so all are awake.
   }
@@ -85,7 +85,7 @@ void logical_operation::wake_waiters() const noexcept {
 // Every command reports its own error before its end, so whoever takes the last one sees the error. Without one
 // nobody waits for the commands.
 void logical_operation::device_commands_ended(std::uint64_t count) {
-  if (running_commands_.fetch_sub(count) == count && state_.has_failed())
+  if (running_commands_.fetch_sub(count) == count && has_failed())
     commands_ended_.notify_all();
 }
 
@@ -133,7 +133,8 @@ copy_tarva_to_tarva::copy_tarva_to_tarva(std::shared_ptr<library_memory> source,
                                          std::shared_ptr<library_memory> destination,
                                          std::uint64_t source_start, std::uint64_t destination_start,
                                          std::uint64_t count)
-    : src_memory_(std::move(source)), dest_memory_(std::move(destination)), src_start_position_(source_start),
+    : logical_operation(operation_kind::copy_tarva_to_tarva), src_memory_(std::move(source)),
+      dest_memory_(std::move(destination)), src_start_position_(source_start),
       dest_start_position_(destination_start), count_(count) {
   if (src_memory_->get_type() != dest_memory_->get_type())
     throw std::logic_error("Cannot copy between memory objects with different types.");
@@ -167,7 +168,8 @@ std::string copy_user_to_tarva::to_string() const {
 
 fill::fill(std::shared_ptr<library_memory> memory, const void* pattern, std::uint64_t start_position,
            std::uint64_t count)
-    : concrete_operation(std::move(memory)), start_position_(start_position), count_(count) {
+    : memory_operation(operation_kind::fill, std::move(memory)), start_position_(start_position),
+      count_(count) {
   const auto* first = static_cast<const std::uint8_t*>(pattern);
   value_.assign(first, first + element_size(get_memory()->get_type()));
 }
@@ -182,12 +184,15 @@ std::string fill::to_string() const {
 
 // With repeats: an object that is two arguments is there twice.
 std::vector<std::shared_ptr<library_memory>> kernel::memory_objects() const {
-  const auto objects = arguments_.get_library_memory_arguments();
-  return {objects.begin(), objects.end()};
+  std::vector<std::shared_ptr<library_memory>> objects;
+  for (const kernel_argument& argument : arguments.arguments)
+    if (const auto* memory = std::get_if<kernel_argument_typed_library_memory_array>(&argument))
+      objects.push_back(*memory);
+  return objects;
 }
 
 std::string kernel::to_string() const {
-  return "kernel: {" + library::to_string(range_) + "}";
+  return "kernel: {" + library::to_string(range) + "}";
 }
 
 } // namespace oryn::tarva::library::logical_ir

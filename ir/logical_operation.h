@@ -23,35 +23,22 @@ class library_memory;
 
 namespace logical_ir {
 
-class allocate_memory;
-class free_memory;
-class fill;
-class kernel;
-class copy_tarva_to_user;
-class copy_user_to_tarva;
-class copy_tarva_to_tarva;
-
-// One function for each kind of logical operation. The lowering is one: a kind that is added does not compile without it.
-class operation_visitor {
-public:
-  virtual ~operation_visitor() = default;
-
-  virtual void visit(const allocate_memory& operation) = 0;
-  virtual void visit(const free_memory& operation) = 0;
-  virtual void visit(const fill& operation) = 0;
-  virtual void visit(const kernel& operation) = 0;
-  virtual void visit(const copy_tarva_to_user& operation) = 0;
-  virtual void visit(const copy_user_to_tarva& operation) = 0;
-  virtual void visit(const copy_tarva_to_tarva& operation) = 0;
-  // For an operation of a class that is not among these.
-  virtual void visit_unknown() = 0;
+// The kinds of logical operation. A switch over them that leaves one out does not compile.
+enum class operation_kind : std::uint8_t {
+  allocate_memory,
+  free_memory,
+  fill,
+  kernel,
+  copy_tarva_to_user,
+  copy_user_to_tarva,
+  copy_tarva_to_tarva,
 };
 
 // What the user asked for, with no decision yet on where or how it runs, and the record of its progress. Made by the thread
 // of a caller, ended by the workers of devices, and asked by any thread: all members are atomic or have locks of their own.
-class logical_operation : public std::enable_shared_from_this<logical_operation> {
+class logical_operation : public completion_state, public std::enable_shared_from_this<logical_operation> {
 public:
-  using visitor = operation_visitor;
+  const operation_kind kind; // of the class below, of which there is one for each
 
   virtual ~logical_operation();
   logical_operation(const logical_operation&) = delete;
@@ -60,26 +47,17 @@ public:
   // The memory objects that the operation names, in argument order, with repeats.
   virtual std::vector<std::shared_ptr<library_memory>> memory_objects() const = 0;
   virtual std::string to_string() const = 0;
-  virtual void accept(visitor& visitor) const { visitor.visit_unknown(); }
 
   std::shared_ptr<library_future> get_future();
-  bool is_complete() const { return state_.is_complete(); }
-  std::exception_ptr get_error() const { return state_.get_error(); }
   // Sleeps until the operation has succeeded or failed. Does not return if a worker has failed for good: then the process
   // ends, at the latest by the thread that waits here.
   void wait_until_complete() const;
   // For a worker that has failed: whoever waits looks again whether there is still something to wait for.
   void wake_waiters() const noexcept;
 
-  // The transitions, in their order; each is allowed once, except that of a second error, which is dropped.
-  void set_physical_operation_count(std::uint64_t count) { state_.set_part_count(count); }
-  void set_submitted() { state_.set_submitted(); }
+  // Its parts are its physical operations.
+  void set_physical_operation_count(std::uint64_t count) { set_part_count(count); }
   void physical_operation_complete();
-  void set_error(const std::exception_ptr& error) { state_.set_error(error); }
-  // Fails an operation that is not going to run, whether or not it was submitted.
-  void refuse(const std::exception_ptr& error) noexcept { state_.refuse(error); }
-  void add_elapsed_time(std::uint64_t nanoseconds) { state_.add_elapsed_time(nanoseconds); }
-  void enable_profiling() { state_.enable_profiling(); }
 
   // Its place in the order in which a scheduler has accepted operations, if several of them may go on at a time; 0 otherwise.
   // Set before the work is handed over.
@@ -106,10 +84,9 @@ public:
   void wait_until_commands_ended();
 
 protected:
-  logical_operation();
+  explicit logical_operation(operation_kind kind);
 
 private:
-  completion_state state_;
   turn_holder* turn_holder_ = nullptr;
   std::uint64_t acceptance_number_ = 0;
   std::atomic<std::uint64_t> running_commands_ = 0;
@@ -132,20 +109,12 @@ private:
   std::shared_ptr<logical_ir::logical_operation> operation_;
 };
 
-// What every concrete operation has, logical or physical: its factory, since it always lives in a shared pointer, and its
-// way to a visitor.
-template <class Self, class Base>
-class concrete_operation : public Base {
-public:
-  using Base::Base;
-
+// Gives a class its factory: operations always live in shared pointers.
+template <class Self>
+struct made_shared {
   template <class... Arguments>
   static std::shared_ptr<Self> create(Arguments&&... arguments) {
     return std::make_shared<Self>(std::forward<Arguments>(arguments)...);
-  }
-
-  void accept(typename Base::visitor& visitor) const override {
-    visitor.visit(static_cast<const Self&>(*this));
   }
 };
 
@@ -156,31 +125,35 @@ namespace logical_ir {
 // On one memory object.
 class memory_operation : public logical_operation {
 public:
-  explicit memory_operation(std::shared_ptr<library_memory> memory) : memory_(std::move(memory)) {}
-
   const std::shared_ptr<library_memory>& get_memory() const { return memory_; }
   std::vector<std::shared_ptr<library_memory>> memory_objects() const override { return {memory_}; }
+
+protected:
+  memory_operation(operation_kind kind, std::shared_ptr<library_memory> memory)
+      : logical_operation(kind), memory_(std::move(memory)) {}
 
 private:
   std::shared_ptr<library_memory> memory_;
 };
 
 // Gives the object its storage, on the host. The object has no content yet.
-class allocate_memory final : public concrete_operation<allocate_memory, memory_operation> {
+class allocate_memory final : public memory_operation, public made_shared<allocate_memory> {
 public:
-  using concrete_operation::concrete_operation;
+  explicit allocate_memory(std::shared_ptr<library_memory> memory)
+      : memory_operation(operation_kind::allocate_memory, std::move(memory)) {}
   std::string to_string() const override;
 };
 
 // Gives up the object's content, wherever it is. Made by the release of the last handle.
-class free_memory final : public concrete_operation<free_memory, memory_operation> {
+class free_memory final : public memory_operation, public made_shared<free_memory> {
 public:
-  using concrete_operation::concrete_operation;
+  explicit free_memory(std::shared_ptr<library_memory> memory)
+      : memory_operation(operation_kind::free_memory, std::move(memory)) {}
   std::string to_string() const override;
 };
 
 // From one object to another, or within one. Neither moves.
-class copy_tarva_to_tarva final : public concrete_operation<copy_tarva_to_tarva, logical_operation> {
+class copy_tarva_to_tarva final : public logical_operation, public made_shared<copy_tarva_to_tarva> {
 public:
   // The two objects must have the same type.
   copy_tarva_to_tarva(std::shared_ptr<library_memory> source, std::shared_ptr<library_memory> destination,
@@ -204,12 +177,12 @@ private:
 };
 
 // A read: into storage of the caller's, who keeps it until the future has been waited for.
-class copy_tarva_to_user final : public concrete_operation<copy_tarva_to_user, memory_operation> {
+class copy_tarva_to_user final : public memory_operation, public made_shared<copy_tarva_to_user> {
 public:
   copy_tarva_to_user(std::shared_ptr<library_memory> memory, std::uint64_t source_start, std::uint64_t count,
                      void* user_ptr)
-      : concrete_operation(std::move(memory)), src_start_position_(source_start), count_(count),
-        user_ptr_(user_ptr) {}
+      : memory_operation(operation_kind::copy_tarva_to_user, std::move(memory)),
+        src_start_position_(source_start), count_(count), user_ptr_(user_ptr) {}
 
   std::uint64_t get_src_start_position() const { return src_start_position_; }
   std::uint64_t get_count() const { return count_; }
@@ -224,12 +197,12 @@ private:
 };
 
 // A write: out of storage of the caller's.
-class copy_user_to_tarva final : public concrete_operation<copy_user_to_tarva, memory_operation> {
+class copy_user_to_tarva final : public memory_operation, public made_shared<copy_user_to_tarva> {
 public:
   copy_user_to_tarva(std::shared_ptr<library_memory> memory, std::uint64_t destination_start,
                      std::uint64_t count, const void* src_ptr)
-      : concrete_operation(std::move(memory)), dest_start_position_(destination_start), count_(count),
-        src_ptr_(src_ptr) {}
+      : memory_operation(operation_kind::copy_user_to_tarva, std::move(memory)),
+        dest_start_position_(destination_start), count_(count), src_ptr_(src_ptr) {}
 
   std::uint64_t get_dest_start_position() const { return dest_start_position_; }
   std::uint64_t get_count() const { return count_; }
@@ -244,7 +217,7 @@ private:
 };
 
 // Writes one element over and over into a range of the object.
-class fill final : public concrete_operation<fill, memory_operation> {
+class fill final : public memory_operation, public made_shared<fill> {
 public:
   // Copies one element of the memory's type from `pattern`.
   fill(std::shared_ptr<library_memory> memory, const void* pattern, std::uint64_t start_position,
@@ -263,23 +236,19 @@ private:
 };
 
 // A launch. The memory objects among its arguments move to the device of the kernel, which is that of its program.
-class kernel final : public concrete_operation<kernel, logical_operation> {
+class kernel final : public logical_operation, public made_shared<kernel> {
 public:
   kernel(std::shared_ptr<library_kernel> kernel_object, kernel_argument_capture arguments,
          const nd_range& range)
-      : kernel_object_(std::move(kernel_object)), arguments_(std::move(arguments)), range_(range) {}
+      : logical_operation(operation_kind::kernel), kernel_object(std::move(kernel_object)),
+        arguments(std::move(arguments)), range(range) {}
 
-  const std::shared_ptr<library_kernel>& get_kernel_object() const { return kernel_object_; }
-  const kernel_argument_capture& get_arguments() const { return arguments_; }
-  const nd_range& get_range() const { return range_; }
+  const std::shared_ptr<library_kernel> kernel_object;
+  const kernel_argument_capture arguments;
+  const nd_range range; // as the caller gave it
 
   std::vector<std::shared_ptr<library_memory>> memory_objects() const override;
   std::string to_string() const override;
-
-private:
-  std::shared_ptr<library_kernel> kernel_object_;
-  kernel_argument_capture arguments_;
-  nd_range range_;
 };
 
 } // namespace logical_ir

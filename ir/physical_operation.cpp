@@ -33,25 +33,27 @@ constexpr completion_texts texts = {
 
 } // namespace
 
-physical_operation::physical_operation(logical_pointer logical_operation, device_pointer device)
-    : logical_operation_(std::move(logical_operation)), device_(std::move(device)), state_(texts) {}
+physical_operation::physical_operation(operation_kind kind, logical_pointer logical_operation,
+                                       device_pointer device)
+    : completion_state(texts), kind(kind), logical_operation_(std::move(logical_operation)),
+      device_(std::move(device)) {}
 
 physical_operation::~physical_operation() = default;
 
 // An error from elsewhere may have come first. The last end is told all the same, and the level above knows what to do.
 void physical_operation::device_command_complete() {
-  if (state_.part_complete() != completion_state::part_outcome::pending)
+  if (part_complete() != part_outcome::pending)
     logical_operation_->physical_operation_complete();
 }
 
 // The first error of any command is that of the whole. Later ones say nothing more.
 void physical_operation::set_error(const std::exception_ptr& error) {
-  if (state_.set_error(error))
+  if (completion_state::set_error(error))
     logical_operation_->set_error(error);
 }
 
 void physical_operation::add_elapsed_time(std::uint64_t nanoseconds) {
-  state_.add_elapsed_time(nanoseconds);
+  completion_state::add_elapsed_time(nanoseconds);
   logical_operation_->add_elapsed_time(nanoseconds);
 }
 
@@ -82,7 +84,7 @@ std::string range_text(const Fill& fill) {
 allocate_device_memory::allocate_device_memory(logical_pointer operation,
                                                std::shared_ptr<device_memory> memory, data_type type,
                                                std::uint64_t count)
-    : concrete_operation(std::move(operation), std::move(memory)) {
+    : block_operation(operation_kind::allocate_device_memory, std::move(operation), std::move(memory)) {
   get_memory()->set_allocation(type, count);
 }
 
@@ -95,7 +97,8 @@ std::string allocate_device_memory::to_string() const {
 allocate_host_memory::allocate_host_memory(logical_pointer operation, device_pointer device,
                                            std::shared_ptr<host_memory> memory, data_type type,
                                            std::uint64_t count)
-    : concrete_operation(std::move(operation), std::move(device), std::move(memory)) {
+    : block_operation(operation_kind::allocate_host_memory, std::move(operation), std::move(device),
+                      std::move(memory)) {
   get_memory()->set_allocation(type, count);
 }
 

@@ -47,44 +47,23 @@ using host_fill = block_fill<host_memory>;
 
 namespace physical_ir {
 
-class allocate_device_memory;
-class allocate_host_memory;
-class free_host_memory;
-class free_device_memory;
-class fill_on_device;
-class fill_on_host;
-class kernel;
-class copy_same_device;
-class copy_host_to_device;
-class copy_device_to_host;
-class copy_host_to_host;
-class convert_endianness_host;
-class convert_endianness_device;
-class synchronize_device_to_device_release;
-class synchronize_device_to_device_acquire;
-
-// One function for each kind of physical operation. The making of device commands is one (opencl/).
-class operation_visitor {
-public:
-  virtual ~operation_visitor() = default;
-
-  virtual void visit(const allocate_device_memory& operation) = 0;
-  virtual void visit(const allocate_host_memory& operation) = 0;
-  virtual void visit(const free_host_memory& operation) = 0;
-  virtual void visit(const free_device_memory& operation) = 0;
-  virtual void visit(const fill_on_device& operation) = 0;
-  virtual void visit(const fill_on_host& operation) = 0;
-  virtual void visit(const kernel& operation) = 0;
-  virtual void visit(const copy_same_device& operation) = 0;
-  virtual void visit(const copy_host_to_device& operation) = 0;
-  virtual void visit(const copy_device_to_host& operation) = 0;
-  virtual void visit(const copy_host_to_host& operation) = 0;
-  virtual void visit(const convert_endianness_host& operation) = 0;
-  virtual void visit(const convert_endianness_device& operation) = 0;
-  virtual void visit(const synchronize_device_to_device_release& operation) = 0;
-  virtual void visit(const synchronize_device_to_device_acquire& operation) = 0;
-  // For an operation of a class that is not among these.
-  virtual void visit_unknown() = 0;
+// The kinds of physical operation. A switch over them that leaves one out does not compile.
+enum class operation_kind : std::uint8_t {
+  allocate_device_memory,
+  allocate_host_memory,
+  free_host_memory,
+  free_device_memory,
+  fill_on_device,
+  fill_on_host,
+  kernel,
+  copy_same_device,
+  copy_host_to_device,
+  copy_device_to_host,
+  copy_host_to_host,
+  convert_endianness_host,
+  convert_endianness_device,
+  synchronize_device_to_device_release,
+  synchronize_device_to_device_acquire,
 };
 
 using logical_pointer = std::shared_ptr<logical_ir::logical_operation>;
@@ -93,37 +72,35 @@ using device_pointer = std::shared_ptr<library_device>;
 // A part of a logical operation whose place is decided. Counts its device commands down and passes completion, errors and
 // times on to its logical operation. Made on the thread that starts the operation, ended on that which runs its
 // commands; no lock of its own.
-class physical_operation {
+class physical_operation : private completion_state {
 public:
-  using visitor = operation_visitor;
+  const operation_kind kind; // of the class below, of which there is one for each
 
   virtual ~physical_operation();
   physical_operation(const physical_operation&) = delete;
   physical_operation& operator=(const physical_operation&) = delete;
 
   virtual std::string to_string() const = 0;
-  virtual void accept(visitor& visitor) const { visitor.visit_unknown(); }
 
   // The device whose dispatcher runs it, also for work on host memory. Never changes.
   const device_pointer& get_device() const { return device_; }
   const logical_pointer& get_logical_operation() const { return logical_operation_; }
-  bool has_succeeded() const { return state_.has_succeeded(); }
+  using completion_state::has_succeeded;
 
   // Counted and submitted before any of its commands is handed over; after that the commands report here.
-  void set_device_command_count(std::uint64_t count) { state_.set_part_count(count); }
-  void set_submitted() { state_.set_submitted(); }
+  void set_device_command_count(std::uint64_t count) { set_part_count(count); }
+  using completion_state::set_submitted;
   void device_command_complete();
   void set_error(const std::exception_ptr& error);
   void add_elapsed_time(std::uint64_t nanoseconds);
-  void enable_profiling() { state_.enable_profiling(); }
+  using completion_state::enable_profiling;
 
 protected:
-  physical_operation(logical_pointer logical_operation, device_pointer device);
+  physical_operation(operation_kind kind, logical_pointer logical_operation, device_pointer device);
 
 private:
   const logical_pointer logical_operation_;
   const device_pointer device_;
-  completion_state state_; // last, so that what it says at its end comes before what the level above says
 };
 
 // The fifteen kinds. `create` takes the logical operation first, then the device where a class takes one, then the fields
@@ -136,10 +113,11 @@ public:
   const std::shared_ptr<Memory>& get_memory() const { return memory_; }
 
 protected:
-  block_operation(logical_pointer operation, device_pointer device, std::shared_ptr<Memory> memory)
-      : physical_operation(std::move(operation), std::move(device)), memory_(std::move(memory)) {}
-  block_operation(logical_pointer operation, std::shared_ptr<Memory> memory)
-      : physical_operation(std::move(operation), memory->get_device()), memory_(std::move(memory)) {}
+  block_operation(operation_kind kind, logical_pointer operation, device_pointer device,
+                  std::shared_ptr<Memory> memory)
+      : physical_operation(kind, std::move(operation), std::move(device)), memory_(std::move(memory)) {}
+  block_operation(operation_kind kind, logical_pointer operation, std::shared_ptr<Memory> memory)
+      : physical_operation(kind, std::move(operation), memory->get_device()), memory_(std::move(memory)) {}
 
 private:
   std::shared_ptr<Memory> memory_;
@@ -147,16 +125,16 @@ private:
 
 // What comes after an allocation in a graph must know the shape of the block, so it is set when the operation is made; the
 // storage comes into being when it runs.
-class allocate_device_memory final
-    : public concrete_operation<allocate_device_memory, block_operation<device_memory>> {
+class allocate_device_memory final : public block_operation<device_memory>,
+                                     public made_shared<allocate_device_memory> {
 public:
   allocate_device_memory(logical_pointer operation, std::shared_ptr<device_memory> memory, data_type type,
                          std::uint64_t count);
   std::string to_string() const override;
 };
 
-class allocate_host_memory final
-    : public concrete_operation<allocate_host_memory, block_operation<host_memory>> {
+class allocate_host_memory final : public block_operation<host_memory>,
+                                   public made_shared<allocate_host_memory> {
 public:
   allocate_host_memory(logical_pointer operation, device_pointer device, std::shared_ptr<host_memory> memory,
                        data_type type, std::uint64_t count);
@@ -180,40 +158,43 @@ private:
 };
 
 // The end of a memory object on a device, or of the block that it has left.
-class free_device_memory final
-    : public concrete_operation<free_device_memory, free_operation<device_memory>> {
+class free_device_memory final : public free_operation<device_memory>,
+                                 public made_shared<free_device_memory> {
 public:
   free_device_memory(logical_pointer operation, std::shared_ptr<device_memory> memory,
                      std::shared_ptr<physical_operation> mover = {})
-      : concrete_operation(std::move(mover), std::move(operation), std::move(memory)) {}
+      : free_operation(std::move(mover), operation_kind::free_device_memory, std::move(operation),
+                       std::move(memory)) {}
   std::string to_string() const override;
 };
 
 // The same on the host; also the end of staging.
-class free_host_memory final : public concrete_operation<free_host_memory, free_operation<host_memory>> {
+class free_host_memory final : public free_operation<host_memory>, public made_shared<free_host_memory> {
 public:
   free_host_memory(logical_pointer operation, device_pointer device, std::shared_ptr<host_memory> memory,
                    std::shared_ptr<physical_operation> mover = {})
-      : concrete_operation(std::move(mover), std::move(operation), std::move(device), std::move(memory)) {}
+      : free_operation(std::move(mover), operation_kind::free_host_memory, std::move(operation),
+                       std::move(device), std::move(memory)) {}
   std::string to_string() const override;
 };
 
 // Reverses the byte order of all that is in a block on a device. No OpenCL command does that, so it goes through the host.
-class convert_endianness_device final
-    : public concrete_operation<convert_endianness_device, block_operation<device_memory>> {
+class convert_endianness_device final : public block_operation<device_memory>,
+                                        public made_shared<convert_endianness_device> {
 public:
   convert_endianness_device(logical_pointer operation, std::shared_ptr<device_memory> memory)
-      : concrete_operation(std::move(operation), std::move(memory)) {}
+      : block_operation(operation_kind::convert_endianness_device, std::move(operation), std::move(memory)) {}
   std::string to_string() const override;
 };
 
 // The same in a block on the host, in place: what a launch does before it copies content to a device of the other byte order.
-class convert_endianness_host final
-    : public concrete_operation<convert_endianness_host, block_operation<host_memory>> {
+class convert_endianness_host final : public block_operation<host_memory>,
+                                      public made_shared<convert_endianness_host> {
 public:
   convert_endianness_host(logical_pointer operation, device_pointer device,
                           std::shared_ptr<host_memory> memory)
-      : concrete_operation(std::move(operation), std::move(device), std::move(memory)) {}
+      : block_operation(operation_kind::convert_endianness_host, std::move(operation), std::move(device),
+                        std::move(memory)) {}
   std::string to_string() const override;
 };
 
@@ -236,12 +217,15 @@ public:
   }
 
 protected:
-  copy_operation(const char* head, logical_pointer operation, device_pointer device,
+  copy_operation(operation_kind kind, const char* head, logical_pointer operation, device_pointer device,
                  block_copy<Source, Destination> copy)
-      : physical_operation(std::move(operation), std::move(device)), head_(head), copy_(std::move(copy)) {}
+      : physical_operation(kind, std::move(operation), std::move(device)), head_(head),
+        copy_(std::move(copy)) {}
   // On the device of the block that is on one.
-  copy_operation(const char* head, logical_pointer operation, block_copy<Source, Destination> copy)
-      : physical_operation(std::move(operation), device_of(copy)), head_(head), copy_(std::move(copy)) {}
+  copy_operation(operation_kind kind, const char* head, logical_pointer operation,
+                 block_copy<Source, Destination> copy)
+      : physical_operation(kind, std::move(operation), device_of(copy)), head_(head), copy_(std::move(copy)) {
+  }
 
 private:
   static const device_pointer& device_of(const block_copy<Source, Destination>& copy) {
@@ -256,36 +240,39 @@ private:
 };
 
 // A read by the user, or the way into staging.
-class copy_device_to_host final
-    : public concrete_operation<copy_device_to_host, copy_operation<device_memory, host_memory>> {
+class copy_device_to_host final : public copy_operation<device_memory, host_memory>,
+                                  public made_shared<copy_device_to_host> {
 public:
   copy_device_to_host(logical_pointer operation, device_to_host_copy copy)
-      : concrete_operation("copy_device_to_host: {", std::move(operation), std::move(copy)) {}
+      : copy_operation(operation_kind::copy_device_to_host, "copy_device_to_host: {", std::move(operation),
+                       std::move(copy)) {}
 };
 
 // A write by the user, or the arrival of content on the device of a launch.
-class copy_host_to_device final
-    : public concrete_operation<copy_host_to_device, copy_operation<host_memory, device_memory>> {
+class copy_host_to_device final : public copy_operation<host_memory, device_memory>,
+                                  public made_shared<copy_host_to_device> {
 public:
   copy_host_to_device(logical_pointer operation, host_to_device_copy copy)
-      : concrete_operation("copy_host_to_device: {", std::move(operation), std::move(copy)) {}
+      : copy_operation(operation_kind::copy_host_to_device, "copy_host_to_device: {", std::move(operation),
+                       std::move(copy)) {}
 };
 
 // Between two blocks of one device, or within one.
-class copy_same_device final
-    : public concrete_operation<copy_same_device, copy_operation<device_memory, device_memory>> {
+class copy_same_device final : public copy_operation<device_memory, device_memory>,
+                               public made_shared<copy_same_device> {
 public:
   copy_same_device(logical_pointer operation, device_copy copy)
-      : concrete_operation("copy_same_device: {", std::move(operation), std::move(copy)) {}
+      : copy_operation(operation_kind::copy_same_device, "copy_same_device: {", std::move(operation),
+                       std::move(copy)) {}
 };
 
 // Without OpenCL: the device only lends its thread.
-class copy_host_to_host final
-    : public concrete_operation<copy_host_to_host, copy_operation<host_memory, host_memory>> {
+class copy_host_to_host final : public copy_operation<host_memory, host_memory>,
+                                public made_shared<copy_host_to_host> {
 public:
   copy_host_to_host(logical_pointer operation, device_pointer device, host_copy copy)
-      : concrete_operation("copy_host_to_host: {", std::move(operation), std::move(device), std::move(copy)) {
-  }
+      : copy_operation(operation_kind::copy_host_to_host, "copy_host_to_host: {", std::move(operation),
+                       std::move(device), std::move(copy)) {}
 };
 
 // Writes one element's bytes into a range of a block, again and again. On the host the bytes have the order of the block; for a
@@ -300,46 +287,45 @@ public:
   std::uint64_t get_count() const { return fill_.count; }
 
 protected:
-  fill_operation(logical_pointer operation, device_pointer device, block_fill<Memory> fill)
-      : physical_operation(std::move(operation), std::move(device)), fill_(std::move(fill)) {}
-  fill_operation(logical_pointer operation, block_fill<Memory> fill)
-      : physical_operation(std::move(operation), fill.memory->get_device()), fill_(std::move(fill)) {}
+  fill_operation(operation_kind kind, logical_pointer operation, device_pointer device,
+                 block_fill<Memory> fill)
+      : physical_operation(kind, std::move(operation), std::move(device)), fill_(std::move(fill)) {}
+  fill_operation(operation_kind kind, logical_pointer operation, block_fill<Memory> fill)
+      : physical_operation(kind, std::move(operation), fill.memory->get_device()), fill_(std::move(fill)) {}
 
 private:
   block_fill<Memory> fill_;
 };
 
-class fill_on_device final : public concrete_operation<fill_on_device, fill_operation<device_memory>> {
+class fill_on_device final : public fill_operation<device_memory>, public made_shared<fill_on_device> {
 public:
   fill_on_device(logical_pointer operation, device_fill fill)
-      : concrete_operation(std::move(operation), std::move(fill)) {}
+      : fill_operation(operation_kind::fill_on_device, std::move(operation), std::move(fill)) {}
   std::string to_string() const override;
 };
 
-class fill_on_host final : public concrete_operation<fill_on_host, fill_operation<host_memory>> {
+class fill_on_host final : public fill_operation<host_memory>, public made_shared<fill_on_host> {
 public:
   fill_on_host(logical_pointer operation, device_pointer device, host_fill fill)
-      : concrete_operation(std::move(operation), std::move(device), std::move(fill)) {}
+      : fill_operation(operation_kind::fill_on_host, std::move(operation), std::move(device),
+                       std::move(fill)) {}
   std::string to_string() const override;
 };
 
 // The launch itself, when all content has arrived: its arguments are blocks, and its range is as it will be told to OpenCL.
-class kernel final : public concrete_operation<kernel, physical_operation> {
+class kernel final : public physical_operation, public made_shared<kernel> {
 public:
-  kernel(logical_pointer operation, device_pointer device, std::shared_ptr<library_kernel> kernel_object,
-         kernel_argument_capture arguments, const nd_range& range)
-      : concrete_operation(std::move(operation), std::move(device)), kernel_object_(std::move(kernel_object)),
-        arguments_(std::move(arguments)), range_(range) {}
+  // `launch` is what `operation` points to.
+  kernel(logical_pointer operation, device_pointer device, const logical_ir::kernel& launch,
+         const nd_range& range, std::vector<kernel_argument_typed_device_memory_array> blocks)
+      : physical_operation(operation_kind::kernel, std::move(operation), std::move(device)), launch(launch),
+        range(range), blocks(std::move(blocks)) {}
 
-  const std::shared_ptr<library_kernel>& get_kernel_object() const { return kernel_object_; }
-  const kernel_argument_capture& get_arguments() const { return arguments_; }
-  const nd_range& get_range() const { return range_; }
+  const logical_ir::kernel& launch; // the kernel object and the arguments
+  const nd_range range;
+  const std::vector<kernel_argument_typed_device_memory_array>
+      blocks; // one for each memory argument, in order
   std::string to_string() const override;
-
-private:
-  std::shared_ptr<library_kernel> kernel_object_;
-  kernel_argument_capture arguments_;
-  nd_range range_;
 };
 
 // One side of a hand-over between two devices. A pair with equal fields belongs together.
@@ -351,10 +337,10 @@ public:
   std::string to_string() const override;
 
 protected:
-  synchronization_operation(const char* head, logical_pointer operation, const device_pointer& device,
-                            device_pointer release_device, device_pointer acquire_device,
-                            std::uint64_t sync_id)
-      : physical_operation(std::move(operation), device), head_(head),
+  synchronization_operation(operation_kind kind, const char* head, logical_pointer operation,
+                            const device_pointer& device, device_pointer release_device,
+                            device_pointer acquire_device, std::uint64_t sync_id)
+      : physical_operation(kind, std::move(operation), device), head_(head),
         release_device_(std::move(release_device)), acquire_device_(std::move(acquire_device)),
         sync_id_(sync_id) {}
 
@@ -366,23 +352,25 @@ private:
 };
 
 // On the device that waits.
-class synchronize_device_to_device_acquire final
-    : public concrete_operation<synchronize_device_to_device_acquire, synchronization_operation> {
+class synchronize_device_to_device_acquire final : public synchronization_operation,
+                                                   public made_shared<synchronize_device_to_device_acquire> {
 public:
   synchronize_device_to_device_acquire(logical_pointer operation, const device_pointer& release_device,
                                        const device_pointer& acquire_device, std::uint64_t sync_id)
-      : concrete_operation("synchronize_device_to_device_acquire: {", std::move(operation), acquire_device,
-                           release_device, acquire_device, sync_id) {}
+      : synchronization_operation(operation_kind::synchronize_device_to_device_acquire,
+                                  "synchronize_device_to_device_acquire: {", std::move(operation),
+                                  acquire_device, release_device, acquire_device, sync_id) {}
 };
 
 // On the device that is waited for. The acquire's graph never has an edge to this one's.
-class synchronize_device_to_device_release final
-    : public concrete_operation<synchronize_device_to_device_release, synchronization_operation> {
+class synchronize_device_to_device_release final : public synchronization_operation,
+                                                   public made_shared<synchronize_device_to_device_release> {
 public:
   synchronize_device_to_device_release(logical_pointer operation, const device_pointer& release_device,
                                        const device_pointer& acquire_device, std::uint64_t sync_id)
-      : concrete_operation("synchronize_device_to_device_release: {", std::move(operation), release_device,
-                           release_device, acquire_device, sync_id) {}
+      : synchronization_operation(operation_kind::synchronize_device_to_device_release,
+                                  "synchronize_device_to_device_release: {", std::move(operation),
+                                  release_device, release_device, acquire_device, sync_id) {}
 };
 
 } // namespace physical_ir

@@ -4,6 +4,7 @@
 #include "properties/property_value.h"
 
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 namespace oryn::tarva::library {
@@ -16,6 +17,12 @@ std::uint64_t library_memory::get_size_in_bytes() const {
   constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
   const std::uint64_t size = element_size(type_);
   return num_elements_ > largest / size ? largest : size * num_elements_;
+}
+
+memory_state& library_memory::get_state() {
+  if (!entry_.memory)
+    throw std::logic_error("Could not find the last memory state in the tracking table.");
+  return entry_.state;
 }
 
 // Few properties without versions: they need no catalogue, as those of devices do.

@@ -29,6 +29,8 @@ public:
 
   // For the scheduler alone, which says who may use it when.
   memory_entry& get_scheduler_entry() { return entry_; }
+  // Of an object that is in the table of the scheduler; an error if it is not.
+  memory_state& get_state();
 
 private:
   std::uint64_t identifier_;

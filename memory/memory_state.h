@@ -2,13 +2,13 @@
 #pragma once
 
 #include "base/fair_mutex.h"
+#include "memory/device_memory.h"
 
 #include <memory>
 #include <utility>
 
 namespace oryn::tarva::library {
 
-class device_memory;
 class host_memory;
 class library_memory;
 
@@ -38,6 +38,9 @@ public:
 
   bool is_on_host() const { return host_block_ != nullptr; }
   bool is_on_device() const { return device_block_ != nullptr; }
+  bool is_on(const std::shared_ptr<library_device>& device) const {
+    return device_block_ && device_block_->get_device() == device;
+  }
   bool is_between_devices() const { return is_between_devices_; }
   const std::shared_ptr<host_memory>& get_host_block() const { return host_block_; }
   const std::shared_ptr<device_memory>& get_device_block() const { return device_block_; }

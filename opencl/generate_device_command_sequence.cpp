@@ -10,70 +10,92 @@ namespace oryn::tarva::library::device_ir::opencl {
 namespace {
 
 // What each kind of physical operation becomes. The work of a host function call is a lambda that shares the blocks it needs.
-class command_generator final : public physical_ir::operation_visitor {
+class command_generator {
 public:
   using sequence = std::vector<std::shared_ptr<device_command>>;
 
   command_generator(const std::shared_ptr<physical_ir::physical_operation>& operation, opencl_queues& queues)
       : operation_(operation), queues_(queues) {}
 
-  sequence take() { return std::move(sequence_); }
-
-  void visit(const physical_ir::allocate_device_memory& operation) override {
-    allocate(operation.get_memory());
+  sequence generate() {
+    using kind = physical_ir::operation_kind;
+    switch (operation_->kind) {
+    case kind::allocate_device_memory:
+      allocate(as<physical_ir::allocate_device_memory>().get_memory());
+      break;
+    case kind::allocate_host_memory:
+      allocate(as<physical_ir::allocate_host_memory>().get_memory());
+      break;
+    case kind::free_device_memory:
+      free(as<physical_ir::free_device_memory>());
+      break;
+    case kind::free_host_memory:
+      free(as<physical_ir::free_host_memory>());
+      break;
+    case kind::fill_on_device:
+      add_fill(as<physical_ir::fill_on_device>().get_fill());
+      break;
+    case kind::fill_on_host:
+      add_host_work([fill = as<physical_ir::fill_on_host>().get_fill()](const auto&) {
+        fill.memory->fill(fill.value, fill.start, fill.count);
+      });
+      break;
+    case kind::kernel:
+      add_launch(as<physical_ir::kernel>());
+      break;
+    case kind::copy_same_device:
+      add_copy(as<physical_ir::copy_same_device>().get_copy());
+      break;
+    case kind::copy_host_to_device:
+      add_copy(as<physical_ir::copy_host_to_device>().get_copy());
+      break;
+    case kind::copy_device_to_host:
+      add_copy(as<physical_ir::copy_device_to_host>().get_copy());
+      break;
+    case kind::copy_host_to_host:
+      add_host_work([copy = as<physical_ir::copy_host_to_host>().get_copy()](const auto&) {
+        copy.source->copy_to(copy.destination, copy.source_start, copy.destination_start, copy.count);
+      });
+      break;
+    case kind::convert_endianness_host:
+      add_host_work([memory = as<physical_ir::convert_endianness_host>().get_memory()](const auto&) {
+        memory->convert_endianness();
+      });
+      break;
+    case kind::convert_endianness_device:
+      add_staged_conversion(as<physical_ir::convert_endianness_device>().get_memory());
+      break;
+    case kind::synchronize_device_to_device_release:
+      add_synchronization<synchronization_release>(as<physical_ir::synchronize_device_to_device_release>());
+      break;
+    case kind::synchronize_device_to_device_acquire:
+      add_synchronization<synchronization_acquire>(as<physical_ir::synchronize_device_to_device_acquire>());
+      break;
+    }
+    return std::move(sequence_);
   }
-  void visit(const physical_ir::allocate_host_memory& operation) override {
-    allocate(operation.get_memory());
-  }
-  void visit(const physical_ir::free_device_memory& operation) override { free(operation); }
-  void visit(const physical_ir::free_host_memory& operation) override { free(operation); }
-
-  void visit(const physical_ir::fill_on_device& operation) override {
-    if (auto command = queues_.make_fill(operation_, operation.get_fill()))
-      add(std::move(command));
-    else
-      add_staged_fill(operation.get_fill());
-  }
-  void visit(const physical_ir::fill_on_host& operation) override {
-    add_host_work([fill = operation.get_fill()](const auto&) {
-      fill.memory->fill(fill.value, fill.start, fill.count);
-    });
-  }
-
-  void visit(const physical_ir::kernel& operation) override {
-    add(operation.get_kernel_object()->make_launch_command(operation_, operation));
-  }
-
-  void visit(const physical_ir::copy_same_device& operation) override { add_copy(operation.get_copy()); }
-  void visit(const physical_ir::copy_host_to_device& operation) override { add_copy(operation.get_copy()); }
-  void visit(const physical_ir::copy_device_to_host& operation) override { add_copy(operation.get_copy()); }
-  void visit(const physical_ir::copy_host_to_host& operation) override {
-    add_host_work([copy = operation.get_copy()](const auto&) {
-      copy.source->copy_to(copy.destination, copy.source_start, copy.destination_start, copy.count);
-    });
-  }
-
-  void visit(const physical_ir::convert_endianness_host& operation) override {
-    add_host_work([memory = operation.get_memory()](const auto&) { memory->convert_endianness(); });
-  }
-  void visit(const physical_ir::convert_endianness_device& operation) override {
-    add_staged_conversion(operation.get_memory());
-  }
-
-  void visit(const physical_ir::synchronize_device_to_device_release& operation) override {
-    add_synchronization<synchronization_release>(operation);
-  }
-  void visit(const physical_ir::synchronize_device_to_device_acquire& operation) override {
-    add_synchronization<synchronization_acquire>(operation);
-  }
-
-  void visit_unknown() override { throw std::logic_error("Unknown physical IR node type."); }
 
 private:
+  template <class Operation>
+  const Operation& as() const {
+    return static_cast<const Operation&>(*operation_);
+  }
+
   void add(std::shared_ptr<device_command> command) { sequence_.push_back(std::move(command)); }
 
   void add_host_work(host_function_call::function work) {
     add(host_function_call::create(operation_, std::move(work)));
+  }
+
+  void add_launch(const physical_ir::kernel& operation) {
+    add(operation.launch.kernel_object->make_launch_command(operation_, operation));
+  }
+
+  void add_fill(const device_fill& fill) {
+    if (auto command = queues_.make_fill(operation_, fill))
+      add(std::move(command));
+    else
+      add_staged_fill(fill);
   }
 
   template <class Copy>
@@ -145,12 +167,9 @@ private:
 std::vector<std::shared_ptr<device_command>>
 generate_device_command_sequence(const std::shared_ptr<physical_ir::physical_operation>& operation,
                                  opencl_queues& queues) {
-  command_generator generator(operation, queues);
-  if (operation)
-    operation->accept(generator);
-  else
-    generator.visit_unknown();
-  return generator.take();
+  if (!operation)
+    throw std::logic_error("Unknown physical IR node type.");
+  return command_generator(operation, queues).generate();
 }
 
 } // namespace oryn::tarva::library::device_ir::opencl

@@ -161,7 +161,7 @@ public:
                   const opencl_version_kernel<V>& kernel)
       : opencl_version_command<V>(std::move(operation), queues), launch_(launch), kernel_(kernel) {}
   std::string to_string() const override {
-    return this->class_text("nd_range_kernel") + library::to_string(launch_.get_range()) + "}";
+    return this->class_text("nd_range_kernel") + library::to_string(launch_.range) + "}";
   }
   void enqueue() override;
 

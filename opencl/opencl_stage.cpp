@@ -10,7 +10,7 @@ namespace {
 // woken by it finds no OpenCL event of the command left.
 void end(opencl_device_command& command, const std::exception_ptr& unfinished) {
   if (!command.has_event()) {
-    if (!command.has_ended()) // it was not enqueued because it has nothing to do
+    if (!command.is_complete()) // it was not enqueued because it has nothing to do
       command.set_complete();
     return;
   }

@@ -77,7 +77,7 @@ void lowering::settle_after_failure() noexcept {
   free_block(freed_);
   for (const block_move& move : moves_) {
     try {
-      move.settle_after_failure(table_);
+      move.settle_after_failure();
     } catch (const std::exception& error) {
       log_error("Could not settle a memory object after a failed operation: {}", error.what());
     }
@@ -89,12 +89,33 @@ void lowering::withdraw_allocation() {
     free_block(table_.remove(allocated_));
 }
 
-void lowering::visit_unknown() {
-  throw std::logic_error("Logical operation not recognized by the scheduler.");
+template <class Operation>
+void lowering::lower_as() {
+  lower(static_cast<const Operation&>(*operation_));
+}
+
+void lowering::lower() {
+  using kind = logical_ir::operation_kind;
+  switch (operation_->kind) {
+  case kind::allocate_memory:
+    return lower_as<logical_ir::allocate_memory>();
+  case kind::free_memory:
+    return lower_as<logical_ir::free_memory>();
+  case kind::fill:
+    return lower_as<logical_ir::fill>();
+  case kind::kernel:
+    return lower_as<logical_ir::kernel>();
+  case kind::copy_tarva_to_user:
+    return lower_as<logical_ir::copy_tarva_to_user>();
+  case kind::copy_user_to_tarva:
+    return lower_as<logical_ir::copy_user_to_tarva>();
+  case kind::copy_tarva_to_tarva:
+    return lower_as<logical_ir::copy_tarva_to_tarva>();
+  }
 }
 
 // Whether there is so much memory is found out when the work runs; what no process could hold is refused at once.
-void lowering::visit(const logical_ir::allocate_memory& operation) {
+void lowering::lower(const logical_ir::allocate_memory& operation) {
   const auto& memory = operation.get_memory();
   if (exceeds_address_space(memory->get_type(), memory->get_num_elements()))
     throw std::logic_error("Memory allocation of " + std::to_string(memory->get_num_elements()) +
@@ -107,8 +128,8 @@ void lowering::visit(const logical_ir::allocate_memory& operation) {
 }
 
 // The object leaves the table now. Should its work fail, `freed_` still has the block.
-void lowering::visit(const logical_ir::free_memory& operation) {
-  const memory_state& state = table_.find(operation.get_memory());
+void lowering::lower(const logical_ir::free_memory& operation) {
+  const memory_state& state = operation.get_memory()->get_state();
   if (state.is_on_device())
     add<physical_ir::free_device_memory>(state.get_device_block());
   else if (state.get_host_block()->has_storage())
@@ -119,8 +140,8 @@ void lowering::visit(const logical_ir::free_memory& operation) {
 
 // Where the content is decides the form of what follows; the object stays there.
 
-void lowering::visit(const logical_ir::fill& operation) {
-  const memory_state& state = table_.find(operation.get_memory());
+void lowering::lower(const logical_ir::fill& operation) {
+  const memory_state& state = operation.get_memory()->get_state();
   check_fill(operation.get_value(), operation.get_start_position(), operation.get_count(),
              shape_of(*operation.get_memory()));
   if (operation.get_count() == 0)
@@ -137,9 +158,9 @@ void lowering::visit(const logical_ir::fill& operation) {
   }
 }
 
-void lowering::visit(const logical_ir::copy_tarva_to_user& operation) {
+void lowering::lower(const logical_ir::copy_tarva_to_user& operation) {
   const auto& memory = operation.get_memory();
-  const memory_state& state = table_.find(memory);
+  const memory_state& state = memory->get_state();
   const std::uint64_t start = operation.get_src_start_position();
   const std::uint64_t count = operation.get_count();
   refusal_ = check_user_copy(*memory, start, count, state.is_on_host(), true);
@@ -154,9 +175,9 @@ void lowering::visit(const logical_ir::copy_tarva_to_user& operation) {
         device_to_host_copy{state.get_device_block(), start, users, 0, count});
 }
 
-void lowering::visit(const logical_ir::copy_user_to_tarva& operation) {
+void lowering::lower(const logical_ir::copy_user_to_tarva& operation) {
   const auto& memory = operation.get_memory();
-  const memory_state& state = table_.find(memory);
+  const memory_state& state = memory->get_state();
   const std::uint64_t start = operation.get_dest_start_position();
   const std::uint64_t count = operation.get_count();
   refusal_ = check_user_copy(*memory, start, count, state.is_on_host(), false);
@@ -171,9 +192,9 @@ void lowering::visit(const logical_ir::copy_user_to_tarva& operation) {
         host_to_device_copy{users, 0, state.get_device_block(), start, count});
 }
 
-void lowering::visit(const logical_ir::copy_tarva_to_tarva& operation) {
-  const memory_state& source = table_.find(operation.get_src_memory());
-  const memory_state& destination = table_.find(operation.get_dest_memory());
+void lowering::lower(const logical_ir::copy_tarva_to_tarva& operation) {
+  const memory_state& source = operation.get_src_memory()->get_state();
+  const memory_state& destination = operation.get_dest_memory()->get_state();
   check_copy(operation, source.is_on_host() && destination.is_on_host());
   const std::uint64_t from = operation.get_src_start_position();
   const std::uint64_t to = operation.get_dest_start_position();

@@ -19,7 +19,7 @@ namespace oryn::tarva::library {
 //
 // Lives for one operation, as long as the scheduler lets this operation alone use its memory objects, and with no work of
 // theirs in flight. It keeps what it takes to put the table right if the work fails.
-class lowering final : public logical_ir::operation_visitor {
+class lowering {
 public:
   // Refers to all four for as long as it lives.
   lowering(const std::shared_ptr<logical_ir::logical_operation>& operation,
@@ -29,6 +29,8 @@ public:
   lowering(std::shared_ptr<logical_ir::logical_operation>&&, const std::shared_ptr<library_device>&,
            memory_table&, std::atomic<std::uint64_t>&) = delete;
 
+  // Makes the graph; once.
+  void lower();
   // Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
   const physical_graph& get_graph() const { return graph_; }
   std::exception_ptr get_refusal() const { return refusal_; }
@@ -40,17 +42,18 @@ public:
   // After a failure that the caller is told of: no handle will be made for what the operation was to allocate.
   void withdraw_allocation();
 
-  void visit(const logical_ir::allocate_memory& operation) override;
-  void visit(const logical_ir::free_memory& operation) override;
-  void visit(const logical_ir::fill& operation) override;
-  void visit(const logical_ir::kernel& operation) override;
-  void visit(const logical_ir::copy_tarva_to_user& operation) override;
-  void visit(const logical_ir::copy_user_to_tarva& operation) override;
-  void visit(const logical_ir::copy_tarva_to_tarva& operation) override;
-  void visit_unknown() override;
-
 private:
   using physical_pointer = std::shared_ptr<physical_ir::physical_operation>;
+
+  template <class Operation>
+  void lower_as();
+  void lower(const logical_ir::allocate_memory& operation);
+  void lower(const logical_ir::free_memory& operation);
+  void lower(const logical_ir::fill& operation);
+  void lower(const logical_ir::kernel& operation);
+  void lower(const logical_ir::copy_tarva_to_user& operation);
+  void lower(const logical_ir::copy_user_to_tarva& operation);
+  void lower(const logical_ir::copy_tarva_to_tarva& operation);
 
   template <class Operation, class... Arguments>
   std::shared_ptr<Operation> add(Arguments&&... arguments) {
@@ -70,14 +73,6 @@ private:
   void copy_between_devices(const memory_state& source, const memory_state& destination,
                             const logical_ir::copy_tarva_to_tarva& operation);
 
-  // A memory object among the arguments of a launch.
-  struct used_object {
-    const std::shared_ptr<library_memory>& memory;
-    memory_state& state;
-  };
-  // In argument order, with repeats.
-  std::vector<used_object> check_launch(const logical_ir::kernel& operation,
-                                        const std::shared_ptr<library_device>& device, const nd_range& range);
   physical_pointer move_to(const std::shared_ptr<library_device>& device,
                            const std::shared_ptr<library_memory>& memory, memory_state& state);
   physical_pointer move_from_host(const std::shared_ptr<library_device>& device,

@@ -32,13 +32,6 @@ memory_state& memory_table::add(const std::shared_ptr<library_memory>& memory) {
   return entry.state;
 }
 
-memory_state& memory_table::find(const std::shared_ptr<library_memory>& memory) {
-  memory_entry& entry = memory->get_scheduler_entry();
-  if (!entry.memory)
-    throw std::logic_error("Could not find the last memory state in the tracking table.");
-  return entry.state;
-}
-
 memory_state memory_table::remove(const std::shared_ptr<library_memory>& memory) {
   memory_entry& entry = memory->get_scheduler_entry();
   if (!entry.memory)
@@ -78,14 +71,14 @@ void free_block(const memory_state& state) {
 }
 
 // How far the content has got: to its destination; to staging, half-way; or nowhere, perhaps turned over.
-void block_move::settle_after_failure(memory_table& table) const {
+void block_move::settle_after_failure() const {
   if (has_succeeded(arrival)) {
     free_if_held(staging);
     free_block(before);
     return;
   }
   free_if_held(destination);
-  memory_state& state = table.find(memory);
+  memory_state& state = memory->get_state();
   if (has_succeeded(staged)) {
     free_if_held(before.get_device_block());
     state = before;

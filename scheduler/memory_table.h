@@ -22,9 +22,8 @@ public:
   // Gives up the objects and their blocks.
   ~memory_table();
 
-  // Both refuse an object that is there already, or is not. What they return holds until the object is removed.
+  // Refuses an object that is there already. What it returns holds until the object is removed.
   memory_state& add(const std::shared_ptr<library_memory>& memory) TARVA_EXCLUDES(lock_);
-  memory_state& find(const std::shared_ptr<library_memory>& memory);
   // Yields the last state of the object, without a block if it is not there.
   memory_state remove(const std::shared_ptr<library_memory>& memory) TARVA_EXCLUDES(lock_);
 
@@ -51,7 +50,7 @@ struct block_move {
   std::shared_ptr<physical_ir::physical_operation> staged{}; // brings the content to `staging`
 
   // Gives the object the state of the block that holds its content, and frees the others. When every command has ended.
-  void settle_after_failure(memory_table& table) const;
+  void settle_after_failure() const;
 };
 
 } // namespace oryn::tarva::library

@@ -48,7 +48,7 @@ void submission::start(const std::shared_ptr<library_device>& host_device, sched
   logical_ir::logical_operation& operation = *operation_;
   try {
     lowered_.emplace(operation_, host_device, state.memory_states, state.last_sync_id);
-    operation.accept(*lowered_);
+    lowered_->lower();
     run(place, holder);
   } catch (...) {
     failure_ = std::current_exception();

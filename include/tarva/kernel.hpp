@@ -13,6 +13,7 @@
 #include <array>
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -79,7 +80,8 @@ constexpr bool fits(From value) noexcept {
     return value <= static_cast<std::make_unsigned_t<To>>(std::numeric_limits<To>::max());
 }
 
-/// A parameter of a typed kernel: what it can be made from is what the kernel takes there.
+/// A parameter of a typed kernel: what it can be made from is what the kernel takes there. It does not know which
+/// parameter it is, so that what cannot be one is told by the call.
 template <class T>
 class parameter {
   static_assert(is_element<T>, TARVA_NO_VALUE);
@@ -92,20 +94,18 @@ class parameter {
 public:
   template <class Same, std::enable_if_t<std::is_same_v<Same, T>, int> = 0>
   parameter(const Same& value) noexcept : value_(value) {}
-  /// Throws std::out_of_range if the number is not one of T.
   template <class From, class = if_number<From>>
-  parameter(From value) : value_(converted(value)) {}
+  parameter(From value) : value_(fits<T>(value) ? static_cast<T>(value) : T()) {
+    if (!fits<T>(value))
+      misfit_ = std::make_unique<std::string>(std::to_string(value));
+  }
   tarva_abi_kernel_argument_s record() const noexcept { return argument(value_); }
+  /// The number that was given, if it is not one of T.
+  const std::string* misfit() const noexcept { return misfit_.get(); }
 
 private:
-  template <class From>
-  static T converted(From value) {
-    if (!fits<T>(value))
-      fail<std::out_of_range>("A kernel's parameter cannot hold the argument " + std::to_string(value) + '.');
-    return static_cast<T>(value);
-  }
-
   T value_;
+  std::unique_ptr<std::string> misfit_;
 };
 
 template <class T>
@@ -114,6 +114,7 @@ public:
   parameter(const memory<T>& object) noexcept : record_(argument(object)) {}
   parameter(std::nullptr_t) noexcept : record_(argument(nullptr)) {}
   tarva_abi_kernel_argument_s record() const noexcept { return record_; }
+  static constexpr const std::string* misfit() noexcept { return nullptr; }
 
 private:
   tarva_abi_kernel_argument_s record_;
@@ -124,6 +125,7 @@ class parameter<local<T>> {
 public:
   parameter(local<T> size) noexcept : size_(size) {}
   tarva_abi_kernel_argument_s record() const noexcept { return argument(size_); }
+  static constexpr const std::string* misfit() noexcept { return nullptr; }
 
 private:
   local<T> size_;
@@ -212,8 +214,14 @@ public:
                                           std::to_string(sizeof...(Parameters)) + '.');
   }
 
-  /// Launches it, and returns when the launch has ended.
+  /// Launches it, and returns when the launch has ended. Throws std::out_of_range if a parameter cannot hold the
+  /// number that it is given.
   void operator()(const range& over, const detail::parameter<Parameters>&... arguments) const {
+    if constexpr (sizeof...(Parameters) != 0)
+      if ((arguments.misfit() || ...)) {
+        fail_misfit({arguments.misfit()...});
+        return;
+      }
     detail::launch_with<sizeof...(Parameters)>(kernel_.get(), over, {arguments.record()...});
   }
 
@@ -223,6 +231,15 @@ public:
   const kernel& untyped() const noexcept { return kernel_; }
 
 private:
+  TARVA_COLD void fail_misfit(const std::array<const std::string*, sizeof...(Parameters)>& misfits) const {
+    std::size_t index = 0;
+    while (!misfits[index])
+      ++index;
+    detail::fail<std::out_of_range>("Parameter " + std::to_string(index) + " of the kernel " +
+                                    kernel_.properties()["KERNEL_NAME"].template get<std::string>() +
+                                    " cannot hold " + *misfits[index] + '.');
+  }
+
   kernel kernel_;
 };
 

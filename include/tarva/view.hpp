@@ -24,19 +24,33 @@
 
 namespace tarva {
 
+namespace detail {
+// What g++ says of a constant, once it sees that one: from -O1 on.
+#if defined(__GNUC__) && !defined(__clang__)
+[[gnu::error("a count is not below 0")]] void refuse_count_below_zero();
+#endif
+} // namespace detail
+
 /// A number of elements, work-items or groups: of any integral type, and not below 0. What is below 0 throws
-/// std::out_of_range, and as a constant it does not compile with clang.
+/// std::out_of_range, and as a constant it does not compile with clang, nor with g++ when it optimises.
 class count {
 public:
   template <class Number,
             class = std::enable_if_t<std::is_integral_v<Number> && !std::is_same_v<Number, bool>>>
-  constexpr count(Number number) TARVA_REFUSE_IF(number < 0, "a count is not below 0")
+  TARVA_THIN constexpr count(Number number) TARVA_REFUSE_IF(number < 0, "a count is not below 0")
       : value_(static_cast<std::uint64_t>(number)) {
     if constexpr (std::is_signed_v<Number>)
-      if (number < 0)
+      if (number < 0) {
+#if defined(__GNUC__) && !defined(__clang__)
+        if (__builtin_constant_p(number))
+          detail::refuse_count_below_zero();
+#endif
         refuse(number);
+      }
   }
-  constexpr operator std::uint64_t() const noexcept { return value_; }
+  constexpr operator std::uint64_t() const noexcept {
+    return value_;
+  }
 
 private:
   TARVA_FAILS static void refuse(long long number) {

@@ -62,7 +62,7 @@ def test_other_threads_run_on_and_cannot_give_up_what_is_used(device: tarva.Devi
     while True:  # long enough, whatever the machine
         begin = time.perf_counter()
         slow(1, array, loops)
-        if time.perf_counter() - begin > 0.1:
+        if time.perf_counter() - begin > 0.5:
             break
         loops *= 4
     launch = threading.Thread(target=slow, args=(1, array, loops))
@@ -70,10 +70,10 @@ def test_other_threads_run_on_and_cannot_give_up_what_is_used(device: tarva.Devi
     launch.start()
     while launch.is_alive():
         array.close()  # waits for nobody, and takes nothing from under the launch
-        time.sleep(0.001)  # comes back at once, or, if nobody lets this thread on, after the launch
+        time.sleep(0.001)  # comes back soon, or, if nobody lets this thread on, after the launch
         steps += 1
     launch.join()
-    assert array.closed and steps > 5
+    assert array.closed and steps > 2
 
 
 def test_threads_share_a_kernel(device: tarva.Device) -> None:

@@ -230,7 +230,7 @@ TEST_F(cpp_layer, numbers_are_converted_or_refused) {
   add(last, data, LONG_MIN / (LONG_MIN / INT_MIN)); // INT_MIN as a long
   EXPECT_EQ(data.read(), ints{-1});
   EXPECT_EQ(error_of<std::out_of_range>([&] { add(last, data, 1UL << 31); }),
-            "A kernel's parameter cannot hold the argument 2147483648.");
+            "Parameter 1 of the kernel add cannot hold 2147483648.");
   EXPECT_THROW(add(last, data, static_cast<long>(INT_MIN) - 1), std::out_of_range);
   EXPECT_THROW(add(last, data, ~0ULL), std::out_of_range);
   EXPECT_EQ(data.read(), ints{-1});

@@ -176,7 +176,7 @@ TEST_P(order, is_that_of_runs_and_sweeps) {
     requests.push_back(submit(words));
   for (const std::uint64_t id : row.signals)
     signal(id);
-  worker().start();
+  worker().start("worker");
   let_sweeps_pass();
   EXPECT_EQ(record(), row.expected);
   for (const std::uint64_t id : row.later)
@@ -217,7 +217,7 @@ TEST_P(failing_list, ends_with_the_first_error_and_runs_no_further_command) {
   scripted::forget_calls();
   GetParam().plan();
   const auto request = submit(GetParam().list);
-  worker().start();
+  worker().start("worker");
   request->wait_until_complete();
   request->wait_until_commands_ended();
   worker().wait_until_idle();
@@ -240,7 +240,7 @@ INSTANTIATE_TEST_SUITE_P(each, failing_list, testing::ValuesIn(failing_rows),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
-  worker().start();
+  worker().start("worker");
   submit("m1"); // from here on the worker has none
   worker().wait_until_idle();
   const auto request = make_request();
@@ -260,7 +260,7 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
 }
 
 TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
-  worker().start();
+  worker().start("worker");
   const auto blocked = submit("h1 a1 k2");
   let_sweeps_pass();
   worker().shutdown();

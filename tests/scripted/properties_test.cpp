@@ -127,6 +127,14 @@ TEST_P(properties, of_a_size_that_they_cannot_have_are_refused) {
     EXPECT_EQ(none, nullptr);
     set_info(index, one.query, {});
   }
+  // Devices and sizes are asked for twice each; then comes the binary, which has become longer meanwhile.
+  before_call(qv::operation::get_program_info, 5,
+              [index] { set_info(index, 0x1165, value_answer(std::size_t{1} << 30)); });
+  tarva_abi_property_s* none = nullptr;
+  const outcome ended =
+      call<tarva_abi_get_child_property_by_name>(of_program.get(), "CL_PROGRAM_BINARY", &none);
+  EXPECT_TRUE(ended.message.starts_with("The result size for the query changed")) << ended;
+  set_info(index, 0x1165, {});
 }
 
 // Those of the big-endian devices.
