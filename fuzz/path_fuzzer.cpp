@@ -11,13 +11,10 @@ namespace {
 using fuzz::demand;
 
 tarva_info::arguments parse(const std::string& words_with_zeros) {
-  std::string words = "tarva-info" + std::string(1, '\0') + words_with_zeros;
-  std::vector<char*> each;
-  for (std::size_t at = 0; at < words.size(); at = words.find('\0', at) + 1) {
-    each.push_back(&words[at]);
-    if (words.find('\0', at) == std::string::npos)
-      break;
-  }
+  std::string words = std::string("tarva-info\0", 11) + words_with_zeros;
+  std::vector<char*> each{words.data()};
+  for (std::size_t end = words.find('\0'); end != std::string::npos; end = words.find('\0', end + 1))
+    each.push_back(&words[end + 1]);
   const int count = static_cast<int>(each.size());
   each.push_back(nullptr);
   optind = 0; // begins anew

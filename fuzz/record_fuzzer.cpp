@@ -11,20 +11,18 @@ using fuzz::demand;
 using fuzz::input;
 using op = qv::operation;
 
-// The fields of each record in their order, naturally aligned. Objects: context, queue, program, kernel, buffer, event, device.
-//   D devices, as many as `n`       E place of an event      F a function that is told      K room for `n` kernels
-//   W events, as many as `n`        P a platform             Q properties of a queue        R the result
-//   T texts, l their lengths        B binaries, L their lengths, i their statuses           S the status
-//   t a text    v bytes    z how many    a an argument    h memory of the host    g three sizes    s any size    f flags
-//   o place of a size    m place of a number    u a number    n a small one    0 nothing
+// The fields of each record in their order, naturally aligned. Objects: context, queue, program, kernel, buffer, event, device,
+// Platform. D, W: `n` devices, events; E: place of an event; K: room for `n` kernels; Q: properties of a queue; T: texts;
+// B, L: binaries and their lengths; t: a text; v: bytes; z: how many; a: an argument; h: host memory; g: three sizes; s: any
+// size; f: flags; o: place of a number; u: a number; n: a small one; 0: nothing; R, S: the result and the status.
 struct command {
   const char* fields;
   char makes = ' ';
 };
 constexpr command commands[] = {
     {"pDt00Sn"},      {"fcs0RS", 'b'}, {"cdfSR", 'q'}, {"dcQRS", 'q'},
-    {"QnDF0RS", 'c'}, {"pKmSn"},       {"ptRS", 'k'},  {"cDLBiRSn", 'p'},
-    {"cDtRSn", 'p'},  {"cTlRSn", 'p'}, {"cvzRS", 'p'}, {"qbbsssWESn"},
+    {"QnD00RS", 'c'}, {"pKoSn"},       {"ptRS", 'k'},  {"cDLBoRSn", 'p'},
+    {"cDtRSn", 'p'},  {"cT0RSn", 'p'}, {"cvzRS", 'p'}, {"qbbsssWESn"},
     {"qbvzssWESn"},   {"qkgggWESun"},  {"qbsshWESun"}, {"qbsshWESun"},
     {"qS"},           {"R"},           {"cuzvoS"},     {"dvouzS"},
     {"ezvoSu"},       {"ezvoSu"},      {"PtR"},        {"kzvoSu"},
@@ -35,46 +33,49 @@ constexpr command commands[] = {
 };
 static_assert(std::size(commands) == qv::operation_count);
 
-bool is_release(op operation) {
-  return operation >= op::release_command_queue && operation <= op::release_program;
-}
-bool is_retain(op operation) {
-  return operation >= op::retain_context && operation <= op::retain_program;
+bool is_between(op first, op operation, op last) {
+  return first <= operation && operation <= last;
 }
 
+// What fields point to: any of a list, or the list itself from any entry on.
 constexpr std::int32_t untouched = 77;
 constexpr std::size_t room = 4096;
-constexpr std::size_t sizes[] = {1, 4, 8, 0, 2, 3, 16, 64, 256, 4096, ~0ull, ~3ull, 1ull << 63};
+constexpr std::size_t sizes[] = {1, 4, 8, 0, 2, 3, 16, 64, 256, room, ~0ull, ~3ull, 1ull << 63};
 constexpr std::size_t small_sizes[] = {8, 4, 0, 1, 24, 64, 256, room};
 constexpr const char* texts[] = {"kernel void k(global int* data, int x) {}",
                                  "k",
                                  "",
                                  "a;b",
-                                 "-w",
                                  "-bad \"",
                                  "#error",
                                  "clCreateProgramWithILKHR",
                                  nullptr};
-constexpr std::uint64_t properties[][5] = {
-    {0}, {0x1093, 2, 0}, {0x1093, 13, 0x1094, 16, 0}, {7, 7, 0}, {0x1093, 1, 0}};
+constexpr std::uint64_t properties[][5] = {{0}, {0x1093, 2, 0}, {0x1093, 13, 0x1094, 16, 0}, {7, 7, 0}};
+unsigned char host[room] = "poclbin";
+unsigned char* binaries[] = {host, host, host, host, nullptr, host};
 
-// The call handles of one device, and what was made with them. The storage that records point to is the same for all.
+// The call handles of one device, and what was made with them.
 class caller {
 public:
   caller(input choices, qv_call_handle* const* handles) : from_(choices), handles_(handles) {
     qv::device_of_handle_record told{};
     qv_call_capability(handles_[0], qv::command_number(op::device_of_handle, 1), &told, 0);
-    live_['d'] = {told.result};
-    qv::get_device_info_record asked{told.result, &platform_, nullptr, 0x1031, sizeof platform_, 0};
+    void* platform = nullptr;
+    qv::get_device_info_record asked{told.result, &platform, nullptr, 0x1031, sizeof platform, 0};
     qv_call_capability(handles_[0], qv::command_number(op::get_device_info, 1), &asked, 0);
-    for (const auto& [operation, capability] : {std::pair{op::create_context, 1u},
-                                                {op::create_command_queue, 1u},
-                                                {op::create_program_with_source, 1u}})
-      call(operation, capability);
+    live_ = {{'d', {told.result}}, {'P', {platform}}};
+    for (const op first : {op::create_context, op::create_command_queue, op::create_program_with_source})
+      call(first, 1);
+    while (!from_.is_empty()) {
+      const std::size_t chosen = from_.below(qv::operation_count + 4);
+      if (chosen < qv::operation_count)
+        call(static_cast<op>(chosen), static_cast<std::uint32_t>(from_.below(qv::capability_count) + 1));
+      else
+        call_wrongly();
+    }
   }
-  // Everything ends, in an order that the input no longer chooses.
+  // Everything ends. Behind the end of the input the oldest object of a kind is picked.
   ~caller() {
-    from_ = input(nullptr, 0);
     for (const auto& [kind, operation] : {std::pair{'q', op::finish},
                                           {'e', op::release_event},
                                           {'k', op::release_kernel},
@@ -83,23 +84,13 @@ public:
                                           {'q', op::release_command_queue},
                                           {'c', op::release_context}})
       for (std::size_t left = live_[kind].size(); left > 0; --left) {
-        std::rotate(live_[kind].begin(), live_[kind].begin() + 1, live_[kind].end());
         call(operation, 6);
+        if (operation == op::finish)
+          std::rotate(live_[kind].begin(), live_[kind].begin() + 1, live_[kind].end());
       }
   }
   caller(const caller&) = delete;
   caller& operator=(const caller&) = delete;
-
-  bool has_ended() const { return from_.is_empty(); }
-
-  void call_anything() {
-    const std::size_t chosen = from_.below(qv::operation_count + 4);
-    const auto capability = static_cast<std::uint32_t>(from_.below(qv::capability_count) + 1);
-    if (chosen < qv::operation_count)
-      call(static_cast<op>(chosen), capability);
-    else
-      call_wrongly();
-  }
 
 private:
   void call(op operation, std::uint32_t capability) {
@@ -107,54 +98,50 @@ private:
     if (number == 0)
       return;
     const command& made_by = commands[static_cast<std::size_t>(operation)];
+    const char kind = *made_by.fields;
     fill_record(made_by.fields);
     void* const first = pointer_at(0);
-    if (is_release(operation) && first != nullptr && *made_by.fields != 'd') {
-      auto& held = live_[*made_by.fields];
-      held.erase(std::find(held.begin(), held.end(), first));
-    }
+    if (is_between(op::release_command_queue, operation, op::release_program) && first != nullptr &&
+        kind != 'd')
+      live_[kind].erase(std::find(live_[kind].begin(), live_[kind].end(), first));
     demand(qv_call_capability(handles_[capability - 1], number, record_, 0) == QV_OK, "a command is reached");
-    const std::int32_t status = status_at_ == nullptr ? 0 : *status_at_;
+    std::int32_t status = 0;
+    if (status_at_ != 0)
+      std::memcpy(&status, record_ + status_at_, sizeof status);
     demand(status != untouched, "a command has a status");
-    if (is_retain(operation) && status == 0)
-      keep(made_by.makes, first);
-    if (result_at_ != nullptr && made_by.makes != ' ') {
-      demand((*result_at_ != nullptr) == (status == 0), "a success makes something, and a failure nothing");
-      keep(made_by.makes, *result_at_);
-    }
-    if (event_at_ != nullptr)
-      demand(event_ != nullptr && status == 0, "work has an event");
+    const bool retains = is_between(op::retain_context, operation, op::retain_program);
+    void* const made = retains && status == 0 ? first : pointer_at(result_at_);
+    demand(retains || made_by.makes == ' ' || (made != nullptr) == (status == 0),
+           "what succeeds makes something");
+    if (status == 0)
+      keep(made_by.makes, made);
+    demand(!has_place_for_event_ || (event_ != nullptr && status == 0), "work has an event");
     keep('e', event_);
     for (void* const kernel : kernels_)
       keep('k', kernel);
   }
 
-  // Numbers that are none of a root device, node or command, handles that are closed, and nothing where something has to be.
+  // Numbers that are none of a root device, node or command, and nothing where something has to be.
   void call_wrongly() {
-    std::uint64_t list[8], count = 0;
+    std::uint64_t list[8], *places[] = {list, nullptr};
     const std::uint64_t any[] = {from_.below(16), ~0ull, 1, 2};
     qv_call_handle* opened = nullptr;
-    qv_get_root_devices(from_.below(9), from_.rarely(2) ? nullptr : list, from_.rarely(4) ? nullptr : &count,
-                        0);
-    qv_find_capability_nodes(from_.one_of(any), from_.one_of(any), from_.below(9),
-                             from_.rarely(2) ? nullptr : list, from_.rarely(4) ? nullptr : &count, 0);
-    const auto code =
-        qv_create_call_handle(from_.one_of(any), from_.one_of(any), from_.rarely(4) ? nullptr : &opened, 0);
-    demand((code == QV_OK) == (opened != nullptr), "a handle is opened or refused");
+    qv_get_root_devices(from_.below(9), from_.one_of(places), from_.one_of(places), 0);
+    qv_find_capability_nodes(from_.one_of(any), from_.one_of(any), from_.below(9), from_.one_of(places),
+                             from_.one_of(places), 0);
+    qv_create_call_handle(from_.one_of(any), from_.one_of(any), rarely_null(&opened), 0);
     qv_close_call_handle(opened);
-    demand(opened == nullptr || qv_close_call_handle(opened) != QV_OK, "a closed handle is closed");
     demand(qv_call_capability(opened, 1, record_, 0) != QV_OK, "a closed handle reaches nothing");
-    demand(qv_call_capability(handles_[0], 64 + from_.below(256), nullptr, 0) != QV_OK,
-           "no command has that number");
+    demand(qv_call_capability(handles_[0], 64 + from_.below(256), nullptr, 0) != QV_OK, "no such command");
   }
 
   void keep(char kind, void* object) {
-    if (object != nullptr)
+    if (object != nullptr && kind != ' ')
       live_[kind].push_back(object);
   }
   void* pick(char kind) {
     const auto& held = live_[kind];
-    return held.empty() || from_.rarely(16) ? nullptr : held[held.size() - 1 - from_.below(held.size())];
+    return held.empty() || from_.rarely(16) ? nullptr : held[from_.below(held.size())];
   }
   template <class T>
   T* rarely_null(T* pointer) {
@@ -167,30 +154,31 @@ private:
   }
 
   void fill_record(const char* fields) {
-    std::memset(record_, 0, sizeof record_);
-    status_at_ = nullptr;
-    result_at_ = nullptr;
-    event_at_ = nullptr;
+    std::fill(std::begin(record_), std::end(record_), std::uint8_t{0});
     event_ = nullptr;
+    has_place_for_event_ = false;
+    status_at_ = result_at_ = 0;
     std::fill(std::begin(kernels_), std::end(kernels_), nullptr);
     std::fill(std::begin(value_), std::end(value_),
-              reinterpret_cast<std::uint64_t>(host_)); // of binaries, addresses
+              reinterpret_cast<std::uint64_t>(host)); // for binaries, addresses
     std::size_t at = 0;
     for (const char* field = fields; *field != '\0'; ++field) {
       const std::size_t size = std::strchr("Snu", *field) != nullptr ? 4 : 8;
       at = (at + size - 1) / size * size;
-      const std::uint64_t chosen = choose(*field, record_ + at);
+      if (*field == 'S' || *field == 'R')
+        (*field == 'S' ? status_at_ : result_at_) = at;
+      const std::uint64_t chosen = choose(*field);
       std::memcpy(record_ + at, &chosen, size);
       at += size;
     }
   }
 
-  std::uint64_t choose(char field, unsigned char* place) {
+  std::uint64_t choose(char field) {
     switch (field) {
     case 'n':
       return from_.is_empty() ? 1 : from_.below(4);
     case 'u':
-      return from_.below(2) == 0 ? from_.below(8) : from_.below(32) << 8 | from_.below(256);
+      return from_.rarely(2) ? from_.below(32) << 8 | from_.below(256) : from_.below(8);
     case 's':
       return from_.one_of(sizes);
     case 'z':
@@ -198,85 +186,61 @@ private:
     case 'f':
       return from_.rarely(8) ? 7 : 1;
     case 'S':
-      status_at_ = reinterpret_cast<std::int32_t*>(place);
       return untouched;
+    case '0':
+    case 'R':
+      return 0;
     default:
-      return reinterpret_cast<std::uint64_t>(choose_pointer(field, place));
+      return reinterpret_cast<std::uint64_t>(choose_pointer(field));
     }
   }
 
-  const void* choose_pointer(char field, unsigned char* place) {
+  const void* choose_pointer(char field) {
     switch (field) {
-    case 'R':
-      result_at_ = reinterpret_cast<void**>(place);
-      return nullptr;
     case 'E':
-      return event_at_ = rarely_null(&event_);
-    case 'K':
-      return rarely_null(kernels_);
+      has_place_for_event_ = !from_.rarely(8);
+      return has_place_for_event_ ? &event_ : nullptr;
     case 'D':
     case 'W':
       for (void*& each : list_)
         each = pick(field == 'D' ? 'd' : 'e');
       return rarely_null(list_);
-    case 'T':
-      for (const char*& each : strings_)
-        each = from_.one_of(texts);
-      return rarely_null(strings_);
-    case 'B':
-      for (const unsigned char*& each : binaries_)
-        each = rarely_null(host_);
-      return rarely_null(binaries_);
-    case 'L':
-      for (std::size_t& each : lengths_)
-        each = from_.below(256);
-      return rarely_null(lengths_);
-    case 'g':
-      for (std::size_t& each : groups_[next_groups_ = (next_groups_ + 1) % 3])
-        each = from_.one_of(sizes);
-      return rarely_null(groups_[next_groups_]);
     case 'a':
       argument_ = pick('b');
       return from_.rarely(2) ? static_cast<void*>(value_) : rarely_null(&argument_);
-    case 'P':
-      return rarely_null(static_cast<char*>(platform_));
-    case 'F':
-      return from_.rarely(2) ? reinterpret_cast<const void*>(&ignore) : nullptr;
-    case 'Q':
-      return rarely_null(from_.one_of(properties));
+    case 'K':
+      return rarely_null(kernels_);
+    case 'T':
+      return texts + from_.below(std::size(texts) - 3);
     case 't':
       return from_.one_of(texts);
+    case 'B':
+      return rarely_null(binaries + from_.below(3));
+    case 'L':
+      return rarely_null(small_sizes + from_.below(std::size(small_sizes) - 3));
+    case 'g':
+      return rarely_null(sizes + from_.below(std::size(sizes) - 3));
+    case 'Q':
+      return rarely_null(from_.one_of(properties));
     case 'h':
-      return rarely_null(host_);
+      return rarely_null(host);
     case 'v':
       return rarely_null(value_);
-    case 'i':
-    case 'm':
     case 'o':
       return rarely_null(answers_);
-    case '0':
-    case 'l':
-      return nullptr;
     default:
       return pick(field);
     }
   }
 
-  static void ignore(const char*, const void*, std::size_t, void*) {}
-
   input from_;
   qv_call_handle* const* handles_;
   std::map<char, std::vector<void*>> live_;
-  void* platform_ = nullptr;
-  alignas(8) unsigned char record_[96];
-  std::int32_t* status_at_ = nullptr;
-  void **result_at_ = nullptr, **event_at_ = nullptr;
+  alignas(8) unsigned char record_[96] = {};
+  std::size_t status_at_ = 0, result_at_ = 0;
+  bool has_place_for_event_ = false;
   void *event_ = nullptr, *argument_ = nullptr, *kernels_[4] = {}, *list_[4] = {};
-  const char* strings_[4] = {};
-  const unsigned char* binaries_[4] = {};
-  std::size_t lengths_[4] = {}, groups_[3][3] = {}, next_groups_ = 0;
   std::uint64_t answers_[4] = {}, value_[room / 8] = {};
-  static inline unsigned char host_[room] = "poclbin";
 };
 
 // The call handles of each device.
@@ -302,11 +266,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const auto& before = *new auto(scripted::live_objects());
   input from(data, size);
   const handles& chosen = devices[from.below(devices.size())];
-  {
-    caller one(from, chosen.data());
-    while (!one.has_ended())
-      one.call_anything();
-  }
+  { const caller talking(from, chosen.data()); }
   // What was made to try a device is given out once, so there may be less.
   for (const auto& [kind, count] : scripted::live_objects())
     demand(kind == "device" || (before.count(kind) != 0 && count <= before.at(kind)), kind.c_str());
