@@ -89,5 +89,14 @@ benchmarks:
 	cmake --build --preset release --parallel $(JOBS) --target tarva_benchmarks
 	benchmarks/run.py build
 
+# Each target of the fuzzers for a minute, or for as many seconds as SECONDS_EACH says.
+.PHONY: fuzz
+SECONDS_EACH ?= 60
+fuzz:
+	scripts/install-packages --fuzz
+	cmake --preset fuzz -DTARVA_FUZZ_SECONDS=$(SECONDS_EACH)
+	cmake --build --preset fuzz --parallel $(JOBS)
+	ctest --preset fuzz --parallel $(JOBS)
+
 clean:
 	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz build-package build-wheel

@@ -115,7 +115,7 @@ endforeach()
 # The pages, with what they show, and the examples, which need nothing but what the package holds.
 set(pages_folder share/doc/liboryn-tarva-dev)
 file(GLOB pages CONFIGURE_DEPENDS docs/*.md docs/*.svg)
-install(FILES README.md CHANGELOG.md DESTINATION ${pages_folder} COMPONENT development EXCLUDE_FROM_ALL)
+install(FILES README.md CHANGELOG.md RELIABILITY.md SECURITY.md DESTINATION ${pages_folder} COMPONENT development EXCLUDE_FROM_ALL)
 install(FILES ${pages} DESTINATION ${pages_folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
 install(DIRECTORY docs/pictures docs/speed DESTINATION ${pages_folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
 install(DIRECTORY examples DESTINATION ${pages_folder} COMPONENT development EXCLUDE_FROM_ALL

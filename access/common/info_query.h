@@ -8,6 +8,7 @@
 #include "access/common/errors.h"
 #include "capability/commands.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -81,6 +82,12 @@ inline void check_reported_size(std::size_t reported) {
   constexpr std::size_t most_bytes = std::size_t{1} << 30;
   if (reported > most_bytes)
     throw_absurd_size(reported);
+}
+
+// The same for handles that are counted before they are given out.
+inline void check_reported_count(std::uint64_t count) {
+  constexpr std::uint64_t countable = std::numeric_limits<std::size_t>::max() / sizeof(void*);
+  check_reported_size(std::min(count, countable) * sizeof(void*));
 }
 
 // What the forms of fixed size share. Where no size is told, there is room for twice as much, so that an answer of

@@ -121,6 +121,7 @@ std::vector<kernel<V>> program<V>::create_kernels() const requires(version_trait
   if (count == 0)
     return kernels;
 
+  common::check_reported_count(count);
   // All room is taken before there are kernels, so that nothing can fail while some have no owner yet.
   std::vector<void*> handles(count);
   kernels.reserve(count);

@@ -93,6 +93,8 @@ std::int32_t perform(session& now, qv::operation operation, void* record) {
   const auto broken = now.world.take_plan(way::transport, operation);
   if (broken && !is_release(operation))
     return broken->value;
+  if (const auto code = now.world.answer ? now.world.answer(operation, record) : std::nullopt)
+    return *code;
   const bool has_status = operation != qv::operation::device_of_handle &&
                           operation != qv::operation::get_extension_function_address_for_platform;
   const auto failure = has_status ? now.world.take_plan(way::status, operation) : std::nullopt;
@@ -173,6 +175,11 @@ void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer) 
 void answer_arguments(argument_answer answer) {
   const auto guard = locked();
   machine::get().argument_status = std::move(answer);
+}
+
+void answer_commands(command_answer answer) {
+  const auto guard = locked();
+  machine::get().answer = std::move(answer);
 }
 
 void fail_call(qv::operation operation, int nth, std::int32_t status) {

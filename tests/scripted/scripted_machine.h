@@ -157,6 +157,7 @@ public:
   std::vector<std::string> misuses;
   std::map<std::string, kernel_function> kernels;
   argument_answer argument_status;
+  command_answer answer;
   std::uint64_t version = std::uint64_t{1} << 63;
   std::int32_t wait_status = 0;
   bool check_at_exit = false;

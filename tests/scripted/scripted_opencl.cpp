@@ -179,6 +179,8 @@ cl_int clGetDeviceIDs(cl_platform_id of, cl_device_type type, cl_uint count, cl_
 // Each device reports the first version that it is given.
 cl_int clGetDeviceInfo(cl_device_id id, cl_device_info name, size_t size, void* value, size_t* size_ret) {
   const visit inside;
+  if (id == nullptr)
+    return CL_INVALID_DEVICE;
   const auto& options = reinterpret_cast<scripted::device*>(id)->options;
   if (const auto found = options.defects.find(name); found != options.defects.end())
     return answer_badly(found->second, value, size_ret);
@@ -202,7 +204,7 @@ cl_context clCreateContext(const cl_context_properties* properties, cl_uint coun
                            const cl_device_id* devices,
                            void (*notify)(const char*, const void*, size_t, void*), void* user_data,
                            cl_int* status) {
-  return make<op::create_context, cl_context>(devices[0], status,
+  return make<op::create_context, cl_context>(devices == nullptr ? nullptr : devices[0], status,
                                               {reinterpret_cast<const std::uint64_t*>(properties), count,
                                                handles(devices), notify, user_data, nullptr, 0});
 }

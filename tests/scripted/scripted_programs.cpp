@@ -61,6 +61,8 @@ std::int32_t create_with_binary(session& now, qv::create_program_with_binary_rec
 }
 
 std::int32_t make_from_il(session& now, void* context, const void* il, std::size_t length, void** result) {
+  if (il == nullptr)
+    return invalid_value;
   const std::string all(static_cast<const char*>(il), length);
   if (all.compare(0, 4, "SPV:") != 0)
     return invalid_value;
@@ -94,7 +96,7 @@ std::int32_t get_extension_address(session& now,
 }
 
 std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_kernels_record& record) {
-  if (record.num_devices != 1 || record.device_list[0] != &now.owner)
+  if (record.num_devices != 1 || record.device_list == nullptr || record.device_list[0] != &now.owner)
     return invalid_value;
   program* const made = make_program(now, record.context, program::origin::builtin, record.kernel_names);
   made->build_status = 0;
@@ -108,7 +110,8 @@ std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_k
 std::int32_t build(session& now, qv::build_program_record& record) {
   const auto found = now.world.find<program>(record.program);
   now.log.text = record.options == nullptr ? "" : record.options;
-  if (record.num_devices != 1 || record.device_list[0] != found->owner || record.pfn_notify != nullptr)
+  if (record.num_devices != 1 || record.device_list == nullptr || record.device_list[0] != found->owner ||
+      record.pfn_notify != nullptr)
     return invalid_value;
   if (now.log.text.find("-bad") != std::string::npos)
     return -43; // CL_INVALID_BUILD_OPTIONS
@@ -283,7 +286,7 @@ std::int32_t set_kernel_arg(session& now, qv::set_kernel_arg_record& record) {
 
 std::int32_t set_constant(session& now, qv::set_program_specialization_constant_record& record) {
   const auto found = now.world.find<program>(record.program);
-  if (found->from != program::origin::il)
+  if (found->from != program::origin::il || record.spec_value == nullptr)
     return program::invalid;
   const auto* first = static_cast<const unsigned char*>(record.spec_value);
   now.log.data = found->constants[record.spec_id] = bytes(first, first + record.spec_size);

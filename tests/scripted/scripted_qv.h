@@ -13,6 +13,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -155,6 +156,10 @@ SCRIPTED_API bool any_was_failed();
 SCRIPTED_API void set_delay(void (*delay)());
 // Runs before the `nth` coming call of the operation has any effect, on the thread of that call.
 SCRIPTED_API void before_call(qv::operation operation, int nth, std::function<void()> action);
+// Asked before each command, with the machine locked. What it returns is the transport code of the command, which is not
+// carried out: its answer is what the record holds then. An empty function takes the last one back.
+using command_answer = std::function<std::optional<std::int32_t>(qv::operation operation, void* record)>;
+SCRIPTED_API void answer_commands(command_answer answer);
 // OpenCL's wait for events fails, with that status, and the work of the queue is never done. 0: it waits again.
 SCRIPTED_API void fail_waits(std::int32_t status);
 // True if no failure that was asked for is still to come. Forgets those that are.
