@@ -45,6 +45,18 @@ clang:
 	scripts/install-packages --checks
 	$(MAKE) test PRESET=clang
 
+# Every fault at every point, and ten million operations of 32 threads: some minutes, on two processors that are free.
+.PHONY: sweeps soak
+sweeps: TARGETS = --target sweeps_qv --target sweeps_opencl
+sweeps: build
+	for face in qv opencl; do for sweep in allocations calls both schedules; do \
+	  for setting in '' TARVA_SCHEDULER=concurrent; do echo "$$sweep over $$face $$setting"; \
+	    env $$setting $(BUILD)/tests/sweeps/sweeps_$$face $$sweep long || exit 1; \
+	done; done; done
+soak: TARGETS = --target device_pipeline_test
+soak: build
+	scripts/soak $(BUILD) docs/reliability
+
 tidy:
 	scripts/install-packages --checks
 	$(MAKE) build PRESET=tidy
@@ -54,6 +66,17 @@ package:
 	scripts/install-packages --release
 	$(MAKE) build PRESET=package
 	tests/install/package_test.sh build-package --lint
+
+# The wheel for Python, in build-wheel/.
+.PHONY: wheel
+wheel: install-packages
+	scripts/make-wheel build-wheel
+
+# Whether two folders give the same packages.
+.PHONY: reproducible
+reproducible:
+	scripts/install-packages --release
+	JOBS=$(JOBS) tests/install/reproducible_test.sh .
 
 format format-check:
 	scripts/install-packages --checks
@@ -66,5 +89,14 @@ benchmarks:
 	cmake --build --preset release --parallel $(JOBS) --target tarva_benchmarks
 	benchmarks/run.py build
 
+# Each target of the fuzzers for a minute, or for as many seconds as SECONDS_EACH says.
+.PHONY: fuzz
+SECONDS_EACH ?= 60
+fuzz:
+	scripts/install-packages --fuzz
+	cmake --preset fuzz -DTARVA_FUZZ_SECONDS=$(SECONDS_EACH)
+	cmake --build --preset fuzz --parallel $(JOBS)
+	ctest --preset fuzz --parallel $(JOBS)
+
 clean:
-	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz build-package
+	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz build-package build-wheel

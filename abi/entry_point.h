@@ -49,6 +49,7 @@ template <class Body>
 tarva_abi_result call_with_result(tarva_abi_error_s** out_error, const Body& body) {
   const call_gate::permit permit(the_call_gate);
   if (!permit.is_granted()) {
+    explain_refusal();
     write_error(out_error, nullptr);
     return TARVA_ABI_UNKNOWN_FAILURE;
   }
@@ -72,8 +73,10 @@ tarva_abi_result call_with_result(tarva_abi_error_s** out_error, const Body& bod
 template <class Body>
 void call_without_result(const Body& body) {
   const call_gate::permit permit(the_call_gate);
-  if (!permit.is_granted())
+  if (!permit.is_granted()) {
+    explain_refusal();
     return;
+  }
   tarva_singleton& library = tarva_singleton::get_instance();
   try {
     body(library);

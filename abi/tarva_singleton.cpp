@@ -3,6 +3,7 @@
 #include "abi/error_object.h"
 #include "base/logging.h"
 #include "base/notifier.h"
+#include "base/printable_text.h"
 #include "ir/logical_operation.h"
 #include "objects/library_device.h"
 #include "opencl/opencl_device.h"
@@ -35,10 +36,15 @@ std::string compose_banner() {
   return banner.str();
 }
 
-// Printed as well as logged, since the log is silent unless it was asked for.
+// Printed as well as logged, since the log is silent unless it was asked for. A capability library that could not look at the
+// machine gives no reason to others.
 [[noreturn]] void fail_to_start(const char* reason) noexcept {
+  if (*reason == '\0')
+    reason = "libqv.so.0 could not look for devices. With QV_LOG=1 it tells why.";
   log_critical("Failed to initialize the TARVA library: {}", reason);
-  std::fprintf(stderr, "Failed to initialize the TARVA library: %s\n", reason);
+  std::fputs("Failed to initialize the TARVA library: ", stderr);
+  write_printable(reason, [](std::string_view part) { std::fwrite(part.data(), 1, part.size(), stderr); });
+  std::fputs("\n", stderr);
   end_failed_start();
 }
 
@@ -68,11 +74,13 @@ std::shared_ptr<scheduler> make_scheduler(const device_list& devices) {
   return std::make_shared<ultra_naive_scheduler>(devices);
 }
 
-// Without memory for the library itself the process ends as with any other failure of the start.
+// Without memory for the library itself, or for its members, the process ends as with any other failure of the start.
 stoppable_library* start_library() {
-  if (auto* const library = new (std::nothrow) tarva_singleton)
-    return library;
-  fail_to_start(std::bad_alloc().what());
+  try {
+    return new tarva_singleton;
+  } catch (const std::exception& exception) {
+    fail_to_start(exception.what());
+  }
 }
 
 // Takes no memory: nothing else tells of a failure that no future delivers.
@@ -115,7 +123,7 @@ void tarva_singleton::start() {
   prepare_what_outlives_the_library();
   log_info("Begin initialization of TARVA.");
   if (secure_getenv("TARVA_LUDICROUS_SPEED_GO"))
-    log_info("{}", compose_banner());
+    log_info("{}", logging::own_lines{compose_banner()});
   read_busy_wait_limit();
   devices_ = detect_devices();
   initialize_devices();

@@ -1,5 +1,8 @@
 #include "base/end_of_process.h"
 
+#include "base/logging.h"
+#include "base/native_thread.h"
+
 #include <bit>
 #include <charconv>
 #include <climits>
@@ -43,7 +46,10 @@ bool start_thread(void* (*body)(void*)) noexcept {
 
 // Starts a thread that ends the process when the exit handlers' time is up. False if there is none to be had.
 bool limit_exit_handlers() noexcept {
-  return start_thread([](void*) -> void* { end_process_after_exit_handlers(); });
+  return start_thread([](void*) -> void* {
+    name_this_thread("tarva-end");
+    end_process_after_exit_handlers();
+  });
 }
 
 // The first of the library's exit handlers has begun. On a worker this is a failure, as a worker that runs them can wait
@@ -63,6 +69,7 @@ void mark_worker_thread() noexcept {
 void end_process_after_exit_handlers() noexcept {
   std::this_thread::sleep_for(grace_period_of_exit_handlers);
   const bool is_flushing = start_thread([](void*) -> void* {
+    name_this_thread("tarva-flush");
     std::fflush(nullptr);
     _exit(1);
   });
@@ -175,10 +182,27 @@ use_of_compiler::~use_of_compiler() {
     static_cast<void>(std::atexit(let_calls_end)); // fails without memory: the end is then as safe as before
 }
 
+// Forked children.
+
+namespace {
+
+constinit std::atomic<bool> is_in_forked_child = false;
+
+} // namespace
+
+void explain_refusal() noexcept {
+  if (is_in_forked_child.exchange(false))
+    logging::tarva_logger.write_without_locks(
+        "This process was forked off one that had used the library. It has no library: all its calls fail.");
+}
+
 // The stop.
 
 library_lifetime::library_lifetime(stoppable_library* (*start)()) : process_(getpid()) {
-  pthread_atfork(nullptr, nullptr, [] { the_call_gate.close(); });
+  pthread_atfork(nullptr, nullptr, [] {
+    the_call_gate.close();
+    is_in_forked_child = true;
+  });
   library_ = start();
   has_workers_ = library_->has_workers();
 }

@@ -42,7 +42,7 @@
 // - The library cannot start. Its lifetime has not begun, so step 3 does not happen; end_failed_start() closes the gate,
 //   and limits the exit handlers, which may wait for threads that wait for the start.
 // - A forked child. It has neither the workers nor a right to the locks, so the gate is closed in it, and the stop does
-//   nothing. Its threads just end.
+//   nothing. Its threads just end. Its first call is told of in the log.
 // - pthread_exit() on the main thread. When all threads of the host have ended, only workers are left. They block every
 //   signal that is sent to the process, so nothing could end it any more. The last thread of the host that has called the
 //   library therefore does not end: host_threads keeps it, with the signal mask that it had.
@@ -236,6 +236,9 @@ private:
   pthread_key_t key_{}; // its destructor runs when a counted thread ends
   const bool has_key_;  // without one no thread is kept
 };
+
+// For a call that was refused. If that is because the process is a forked child, one line of the log says so, once.
+void explain_refusal() noexcept;
 
 // What the stop calls.
 class stoppable_library {

@@ -14,6 +14,16 @@ namespace {
   throw std::system_error(error, std::generic_category(), what);
 }
 
+// Where the host has closed its standard streams, a new file takes the place of one, and would be given all that is written to it.
+int move_behind_standard_streams(int descriptor) {
+  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int error = errno;
+  close(descriptor);
+  if (moved < 0)
+    fail(error, "A log file cannot be opened");
+  return moved;
+}
+
 int open_for_appending(const char* name) {
   // Without O_NONBLOCK a pipe of that name would block the host until somebody reads from it.
   const int descriptor =
@@ -26,7 +36,7 @@ int open_for_appending(const char* name) {
     close(descriptor);
     fail(EINVAL, "A log file is not a regular file");
   }
-  return descriptor;
+  return descriptor > STDERR_FILENO ? descriptor : move_behind_standard_streams(descriptor);
 }
 
 } // namespace

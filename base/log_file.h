@@ -23,6 +23,7 @@ public:
 
   // Throws std::system_error.
   void append(std::string_view lines) const;
+  int descriptor() const noexcept { return descriptor_; }
 
 private:
   const int descriptor_;

@@ -1,6 +1,7 @@
 #include "base/logging.h"
 
 #include "base/log_file.h"
+#include "base/printable_text.h"
 
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/sinks/null_sink.h>
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <memory>
@@ -56,8 +58,11 @@ public:
       constexpr std::size_t beginning = 100; // enough for what stands before the text
       line.clear();
       spdlog::details::log_msg cut = message;
-      cut.payload = {message.payload.data(),
-                     std::min(message.payload.size(), spdlog::memory_buf_t().capacity() - beginning)};
+      std::size_t length = std::min(message.payload.size(), spdlog::memory_buf_t().capacity() - beginning);
+      while (length != 0 && length != message.payload.size() &&
+             (message.payload.data()[length] & 0xC0) == 0x80)
+        --length; // not within a character
+      cut.payload = {message.payload.data(), length};
       whole_->format(cut, line);
     }
   }
@@ -83,15 +88,24 @@ private:
   void flush_() override {}
 
   const log_file file_;
+
+public:
+  int descriptor() const { return file_.descriptor(); }
 };
 
 // The loggers with a target are registered by name, and take the pattern from there. One without needs neither.
-std::shared_ptr<spdlog::logger> create_lines(const logger_description& description) {
+// `descriptor` becomes that of the target.
+std::shared_ptr<spdlog::logger> create_lines(const logger_description& description, int& descriptor) {
   const std::string_view target = read_environment(description.target_variable, "none");
-  if (target == "file")
-    return spdlog::create<file_sink>(description.name, description.file_name);
-  if (target == "console")
+  if (target == "file") {
+    auto lines = spdlog::create<file_sink>(description.name, description.file_name);
+    descriptor = static_cast<const file_sink&>(*lines->sinks().front()).descriptor();
+    return lines;
+  }
+  if (target == "console") {
+    descriptor = STDERR_FILENO;
     return spdlog::stderr_color_mt(description.name);
+  }
   return std::make_shared<spdlog::logger>(description.name, std::make_shared<spdlog::sinks::null_sink_mt>());
 }
 
@@ -99,6 +113,9 @@ void append(fmt::memory_buffer& line, const log_argument& argument) {
   const auto text = std::back_inserter(line);
   switch (argument.get_kind()) {
   case log_argument::kind::text:
+    write_printable(argument.text(), [&line](std::string_view part) { line.append(part); });
+    break;
+  case log_argument::kind::own_lines:
     line.append(argument.text());
     break;
   case log_argument::kind::unsigned_number:
@@ -170,8 +187,12 @@ void logger::open() {
     level = read_level(description_.level_variable);
     auto opened = std::make_unique<target>();
     // The last step that takes memory: it cannot be repeated, since the name would be taken.
-    opened->lines = create_lines(description_);
+    int descriptor = -1;
+    opened->lines = create_lines(description_, descriptor);
+    descriptor_ = descriptor;
     opened->lines->set_level(static_cast<spdlog::level::level_enum>(level));
+    // A line that cannot be written, such as to a full disk, is lost. The logging library would tell the host's standard error.
+    opened->lines->set_error_handler([](const std::string&) {});
     const lock_guard guard(lock_);
     target_ = opened.release();
   } catch (const std::bad_alloc&) {
@@ -184,6 +205,7 @@ void logger::open() {
 
 void logger::close() noexcept {
   threshold_.store(static_cast<int>(log_level::off), std::memory_order_relaxed);
+  descriptor_ = -1;
   const withheld_write_signals withheld; // closing may still write
   std::unique_ptr<target> closed;
   const lock_guard guard(lock_);
@@ -191,6 +213,18 @@ void logger::close() noexcept {
   target_ = nullptr;
   if (closed)
     spdlog::drop(description_.name);
+}
+
+void logger::write_without_locks(std::string_view text) noexcept {
+  if (descriptor_ < 0 || !is_enabled(log_level::error))
+    return;
+  std::array<char, 256> line{};
+  const int length = std::snprintf(line.data(), line.size(), "[process %ld] [%s] [error] %.*s\n",
+                                   static_cast<long>(getpid()), description_.name,
+                                   static_cast<int>(text.size()), text.data());
+  const withheld_write_signals withheld;
+  if (::write(descriptor_, line.data(), std::min(static_cast<std::size_t>(length), line.size() - 1)) < 0)
+    return; // as any line that cannot be written
 }
 
 // The target is shared while a line is written, so that closing the logger at the same time does not pull it away. The lock

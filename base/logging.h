@@ -15,12 +15,18 @@ namespace oryn::logging {
 
 enum class log_level : int { trace, debug, info, warning, error, critical, off };
 
+// A text of the library's own that may have several lines. All other texts are made printable.
+struct own_lines {
+  std::string_view text;
+};
+
 // One value of a log line. It only refers to text, so it must not outlive the statement.
 class log_argument {
 public:
-  enum class kind { text, unsigned_number, signed_number, boolean, pointer };
+  enum class kind { text, own_lines, unsigned_number, signed_number, boolean, pointer };
 
   log_argument(std::string_view text) noexcept : kind_(kind::text), text_(text) {}
+  log_argument(own_lines lines) noexcept : kind_(kind::own_lines), text_(lines.text) {}
   log_argument(const std::string& text) noexcept : log_argument(std::string_view(text)) {}
   log_argument(const char* text) noexcept : log_argument(std::string_view(text ? text : "(null)")) {}
   log_argument(const void* pointer) noexcept : kind_(kind::pointer), pointer_(pointer) {}
@@ -76,6 +82,10 @@ public:
   void write(log_level level, std::string_view format, const log_argument* arguments,
              std::size_t count) noexcept TARVA_EXCLUDES(lock_);
 
+  // A text of the library's own at level error, for a forked child, in which nobody may ever give a lock back. Without the time,
+  // which takes locks, too.
+  void write_without_locks(std::string_view text) noexcept;
+
   // Opens the logger unless it has been opened before. Any number of threads may call it at a time.
   void bring_up() noexcept { description_.bring_up(); }
   // Called once each, by the object whose lifetime is that of the open logger. The first throws nothing but std::bad_alloc,
@@ -88,6 +98,7 @@ private:
 
   const logger_description description_;
   std::atomic<int> threshold_{static_cast<int>(log_level::trace)};
+  std::atomic<int> descriptor_{-1}; // of the open target
   mutex lock_;
   target* target_ TARVA_GUARDED_BY(lock_) = nullptr; // null before it is opened and after it is closed
 };
@@ -96,7 +107,8 @@ extern logger tarva_logger;
 extern logger skerv_logger;
 
 // A log statement. For a silent logger it costs one comparison. A line that cannot be written is dropped.
-// The arguments take the places of the pairs of braces in the format, in order.
+// The arguments take the places of the pairs of braces in the format, in order. A line stays one line, whatever stands in
+// them: what a terminal or a viewer would obey is escaped, since some of it comes from drivers.
 template <logger& destination, log_level severity>
 struct statement {
   template <class... Arguments>

@@ -124,13 +124,20 @@ bool is_harmless_to_pocl(binary_reader reader) {
   return reader.at_end();
 }
 
-// rusticl: a version, the length of the SPIR-V module, its kind, the module.
+// rusticl: a version, the length of the SPIR-V module, its kind, the module. Newer ones, such as Mesa 25's, begin with a
+// name, have the length of the device's name in front of that of the module, and the name in front of the module.
 bool is_harmless_to_rusticl(binary_reader reader) {
+  constexpr std::string_view magic("rusticl\0", 8);
   constexpr std::uint32_t known_version = 1;
   constexpr std::uint32_t spirv_magic = 0x07230203;
+  const bool is_newer = reader.begins_with(magic);
+  if (is_newer)
+    reader.skip(magic.size());
   const auto version = reader.number<std::uint32_t>();
+  const auto name_size = is_newer ? reader.number<std::uint32_t>() : 0;
   const auto module_size = reader.number<std::uint32_t>();
   reader.number<std::uint32_t>();
+  reader.skip(name_size);
   const auto module_magic = reader.number<std::uint32_t>();
   if (module_size < sizeof module_magic)
     return false;

@@ -2,12 +2,12 @@
 // looks into both and takes no lock.
 #include "capability/dispatch.h"
 
+#include "base/native_thread.h"
 #include "base/thread_annotations.h"
 #include "capability/kernels.h"
 #include "capability/queues.h"
 
 #include <atomic>
-#include <thread>
 
 namespace qv {
 namespace {
@@ -28,7 +28,7 @@ void fail(record<Op>& fields) {
 
 // Nothing that an executor throws leaves here.
 template <operation Op, void (*Function)(const root_device&, record<Op>&)>
-void perform_guarded(const root_device& device, void* block) {
+void perform_guarded(const root_device& device, void* block) noexcept {
   auto& fields = *static_cast<record<Op>*>(block);
   try {
     Function(device, fields);
@@ -133,11 +133,27 @@ slot* find_slot(qv_call_handle* handle) noexcept {
   return open ? &candidate : nullptr;
 }
 
-// For implementations that must not be called on this thread any more. Kept out of the way of the commands that need no other
-// thread.
-[[gnu::noinline]] void run_on_other_thread(const command& performer, const root_device& device,
-                                           void* record) {
-  std::thread([&] { performer.run(device, record); }).join();
+// For a device that may be lost, or whose implementation must not be called on this thread any more. Kept out of the way of the
+// commands that know no such trouble.
+[[gnu::noinline]] std::int32_t perform_with_care(const root_device& asked, const command& performer,
+                                                 void* record) noexcept {
+  const root_device& device = device_or_stand_in(asked);
+  if (!device.quirks.uses_ended_thread_locals || !thread_locals_have_ended()) {
+    performer.run(device, record);
+    return QV_OK;
+  }
+  // The process is ending, perhaps with the dynamic loader's lock held, when another thread would wait for ever. What is not
+  // released now, the system releases soon.
+  if (performer.releases) {
+    static_cast<object_record*>(record)->status = CL_SUCCESS;
+    return QV_OK;
+  }
+  try {
+    oryn::native_thread("qv-late-call", [&] { performer.run(device, record); }).join();
+    return QV_OK;
+  } catch (...) {
+    return QV_UNRECOVERABLE_ERROR;
+  }
 }
 
 } // namespace
@@ -173,7 +189,11 @@ bool any_call_handle_open() noexcept {
   return open_count != 0;
 }
 
-std::int32_t call_command(const binding& bound, std::uint64_t number, void* record) {
+std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record) noexcept {
+  const slot* const open = find_slot(handle);
+  if (open == nullptr)
+    return QV_UNRECOVERABLE_ERROR;
+  const binding& bound = open->bound;
   if (number >= bound.commands->size())
     return QV_INVALID_COMMAND_ID;
   const command& performer = (*bound.commands)[number];
@@ -182,21 +202,11 @@ std::int32_t call_command(const binding& bound, std::uint64_t number, void* reco
   if (record == nullptr)
     return QV_UNRECOVERABLE_ERROR;
 
-  const root_device& device = device_or_stand_in(*bound.device);
-  if (!device.quirks.uses_ended_thread_locals || !thread_locals_have_ended())
-    performer.run(device, record);
-  else if (performer.releases)
-    // The process is ending, perhaps with the dynamic loader's lock held, when another thread would wait for ever. What is not
-    // released now, the system releases soon.
-    static_cast<object_record*>(record)->status = CL_SUCCESS;
-  else
-    run_on_other_thread(performer, device, record);
+  const root_device& device = *bound.device;
+  if (is_suspected(device) || device.quirks.uses_ended_thread_locals)
+    return perform_with_care(device, performer, record);
+  performer.run(device, record);
   return QV_OK;
-}
-
-std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record) {
-  const slot* open = find_slot(handle);
-  return open == nullptr ? QV_UNRECOVERABLE_ERROR : call_command(open->bound, number, record);
 }
 
 const command_array& commands_of_capability(std::uint32_t capability) {

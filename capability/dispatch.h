@@ -13,7 +13,7 @@ namespace qv {
 
 inline constexpr std::size_t highest_command_number = 99;
 
-using executor = void (*)(const root_device&, void* record);
+using executor = void (*)(const root_device&, void* record) noexcept;
 
 struct command {
   executor run = nullptr; // null: no such command
@@ -42,9 +42,8 @@ bool close_call_handle(qv_call_handle* handle);
 // Whether the machine must not be freed. Takes no lock, as the process may be ending.
 bool any_call_handle_open() noexcept;
 
-// Performs a command on a binding, or on that of an open handle, which takes no lock: a transport code. A command that has
-// failed is a success here; its record tells.
-std::int32_t call_command(const binding& bound, std::uint64_t number, void* record);
-std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record);
+// Performs a command on what the handle stands for, and takes no lock: a transport code. A command that has failed is a
+// success here; its record tells.
+std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record) noexcept;
 
 } // namespace qv

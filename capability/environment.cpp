@@ -1,5 +1,7 @@
 #include "capability/environment.h"
 
+#include "base/printable_text.h"
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -16,14 +18,7 @@ bool is_log_wanted() {
 // What devices say of themselves may hold anything, at any length; a terminal would obey some of it.
 void append_printable(std::string& line, std::string_view text) {
   constexpr std::size_t most_bytes = 300;
-  constexpr std::string_view digits = "0123456789abcdef";
-  for (const char each : text.substr(0, most_bytes)) {
-    const auto byte = static_cast<unsigned char>(each);
-    if (byte >= ' ' && byte != 0x7F)
-      line += each;
-    else
-      line.append("\\x").append(1, digits[byte >> 4]).append(1, digits[byte & 0xF]);
-  }
+  oryn::write_printable(text.substr(0, most_bytes), [&line](std::string_view part) { line += part; });
 }
 
 // In one write, so that lines of several threads do not mix.

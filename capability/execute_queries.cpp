@@ -4,24 +4,31 @@
 #include "capability/kernels.h"
 
 namespace qv {
+namespace {
 
-// What every start asks for was asked when the machine was looked at. Everything else is the device's to answer, whichever
-// capability it is offered under; but one that does not say whether it is available is taken not to be.
-void get_device_info(const root_device& device, get_device_info_record& record) {
-  const bool is_known = record.device == device.id;
-  const std::string* const text = is_known ? device.find_text(record.param_name) : nullptr;
-  const cl_uint* const number = is_known ? device.find_number(record.param_name) : nullptr;
-  if (text != nullptr)
-    answer(record, text->c_str(), text->size() + 1);
-  else if (number != nullptr)
-    answer(record, number, sizeof *number);
-  else
-    ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
-  if (record.status == CL_SUCCESS || !is_known || device.tells_availability ||
-      record.param_name != CL_DEVICE_AVAILABLE)
+// A device that does not say whether it is available is taken not to be.
+[[gnu::noinline]] void answer_for_silent_device(const root_device& device,
+                                                get_device_info_record& record) noexcept {
+  if (record.device != device.id || device.tells_availability || record.param_name != CL_DEVICE_AVAILABLE)
     return;
   const cl_bool is_available = CL_FALSE;
   answer(record, &is_available, sizeof is_available);
+}
+
+} // namespace
+
+// What every start asks for was asked when the machine was looked at. Everything else is the device's to answer, whichever
+// capability it is offered under.
+void get_device_info(const root_device& device, get_device_info_record& record) noexcept {
+  if (record.device == device.id) {
+    if (const device_answers::answer* const known = device.answers.find(record.param_name)) {
+      answer(record, known->bytes.c_str(), known->size);
+      return;
+    }
+  }
+  ask(record, device.cl.get_device_info, static_cast<cl_device_id>(record.device));
+  if (record.status != CL_SUCCESS)
+    answer_for_silent_device(device, record);
 }
 
 // The references are those of the host; OpenCL itself has one, whatever the implementation counts.
@@ -39,11 +46,15 @@ void get_program_info(const root_device& device, get_object_info_record& record)
   const auto* const program = find_object<program_object>(record.object, record);
   if (program == nullptr)
     return;
-  const cl_uint references = program->references();
-  if (record.param_name == CL_PROGRAM_REFERENCE_COUNT)
+  if (record.param_name == CL_PROGRAM_REFERENCE_COUNT) {
+    const cl_uint references = program->references();
     answer(record, &references, sizeof references);
-  else
+  } else if (record.param_name == CL_PROGRAM_BINARY_SIZES || record.param_name == CL_PROGRAM_BINARIES) {
+    const oryn::lock_guard guard(program->binaries_lock());
     ask(record, device.cl.get_program_info, program->program);
+  } else {
+    ask(record, device.cl.get_program_info, program->program);
+  }
 }
 
 void get_program_build_info(const root_device& device, get_object_device_info_record& record) {

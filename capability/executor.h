@@ -2,7 +2,7 @@
 //
 // An executor runs on whatever thread has sent the command, several at once, and takes locks only through the objects that it
 // works on. It writes the outputs of the record, and nothing else of the caller's, before it returns; it may throw, which the
-// dispatch turns into a failure of the command. The device is the one that the call handle is bound to, or its stand-in while
+// dispatch turns into a failure of the command, unless it says that it does not. The device is the one that the call handle is bound to, or its stand-in while
 // it is lost.
 #pragma once
 
@@ -150,7 +150,7 @@ void get_kernel_info(const root_device& device, get_object_info_record& record);
 void get_kernel_work_group_info(const root_device& device, get_object_device_info_record& record);
 
 // The questions to all other objects, and what is asked of devices: execute_queries.cpp.
-void get_device_info(const root_device& device, get_device_info_record& record);
+void get_device_info(const root_device& device, get_device_info_record& record) noexcept;
 void get_context_info(const root_device& device, get_context_info_record& record);
 void get_program_info(const root_device& device, get_object_info_record& record);
 void get_program_build_info(const root_device& device, get_object_device_info_record& record);

@@ -92,10 +92,6 @@ QV_EXPORT int32_t qv_close_call_handle(qv_call_handle* handle) {
 }
 
 QV_EXPORT int32_t qv_call_capability(qv_call_handle* handle, uint64_t command_id, void* record, uint64_t) {
-  try {
-    return qv::call_command(handle, command_id, record);
-  } catch (...) {
-    return QV_UNRECOVERABLE_ERROR;
-  }
+  return qv::call_command(handle, command_id, record);
 }
 }

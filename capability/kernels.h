@@ -63,6 +63,10 @@ public:
   // Before a new build: ends the kept kernels, which would block it, and forgets what they told.
   void forget_kernels(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
 
+  // For questions about binaries. An implementation may work a binary out when it is first asked for one, and tell any size
+  // to a thread that asks meanwhile: PoCL tells 256 MiB.
+  oryn::mutex& binaries_lock() const noexcept TARVA_RETURNS_LOCK(binaries_lock_) { return binaries_lock_; }
+
   // The options that the caller gave to the last build, if OpenCL was given others; null if they were the caller's.
   void set_callers_options(const char* options) TARVA_EXCLUDES(kernels_lock);
   std::optional<std::string> callers_options() const TARVA_EXCLUDES(kernels_lock);
@@ -71,6 +75,7 @@ private:
   friend class kernel_object;
 
   std::atomic<std::uint32_t> references_{1};
+  mutable oryn::mutex binaries_lock_;
   std::optional<std::string> callers_options_ TARVA_GUARDED_BY(kernels_lock);
   // Entries stay in their places, as kernels point to theirs.
   std::map<std::string, kernel_family, std::less<>> families_ TARVA_GUARDED_BY(kernels_lock);

@@ -42,7 +42,7 @@ bool read_texts(root_device& device) {
     std::optional<std::string> text = device_text(device.cl, device.id, name);
     if (!text)
       return false;
-    device.texts.push_back({name, std::move(*text)});
+    device.answers.add_text(name, std::move(*text));
   }
   return true;
 }
@@ -55,14 +55,14 @@ bool read_numbers(root_device& device) {
   constexpr cl_device_info queue_size = CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE;
   const std::uint64_t size =
       device.version < opencl_version{2, 0} ? 0 : device_number(device.cl, device.id, queue_size).value_or(0);
-  device.numbers = {{CL_DEVICE_ENDIAN_LITTLE, static_cast<cl_uint>(*order)},
-                    {queue_size, static_cast<cl_uint>(size)}};
+  device.answers.add_number(CL_DEVICE_ENDIAN_LITTLE, static_cast<cl_uint>(*order));
+  device.answers.add_number(queue_size, static_cast<cl_uint>(size));
   return true;
 }
 
 // By whole words: one extension's name may begin like another's.
 bool has_extension(const root_device& device, const std::string& name) {
-  return (' ' + *device.find_text(CL_DEVICE_EXTENSIONS) + ' ').find(' ' + name + ' ') != std::string::npos;
+  return (' ' + device.text_of(CL_DEVICE_EXTENSIONS) + ' ').find(' ' + name + ' ') != std::string::npos;
 }
 
 // What the first who uses the device will ask it for. A device that has none of it is worth nothing, and would take the start
@@ -89,12 +89,12 @@ void try_builtin_kernels(root_device& device) {
     const cl_int status = device.quirks.crashes_on_builtin_kernels ? CL_INVALID_OPERATION
                                                                    : device.kept->make_builtin_program(names);
     if (status != CL_SUCCESS) {
-      log_line({"the built-in kernels of the device \"", *device.find_text(CL_DEVICE_NAME),
+      log_line({"the built-in kernels of the device \"", device.text_of(CL_DEVICE_NAME),
                 "\" are not offered: ", with_status("no program can be made of them", status)});
       names.clear();
     }
   }
-  device.texts.push_back({CL_DEVICE_BUILT_IN_KERNELS, std::move(names)});
+  device.answers.add_text(CL_DEVICE_BUILT_IN_KERNELS, std::move(names));
 }
 
 // Completes what is known of a device: why it cannot be used, or nothing. Questions come first; a device that cannot even say
@@ -102,7 +102,7 @@ void try_builtin_kernels(root_device& device) {
 std::string look_at_device(root_device& device, cl_platform_id platform, const capability_set& forced) {
   if (device.id == nullptr || !read_texts(device))
     return "it does not say in one piece what it is";
-  const auto version = parse_reported_version(*device.find_text(CL_DEVICE_VERSION));
+  const auto version = parse_reported_version(device.text_of(CL_DEVICE_VERSION));
   if (!version)
     return "it is of no version of OpenCL";
 
@@ -118,11 +118,11 @@ std::string look_at_device(root_device& device, cl_platform_id platform, const c
   device.tells_availability = device_number(device.cl, device.id, CL_DEVICE_AVAILABLE).has_value();
   device.has_device_queues = has_device_queues(device.cl, device.id, *version);
   device.local_memory_size = device_number(device.cl, device.id, CL_DEVICE_LOCAL_MEM_SIZE).value_or(0);
-  adapt_to_device(device.quirks, *device.find_text(CL_DEVICE_NAME), has_extension(device, "cl_khr_spir"));
+  adapt_to_device(device.quirks, device.text_of(CL_DEVICE_NAME), has_extension(device, "cl_khr_spir"));
 
   if (device.capabilities.none()) {
-    log_line({"the device \"", *device.find_text(CL_DEVICE_NAME), "\" is offered under no version: \"",
-              *device.find_text(CL_DEVICE_VERSION), "\" is none"});
+    log_line({"the device \"", device.text_of(CL_DEVICE_NAME), "\" is offered under no version: \"",
+              device.text_of(CL_DEVICE_VERSION), "\" is none"});
     return {}; // nobody can use it, so it is not tried
   }
   std::string lack = try_context_and_queue(device);
@@ -175,8 +175,8 @@ void append_devices(std::vector<root_device>& devices, const opencl_functions& l
     root_device device = plain;
     device.id = ids[i];
     if (const std::string reason = look_at_device(device, platform, forced); !reason.empty()) {
-      const std::string* device_name = device.find_text(CL_DEVICE_NAME);
-      log_line({"device ", std::to_string(i), " \"", device_name == nullptr ? "" : *device_name,
+      const device_answers::answer* device_name = device.answers.find(CL_DEVICE_NAME);
+      log_line({"device ", std::to_string(i), " \"", device_name == nullptr ? "" : device_name->bytes,
                 "\" of the platform \"", name, "\" is left out: ", reason});
       continue;
     }

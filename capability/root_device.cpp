@@ -2,7 +2,7 @@
 
 #include "capability/opencl_queries.h"
 
-#include <algorithm>
+#include <cstring>
 #include <dlfcn.h>
 #include <type_traits>
 #include <utility>
@@ -60,13 +60,6 @@ opencl_functions functions_of_lost_device(opencl_functions functions) {
   return functions;
 }
 
-template <class Entry>
-const Entry* find_entry(const std::vector<Entry>& entries, cl_device_info name) {
-  const auto found =
-      std::find_if(entries.begin(), entries.end(), [name](const Entry& each) { return each.name == name; });
-  return found == entries.end() ? nullptr : &*found;
-}
-
 // Plain, so that it can be read when the thread's objects are gone.
 thread_local bool have_ended = false;
 
@@ -78,14 +71,20 @@ thread_local end_marker marker;
 
 } // namespace
 
-const std::string* root_device::find_text(cl_device_info name) const {
-  const device_text_entry* const entry = find_entry(texts, name);
-  return entry == nullptr ? nullptr : &entry->text;
+void device_answers::add_text(cl_device_info name, std::string text) {
+  const std::size_t size = text.size() + 1;
+  add(name, {std::move(text), size});
 }
 
-const cl_uint* root_device::find_number(cl_device_info name) const {
-  const device_number_entry* const entry = find_entry(numbers, name);
-  return entry == nullptr ? nullptr : &entry->number;
+void device_answers::add_number(cl_device_info name, cl_uint number) {
+  std::string bytes(sizeof number, '\0');
+  std::memcpy(bytes.data(), &number, sizeof number);
+  add(name, {std::move(bytes), sizeof number});
+}
+
+void device_answers::add(cl_device_info name, answer added) {
+  answers_.push_back(std::move(added));
+  places_.at(name - first_name) = static_cast<std::uint8_t>(answers_.size());
 }
 
 bool device_watch::is_lost(const root_device& device) noexcept {

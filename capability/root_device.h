@@ -8,7 +8,9 @@
 #include "capability/opencl_functions.h"
 #include "capability/quirks.h"
 
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -38,14 +40,33 @@ private:
   std::atomic<bool> is_suspected_ = false;
 };
 
-struct device_text_entry {
-  cl_device_info name;
-  std::string text;
-};
+// What a device has said of itself, and will go on saying. Every question to a device passes here first, so an answer is found
+// by the number of its parameter and not searched for.
+class device_answers {
+public:
+  struct answer {
+    std::string bytes;
+    std::size_t size; // as OpenCL counts it: of a text, with its closing zero
+  };
 
-struct device_number_entry {
-  cl_device_info name;
-  cl_uint number;
+  // Each parameter once, of those that OpenCL itself numbers.
+  void add_text(cl_device_info name, std::string text);
+  void add_number(cl_device_info name, cl_uint number);
+
+  // Null if it was not asked for.
+  const answer* find(cl_device_info name) const noexcept {
+    const std::size_t row = std::size_t{name} - first_name;
+    return row < places_.size() && places_[row] != 0 ? &answers_[places_[row] - 1] : nullptr;
+  }
+
+private:
+  static constexpr cl_device_info first_name = 0x1000;
+
+  void add(cl_device_info name, answer added);
+
+  std::array<std::uint8_t, 0x80>
+      places_{}; // by name: the place among the answers, counted from 1, or 0 for none
+  std::vector<answer> answers_;
 };
 
 struct root_device {
@@ -60,28 +81,29 @@ struct root_device {
   bool tells_availability = true;
   std::uint64_t local_memory_size = 0;
   qv::quirks quirks;
-  // What the device has said of itself, and will go on saying: the answers that every start asks for.
-  std::vector<device_text_entry> texts;
-  std::vector<device_number_entry> numbers;
+  // What every start asks for.
+  device_answers answers;
   // Null if the device has not been tried, or is lost.
   std::shared_ptr<kept_objects> kept;
   // Null if nobody watches it. The other is the same device as long as it is lost.
   std::shared_ptr<device_watch> watch;
   std::shared_ptr<const root_device> lost_stand_in;
 
-  // Null if it was not asked for.
-  const std::string* find_text(cl_device_info name) const;
-  const cl_uint* find_number(cl_device_info name) const;
+  // One of those that were asked for.
+  const std::string& text_of(cl_device_info name) const { return answers.find(name)->bytes; }
 };
 
 // Has the device watched from now on. Throws std::bad_alloc.
 void watch(root_device& device);
 
+// Whether something has failed, so that the device may be lost.
+inline bool is_suspected(const root_device& device) noexcept {
+  return device.watch != nullptr && device.watch->is_suspected();
+}
+
 // The device, or what stands for it as long as it is lost. Costs one relaxed read as long as nothing has failed.
 inline const root_device& device_or_stand_in(const root_device& device) noexcept {
-  const bool is_lost =
-      device.watch != nullptr && device.watch->is_suspected() && device.watch->is_lost(device);
-  return is_lost ? *device.lost_stand_in : device;
+  return is_suspected(device) && device.watch->is_lost(device) ? *device.lost_stand_in : device;
 }
 
 // A thread goes on running after its thread-local objects were destroyed: in exit handlers and static destructors, after

@@ -1,6 +1,6 @@
 # Language, warnings, visibility and sanitizers of every target of this project.
 
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Kind of build" FORCE)
 endif()
 
@@ -19,8 +19,13 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # The libraries find each other beside themselves, but LD_LIBRARY_PATH goes first (a run path, not an rpath), so
 # that another capability library can take the place of ours.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
-set(CMAKE_INSTALL_RPATH $ORIGIN)
 add_link_options(LINKER:--enable-new-dtags)
+
+# Gives `target`, which is installed, one run path for both the build folder and where it is installed. Of two CMake
+# would fill up the shorter with colons, and what is empty between colons means the current directory of whoever runs it.
+function(tarva_run_path target)
+  set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "${ARGN}")
+endfunction()
 
 add_library(tarva_settings INTERFACE)
 target_compile_options(tarva_settings INTERFACE -Wall -Wextra -Wpedantic)
@@ -43,6 +48,17 @@ include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-fno-gnu-unique TARVA_HAS_NO_GNU_UNIQUE)
 if(TARVA_HAS_NO_GNU_UNIQUE)
   target_compile_options(tarva_settings INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
+
+# What dpkg-buildflags asks for, and the protection of jumps and returns where processors have it. No file tells in
+# which folder it was compiled.
+if(TARVA_HARDEN)
+  include(CheckPIESupported)
+  check_pie_supported()
+  add_compile_options(-fstack-protector-strong -fstack-clash-protection -fcf-protection -Wformat -Werror=format-security
+                      -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build
+                      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+  add_link_options(LINKER:-z,relro,-z,now)
 endif()
 
 if(TARVA_SANITIZE)

@@ -1,4 +1,4 @@
-# What `cmake --install` puts where, in three components: runtime, development, tools.
+# What `cmake --install` puts where, in components: runtime, development, tools, licences.
 include(CMakePackageConfigHelpers)
 
 set(cmake_package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/tarva)
@@ -13,6 +13,9 @@ install(TARGETS qv EXPORT tarva-targets
 
 install(FILES include/tarva_abi.h include/tarva.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(DIRECTORY include/tarva DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development FILES_MATCHING PATTERN *.hpp)
+
+# The packages have a copyright file of their own in place of these.
+install(FILES LICENSE THIRD-PARTY DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licences)
 
 # find_package(tarva) gives tarva::tarva.
 install(EXPORT tarva-targets NAMESPACE tarva:: DESTINATION ${cmake_package_folder} COMPONENT development)

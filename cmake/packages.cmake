@@ -14,8 +14,10 @@ set(CPACK_PACKAGE_CONTACT ${TARVA_PACKAGE_CONTACT})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_POST_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debug_packages.cmake)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE
+                                                WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_COMPONENTS_ALL runtime development)
 if(TARVA_BUILD_TOOLS)
@@ -39,6 +41,7 @@ set(same_version "(= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME liboryn-tarva0)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_RUNTIME_DEBUGINFO_PACKAGE ON)
 # The loader is opened when the library starts, so nothing links it.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "ocl-icd-libopencl1 | libopencl1")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "pocl-opencl-icd | opencl-icd")
@@ -62,6 +65,7 @@ to find the library, the guide and other pages, and examples.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tarva-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "liboryn-tarva0 ${same_version}")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "show the OpenCL devices of a machine
 The program tarva-info prints the OpenCL devices of a machine, and all that
@@ -70,6 +74,7 @@ is to be known of them, for people and for scripts.")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-tarva)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PYTHON_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.11), python3-numpy, liboryn-tarva0 ${same_version}")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION "interface to all OpenCL devices of a machine - package for Python
 One plain interface to the OpenCL devices of a machine, of the versions 1.0
@@ -85,6 +90,18 @@ if(NOT newest MATCHES "^## ${PROJECT_VERSION}, (.+)$")
 endif()
 execute_process(COMMAND date --utc --rfc-email --date=${CMAKE_MATCH_1} OUTPUT_VARIABLE date
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+# The notices of others become a comment in the copyright files.
+file(READ THIRD-PARTY notices)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS THIRD-PARTY)
+string(STRIP "${notices}" notices)
+string(REPLACE "\n\n" "\n.\n" notices "${notices}")
+string(REPLACE "\n\n" "\n.\n" notices "${notices}")
+string(REPLACE "\n" "\n " notices "${notices}")
+# All files in the packages are of that date.
+execute_process(COMMAND date --utc +%s --date=${CMAKE_MATCH_1} OUTPUT_VARIABLE seconds
+                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/install/debian/date.cmake)
+file(WRITE ${CPACK_PROJECT_CONFIG_FILE} "set(ENV{SOURCE_DATE_EPOCH} ${seconds})\n")
 foreach(component IN ITEMS runtime development tools python)
   string(TOUPPER ${component} upper)
   set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
@@ -98,7 +115,7 @@ endforeach()
 # The pages, with what they show, and the examples, which need nothing but what the package holds.
 set(pages_folder share/doc/liboryn-tarva-dev)
 file(GLOB pages CONFIGURE_DEPENDS docs/*.md docs/*.svg)
-install(FILES README.md CHANGELOG.md DESTINATION ${pages_folder} COMPONENT development EXCLUDE_FROM_ALL)
+install(FILES README.md CHANGELOG.md RELIABILITY.md SECURITY.md DESTINATION ${pages_folder} COMPONENT development EXCLUDE_FROM_ALL)
 install(FILES ${pages} DESTINATION ${pages_folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
 install(DIRECTORY docs/pictures docs/speed DESTINATION ${pages_folder}/docs COMPONENT development EXCLUDE_FROM_ALL)
 install(DIRECTORY examples DESTINATION ${pages_folder} COMPONENT development EXCLUDE_FROM_ALL
@@ -107,7 +124,28 @@ install(DIRECTORY examples DESTINATION ${pages_folder} COMPONENT development EXC
 # ldconfig, although there is a trigger, is CPack's doing.
 set(control ${PROJECT_BINARY_DIR}/install/debian/control)
 file(WRITE ${control}/triggers "activate-noawait ldconfig\n")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${control}/triggers)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${control}/triggers ${control}/symbols)
+
+# Which symbol came with which version: what links the libraries then depends on no newer one than it needs. Each node
+# of a version script says it in the comment above it.
+set(symbols "")
+foreach(library_and_map IN ITEMS liboryn-tarva.so.0:abi/liboryn-tarva.map libqv.so.0:capability/libqv.map)
+  string(REGEX MATCH "(.+):(.+)" whole ${library_and_map})
+  string(APPEND symbols "${CMAKE_MATCH_1} liboryn-tarva0 #MINVER#\n* Build-Depends-Package: liboryn-tarva-dev\n")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_MATCH_2})
+  file(STRINGS ${CMAKE_MATCH_2} lines REGEX "Since version|{|^    [a-z]")
+  foreach(line IN LISTS lines)
+    if(line MATCHES "Since version ([0-9.]+[0-9])")
+      set(since ${CMAKE_MATCH_1})
+    elseif(line MATCHES "^([A-Z_0-9.]+) {")
+      set(node ${CMAKE_MATCH_1})
+      string(APPEND symbols " ${node}@${node} ${since}\n")
+    elseif(line MATCHES "^ +([a-z_0-9]+)")
+      string(APPEND symbols " ${CMAKE_MATCH_1}@${node} ${since}\n")
+    endif()
+  endforeach()
+endforeach()
+file(WRITE ${control}/symbols "${symbols}")
 file(WRITE ${control}/liboryn-tarva0
      "liboryn-tarva0: package-name-doesnt-match-sonames\nliboryn-tarva0: maintscript-calls-ldconfig\n")
 install(FILES ${control}/liboryn-tarva0 DESTINATION share/lintian/overrides COMPONENT runtime EXCLUDE_FROM_ALL)

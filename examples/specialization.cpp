@@ -7,7 +7,7 @@ namespace {
 
 // kernel void multiply(global uint* data) { data[id] = id * factor; }, where factor is constant 7, and 2 if not chosen.
 constexpr std::uint32_t code[] = {
-    0x07230203, 0x10100, 0,  18,         0,                 // SPIR-V 1.1, ids below 18
+    0x07230203, 0x10000, 0,  18,         0,                 // SPIR-V 1.0, ids below 18
     0x00020011, 4,                                          // OpCapability Addresses
     0x00020011, 6,                                          // OpCapability Kernel
     0x00020011, 11,                                         // OpCapability Int64

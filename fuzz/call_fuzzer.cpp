@@ -2,17 +2,9 @@
 // be left and no rule of OpenCL may have been broken.
 #include "fuzz/conversation.h"
 
-#include "tests/scripted/scripted_qv.h"
-
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <thread>
-
 namespace {
 
 using fuzz::conversation;
-using objects = std::map<std::string, std::int64_t>;
 
 // Writes to both ends of all memory that a kernel was given.
 void touch(const scripted::kernel_run& now) {
@@ -23,12 +15,13 @@ void touch(const scripted::kernel_run& now) {
     }
 }
 
-// A device of each version and two that differ; some have kernels built in, and some the other byte order.
-objects start() {
+// Two devices of each version, one of either byte order; some have kernels built in.
+fuzz::references start() {
   std::vector<scripted::device_options> devices;
-  for (const std::uint32_t version : {1, 2, 3, 4, 5, 6, 3, 5}) {
-    scripted::device_options options{"device " + std::to_string(devices.size()), {version}};
-    options.little_endian = devices.size() < 6;
+  for (std::uint32_t i = 0; i < 2 * qv::capability_count; ++i) {
+    const std::uint32_t version = i / 2 + 1;
+    scripted::device_options options{"device " + std::to_string(i), {version}};
+    options.little_endian = i % 2 == 0;
     if (version >= 4)
       options.info[0x103F] = scripted::text_answer("copy_all;sort_all");
     if (version % 2 == 1)
@@ -113,17 +106,11 @@ void play(fuzz::input bytes) {
 
 } // namespace
 
-// NOLINTNEXTLINE(readability-identifier-naming): the fuzzing engine has it by this name
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const objects& before = *new objects(start());
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const auto& before = *new fuzz::references(start());
   play(fuzz::input(data, size));
   scripted::no_failure_left();
-  scripted::forget_calls();
-  // The last event of a request is released just after its owner has been woken.
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-  while (scripted::live_objects() != before && std::chrono::steady_clock::now() < deadline)
-    std::this_thread::yield();
-  fuzz::demand(scripted::live_objects() == before, "nothing is left behind");
+  fuzz::demand_balance(before);
   for (const std::string& misuse : scripted::misuses())
     fuzz::demand(false, misuse.c_str());
   return 0;

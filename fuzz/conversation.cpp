@@ -1,18 +1,6 @@
 #include "fuzz/conversation.h"
 
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <thread>
-
 namespace fuzz {
-
-void demand(bool holds, const char* what) {
-  if (holds)
-    return;
-  std::fprintf(stderr, "broken promise: %s\n", what);
-  std::abort();
-}
 
 void conversation::check_code(expected how, tarva_abi_result code) {
   ++calls_made;

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "fuzz/handle_model.h"
-
-#include <map>
+#include "fuzz/target.h"
 
 namespace fuzz {
 
@@ -12,9 +11,6 @@ enum class expected { failure, either, success };
 
 // What a parameter of a kernel takes.
 enum class parameter { memory, local, value };
-
-// Ends the process with a line on what went wrong, unless it holds.
-void demand(bool holds, const char* what);
 
 // One conversation with the library: the choices that are left, and what the caller holds. Each call is well
 // formed as far as C can tell, and its answer is held against what the caller knows.

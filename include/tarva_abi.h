@@ -144,9 +144,10 @@
  * moment are waited for: up to about ten seconds, but as long as it takes for what a device is doing; calls
  * that other threads begin meanwhile may be held up for as long. A process should not exit while its first
  * program is being loaded or its first kernel launched, since many OpenCL compilers do not survive that. A
- * child that was forked after the start has no library: its calls end like those after the stop. If the
- * library itself has to end the process, calls that are waiting never return; since an exit handler may wait
- * for one of them, the handlers then have about ten seconds.
+ * child that was forked after the start has no library: its calls end like those after the stop, and the
+ * first of them leaves a line at error level in the log. If the library itself has to end the process, calls
+ * that are waiting never return; since an exit handler may wait for one of them, the handlers then have about
+ * ten seconds.
  *
  * LOG
  *
@@ -155,7 +156,8 @@
  * (standard error), file (tarva.log or skerv.log in the working directory, appended to) or none. The first
  * pair is for the library, the second for its OpenCL layer. A file is made for its owner alone, and must be a
  * regular one and no link; if it cannot be had, there is no log. When memory is short a line is cut, or
- * stands without its details. A process that has more rights than its caller reads none of these variables.
+ * stands without its details, and when a disk is full it is lost. Control characters are shown as \xNN, so
+ * that a line is one line. A process that has more rights than its caller reads none of these variables.
  * Lines at info level tell of start and stop, those at warning level of handles that were never given up,
  * those at error level of failures, and those at critical level of failures that cannot be mended, above all
  * those that end the process.
@@ -244,6 +246,11 @@
 #define TARVA_ABI_H
 
 #include <stdint.h>
+
+/* The version that this header belongs to. One with a larger MINOR has more, and all of this one. */
+#define TARVA_ABI_VERSION_MAJOR 0
+#define TARVA_ABI_VERSION_MINOR 1
+#define TARVA_ABI_VERSION_PATCH 0
 
 #if defined(__GNUC__)
 #define TARVA_ABI_EXPORT __attribute__((visibility("default")))

@@ -47,8 +47,8 @@ public:
   virtual void signal_acquire(const std::shared_ptr<library_device>& release_device,
                               const std::shared_ptr<library_device>& acquire_device,
                               std::uint64_t sync_id) = 0;
-  // Starts the worker; once.
-  virtual void start() = 0;
+  // Starts the worker under that name; once. Throws std::system_error if there is no thread to be had.
+  virtual void start(const std::string& thread_name) = 0;
   // Returns when the worker has nothing to do and holds nothing of what it has done.
   virtual void wait_until_idle() = 0;
   // Ends the worker and joins it. Work that is left ends with an error. Refused the second time.

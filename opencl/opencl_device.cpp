@@ -1,6 +1,5 @@
 #include "opencl/opencl_device.h"
 
-#include "access/common/info_query.h"
 #include "access/common/opencl_constants.h"
 #include "access/opencl/device.h"
 #include "base/logging.h"
@@ -12,7 +11,10 @@
 #include "opencl/opencl_device_work_dispatcher.h"
 #include "opencl/opencl_program.h"
 
+#include <algorithm>
 #include <stdexcept>
+#include <string_view>
+#include <system_error>
 #include <tuple>
 
 namespace oryn::tarva::library {
@@ -44,6 +46,16 @@ void on_context_error(const char* message, const void*, std::size_t, void* user_
 
 constinit thread_local unsigned expected_error_depth = 0;
 
+// The library, the device as its property OBJECT_ID tells it, and the first word of what it calls itself: little is kept of a
+// thread's name.
+std::string name_of_worker(std::uint64_t identifier, std::string_view device_name) {
+  const auto is_of_word = [](char each) {
+    return (each >= '0' && each <= '9') || (each >= 'A' && each <= 'Z') || (each >= 'a' && each <= 'z');
+  };
+  const auto end = std::find_if_not(device_name.begin(), device_name.end(), is_of_word);
+  return "tarva-" + std::to_string(identifier) + "-" + std::string(device_name.begin(), end);
+}
+
 } // namespace
 
 expected_errors::expected_errors() noexcept {
@@ -60,7 +72,7 @@ bool expected_errors::on_this_thread() noexcept {
 
 template <version V>
 opencl_version_device<V>::opencl_version_device(const access_device& device)
-    : device_(std::make_unique<access_device>(device)) {}
+    : opencl_device(device.info()), device_(std::make_unique<access_device>(device)) {}
 
 template <version V>
 opencl_version_device<V>::~opencl_version_device() = default;
@@ -86,7 +98,12 @@ void opencl_version_device<V>::initialize() {
   auto made = std::make_unique<queues>(skerv::opencl::context<V>(*context_), *device_);
   queues_ = made.get();
   this->set_dispatcher(std::make_unique<device_ir::opencl::opencl_device_work_dispatcher>(std::move(made)));
-  this->get_dispatcher().start();
+  try {
+    this->get_dispatcher().start(name_of_worker(this->get_unique_identifier(), name));
+  } catch (const std::system_error& failure) {
+    throw std::runtime_error("There is no thread to be had for the " + get_friendly_short_description() +
+                             ": " + failure.code().message() + ".");
+  }
   log_info("Completed initialization of OpenCL {} device named: {}", version_traits<V>::text, name);
 }
 
@@ -180,71 +197,6 @@ template <version V>
 std::vector<std::shared_ptr<device_ir::device_command>> opencl_version_device<V>::generate_commands(
     const std::shared_ptr<physical_ir::physical_operation>& operation) {
   return device_ir::opencl::generate_device_command_sequence(operation, *queues_);
-}
-
-// Asks OpenCL each time, as a device may become unavailable.
-template <version V>
-bool opencl_version_device<V>::read_value(const device_catalogue::row& wanted, property_value& value) {
-  using read = device_reading;
-  if (wanted.parent == image_support_key && !device_->get_bool(image_support_parameter))
-    return false;
-  const device_source& source = wanted.source;
-  const auto read_list = [&](auto split) {
-    value.set_texts([&](std::string& text, std::vector<const char*>& pieces) {
-      device_->read_string(source.parameter, text);
-      split(text, pieces);
-    });
-  };
-  switch (source.reading) {
-  case read::none:
-    break;
-  case read::friendly_short_description:
-    value.set(get_friendly_short_description());
-    break;
-  case read::friendly_summary:
-    value.set(get_friendly_summary());
-    break;
-  case read::object_id:
-    value.set(this->get_unique_identifier());
-    break;
-  case read::uint32:
-    value.set(device_->get_uint32(source.parameter));
-    break;
-  case read::uint64:
-    value.set(device_->get_uint64(source.parameter));
-    break;
-  case read::boolean:
-    value.set(device_->get_bool(source.parameter));
-    break;
-  case read::string:
-    value.set_text([&](std::string& text) { device_->read_string(source.parameter, text); });
-    break;
-  case read::words:
-    read_list(skerv::common::split_in_place_on_whitespace);
-    break;
-  case read::semicolon_list:
-    read_list(skerv::common::split_in_place_on_semicolon);
-    break;
-  case read::sizes:
-    value.set(device_->get_sizes(source.parameter));
-    break;
-  case read::bit:
-    value.set((device_->get_uint64(source.parameter) & source.operand) != 0);
-    break;
-  case read::equal_uint32:
-    value.set(device_->get_uint32(source.parameter) == source.operand);
-    break;
-  case read::equal_uint64:
-    value.set(device_->get_uint64(source.parameter) == source.operand);
-    break;
-  case read::embedded_profile:
-    value.set(device_->is_embedded_profile());
-    break;
-  case read::full_profile:
-    value.set(device_->is_full_profile());
-    break;
-  }
-  return true;
 }
 
 #define INSTANTIATE(V) template class opencl_version_device<version::V>;

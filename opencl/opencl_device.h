@@ -26,7 +26,17 @@ class opencl_version_queues;
 std::vector<std::shared_ptr<library_device>> detect_devices();
 
 // What the devices of all versions share: the properties of the device catalogue.
-class opencl_device : public catalogue_owner<library_device, get_device_catalogue> {};
+class opencl_device : public catalogue_owner<library_device, get_device_catalogue> {
+protected:
+  // What `info` asks about must live as long as this.
+  explicit opencl_device(skerv::opencl::device_info info) : info_(info) {}
+
+private:
+  bool read_value(const device_catalogue::row& wanted, property_value& value) final;
+  void read_text(const device_source& source, property_value& value);
+
+  const skerv::opencl::device_info info_;
+};
 
 // A device of one OpenCL version. Initialised and released by the thread that starts and stops the library; what any thread
 // may call in between changes nothing in it.
@@ -69,7 +79,6 @@ public:
 
 private:
   version_number get_catalogue_version() const override { return static_cast<version_number>(V); }
-  bool read_value(const device_catalogue::row& wanted, property_value& value) override;
 
   // The default queue to which kernels enqueue, where the version has one; nothing elsewhere.
   struct no_queue {};

@@ -125,9 +125,9 @@ void opencl_device_work_dispatcher::signal_acquire(const std::shared_ptr<library
 }
 
 // The worker lives in a foreign process: the host's signals are the host's threads' to handle.
-void opencl_device_work_dispatcher::start() {
+void opencl_device_work_dispatcher::start(const std::string& thread_name) {
   const masked_signals masked;
-  worker_ = std::thread([this] { worker_main(); });
+  worker_ = native_thread(thread_name, [this] { worker_main(); });
 }
 
 // Whoever waits for the worker to become idle is woken first: it will do nothing more.

@@ -1,6 +1,7 @@
 // The dispatcher of one device with its worker, and what other devices tell it.
 #pragma once
 
+#include "base/native_thread.h"
 #include "base/notifier.h"
 #include "base/thread_annotations.h"
 #include "ir/dag.h"
@@ -13,7 +14,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
-#include <thread>
+#include <string>
 #include <tuple>
 #include <vector>
 
@@ -65,7 +66,7 @@ public:
   void submit_work(const std::shared_ptr<prepared_work>& work) override;
   void signal_acquire(const std::shared_ptr<library_device>& release_device,
                       const std::shared_ptr<library_device>& acquire_device, std::uint64_t sync_id) override;
-  void start() override;
+  void start(const std::string& thread_name) override;
   void wait_until_idle() override;
   void shutdown() override;
 
@@ -96,7 +97,7 @@ private:
   std::condition_variable became_idle_;          // with `lock_`
   std::atomic<bool> shutdown_requested_ = false; // written under `lock_`, read anywhere; never goes back
   notifier work_pipe_;
-  std::thread worker_;
+  native_thread worker_;
 
   // The worker's own, and its owner's once it has been joined.
   lists work_lists_;

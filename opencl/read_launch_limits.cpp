@@ -59,7 +59,8 @@ bool has_non_uniform_groups(const skerv::opencl::device<V>& device) {
   if (reported.rfind("OpenCL 2.", 0) == 0)
     return true;
   return try_to_ask([&] {
-           return device.get_bool(skerv::opencl::device_parameter::non_uniform_work_group_support.number);
+           return device.info().get_bool(
+               skerv::opencl::device_parameter::non_uniform_work_group_support.number);
          })
       .value_or(true);
 }

@@ -38,11 +38,13 @@ class catalogue {
 public:
   using row = catalogue_row<Source>;
 
-  // One row in its place. Nodes never move, so that others may point to them.
+  // One row in its place. Nodes never move, so that others may point to them, and stand in the order of the rows, since they
+  // are read so by whoever walks the tree.
   struct node {
     const row* self;
     const node* parent;
     std::shared_ptr<const property_texts> texts;
+    property_labels labels;            // the key, and the same texts
     std::vector<const node*> children; // those that are listed
   };
 
@@ -50,8 +52,11 @@ public:
   explicit catalogue(std::span<const row> rows) {
     nodes_.reserve(rows.size());
     for (const row& added : rows) {
-      node* parent = added.parent.empty() ? nullptr : &nodes_.at(added.parent);
-      node& made = nodes_.emplace(added.key, node{&added, parent, add_texts(added), {}}).first->second;
+      node* parent = added.parent.empty() ? nullptr : nodes_by_key_.at(added.parent);
+      auto texts = add_texts(added);
+      const property_labels labels{added.key, texts->friendly_name, texts->description};
+      node& made = nodes_.emplace_back(node{&added, parent, std::move(texts), labels, {}});
+      nodes_by_key_.emplace(added.key, &made);
       if (parent != nullptr && added.is_listed)
         parent->children.push_back(&made);
     }
@@ -63,14 +68,14 @@ public:
   // The node at a path, or null if an object of that version has no such path. A key stands in one place of its
   // tree only, so the last one leads to the node, and the others must be those on the way up to the root.
   const node* find(version_number version, const property_path& path) const {
-    const auto last = path.empty() ? nodes_.end() : nodes_.find(path.back());
-    if (last == nodes_.end())
+    const auto last = path.empty() ? nodes_by_key_.end() : nodes_by_key_.find(path.back());
+    if (last == nodes_by_key_.end())
       return nullptr;
-    const node* climbed = &last->second;
+    const node* climbed = last->second;
     for (auto key = path.rbegin(); key != path.rend(); ++key, climbed = climbed->parent)
       if (climbed == nullptr || *key != climbed->self->key || !climbed->self->versions.contains(version))
         return nullptr;
-    return climbed == nullptr ? &last->second : nullptr;
+    return climbed == nullptr ? last->second : nullptr;
   }
 
 private:
@@ -80,7 +85,8 @@ private:
     return dictionary_.get_texts(key);
   }
 
-  std::unordered_map<std::string_view, node> nodes_;
+  std::vector<node> nodes_;
+  std::unordered_map<std::string_view, node*> nodes_by_key_;
   property_dictionary dictionary_;
 };
 
@@ -145,8 +151,9 @@ private:
         visitor.visit_empty();
         continue;
       }
-      visitor.begin({child->self->key, child->texts->friendly_name, child->texts->description, value.view()});
-      visit_below(*child, version, visitor, value);
+      visitor.begin(child->labels, value.view());
+      if (!child->children.empty())
+        visit_below(*child, version, visitor, value);
       visitor.end();
     }
   }

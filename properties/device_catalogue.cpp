@@ -41,7 +41,9 @@ constexpr read reading_of(const device_flag_row& flag) {
 // A parameter, read in its own way.
 constexpr row property(std::string_view key, std::string_view parent, const device_parameter_row& source,
                        read reading, const char* friendly_name, const char* description) {
-  return {key, parent, source.versions, {reading, source.number}, friendly_name, description};
+  const bool needs_images = parent == image_support_key;
+  return {key,           parent,     source.versions, {reading, source.number, 0, needs_images},
+          friendly_name, description};
 }
 
 constexpr row property(std::string_view key, std::string_view parent, const device_parameter_row& source,

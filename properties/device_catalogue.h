@@ -35,6 +35,7 @@ struct device_source {
   device_reading reading;
   std::uint32_t parameter = 0;
   std::uint64_t operand = 0;
+  bool needs_images = false; // the property is there only if the device has images
 };
 
 using device_catalogue = catalogue<device_source>;
@@ -42,7 +43,7 @@ using device_catalogue = catalogue<device_source>;
 // Made by the first call, which any thread may be, and never changed.
 const device_catalogue& get_device_catalogue();
 
-// On a device without images the children of this key do not exist, though they are listed.
+// On a device without images the children of this key do not exist (`needs_images`), though they are listed.
 inline constexpr std::string_view image_support_key = "CL_DEVICE_IMAGE_SUPPORT";
 inline constexpr std::uint32_t image_support_parameter = device_parameter::image_support.number;
 

@@ -65,30 +65,9 @@ void append_component(text_buffer& out, const data_type_row& row, const void* da
       out, row, data, index);
 }
 
-} // namespace
-
-// The sign is that of the bits, also of a zero and of what is not a number.
-float half_to_float(half value) {
-  const float result = magnitude((value.bits >> 10) & 0x1f, value.bits & 0x3ff);
-  return std::copysign(result, (value.bits & 0x8000) != 0 ? -1.0f : 1.0f);
-}
-
 // A vector is its components in braces; of three components three are printed, although they take the room of four.
-void append_element_text(text_buffer& out, const void* data, data_type type, std::uint64_t index) {
-  // Nearly all elements are of these; the table is for the rest.
-  switch (type) {
-  case data_type::string_:
-    append_value(out, get_element<const char*>(data, data_type::string_, index));
-    return;
-  case data_type::boolean_:
-    append_value(out, get_element<bool>(data, data_type::boolean_, index));
-    return;
-  case data_type::uint64_:
-    append_value(out, get_element<std::uint64_t>(data, data_type::uint64_, index));
-    return;
-  default:
-    break;
-  }
+[[gnu::noinline]] void append_by_table(text_buffer& out, const void* data, data_type type,
+                                       std::uint64_t index) {
   const data_type_row* row = find_data_type(type);
   if (row == nullptr)
     throw std::runtime_error("Unhandled case.  Report a bug.");
@@ -104,6 +83,31 @@ void append_element_text(text_buffer& out, const void* data, data_type type, std
     append_component(out, *row, element, component);
   }
   out.append("}");
+}
+
+} // namespace
+
+// The sign is that of the bits, also of a zero and of what is not a number.
+float half_to_float(half value) {
+  const float result = magnitude((value.bits >> 10) & 0x1f, value.bits & 0x3ff);
+  return std::copysign(result, (value.bits & 0x8000) != 0 ? -1.0f : 1.0f);
+}
+
+// Nearly all elements are of the types that properties have; the table is for the rest.
+void append_element_text(text_buffer& out, const void* data, data_type type, std::uint64_t index) {
+  switch (type) {
+  case data_type::string_:
+    append_value(out, get_element<const char*>(data, data_type::string_, index));
+    return;
+  case data_type::boolean_:
+    append_value(out, get_element<bool>(data, data_type::boolean_, index));
+    return;
+  case data_type::uint64_:
+    append_value(out, get_element<std::uint64_t>(data, data_type::uint64_, index));
+    return;
+  default:
+    append_by_table(out, data, type, index);
+  }
 }
 
 std::string element_to_text(const void* data, data_type type, std::uint64_t index) {

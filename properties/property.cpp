@@ -81,11 +81,6 @@ std::vector<std::shared_ptr<property_base>> property_base::get_children() const 
   return children;
 }
 
-void property_base::visit_descendants(property_visitor& visitor) const {
-  check_owner();
-  owner_->visit_descendants(path_, visitor);
-}
-
 std::string property_base::element_to_string(std::uint64_t index) const {
   check_has_data();
   const std::uint64_t count = get_element_count();
@@ -96,11 +91,15 @@ std::string property_base::element_to_string(std::uint64_t index) const {
   return element_to_text(get_data(), get_data_type(), index);
 }
 
-property_view property_base::get_view() const {
+void property_base::visit(property_visitor& visitor, bool recursive) const {
+  check_owner();
   value_view value;
   if (has_data())
     value = {get_data_type(), get_element_count(), get_data()};
-  return {get_name(), get_friendly_name(), get_description(), value};
+  visitor.begin({get_name(), get_friendly_name(), get_description()}, value);
+  if (recursive)
+    owner_->visit_descendants(path_, visitor);
+  visitor.end();
 }
 
 // The pointers stand as long as the strings do not move, and these never change.
@@ -119,13 +118,10 @@ void property_interface::visit_descendants(const property_path& path, property_v
   for (std::string& name : get_child_names(path)) {
     child_path.back() = std::move(name);
     const std::shared_ptr<property_base> child = get_property(child_path);
-    if (child->is_empty()) {
+    if (child->is_empty())
       visitor.visit_empty();
-    } else {
-      visitor.begin(child->get_view());
-      child->visit_descendants(visitor);
-      visitor.end();
-    }
+    else
+      child->visit(visitor, true);
   }
 }
 

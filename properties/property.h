@@ -68,13 +68,11 @@ public:
   // What the owner says now, and not when this property was made. A child that it does not know is empty.
   std::shared_ptr<property_base> get_child(std::string name) const;
   std::vector<std::shared_ptr<property_base>> get_children() const;
-  // Shows everything below this property.
-  void visit_descendants(property_visitor& visitor) const;
 
   // std::out_of_range beyond the last element.
   std::string element_to_string(std::uint64_t index) const;
-  // Not of an empty property.
-  property_view get_view() const;
+  // Shows this property and, if `recursive`, everything below it. std::logic_error of an empty property.
+  void visit(property_visitor& visitor, bool recursive) const;
 
 private:
   static const std::string& no_text();

@@ -32,12 +32,11 @@ struct value_view {
   bool has_data() const { return type != data_type{}; }
 };
 
-// One property as a visitor sees it, for as long as the call lasts.
-struct property_view {
+// What a property says of itself, where it lies.
+struct property_labels {
   std::string_view name;
   std::string_view friendly_name;
   std::string_view description;
-  value_view value;
 };
 
 // Is told of properties one by one, in the order of their tree, on the thread that walks it. The writers of text are
@@ -46,8 +45,8 @@ class property_visitor {
 public:
   virtual ~property_visitor() = default;
 
-  // What comes until the matching end() is below this property.
-  virtual void begin(const property_view& property) = 0;
+  // What comes until the matching end() is below this property. Both views stand for as long as the call lasts.
+  virtual void begin(const property_labels& labels, const value_view& value) = 0;
   virtual void end() = 0;
   // A child that is listed, but not there.
   virtual void visit_empty() = 0;

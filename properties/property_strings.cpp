@@ -11,6 +11,25 @@
 namespace oryn::tarva::library {
 namespace {
 
+// Thrown out of a walk behind an element that is a zero byte. A caller in C sees a text up to its first zero byte, and a binary
+// has such bytes soon after its beginning. The rest of it would not be seen, and be thirty times as long as the binary, each byte
+// of which has a line of its own.
+struct end_of_visible_text {};
+
+// Of an element that has been written.
+void look_for_end(const value_view& value, std::uint64_t index) {
+  if (value.type == data_type::uint8_ && static_cast<const unsigned char*>(value.data)[index] == 0)
+    throw end_of_visible_text();
+}
+
+template <class Walk>
+void write_visible(Walk walk) {
+  try {
+    walk();
+  } catch (const end_of_visible_text&) {
+  }
+}
+
 // For people. Both writers fill one buffer for the whole tree, so that the cost is linear in the length of the
 // result.
 class text_writer final : public property_visitor {
@@ -27,33 +46,31 @@ public:
 
   text_buffer out;
 
-  void begin(const property_view& property) override {
+  void begin(const property_labels& labels, const value_view& value) override {
     if (shown_.name)
-      out.append("Name          : ", property.name, "\n");
+      out.append("Name          : ", labels.name, "\n");
     if (shown_.friendly_name)
-      out.append("Friendly Name : ", property.friendly_name, "\n");
+      out.append("Friendly Name : ", labels.friendly_name, "\n");
     if (shown_.description)
-      out.append("Description   : ", property.description, "\n");
-    if (property.value.element_count != 0)
-      write_value(property.value);
+      out.append("Description   : ", labels.description, "\n");
+    if (value.element_count != 0 && shown_.type)
+      out.append("Type          : ", data_type_name(value.type), "\n");
+    if (value.element_count != 0 && shown_.value)
+      write_elements(value);
     out.append("\n");
   }
   void end() override {}
   void visit_empty() override {}
 
 private:
-  void write_value(const value_view& value) {
-    if (shown_.type)
-      out.append("Type          : ", data_type_name(value.type), "\n");
-    if (!shown_.value)
-      return;
+  void write_elements(const value_view& value) {
     out.append("Value         : ");
     if (value.element_count == 1) {
       append_element_text(out, value.data, value.type, 0);
       out.append("\n");
-      return;
+    } else {
+      write_array(value);
     }
-    write_array(value);
   }
 
   // The brace that closes ends no line: the line end of the block does that.
@@ -65,6 +82,7 @@ private:
       out.append_number(index);
       out.append("]  ");
       append_element_text(out, value.data, value.type, index);
+      look_for_end(value, index);
       out.append("\n");
     }
     out.append_repeated(16, ' ');
@@ -79,16 +97,16 @@ class xml_writer final : public property_visitor {
 public:
   text_buffer out;
 
-  void begin(const property_view& property) override {
+  void begin(const property_labels& labels, const value_view& value) override {
     out.append("<property>\n<distinct_name>");
-    write_escaped(property.name);
+    write_escaped(labels.name);
     out.append("</distinct_name>\n<friendly_name>");
-    write_escaped(property.friendly_name);
+    write_escaped(labels.friendly_name);
     out.append("</friendly_name>\n<description>");
-    write_escaped(property.description);
+    write_escaped(labels.description);
     out.append("</description>\n");
-    if (property.value.has_data())
-      write_value(property.value);
+    if (value.has_data())
+      write_value(value);
   }
   void end() override { out.append("</property>\n\n"); }
   void visit_empty() override { out.append("<property/>\n"); }
@@ -105,6 +123,7 @@ private:
       element_.clear();
       append_element_text(element_, value.data, value.type, index);
       write_escaped(element_.view());
+      look_for_end(value, index);
       out.append("</value>\n");
     }
     out.append("</data>\n");
@@ -170,16 +189,13 @@ private:
 
 } // namespace
 
-// The visitor sees what is below a property; the property itself is shown to it first.
 text_buffer to_text_tree(const std::shared_ptr<property_base>& property, bool recursive, bool show_name,
                          bool show_friendly_name, bool show_type, bool show_description, bool show_value) {
   if (property->is_empty() ||
       !(show_name || show_friendly_name || show_type || show_description || show_value))
     return {};
   text_writer writer({show_name, show_friendly_name, show_type, show_description, show_value});
-  writer.begin(property->get_view());
-  if (recursive)
-    property->visit_descendants(writer);
+  write_visible([&] { property->visit(writer, recursive); });
   return std::move(writer.out);
 }
 
@@ -190,11 +206,10 @@ text_buffer to_xml_tree(const std::shared_ptr<property_base>& property, bool rec
     return text;
   }
   xml_writer writer;
-  writer.begin(property->get_view());
-  if (recursive)
-    property->visit_descendants(writer);
-  writer.end();
-  writer.out.remove_last(); // the empty line is that of a child
+  write_visible([&] {
+    property->visit(writer, recursive);
+    writer.out.remove_last(); // the empty line is that of a child
+  });
   return std::move(writer.out);
 }
 

@@ -14,19 +14,9 @@ typename property<T>::values_type copy_elements(const value_view& value) {
 
 } // namespace
 
-void property_value::set(std::uint64_t value) {
-  numbers_.front() = value;
-  view_ = {data_type::uint64_, 1, numbers_.data()};
-}
-
 void property_value::set(const std::array<std::uint64_t, 3>& values) {
   numbers_ = values;
   view_ = {data_type::uint64_, numbers_.size(), numbers_.data()};
-}
-
-void property_value::set(bool value) {
-  flag_ = value ? 1 : 0;
-  view_ = {data_type::boolean_, 1, &flag_};
 }
 
 // The string's own zero closes it.

@@ -25,10 +25,16 @@ public:
   property_value& operator=(const property_value&) = delete;
 
   void clear() { view_ = {}; }
-  void set(std::uint64_t value);
+  void set(std::uint64_t value) {
+    numbers_.front() = value;
+    view_ = {data_type::uint64_, 1, numbers_.data()};
+  }
   void set(std::uint32_t value) { set(std::uint64_t{value}); }
   void set(const std::array<std::uint64_t, 3>& values);
-  void set(bool value);
+  void set(bool value) {
+    flag_ = value ? 1 : 0;
+    view_ = {data_type::boolean_, 1, &flag_};
+  }
   void set(std::string_view value);
   void set(const char*) = delete; // it would become a bool
   void set(const std::vector<std::string>& values);

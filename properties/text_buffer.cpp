@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
+#include <stdexcept>
+#include <string>
 
 namespace oryn::tarva::library {
 
@@ -13,7 +14,7 @@ template <class Integer>
 void append_integer(text_buffer& out, Integer number) {
   constexpr std::size_t longest = 24;
   char* const begin = out.room_for(longest);
-  out.grow(static_cast<std::size_t>(std::to_chars(begin, begin + longest, number).ptr - begin));
+  out.end_at(std::to_chars(begin, begin + longest, number).ptr);
 }
 
 } // namespace
@@ -29,21 +30,25 @@ void text_buffer::append_number(std::int64_t number) {
 void text_buffer::append_number(double number) {
   constexpr std::size_t longest = 32;
   char* const begin = room_for(longest);
-  const auto end = std::to_chars(begin, begin + longest, number, std::chars_format::general, 6).ptr;
-  grow(static_cast<std::size_t>(end - begin));
+  end_at(std::to_chars(begin, begin + longest, number, std::chars_format::general, 6).ptr);
 }
 
 // At least doubled, so that a text is copied a few times at most; the first room takes most trees.
 void text_buffer::reserve(std::size_t count) {
   constexpr std::size_t first_capacity = 4096;
-  if (count > std::numeric_limits<std::size_t>::max() / 2 - size_)
-    throw std::bad_alloc();
-  const std::size_t capacity = std::max({first_capacity, 2 * capacity_, size_ + count});
-  auto* data = static_cast<char*>(std::realloc(data_, capacity));
+  const auto size = static_cast<std::size_t>(end_ - begin_),
+             capacity = static_cast<std::size_t>(limit_ - begin_);
+  if (count > most_bytes - size)
+    throw std::length_error(
+        "The text of the properties would be longer than " + std::to_string(most_bytes) +
+        " bytes.  Read its large values, such as the binary of a program, by themselves.");
+  const std::size_t grown = std::max({first_capacity, std::min(2 * capacity, most_bytes), size + count});
+  auto* data = static_cast<char*>(std::realloc(begin_, grown));
   if (data == nullptr)
     throw std::bad_alloc();
-  data_ = data;
-  capacity_ = capacity;
+  begin_ = data;
+  end_ = data + size;
+  limit_ = data + grown;
 }
 
 } // namespace oryn::tarva::library

@@ -13,15 +13,17 @@ namespace oryn::tarva::library {
 
 // A text in memory of malloc, so that the caller of a C interface can have it as it is. A tree of properties is
 // written into one such buffer by the thread that asked for it. Without memory it throws std::bad_alloc, and keeps
-// what it has.
+// what it has; so it does with std::length_error for what would take it beyond the most bytes.
 class text_buffer {
 public:
+  static constexpr std::size_t most_bytes = std::size_t{256} << 20;
+
   text_buffer() = default;
   text_buffer(text_buffer&& other) noexcept
-      : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)),
-        capacity_(std::exchange(other.capacity_, 0)) {}
+      : begin_(std::exchange(other.begin_, nullptr)), end_(std::exchange(other.end_, nullptr)),
+        limit_(std::exchange(other.limit_, nullptr)) {}
   text_buffer& operator=(text_buffer&&) = delete;
-  ~text_buffer() { std::free(data_); }
+  ~text_buffer() { std::free(begin_); }
 
   // Inlined, so that parts of a known length are copied without a call.
   template <class... Part>
@@ -30,7 +32,7 @@ public:
   }
   void append_repeated(std::size_t count, char character) {
     std::memset(room_for(count), character, count);
-    size_ += count;
+    end_ += count;
   }
 
   // In decimal, whatever the locale of the host process.
@@ -39,23 +41,23 @@ public:
   // Six significant digits, as a stream prints by default.
   void append_number(double number);
 
-  // Room for that many characters at the end; how many of them were written is told by grow().
+  // Room for that many characters at the end, which is told by end_at() when they have been written.
   char* room_for(std::size_t count) {
-    if (capacity_ - size_ < count)
+    if (static_cast<std::size_t>(limit_ - end_) < count)
       reserve(count);
-    return data_ + size_;
+    return end_;
   }
-  void grow(std::size_t count) { size_ += count; }
+  void end_at(char* end) { end_ = end; }
 
-  void clear() { size_ = 0; }
+  void clear() { end_ = begin_; }
   // Of a text that is not empty.
-  void remove_last() { --size_; }
-  std::string_view view() const { return {data_, size_}; }
+  void remove_last() { --end_; }
+  std::string_view view() const { return {begin_, static_cast<std::size_t>(end_ - begin_)}; }
   // The text, closed by a zero, to be freed by whoever gets it.
   char* release() {
     *room_for(1) = '\0';
-    size_ = capacity_ = 0;
-    return std::exchange(data_, nullptr);
+    end_ = limit_ = nullptr;
+    return std::exchange(begin_, nullptr);
   }
 
 private:
@@ -63,15 +65,15 @@ private:
   [[gnu::always_inline]] void append_parts(View... parts) {
     char* end = room_for((parts.size() + ...));
     ((end += parts.copy(end, parts.size())), ...);
-    size_ = static_cast<std::size_t>(end - data_);
+    end_ = end;
   }
 
   void reserve(std::size_t count);
 
-  // Null until the first room is taken.
-  char* data_ = nullptr;
-  std::size_t size_ = 0;
-  std::size_t capacity_ = 0;
+  // Where the text begins and ends, and where its memory does. Null until the first room is taken.
+  char* begin_ = nullptr;
+  char* end_ = nullptr;
+  char* limit_ = nullptr;
 };
 
 } // namespace oryn::tarva::library

@@ -1,5 +1,7 @@
 #include "access/common/call_handle.h"
 
+#include "access/common/info_query.h"
+
 #include <stdexcept>
 
 namespace oryn::skerv::common {
@@ -17,6 +19,7 @@ template <class Ask>
 std::vector<std::uint64_t> get_handles(Ask ask) {
   std::uint64_t count = 0;
   check_transport(ask(0, nullptr, &count));
+  check_reported_count(count);
   std::vector<std::uint64_t> handles(count);
   if (count == 0)
     return handles;

@@ -8,6 +8,7 @@
 #include "access/common/errors.h"
 #include "capability/commands.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -21,29 +22,29 @@
 namespace oryn::skerv::common {
 
 // One parameter of one object, as an info command of OpenCL gives it. Made for one reading, on the stack of the
-// caller. It holds nothing: the objects that it asks about must outlive it.
+// caller. The objects that it asks about must outlive it.
 template <qv::operation Op>
 class info_query {
 public:
-  // `command` is the number of `Op` under the capability of `handle`, which must outlive the query.
-  info_query(const call_handle& handle, std::uint64_t command, void* object, void* device,
+  // `command` is the number of `Op` under the capability of `handle`.
+  info_query(qv_call_handle* handle, std::uint64_t command, void* object, void* device,
              std::uint32_t parameter)
-      : handle_(&handle), command_(command), object_(object), device_(device), parameter_(parameter) {}
+      : handle_(handle), command_(command) {
+    name_objects(object, device);
+    record_.param_name = parameter;
+  }
 
   // Asks once, for as many bytes as `value` has room for. `reported` receives the size that the implementation tells,
   // which may be another. Inlined, like the short forms below, since a tree of properties consists of such readings.
-  [[gnu::always_inline]] void ask(std::size_t size, void* value, std::size_t* reported) const {
-    qv::record<Op> record{};
-    name_objects(record);
-    record.param_name = parameter_;
-    record.param_value_size = size;
-    record.param_value = value;
-    record.param_value_size_ret = reported;
-    send(*handle_, command_, &record);
-    check_status(record.status);
+  [[gnu::always_inline]] void ask(std::size_t size, void* value, std::size_t* reported) {
+    record_.param_value_size = size;
+    record_.param_value = value;
+    record_.param_value_size_ret = reported;
+    check_transport(qv_call_capability(handle_, command_, &record_, 0));
+    check_status(record_.status);
   }
 
-  std::size_t ask_size() const {
+  [[gnu::always_inline]] std::size_t ask_size() {
     std::size_t size = 0;
     ask(0, nullptr, &size);
     return size;
@@ -51,24 +52,21 @@ public:
 
 private:
   // The records of the info commands differ in which objects they name.
-  template <class Record>
-  void name_objects(Record& record) const {
-    if constexpr (requires { record.context; }) {
-      record.context = object_;
-    } else if constexpr (requires { record.object; }) {
-      record.object = object_;
-      if constexpr (requires { record.device; })
-        record.device = device_;
+  void name_objects(void* object, [[maybe_unused]] void* device) {
+    if constexpr (requires { record_.context; }) {
+      record_.context = object;
+    } else if constexpr (requires { record_.object; }) {
+      record_.object = object;
+      if constexpr (requires { record_.device; })
+        record_.device = device;
     } else {
-      record.device = object_;
+      record_.device = object;
     }
   }
 
-  const call_handle* handle_;
+  qv_call_handle* handle_;
   std::uint64_t command_;
-  void* object_;
-  void* device_;
-  std::uint32_t parameter_;
+  qv::record<Op> record_{}; // the status is 0 before each asking, as after each that succeeded
 };
 
 // The complaints of the forms about what an implementation reported.
@@ -86,11 +84,17 @@ inline void check_reported_size(std::size_t reported) {
     throw_absurd_size(reported);
 }
 
+// The same for handles that are counted before they are given out.
+inline void check_reported_count(std::uint64_t count) {
+  constexpr std::uint64_t countable = std::numeric_limits<std::size_t>::max() / sizeof(void*);
+  check_reported_size(std::min(count, countable) * sizeof(void*));
+}
+
 // What the forms of fixed size share. Where no size is told, there is room for twice as much, so that an answer of
 // another size is seen instead of cut. Reads exactly sizeof(T) bytes into `value` and returns the size that the
 // implementation reported last.
 template <class T, class Query>
-[[gnu::always_inline]] inline std::size_t read_fixed_size(const Query& query, T& value) {
+[[gnu::always_inline]] inline std::size_t read_fixed_size(Query&& query, T& value) {
   static_assert(std::is_trivially_copyable_v<T>);
   std::size_t size = query.ask_size();
   if (size != 0) {
@@ -105,7 +109,7 @@ template <class T, class Query>
 
 // A number or a handle of 4 or 8 bytes.
 template <class T, class Query>
-[[gnu::always_inline]] inline T get_scalar_info(const Query& query) {
+[[gnu::always_inline]] inline T get_scalar_info(Query&& query) {
   static_assert(sizeof(T) == 4 || sizeof(T) == 8);
   T value{};
   const std::size_t size = read_fixed_size(query, value);
@@ -116,7 +120,7 @@ template <class T, class Query>
 
 // An array of a length that the standard fixes.
 template <class T, std::size_t Count, class Query>
-[[gnu::always_inline]] inline std::array<T, Count> get_fixed_array_info(const Query& query) {
+[[gnu::always_inline]] inline std::array<T, Count> get_fixed_array_info(Query&& query) {
   std::array<T, Count> values{};
   const std::size_t size = read_fixed_size(query, values);
   if (size != sizeof(values))
@@ -126,7 +130,7 @@ template <class T, std::size_t Count, class Query>
 
 // A text without its closing zero, in place of what `text` holds, whose memory is used again.
 template <class Query>
-void read_string_info(const Query& query, std::string& text) {
+void read_string_info(Query&& query, std::string& text) {
   text.clear();
   const std::size_t size = query.ask_size();
   if (size == 0)
@@ -141,7 +145,7 @@ void read_string_info(const Query& query, std::string& text) {
 }
 
 template <class Query>
-[[gnu::always_inline]] inline std::string get_string_info(const Query& query) {
+[[gnu::always_inline]] inline std::string get_string_info(Query&& query) {
   std::string text;
   read_string_info(query, text);
   return text;
@@ -149,7 +153,7 @@ template <class Query>
 
 // For implementations that report 0 for existing data: asks with ever larger arrays until one is not filled.
 template <class T, class Query>
-std::vector<T> get_vector_of_unreported_size(const Query& query) {
+std::vector<T> get_vector_of_unreported_size(Query&& query) {
   constexpr std::size_t first_count = 100;
   constexpr std::size_t count_limit = std::numeric_limits<std::size_t>::max() / 2 / sizeof(T);
   std::vector<T> values(first_count);
@@ -157,6 +161,7 @@ std::vector<T> get_vector_of_unreported_size(const Query& query) {
     const std::size_t capacity = values.size() * sizeof(T);
     std::size_t reported = 0;
     query.ask(capacity, values.data(), &reported);
+    check_reported_size(reported);
     if (reported != capacity) {
       if (reported % sizeof(T) != 0)
         throw_not_divisible(reported, sizeof(T));
@@ -171,7 +176,7 @@ std::vector<T> get_vector_of_unreported_size(const Query& query) {
 
 // An array of any length. Where a size is told, it must be the same the second time.
 template <class T, class Query>
-std::vector<T> get_vector_info(const Query& query) {
+std::vector<T> get_vector_info(Query&& query) {
   const std::size_t size = query.ask_size();
   if (size == 0)
     return get_vector_of_unreported_size<T>(query);

@@ -42,7 +42,7 @@ context<V>::context(const std::vector<std::uint64_t>& properties, const std::vec
 
 template <version V>
 std::vector<device<V>> context<V>::get_devices() const {
-  const auto info = this->template query<qv::operation::get_context_info>(common::cl::context_devices);
+  auto info = this->template query<qv::operation::get_context_info>(common::cl::context_devices);
   return wrap_devices<V>(this->call_handle_, common::get_vector_info<void*>(info));
 }
 

@@ -13,66 +13,55 @@ void* device_of(const common::call_handle& call_handle) {
   return record.result;
 }
 
-template <version V>
-common::info_query<qv::operation::get_device_info> info(const device<V>& device, std::uint32_t parameter) {
-  return device.template query<qv::operation::get_device_info>(parameter);
+} // namespace
+
+inline common::info_query<qv::operation::get_device_info> device_info::query(std::uint32_t parameter) const {
+  return {handle_, command_, device_, nullptr, parameter};
 }
 
-} // namespace
+std::uint32_t device_info::get_uint32(std::uint32_t parameter) const {
+  return common::get_scalar_info<std::uint32_t>(query(parameter));
+}
+
+std::uint64_t device_info::get_uint64(std::uint32_t parameter) const {
+  return common::get_scalar_info<std::uint64_t>(query(parameter));
+}
+
+std::string device_info::get_string(std::uint32_t parameter) const {
+  return common::get_string_info(query(parameter));
+}
+
+void device_info::read_string(std::uint32_t parameter, std::string& text) const {
+  common::read_string_info(query(parameter), text);
+}
+
+std::vector<std::string> device_info::get_words(std::uint32_t parameter) const {
+  return common::split_on_whitespace(get_string(parameter));
+}
+
+std::vector<std::string> device_info::get_names(std::uint32_t parameter) const {
+  return common::split_on_semicolon(get_string(parameter));
+}
+
+std::array<std::uint64_t, 3> device_info::get_sizes(std::uint32_t parameter) const {
+  return common::get_fixed_array_info<std::uint64_t, 3>(query(parameter));
+}
+
+void* device_info::get_pointer(std::uint32_t parameter) const {
+  return common::get_scalar_info<void*>(query(parameter));
+}
+
+// Any other text is the full profile.
+bool device_info::is_embedded_profile() const {
+  return get_string(device_parameter::profile.number) == "EMBEDDED_PROFILE";
+}
 
 template <version V>
 device<V>::device(const common::call_handle& call_handle) : device(call_handle, device_of<V>(call_handle)) {}
 
-// Any other text is the full profile.
-template <version V>
-bool device<V>::is_embedded_profile() const {
-  return get<device_parameter::profile>() == "EMBEDDED_PROFILE";
-}
-
 template <version V>
 bool device<V>::has_extension(const char* name) const {
   return common::has_extension(get<device_parameter::extensions>(), name);
-}
-
-template <version V>
-std::uint32_t device<V>::get_uint32(std::uint32_t parameter) const {
-  return common::get_scalar_info<std::uint32_t>(info(*this, parameter));
-}
-
-template <version V>
-std::uint64_t device<V>::get_uint64(std::uint32_t parameter) const {
-  return common::get_scalar_info<std::uint64_t>(info(*this, parameter));
-}
-
-template <version V>
-std::string device<V>::get_string(std::uint32_t parameter) const {
-  return common::get_string_info(info(*this, parameter));
-}
-
-// For one string after another: it uses the memory of `text` again.
-template <version V>
-void device<V>::read_string(std::uint32_t parameter, std::string& text) const {
-  common::read_string_info(info(*this, parameter), text);
-}
-
-template <version V>
-std::array<std::uint64_t, 3> device<V>::get_sizes(std::uint32_t parameter) const {
-  return common::get_fixed_array_info<std::uint64_t, 3>(info(*this, parameter));
-}
-
-template <version V>
-std::vector<std::string> device<V>::get_words(std::uint32_t parameter) const {
-  return common::split_on_whitespace(get_string(parameter));
-}
-
-template <version V>
-std::vector<std::string> device<V>::get_names(std::uint32_t parameter) const {
-  return common::split_on_semicolon(get_string(parameter));
-}
-
-template <version V>
-void* device<V>::get_pointer(std::uint32_t parameter) const {
-  return common::get_scalar_info<void*>(info(*this, parameter));
 }
 
 // A handle is closed if its device cannot be made, and all devices go if one of them fails.

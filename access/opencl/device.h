@@ -46,6 +46,36 @@ private:
   void* handle_;
 };
 
+// The parameters of a device by their numbers, for callers that read them from a table at run time, too. The versions differ in
+// no more than the number of the command, so this is compiled once. It holds nothing: the device must outlive it.
+class device_info {
+public:
+  // `command` is the number of clGetDeviceInfo under the capability of `handle`.
+  device_info(qv_call_handle* handle, std::uint64_t command, void* device) noexcept
+      : handle_(handle), command_(command), device_(device) {}
+
+  std::uint32_t get_uint32(std::uint32_t parameter) const;
+  std::uint64_t get_uint64(std::uint32_t parameter) const;
+  bool get_bool(std::uint32_t parameter) const { return get_uint32(parameter) != 0; }
+  std::string get_string(std::uint32_t parameter) const;
+  // Takes the place of what is in `text`, and uses its memory again.
+  void read_string(std::uint32_t parameter, std::string& text) const;
+  std::vector<std::string> get_words(std::uint32_t parameter) const;
+  std::vector<std::string> get_names(std::uint32_t parameter) const;
+  std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter) const;
+  void* get_pointer(std::uint32_t parameter) const;
+
+  // Of the two profiles that there are.
+  bool is_embedded_profile() const;
+
+private:
+  common::info_query<qv::operation::get_device_info> query(std::uint32_t parameter) const;
+
+  qv_call_handle* handle_;
+  std::uint64_t command_;
+  void* device_;
+};
+
 // A device of OpenCL. What it tells is asked of OpenCL each time, on the thread of the caller, and nothing is kept: a
 // device that fails to answer throws, and may answer the next time.
 template <version V>
@@ -67,7 +97,7 @@ public:
   bool is() const requires device_has_flag<V, Flag>;
 
   // One of the two is true.
-  bool is_embedded_profile() const;
+  bool is_embedded_profile() const { return info().is_embedded_profile(); }
   bool is_full_profile() const { return !is_embedded_profile(); }
 
   // The list of extensions is asked for each time.
@@ -82,21 +112,12 @@ public:
   }
   template <version W = V>
   platform<V> get_platform() const requires(version_traits<W>::has_platform) {
-    return {this->call_handle_, get_pointer(device_parameter::platform.number)};
+    return {this->call_handle_, info().get_pointer(device_parameter::platform.number)};
   }
 
-  // The same parameters by their numbers, for callers that read them from a table at run time.
-  std::uint32_t get_uint32(std::uint32_t parameter) const;
-  std::uint64_t get_uint64(std::uint32_t parameter) const;
-  bool get_bool(std::uint32_t parameter) const { return get_uint32(parameter) != 0; }
-  std::string get_string(std::uint32_t parameter) const;
-  void read_string(std::uint32_t parameter, std::string& text) const; // takes the place of what is there
-  std::array<std::uint64_t, 3> get_sizes(std::uint32_t parameter) const;
-
-private:
-  std::vector<std::string> get_words(std::uint32_t parameter) const;
-  std::vector<std::string> get_names(std::uint32_t parameter) const;
-  void* get_pointer(std::uint32_t parameter) const;
+  device_info info() const {
+    return {this->call_handle_.get(), command_of<V, qv::operation::get_device_info>, this->get_handle()};
+  }
 };
 
 // All devices that the capability library offers under this version, each with a call handle of its own. Throws if
@@ -118,21 +139,21 @@ template <tarva::library::device_parameter_row Parameter>
 auto device<V>::get() const requires device_has_parameter<V, Parameter> {
   using tarva::library::info_form;
   if constexpr (Parameter.form == info_form::uint32)
-    return get_uint32(Parameter.number);
+    return info().get_uint32(Parameter.number);
   else if constexpr (Parameter.form == info_form::uint64)
-    return get_uint64(Parameter.number);
+    return info().get_uint64(Parameter.number);
   else if constexpr (Parameter.form == info_form::boolean)
-    return get_bool(Parameter.number);
+    return info().get_bool(Parameter.number);
   else if constexpr (Parameter.form == info_form::text)
-    return get_string(Parameter.number);
+    return info().get_string(Parameter.number);
   else if constexpr (Parameter.form == info_form::word_list)
-    return get_words(Parameter.number);
+    return info().get_words(Parameter.number);
   else if constexpr (Parameter.form == info_form::name_list)
-    return get_names(Parameter.number);
+    return info().get_names(Parameter.number);
   else if constexpr (Parameter.form == info_form::sizes)
-    return get_sizes(Parameter.number);
+    return info().get_sizes(Parameter.number);
   else
-    return get_pointer(Parameter.number);
+    return info().get_pointer(Parameter.number);
 }
 
 template <version V>

@@ -63,7 +63,7 @@ public:
   // A parameter of this object, or of this object on `device`. To ask, include access/common/info_query.h.
   template <qv::operation Op>
   common::info_query<Op> query(std::uint32_t parameter, void* device = nullptr) const {
-    return {call_handle_, command_of<V, Op>, object_, device, parameter};
+    return {call_handle_.get(), command_of<V, Op>, object_, device, parameter};
   }
 
 protected:

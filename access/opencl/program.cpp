@@ -56,13 +56,19 @@ std::vector<device<V>> program<V>::get_devices() const {
                          common::get_vector_info<void*>(info(*this, common::cl::program_devices)));
 }
 
-// OpenCL is given an array of addresses and writes behind each of them. The sizes come first, and are not trusted.
+// OpenCL is given an array of addresses and writes behind each of them. The sizes come first, and are not trusted: a launch on
+// another thread may compile a kernel once more and make a binary longer, so there is some room behind each, and the sizes must
+// be the same afterwards.
 template <version V>
 std::vector<device_binary<V>> program<V>::get_binaries() const {
   std::vector<device_binary<V>> binaries;
   for (device<V>& each : get_devices())
     binaries.push_back({std::move(each), {}});
-  const auto sizes = common::get_vector_info<std::size_t>(info(*this, common::cl::program_binary_sizes));
+  const auto ask_sizes = [this] {
+    return common::get_vector_info<std::size_t>(info(*this, common::cl::program_binary_sizes));
+  };
+  constexpr std::size_t room = std::size_t{256} << 10;
+  const auto sizes = ask_sizes();
   if (sizes.size() != binaries.size())
     throw common::bad_implementation(
         "The number of binary sizes returned should be equal to the number of devices.");
@@ -70,11 +76,15 @@ std::vector<device_binary<V>> program<V>::get_binaries() const {
   std::vector<std::uint8_t*> addresses;
   for (std::size_t i = 0; i < sizes.size(); ++i) {
     common::check_reported_size(sizes[i]);
-    binaries[i].binary.resize(sizes[i]);
+    binaries[i].binary.resize(sizes[i] + room);
     addresses.push_back(binaries[i].binary.data());
   }
   info(*this, common::cl::program_binaries)
       .ask(addresses.size() * sizeof(addresses.front()), addresses.data(), nullptr);
+  if (ask_sizes() != sizes)
+    common::throw_size_changed();
+  for (std::size_t i = 0; i < sizes.size(); ++i)
+    binaries[i].binary.resize(sizes[i]);
   return binaries;
 }
 
@@ -111,6 +121,7 @@ std::vector<kernel<V>> program<V>::create_kernels() const requires(version_trait
   if (count == 0)
     return kernels;
 
+  common::check_reported_count(count);
   // All room is taken before there are kernels, so that nothing can fail while some have no owner yet.
   std::vector<void*> handles(count);
   kernels.reserve(count);

@@ -274,6 +274,8 @@ std::string pocl_binary(std::uint32_t version) {
 TEST_F(refusal, of_binaries_that_are_cut_short_or_of_another_kind) {
   const std::string bitcode = "BC\xc0\xde, some bitcode";
   const std::string of_rusticl = number(1u) + number(8u) + number(4u) + number(0x07230203u) + number(0u);
+  const std::string of_newer_rusticl = "rusticl" + std::string(1, 0) + number(1u) + number(3u) + number(8u) +
+                                       number(4u) + "dev" + number(0x07230203u) + number(0u);
   const std::string of_clover = number(1u) + number(2u) + "k1" + number(1u) + "a" + number(1u) +
                                 number(std::uint64_t{4}) + number(std::uint64_t{0}) + number(2u) +
                                 std::string(48, 'a') + number(1u) + std::string(12, 's') + number(3u) +
@@ -296,6 +298,7 @@ TEST_F(refusal, of_binaries_that_are_cut_short_or_of_another_kind) {
                                          {pocl, pocl_binary(10)},
                                          {pocl, pocl_binary(11)},
                                          {rusticl, of_rusticl},
+                                         {rusticl, of_newer_rusticl},
                                          {clover, of_clover}}) {
     const user by(made, platform);
     EXPECT_FALSE(is_refused(by, binary));

@@ -280,7 +280,7 @@ const mistake mistakes[] = {
   {"binary_of_nothing", no_binary, [](bench on) { return binary_of(on, 0); }},
   {"binary_of_zeros", no_binary, [](bench on) { return binary_of(on, 1000); }},
   {"binary_of_text", no_binary, [](bench on) { return on.build_of(TARVA_ABI_IR_DEVICE_BINARY, source); }},
-  {"binary_like_bitcode", no_binary, [](bench on) { return binary_of(on, 1000, 'B', 'C', 0xC0, 0xDE); }},
+  {"binary_like_bitcode", "binary|not valid|not built: .|on the device", [](bench on) { return binary_of(on, 1000, 'B', 'C', 0xC0, 0xDE); }},
   {"binary_like_pocl", no_binary, [](bench on) { return binary_of(on, 1000, 'p', 'o', 'c', 'l', 'b', 'i', 'n'); }},
   {"binary_like_spir_v", no_binary, [](bench on) { return binary_of(on, 1000, 3, 2, 0x23, 7); }},
   {"binary_like_mesa", no_binary, [](bench on) { return binary_of(on, 1000, 1, 0, 0, 0, 4, 0, 0, 0); }},

@@ -3,7 +3,10 @@
 // has to be one.
 #include "tests/device/every_device.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <numeric>
 #include <thread>
 
@@ -36,6 +39,7 @@ const char* const source = R"(
     if (get_global_id(0) + get_global_id(1) == 0) out[0] = (int)get_local_size(1);
   }
   kernel void touch(global uchar* data) { data[0] = data[0]; }
+  kernel void mark(global uchar* data, ulong place, uchar with) { data[place] = with; }
 )";
 
 // Bytes of an element, told from the order of the type numbers.
@@ -177,6 +181,78 @@ TEST_F(road, threads_work_on_all_devices_at_once) {
     });
   for (std::thread& one : threads)
     one.join();
+}
+
+// Numbers of which not every device has arithmetic: exact results where it has, else words of the compiler, which may
+// take them all the same if they are narrower than those it has.
+template <class T>
+void expect_optional_arithmetic(const caller::device& on, const std::string& type,
+                                const std::string& extension) {
+  SCOPED_TRACE(type);
+  const auto extensions = on.properties()["OPENCL"]["CL_DEVICE_EXTENSIONS"].template get_all<std::string>();
+  const bool has = std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
+  const std::string enabling = has ? "#pragma OPENCL EXTENSION " + extension + " : enable\n" : "";
+  const auto built = on.try_load(
+      tarva::ir::source_1_0,
+      tarva::as_bytes(enabling + "kernel void scale(global " + type + "* data, " + type +
+                      " by) { data[get_global_id(0)] = data[get_global_id(0)] * by - (" + type + ")1; }"));
+  if (!has) {
+    EXPECT_TRUE(built.success ? type == "half" : built.log.find(type) != std::string::npos) << built.log;
+    return;
+  }
+  ASSERT_TRUE(built.success) << built.log;
+  const tarva::memory<T> numbers(std::vector<T>{T(0.5F), T(-3.0F), T(100.0F)});
+  built.made.kernel("scale")(range::items(3), numbers, T(1.5F));
+  const std::vector<T> result = numbers.read();
+  EXPECT_TRUE(static_cast<float>(result[0]) == -0.25F && static_cast<float>(result[1]) == -5.5F &&
+              static_cast<float>(result[2]) == 149.0F);
+}
+
+TEST_F(road, half_and_double_compute_where_the_device_has_them) {
+  every_device::on_each([](const caller::device& one) {
+    expect_optional_arithmetic<tarva::half>(one, "half", "cl_khr_fp16");
+    expect_optional_arithmetic<double>(one, "double", "cl_khr_fp64");
+  });
+}
+
+// Offsets that 32 bits cannot hold: in a kernel, a fill, a copy and a read; and sizes, in a move of all of it, for which there
+// has to be memory and TARVA_TEST_LARGE has to ask.
+TEST_F(road, objects_above_4_gib_are_reached_to_their_end) {
+  constexpr std::uint64_t edge = std::uint64_t{1} << 32, size = edge + 64;
+  std::ifstream memory_of_machine("/proc/meminfo");
+  std::string word;
+  std::uint64_t free_kib = 0;
+  while (memory_of_machine >> word && word != "MemAvailable:") {
+  }
+  memory_of_machine >> free_kib;
+  if (free_kib >> 20 < 12)
+    GTEST_SKIP() << "12 GiB of memory have to be free, not " << (free_kib >> 20);
+  std::size_t tried = 0;
+  on_each([&](const program& of) {
+    const caller::device& on = all[static_cast<std::size_t>(&of - programs.data())];
+    if (on.properties()["OPENCL"]["CL_DEVICE_MAX_MEM_ALLOC_SIZE"].get<std::uint64_t>() < size)
+      return;
+    using bytes = std::vector<std::uint8_t>;
+    const tarva::memory<std::uint8_t> small(bytes(4));
+    tarva::memory<std::uint8_t> large(size);
+    const auto mark = of.kernel("mark");
+    for (const std::uint64_t place : {std::uint64_t{1}, edge + 1})
+      mark(range::items(1), large, place, static_cast<std::uint8_t>(place == 1 ? 3 : 7));
+    large.part(edge + 2, 2).fill(9);
+    large.part(edge + 1, 3).copy_to(small.part(0, 3));
+    EXPECT_EQ(small.read(), (bytes{7, 9, 9, 0}));
+    EXPECT_EQ(large.part(edge + 1, 2).read(), (bytes{7, 9}));
+    EXPECT_EQ(large.part(1, 1).read(), bytes{3});
+    if (tried++ != 0 || std::getenv("TARVA_TEST_LARGE") == nullptr)
+      return;
+    large = {}; // there may not be room for two
+    large = tarva::memory<std::uint8_t>(size);
+    large.part(edge + 1, 2).write(bytes{5, 6});
+    mark(range::items(1), large, edge + 2, std::uint8_t{8});
+    EXPECT_EQ(large.part(edge + 1, 2).read(), (bytes{5, 8}));
+  });
+  if (tried == 0)
+    GTEST_SKIP() << "no device here allocates as much for one object";
 }
 
 } // namespace

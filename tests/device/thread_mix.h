@@ -1,75 +1,46 @@
 // Many threads that read, write, fill, copy, launch, wait, abandon and free at random, each on objects of its own
-// and one that all share, with kernels that all share. Two seconds, or as many as TARVA_TEST_SECONDS says.
+// and one that all share, with kernels that all share.
 #pragma once
 
 #include "tests/device/caller.h"
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
+#include <barrier>
 #include <deque>
-#include <fstream>
 #include <functional>
 #include <mutex>
 #include <random>
 #include <thread>
-#include <unistd.h>
+#include <utility>
 
 namespace caller {
 
 inline const char* const mix_source =
     "kernel void add(global int* data, int amount) { data[get_global_id(0)] += amount; }";
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool keeps_freed_memory = true; // and finds by itself what is lost
-#else
-constexpr bool keeps_freed_memory = false;
-#endif
-
-inline std::uint64_t resident_bytes() {
-  std::uint64_t total = 0, resident = 0;
-  std::ifstream("/proc/self/statm") >> total >> resident;
-  return resident * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
-}
-
 class thread_mix {
 public:
-  // `tidy` is called now and then.
-  thread_mix(const std::vector<kernel>& kernels, const std::function<void()>& tidy)
-      : kernels_(kernels), tidy_(tidy) {}
+  // `tidy` is called at each thousandth operation, with the number of those before it.
+  explicit thread_mix(
+      const std::vector<kernel>& kernels, std::function<void(std::uint64_t)> tidy = [](std::uint64_t) {})
+      : kernels_(kernels), tidy_(std::move(tidy)) {}
 
-  // What went wrong first, or nothing. So many steps of each thread.
-  std::string run(unsigned threads, unsigned seed, unsigned steps) {
+  // So many operations in all. What went wrong first, or nothing.
+  std::string run(unsigned threads, unsigned seed, std::uint64_t operations) {
     std::vector<std::thread> running;
+    std::barrier together(threads);
     for (unsigned i = 0; i < threads; ++i)
-      running.emplace_back([this, i, seed, steps] {
-        work(seed * 1000 + i, [left = steps]() mutable { return left-- != 0; });
+      running.emplace_back([this, &together, first = seed * 1000 + i, operations] {
+        together.arrive_and_wait();
+        work(first, operations);
+        together.arrive_and_wait();
       });
     for (std::thread& one : running)
       one.join();
-    check_what_is_left();
-    return failure_;
-  }
-  // For so long.
-  std::string run(unsigned threads, std::chrono::seconds duration) {
-    const auto start = std::chrono::steady_clock::now();
-    std::vector<std::thread> running;
-    for (unsigned i = 0; i < threads; ++i)
-      running.emplace_back([this, i, end = start + duration] {
-        work(i, [end] { return std::chrono::steady_clock::now() < end; });
-      });
-    std::this_thread::sleep_for(duration / 3);
-    const std::uint64_t before = resident_bytes();
-    for (std::thread& one : running)
-      one.join();
-    check_what_is_left();
-    const auto growth = static_cast<std::int64_t>(resident_bytes() - before);
-    std::printf("%llu operations, %lld KiB of growth after the first third\n",
-                static_cast<unsigned long long>(operations_), static_cast<long long>(growth / 1024));
-    if (!keeps_freed_memory && growth > std::int64_t{64} << 20)
-      fail("the process has grown");
+    for (reading& left : readings_)
+      check(left);
+    expect(shared_.read() == numbers(4, shared_sum_), "wrong content of what all share");
     return failure_;
   }
 
@@ -79,26 +50,23 @@ private:
     tarva::memory<std::int32_t> object;
     numbers content;
   };
-  // A read that any thread may wait for.
+  // A read that any thread may wait for. So many wait.
+  static constexpr std::size_t most_readings = 64;
   struct reading {
     tarva::future<numbers> future;
     numbers expected;
   };
 
-  void check_what_is_left() {
-    for (reading& left : readings_)
-      check(left);
-    expect(shared_.read() == numbers(4, shared_sum_), "wrong content of what all share");
-  }
-
-  template <class Condition>
-  void work(unsigned seed, Condition goes_on) {
+  void work(unsigned seed, std::uint64_t operations) {
     std::mt19937 random(seed);
     std::vector<owned> mine;
     numbers abandoned(64);
     try {
-      while (goes_on() && !failed_)
+      for (std::uint64_t before; (before = operations_++) < operations && !failed_;) {
+        if (before % 1000 == 0)
+          tidy_(before);
         step(random, mine, abandoned);
+      }
       for (owned& one : mine)
         expect(one.object.read() == one.content, "wrong content at the end");
     } catch (const std::exception& error) {
@@ -108,8 +76,6 @@ private:
 
   void step(std::mt19937& random, std::vector<owned>& mine, numbers& abandoned) {
     const auto below = [&](std::size_t size) { return static_cast<std::size_t>(random() % size); };
-    if (++operations_ % 1000 == 0)
-      tidy_();
     if (mine.size() < 2) {
       const numbers content(1 + below(64), static_cast<std::int32_t>(below(1000)));
       return mine.push_back({tarva::memory(content), content});
@@ -119,7 +85,7 @@ private:
     const auto from = one.content.begin() + static_cast<std::ptrdiff_t>(start);
     const auto part = one.object.part(start, count);
     const auto amount = static_cast<std::int32_t>(below(100));
-    switch (below(10)) {
+    switch (below(11)) {
     case 0:
       return static_cast<void>(mine.erase(mine.begin() + (&one - mine.data())));
     case 1: {
@@ -140,23 +106,30 @@ private:
       return one.object.async_read({abandoned.data(), size}).abandon();
     case 5: {
       reading begun{one.object.async_read(), one.content};
-      const std::lock_guard guard(lock_);
-      return readings_.push_back(std::move(begun));
-    }
-    case 6: {
       std::unique_lock guard(lock_);
-      if (readings_.empty())
+      readings_.push_back(std::move(begun));
+      if (readings_.size() < most_readings)
         return;
-      reading begun = std::move(readings_.front());
+      begun = std::move(readings_.front());
       readings_.pop_front();
       guard.unlock();
       return check(begun);
     }
-    case 7:
+    case 6:
       return expect(part.read() == numbers(from, from + static_cast<std::ptrdiff_t>(count)), "wrong content");
-    case 8:
+    case 7:
       shared_sum_ += amount;
       return kernels_[below(kernels_.size())](tarva::range::items(4), shared_, amount);
+    case 8:
+      expect(call<tarva_abi_fill_memory>(one.object.get(), &amount, start, size).code ==
+                 (start == 0 ? TARVA_ABI_OK : TARVA_ABI_LOGIC_FAILURE),
+             "a range beyond the end");
+      return std::fill_n(from, start == 0 ? size : 0, amount), void();
+    case 9:
+      return expect(
+          child(root<tarva_abi_get_memory_root_property>(one.object), "NUM_ELEMENTS").get<std::uint64_t>() ==
+              size,
+          "a wrong property");
     default:
       for (std::int32_t& value : one.content)
         value += amount;
@@ -176,7 +149,7 @@ private:
   }
 
   const std::vector<kernel>& kernels_;
-  const std::function<void()>& tidy_;
+  const std::function<void(std::uint64_t)> tidy_;
   const tarva::memory<std::int32_t> shared_{numbers(4)};
   std::atomic<std::int32_t> shared_sum_ = 0;
   std::atomic<std::uint64_t> operations_ = 0;
@@ -185,11 +158,5 @@ private:
   std::deque<reading> readings_;
   std::string failure_;
 };
-
-inline std::string mix_threads(
-    const std::vector<kernel>& kernels, const std::function<void()>& tidy = [] {}) {
-  const char* const seconds = std::getenv("TARVA_TEST_SECONDS");
-  return thread_mix(kernels, tidy).run(32, std::chrono::seconds(seconds ? std::atoi(seconds) : 2));
-}
 
 } // namespace caller

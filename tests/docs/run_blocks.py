@@ -14,16 +14,18 @@ Blocks run in order, in a folder in which the source tree seems to lie. What a b
     ```python                          is only looked at here: the tests of the Python package run it
     ```text                            is only looked at
 
-A comment <!-- not run: why --> in the line before a block lets it be, and <!-- not compared: why --> lets its output be.
+A comment <!-- not run: why --> in the line before a block lets it be, <!-- not compared: why --> lets its output be, and
+<!-- needs PROGRAM --> lets the block be where there is no such program.
 """
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
 from pathlib import Path
 
-BLOCK = re.compile(r"^(?:<!-- not (?P<what>run|compared): (?P<why>.+?) -->\n)?```(?P<info>[^\n]*)\n(?P<body>.*?)^```$", re.M | re.S)
+BLOCK = re.compile(r"^(?:<!-- (?:not (?P<what>run|compared): (?P<why>.+?)|needs (?P<program>\S+)) -->\n)?```(?P<info>[^\n]*)\n(?P<body>.*?)^```$", re.M | re.S)
 LINK = re.compile(r"\]\((?!https?:|#)([^)#]+)(?:#[^)]*)?\)")
 CPP_HEAD = """#include <iostream>
 #include <tarva.hpp>
@@ -69,7 +71,7 @@ def run_block(info, body, folder, compared):
         name = rest[len("file="):]
         (folder / name).write_text(body)
         example = folder / "examples" / name
-        if example.exists() and example.read_text() != body:
+        if example.exists() and re.sub(r"\A(.*SPDX-.*\n)+\n", "", example.read_text()) != body:
             raise AssertionError(f"examples/{name} reads otherwise")
     elif language in ("c", "cpp"):
         run_program(language, body, folder)
@@ -94,8 +96,9 @@ def check_document(source, document):
         ran = 0
         for block in BLOCK.finditer(text):
             line = text.count("\n", 0, block.start("info")) + 1
-            if block["what"] == "run":
-                print(f"{document}:{line}: not run: {block['why']}")
+            is_lacking = block["program"] and not shutil.which(block["program"])
+            if block["what"] == "run" or is_lacking:
+                print(f"{document}:{line}: not run: {block['why'] or 'there is no ' + block['program']}")
                 continue
             try:
                 run_block(block["info"], block["body"], folder, compared=block["what"] is None)

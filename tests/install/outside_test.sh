@@ -1,5 +1,6 @@
 #!/bin/sh
-# Builds and runs what lies in outside/, and two examples, against an installed tree, by one of the roads to it.
+# Builds and runs what lies in outside/, and two examples, against an installed tree, or with the source as a part of the
+# build, by one of the roads to it.
 #   outside_test.sh <prefix> <road> <examples>
 # CC and CXX name the compilers.
 set -eu
@@ -21,18 +22,30 @@ build_and_run() { # compiler flags, linker flags
   run "$work/saxpy_cpp"
 }
 
+cmake_build() { # definitions
+  cmake -S "$outside" -B "$work/build" -DEXAMPLES="$examples" -DCMAKE_C_FLAGS="$strict" -DCMAKE_CXX_FLAGS="$strict" "$@"
+  cmake --build "$work/build" --parallel "$(nproc)"
+  "$work/build/saxpy"
+  "$work/build/saxpy_cpp"
+}
+
 case $2 in
   pkg_config)
     need pkg-config
     export PKG_CONFIG_PATH="$folder/pkgconfig"
     build_and_run "$(pkg-config --cflags tarva)" "$(pkg-config --libs tarva)"
     ;;
-  cmake)
-    cmake -S "$outside" -B "$work/build" -DCMAKE_PREFIX_PATH="$prefix" -DEXAMPLES="$examples" -DCMAKE_C_FLAGS="$strict" \
-          -DCMAKE_CXX_FLAGS="$strict"
-    cmake --build "$work/build"
-    "$work/build/saxpy"
-    "$work/build/saxpy_cpp"
+  cmake) cmake_build -DCMAKE_PREFIX_PATH="$prefix" ;;
+  part)
+    # Nothing of ours is there but the libraries: no test, no tool, nothing to install.
+    for road in add_subdirectory fetch_content; do
+      cmake_build -DROAD=$road -DSOURCE="$(realpath "$examples/..")"
+      [ "$(ctest --test-dir "$work/build" -N | grep -c 'Test *#')" = 0 ]
+      cmake --install "$work/build" --prefix "$work/installed"
+      [ ! -e "$work/installed" ]
+      executables=$(find "$work/build" -path '*/CMakeFiles' -prune -o -type f -perm -u+x -print | sed 's|.*/||; s|so\..*|so|' | sort)
+      [ "$(echo $executables)" = "liboryn-tarva.so libqv.so saxpy saxpy_cpp" ] || { echo $executables; exit 1; }
+    done
     ;;
   plain) build_and_run "-I$prefix/include" "-L$folder -loryn-tarva" ;;
   dlopen)

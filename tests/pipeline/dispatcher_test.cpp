@@ -10,6 +10,7 @@
 #include "opencl/opencl_commands.h"
 #include "opencl/opencl_device.h"
 #include "opencl/opencl_device_work_dispatcher.h"
+#include "scheduler/ultra_naive_scheduler.h"
 #include "tests/error_of.h"
 #include "tests/failing_memory.h"
 #include "tests/scripted/scripted_qv.h"
@@ -17,8 +18,10 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <csignal>
 #include <map>
 #include <sstream>
+#include <thread>
 
 namespace oryn::tarva::library {
 namespace {
@@ -176,7 +179,7 @@ TEST_P(order, is_that_of_runs_and_sweeps) {
     requests.push_back(submit(words));
   for (const std::uint64_t id : row.signals)
     signal(id);
-  worker().start();
+  worker().start("worker");
   let_sweeps_pass();
   EXPECT_EQ(record(), row.expected);
   for (const std::uint64_t id : row.later)
@@ -217,7 +220,7 @@ TEST_P(failing_list, ends_with_the_first_error_and_runs_no_further_command) {
   scripted::forget_calls();
   GetParam().plan();
   const auto request = submit(GetParam().list);
-  worker().start();
+  worker().start("worker");
   request->wait_until_complete();
   request->wait_until_commands_ended();
   worker().wait_until_idle();
@@ -239,8 +242,26 @@ const failing_row failing_rows[] = {
 INSTANTIATE_TEST_SUITE_P(each, failing_list, testing::ValuesIn(failing_rows),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// The operation fails elsewhere while its commands are on the queue, and then OpenCL does, too.
+TEST_F(dispatcher, bears_failures_behind_a_failed_operation) {
+  for (const auto& [call, expected] :
+       {std::pair{op::finish, "k1 k2 ffe e h3 "}, {op::enqueue_fill_buffer, "k0 h3 "}}) {
+    const auto request = submit("k1 k2 h3");
+    scripted::forget_calls();
+    scripted::before_call(
+        call, 1, [&] { request->set_error(std::make_exception_ptr(std::runtime_error("elsewhere"))); });
+    scripted::fail_call(call, 1, -5);
+    if (call == op::finish)
+      worker().start();
+    request->wait_until_commands_ended();
+    worker().wait_until_idle();
+    EXPECT_EQ(record(), expected);
+    EXPECT_EQ(message_of([&] { std::rethrow_exception(request->get_error()); }), "elsewhere");
+  }
+}
+
 TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
-  worker().start();
+  worker().start("worker");
   submit("m1"); // from here on the worker has none
   worker().wait_until_idle();
   const auto request = make_request();
@@ -260,10 +281,13 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
 }
 
 TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
-  worker().start();
+  worker().start("worker");
   const auto blocked = submit("h1 a1 k2");
   let_sweeps_pass();
+  std::thread waiting([&] { worker().wait_until_idle(); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
   worker().shutdown();
+  waiting.join();
   blocked->wait_until_commands_ended();
   EXPECT_EQ(message_of([&] { std::rethrow_exception(blocked->get_error()); }),
             "The work dispatcher was shut down before the command could be run.");
@@ -273,6 +297,37 @@ TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
   EXPECT_EQ(message_of([&] { signal(1); }), refused);
   EXPECT_EQ(message_of([&] { worker().shutdown(); }),
             "Attempting to shutdown a work dispatcher that was already shutdown.");
+
+  // An allocation that cannot be handed over leaves nothing in the scheduler.
+  const std::vector<std::shared_ptr<library_device>> devices{owner};
+  const auto scheduler = std::make_shared<ultra_naive_scheduler>([&]() -> const auto& { return devices; });
+  const auto memory = std::make_shared<library_memory>(data_type::float_, 4, "");
+  EXPECT_EQ(message_of([&] { scheduler->submit(logical_ir::allocate_memory::create(memory)); }), refused);
+  EXPECT_EQ(memory.use_count(), 1);
+}
+
+// A signal to the host may end any sleep.
+TEST_F(dispatcher, is_waited_for_until_the_last_command_has_ended) {
+  struct sigaction wake {};
+  wake.sa_handler = [](int) {};
+  ASSERT_EQ(sigaction(SIGUSR1, &wake, nullptr), 0);
+  const auto request = make_request();
+  request->set_physical_operation_count(1);
+  request->set_submitted();
+  request->add_device_commands(1);
+  request->set_error(std::make_exception_ptr(std::runtime_error("elsewhere")));
+  std::atomic<bool> has_ended = false;
+  std::thread waiting([&] {
+    request->wait_until_commands_ended();
+    EXPECT_TRUE(has_ended);
+  });
+  for (int i = 0; i < 50; ++i) {
+    pthread_kill(waiting.native_handle(), SIGUSR1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  has_ended = true;
+  request->device_commands_ended(1);
+  waiting.join();
 }
 
 } // namespace

@@ -168,6 +168,18 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
   EXPECT_NE(launch(kernel(version(), "add"), good, line(4, 4)).code, 0);
   set_info(index, max_work_group_size, {});
   EXPECT_EQ(launch(kernel(version(), "add"), good, line(4, 4)), outcome());
+  // A device of 32 bits counts work-items with as many, and works like any other up to there.
+  constexpr std::uint32_t address_bits = 0x100D;
+  constexpr std::uint64_t last = 0xFFFFFFFF;
+  set_info(index, address_bits, value_answer(std::uint32_t{32}));
+  const auto of_32_bits = kernel(version(), "empty");
+  set_info(index, address_bits, {});
+  const std::uint64_t offset = version() > 1 ? last - 4 : 0; // 1.0 has no offsets
+  for (const auto& range : {line(last + 1), line(4, 1, last - 3), sized(2, {4, last + 1, 1}, {1, 1, 1})})
+    EXPECT_NE(launch(of_32_bits, {}, range).code, 0);
+  forget_calls();
+  EXPECT_EQ(launch(of_32_bits, {}, line(4, 1, offset)), outcome());
+  EXPECT_EQ(only(take_calls(), op::enqueue_nd_range_kernel).at(0).numbers.at(0), offset);
   // An object that is there already need not be allocated. A limit of 0 is none.
   const memory others = make(counted(4));
   set_info(index, max_mem_alloc_size, value_answer(std::uint64_t{15}));

@@ -1,6 +1,5 @@
 // Where the content of memory objects goes, under each version: to the device once, between devices, in the
 // byte order of the device, and back to the caller.
-#include "tests/device/thread_mix.h"
 #include "tests/scripted/scripted_test.h"
 
 namespace scripted {
@@ -66,22 +65,6 @@ TEST_P(movement, byte_order_changes_by_component_and_not_for_boolean) {
   must(write_raw(flags, 0, 2, counted(2).data()));
   EXPECT_EQ(launch(kernel(version(), "flag", role::big_endian), {argument(flags)}, line(1)), outcome());
   EXPECT_EQ(read<std::int32_t>(flags, 1, 1), counted(1, 2));
-}
-
-using machine_wide = scripted_test;
-
-TEST_F(machine_wide, threads_mix_everything_on_two_devices) {
-  std::vector<caller::kernel> kernels;
-  kernels.push_back(kernel(2, "add"));
-  kernels.push_back(kernel(6, "add", role::second));
-  EXPECT_EQ(mix_threads(kernels, [] { forget_calls(); }), "");
-  // Short ones, each of which begins and ends in another way: as many as TARVA_TEST_SCHEDULES says.
-  const char* const schedules = std::getenv("TARVA_TEST_SCHEDULES");
-  const unsigned count = schedules != nullptr ? static_cast<unsigned>(std::atoi(schedules)) : 20;
-  for (unsigned seed = 0; seed < count; ++seed) {
-    ASSERT_EQ(thread_mix(kernels, [] {}).run(32, seed, 12), "") << "schedule " << seed;
-    forget_calls();
-  }
 }
 
 } // namespace scripted

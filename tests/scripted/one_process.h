@@ -32,11 +32,12 @@ inline void log_to_console(const char* level) {
   }
 }
 
-// A 1.2 device without built-in kernels and a 2.0 device with two.
-inline void use_two_devices() {
-  device_options two{"two", {4}};
-  two.info[0x103F] = text_answer("copy_all;;sort_all");
-  set_devices({{"one", {3}}, two});
+// A 1.2 device without built-in kernels and a 2.0 device with two, and perhaps more.
+inline void use_two_devices(const std::vector<device_options>& more = {}) {
+  std::vector<device_options> all{{"one", {3}}, {"two", {4}}};
+  all.back().info[0x103F] = text_answer("copy_all;;sort_all");
+  all.insert(all.end(), more.begin(), more.end());
+  set_devices(all);
 }
 
 inline memory used_on(const caller::device& where) {

@@ -43,15 +43,30 @@ TEST_P(programs, a_failed_build_is_an_empty_program_with_a_log) {
   EXPECT_EQ(try_kernel(result.made, "one"),
             logic_failure("Cannot extract a kernel from an empty program.  Kernel name: one"));
   EXPECT_EQ(child(root<tarva_abi_get_program_root_property>(result.made), "KERNEL_NAMES")->element_count, 0u);
+  // So is one whose build has not begun or not ended.
+  constexpr std::uint32_t build_status = 0x1181;
+  const std::size_t index = device_index(version(), role::first);
+  for (const std::int32_t status : {-1, -3}) {
+    set_info(index, build_status, value_answer(status));
+    EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, source, "", result), outcome());
+    EXPECT_FALSE(result.success) << status;
+  }
+  set_info(index, build_status, {});
 }
 
-TEST_P(programs, spir_v_goes_by_extension_or_by_command) {
+TEST_P(programs, modules_go_by_extension_or_by_command) {
   if (version() < 3 || is_opencl())
-    GTEST_SKIP() << "no SPIR-V before 1.2; libqv knows the extensions from its start";
-  constexpr std::uint32_t extensions = 0x1030;
+    GTEST_SKIP() << "no modules before 1.2; libqv knows the extensions from its start";
+  constexpr std::uint32_t extensions = 0x1030, spir_versions = 0x40E0;
   const std::size_t index = device_index(version(), role::first);
-  set_info(index, extensions, text_answer("cl_khr_il_program"));
+  set_info(index, extensions, text_answer("cl_khr_spir cl_khr_il_program"));
+  set_info(index, spir_versions, text_answer("1.2 2.0"));
   build result;
+  for (const tarva_abi_ir_type spir : {TARVA_ABI_IR_SPIR_1_2, TARVA_ABI_IR_SPIR_2_0}) {
+    EXPECT_EQ(load(device(version()), spir, "BC" + source, "", result), outcome());
+    EXPECT_EQ(count(take_calls(), op::create_program_with_binary), 1u) << spir;
+  }
+  set_info(index, spir_versions, {});
   EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SPIR_V, "SPV:" + source, "", result), outcome());
   const auto calls = take_calls();
   EXPECT_EQ(count(calls, op::get_extension_function_address_for_platform), version() <= 4 ? 1u : 0u);

@@ -72,6 +72,41 @@ std::string gathered(const property& from) {
   return result.insert(result.rfind("</property>"), below);
 }
 
+// As `written` gives it; nothing for what is no number.
+std::string expected(const catalogue_table::row& from) {
+  using catalogue_table::form;
+  const std::uint64_t number = number_of(from.query);
+  const auto flag = [](bool holds) { return holds ? "true" : "false"; };
+  switch (from.as) {
+  case form::number:
+  case form::wide:
+    return std::string(from.key) + "=" +
+           (from.query == CL_DEVICE_MAX_WORK_GROUP_SIZE ? "256" : std::to_string(number));
+  case form::flag:
+    return std::string(from.key) + "=" + flag(number != 0);
+  case form::bit:
+    return std::string(from.key) + "=" + flag((number & from.operand) != 0);
+  case form::equals:
+    return std::string(from.key) + "=" + flag(number == from.operand);
+  default:
+    return {};
+  }
+}
+
+// Users read the words of all properties, and their order, so both are on record: by their checksum.
+std::uint64_t checksum_of_words(std::initializer_list<const property*> roots) {
+  const tarva_abi_tree_format_s words{TARVA_ABI_TREE_TEXT, 1, 1, 1, 1, 1, 0};
+  std::uint64_t sum = 0xcbf29ce484222325;
+  for (const property* from : roots) {
+    char* text = nullptr;
+    must(call<tarva_abi_get_property_tree_string>(from->get(), &words, &text));
+    for (const char* letter = text; *letter != 0; ++letter)
+      sum = (sum ^ static_cast<unsigned char>(*letter)) * 0x100000001b3;
+    tarva_abi_free_property_tree_string(nullptr, text);
+  }
+  return sum;
+}
+
 TEST_P(properties, of_a_device_are_those_of_its_version) {
   const auto of_device = root<tarva_abi_get_device_root_property>(device(version()));
   const std::string summary = "OpenCL " + std::string(version_texts[version() - 1]) + " device named: first";
@@ -85,8 +120,17 @@ TEST_P(properties, of_a_device_are_those_of_its_version) {
   EXPECT_EQ(keys, catalogue_table::keys_below("OPENCL", static_cast<int>(version())));
   EXPECT_STREQ(all.front()->name, "CL_DEVICE_TYPE_DEFAULT");
   expect_texts_and_values(of_device);
-  EXPECT_STREQ(child(opencl, "CL_DEVICE_TYPE_ACCELERATOR")->description,
-               "The OpenCL device is a Accelerator type.");
+  for (const catalogue_table::block& each : catalogue_table::blocks) {
+    if (const int now = static_cast<int>(version()); now < each.first || now > each.last)
+      continue;
+    property parent = child(of_device, "OPENCL");
+    if (each.parent != "OPENCL")
+      parent = child(parent, each.parent.c_str());
+    for (const catalogue_table::row& one : each.rows)
+      if (const std::string value = expected(one); !value.empty()) {
+        EXPECT_EQ(written(child(parent, one.key)), value);
+      }
+  }
   for (const char* unknown :
        {"", "ROOT", "NAME", "OPENCL", "cl_device_name", "CL_DEVICE_SINGLE_FP_CONFIG_FMA"})
     EXPECT_STREQ(child(opencl, unknown)->name, "") << unknown;
@@ -127,6 +171,14 @@ TEST_P(properties, of_a_size_that_they_cannot_have_are_refused) {
     EXPECT_EQ(none, nullptr);
     set_info(index, one.query, {});
   }
+  // Devices and sizes are asked for twice each; then comes the binary, which has become longer meanwhile.
+  before_call(qv::operation::get_program_info, 5,
+              [index] { set_info(index, 0x1165, value_answer(std::size_t{1} << 30)); });
+  tarva_abi_property_s* none = nullptr;
+  const outcome ended =
+      call<tarva_abi_get_child_property_by_name>(of_program.get(), "CL_PROGRAM_BINARY", &none);
+  EXPECT_TRUE(ended.message.starts_with("The result size for the query changed")) << ended;
+  set_info(index, 0x1165, {});
 }
 
 // Those of the big-endian devices.
@@ -171,6 +223,19 @@ TEST_P(properties, of_programs_kernels_and_memory_are_those_of_the_version) {
             "USER_LABEL=a test NUM_ELEMENTS=10 TYPE=12 OBJECT_ID");
   EXPECT_EQ(tree(of_kernel, true), gathered(of_kernel));
   EXPECT_EQ(tree(of_program, true), gathered(of_program));
+  constexpr std::uint64_t on_record[version_count] = {12333749317352091179U, 570559939789278314U,
+                                                      2418929429471218476U,  6527998091848219448U,
+                                                      12090553846653252265U, 12090553846653252265U};
+  const auto of_device = root<tarva_abi_get_device_root_property>(device(version())),
+             of_memory = root<tarva_abi_get_memory_root_property>(make(counted(1)));
+  EXPECT_EQ(checksum_of_words({&of_device, &of_program, &of_kernel, &of_memory}), on_record[version() - 1])
+      << "the words or the order of properties have changed";
+  const auto other = root<tarva_abi_get_device_root_property>(device(version(), role::second));
+  std::set<std::uint64_t> identifiers;
+  for (int time = 0; time < 2; ++time)
+    for (const property* one : {&of_device, &other, &of_program, &of_kernel, &of_memory})
+      identifiers.insert(child(*one, "OBJECT_ID").get<std::uint64_t>());
+  EXPECT_EQ(identifiers.size(), 5U);
 }
 
 } // namespace scripted

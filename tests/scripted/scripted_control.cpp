@@ -34,10 +34,15 @@ device* machine::find_device(void* handle) {
   throw refused{invalid_device};
 }
 
-std::optional<plan> machine::take_plan(way how, qv::operation operation) {
+std::optional<plan> machine::take_plan(way how, std::optional<qv::operation> operation) {
   for (auto one = plans.begin(); one != plans.end(); ++one) {
-    if (one->how != how || one->operation != operation || --one->countdown > 0)
+    if (one->how != how || (one->operation && one->operation != operation) || --one->countdown > 0)
       continue;
+    if (!one->operation)
+      failed.set(operation ? static_cast<std::size_t>(*operation) : 127);
+    one->has_come = true;
+    if (one->lasts)
+      return *one;
     plan found = std::move(*one);
     plans.erase(one);
     return found;
@@ -57,20 +62,47 @@ std::map<std::string, std::int64_t> machine::live() const {
   return counts;
 }
 
+namespace {
+
+// Without the machine's lock, so that other threads may come in between.
+struct delays {
+  explicit delays(session& now) : lock(now.lock), delay(now.world.delay) { run(); }
+  delays(const delays&) = delete;
+  delays& operator=(const delays&) = delete;
+  ~delays() { run(); }
+  void run() const {
+    if (delay == nullptr)
+      return;
+    lock.unlock();
+    delay();
+    lock.lock();
+  }
+  std::unique_lock<std::mutex>& lock;
+  void (*delay)();
+};
+
+} // namespace
+
 std::int32_t perform(session& now, qv::operation operation, void* record) {
   if (const auto planned = now.world.take_plan(way::action, operation)) {
     now.lock.unlock();
     planned->run();
     now.lock.lock();
   }
-  if (const auto failure = now.world.take_plan(way::transport, operation))
-    return failure->value;
-  const auto failure = now.world.take_plan(way::status, operation);
+  const delays here(now);
+  const auto broken = now.world.take_plan(way::transport, operation);
+  if (broken && !is_release(operation))
+    return broken->value;
+  if (const auto code = now.world.answer ? now.world.answer(operation, record) : std::nullopt)
+    return *code;
+  const bool has_status = operation != qv::operation::device_of_handle &&
+                          operation != qv::operation::get_extension_function_address_for_platform;
+  const auto failure = has_status ? now.world.take_plan(way::status, operation) : std::nullopt;
   for (const auto& handlers : {object_handlers, queue_handlers, program_handlers})
     for (const handler_row& row : handlers)
       if (row.operation == operation) {
         row.run(now, record, failure ? std::optional(failure->value) : std::nullopt);
-        return 0;
+        return broken ? broken->value : 0;
       }
   now.world.complain("a command that is not simulated");
   return -2;
@@ -145,6 +177,11 @@ void answer_arguments(argument_answer answer) {
   machine::get().argument_status = std::move(answer);
 }
 
+void answer_commands(command_answer answer) {
+  const auto guard = locked();
+  machine::get().answer = std::move(answer);
+}
+
 void fail_call(qv::operation operation, int nth, std::int32_t status) {
   add_plan({way::status, operation, nth, status});
 }
@@ -166,9 +203,30 @@ void fail_waits(std::int32_t status) {
   machine::get().wait_status = status;
 }
 
+void fail_any(way how, int nth, std::int32_t value, bool lasts) {
+  add_plan({how, std::nullopt, nth, value, {}, lasts});
+}
+
+bool was_failed(qv::operation operation) {
+  const auto guard = locked();
+  return machine::get().failed[static_cast<std::size_t>(operation)];
+}
+bool any_was_failed() {
+  const auto guard = locked();
+  return machine::get().failed.any();
+}
+
+void set_delay(void (*delay)()) {
+  machine::get().delay = delay;
+}
+
 bool no_failure_left() {
   const auto guard = locked();
-  return std::erase_if(machine::get().plans, [](const plan& one) { return one.how != way::action; }) == 0;
+  auto& plans = machine::get().plans;
+  const bool none = std::none_of(plans.begin(), plans.end(),
+                                 [](const plan& one) { return one.how != way::action && !one.has_come; });
+  std::erase_if(plans, [](const plan& one) { return one.how != way::action; });
+  return none;
 }
 
 std::vector<call_record> take_calls() {

@@ -15,10 +15,21 @@ constexpr std::uint64_t first_root = 0x100, first_node = 0x200; // never valid a
 
 std::int32_t write_list(const std::vector<std::uint64_t>& list, std::uint64_t count, std::uint64_t* array,
                         std::uint64_t* out_count) {
+  if (const auto broken = machine::get().take_plan(way::transport, {}))
+    return broken->value;
   for (std::size_t i = 0; i < std::min<std::size_t>(count, list.size()); ++i)
     array[i] = list[i];
-  *out_count = list.size();
+  const auto lie = machine::get().take_plan(way::size, {});
+  *out_count = lie ? wrong_size<std::uint64_t>(lie->value) : list.size();
   return 0;
+}
+
+// What could not be finished is never done, since nobody keeps the memory that it works on.
+void give_up_work(machine& world, std::int32_t code, const qv::object_record& record) {
+  const auto found = world.objects.find(record.object);
+  if ((code != QV_OK || record.status != 0) && found != world.objects.end())
+    if (auto* const unfinished = dynamic_cast<queue*>(found->second.get()))
+      unfinished->pending.clear();
 }
 
 } // namespace
@@ -49,8 +60,10 @@ std::int32_t qv_find_capability_nodes(std::uint64_t root, std::uint64_t capabili
   const scripted::visit inside;
   const std::lock_guard guard(machine::get().lock);
   std::vector<std::uint64_t> nodes;
+  if (root - scripted::first_root >= machine::get().devices.size())
+    return QV_UNRECOVERABLE_ERROR;
   for (const std::uint32_t capability :
-       machine::get().devices.at(root - scripted::first_root).options.capabilities)
+       machine::get().devices[root - scripted::first_root].options.capabilities)
     if (capability == capability_id)
       nodes.push_back(scripted::first_node + capability);
   return scripted::write_list(nodes, count, array, out_count);
@@ -60,7 +73,11 @@ std::int32_t qv_create_call_handle(std::uint64_t root, std::uint64_t node, qv_ca
                                    std::uint64_t /*reserved*/) {
   const scripted::visit inside;
   const std::lock_guard guard(machine::get().lock);
-  auto& device = machine::get().devices.at(root - scripted::first_root);
+  if (const auto broken = machine::get().take_plan(scripted::way::transport, {}))
+    return broken->value;
+  if (root - scripted::first_root >= machine::get().devices.size() || node <= scripted::first_node)
+    return QV_UNRECOVERABLE_ERROR;
+  auto& device = machine::get().devices[root - scripted::first_root];
   *out_handle = new qv_call_handle{&device, static_cast<std::uint32_t>(node - scripted::first_node)};
   machine::get().call_handles.insert(*out_handle);
   return QV_OK;
@@ -92,6 +109,8 @@ std::int32_t qv_call_capability(qv_call_handle* handle, std::uint64_t command_id
     scripted::call_record log{row.op, handle->capability, handle->owner->index, std::this_thread::get_id()};
     scripted::session now{world, *handle->owner, lock, log};
     const std::int32_t code = scripted::perform(now, row.op, record);
+    if (row.op == qv::operation::finish)
+      scripted::give_up_work(world, code, *static_cast<qv::object_record*>(record));
     world.calls.push_back(log);
     return code;
   }

@@ -35,14 +35,20 @@ unsigned size_of_number(std::uint32_t capability, std::uint32_t parameter) {
   return 0;
 }
 
-// Those that matter; all others are 1.
+// Those that matter, and some that shall not be as others are.
 constexpr std::pair<std::uint32_t, std::uint64_t> values[] = {
     {0x1000, 4},                      // TYPE: GPU
     {0x1002, 4},                      // MAX_COMPUTE_UNITS
     {0x1003, 3},                      // MAX_WORK_ITEM_DIMENSIONS
     {0x100D, 64},                     // ADDRESS_BITS
     {0x1010, std::uint64_t{1} << 29}, // MAX_MEM_ALLOC_SIZE
+    {0x101B, 0x5A},                   // SINGLE_FP_CONFIG
+    {0x101C, 1},                      // GLOBAL_MEM_CACHE_TYPE
+    {0x1022, 1},                      // LOCAL_MEM_TYPE
     {0x1023, 32768},                  // LOCAL_MEM_SIZE
+    {0x1024, 0},                      // ERROR_CORRECTION_SUPPORT
+    {0x1032, 0x25},                   // DOUBLE_FP_CONFIG
+    {0x1048, 0},                      // PREFERRED_INTEROP_USER_SYNC
     {0x104F, 16384},                  // QUEUE_ON_DEVICE_PREFERRED_SIZE
 };
 
@@ -66,6 +72,14 @@ constexpr text_row texts[] = {
 
 } // namespace
 
+// Of the others each is its own number, so that none can be taken for another.
+std::uint64_t number_of(std::uint32_t parameter) {
+  for (const auto& [of, value] : values)
+    if (of == parameter)
+      return value;
+  return parameter;
+}
+
 std::optional<bytes> own_answer(const device& device, std::uint32_t parameter) {
   const auto own = device.options.info.find(parameter);
   return own == device.options.info.end() ? std::nullopt : std::optional(own->second);
@@ -87,9 +101,7 @@ std::optional<bytes> device_info(const device& device, std::uint32_t capability,
   default:
     break;
   }
-  std::uint64_t number = 1;
-  for (const auto& [of, value] : values)
-    number = of == parameter ? value : number;
+  const std::uint64_t number = number_of(parameter);
   if (const unsigned size_of_answer = size_of_number(capability, parameter))
     return size_of_answer == 4 ? value_answer(static_cast<std::uint32_t>(number)) : value_answer(number);
   for (const text_row& row : texts)

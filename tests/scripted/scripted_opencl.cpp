@@ -161,13 +161,16 @@ cl_int clGetDeviceIDs(cl_platform_id of, cl_device_type type, cl_uint count, cl_
                       cl_uint* found) {
   const visit inside;
   const auto& options = options_of(of);
-  const scripted::bytes custom = value_answer(cl_device_type{CL_DEVICE_TYPE_CUSTOM});
   std::vector<cl_device_id> all;
-  for (scripted::device& each : machine::get().devices)
+  for (scripted::device& each : machine::get().devices) {
+    cl_device_type own = scripted::number_of(CL_DEVICE_TYPE);
     if (const auto told = each.options.info.find(CL_DEVICE_TYPE);
-        platform(each.options.platform) == of &&
-        (told != each.options.info.end() && told->second == custom) == (type == CL_DEVICE_TYPE_CUSTOM))
+        told != each.options.info.end() && told->second.size() == sizeof own)
+      std::memcpy(&own, told->second.data(), sizeof own);
+    const bool is_meant = type == CL_DEVICE_TYPE_ALL ? own != CL_DEVICE_TYPE_CUSTOM : (own & type) != 0;
+    if (platform(each.options.platform) == of && is_meant)
       all.push_back(reinterpret_cast<cl_device_id>(&each));
+  }
   if (options.devices_status != CL_SUCCESS)
     return options.devices_status;
   return list(all, options.false_count != 0 ? options.false_count : all.size(), count, devices, found);
@@ -176,6 +179,8 @@ cl_int clGetDeviceIDs(cl_platform_id of, cl_device_type type, cl_uint count, cl_
 // Each device reports the first version that it is given.
 cl_int clGetDeviceInfo(cl_device_id id, cl_device_info name, size_t size, void* value, size_t* size_ret) {
   const visit inside;
+  if (id == nullptr)
+    return CL_INVALID_DEVICE;
   const auto& options = reinterpret_cast<scripted::device*>(id)->options;
   if (const auto found = options.defects.find(name); found != options.defects.end())
     return answer_badly(found->second, value, size_ret);
@@ -199,7 +204,7 @@ cl_context clCreateContext(const cl_context_properties* properties, cl_uint coun
                            const cl_device_id* devices,
                            void (*notify)(const char*, const void*, size_t, void*), void* user_data,
                            cl_int* status) {
-  return make<op::create_context, cl_context>(devices[0], status,
+  return make<op::create_context, cl_context>(devices == nullptr ? nullptr : devices[0], status,
                                               {reinterpret_cast<const std::uint64_t*>(properties), count,
                                                handles(devices), notify, user_data, nullptr, 0});
 }
@@ -278,16 +283,18 @@ cl_int clEnqueueNDRangeKernel(cl_command_queue queue, cl_kernel kernel, cl_uint 
 cl_int clWaitForEvents(cl_uint, const cl_event*) {
   machine& world = machine::get();
   const std::lock_guard guard(world.lock);
+  const auto failure = world.take_plan(way::status, {});
+  const cl_int status = failure ? failure->value : world.wait_status;
   for (const auto& [handle, each] : world.objects)
     if (auto* const waiting = dynamic_cast<queue*>(each.get()))
       for (const queue::command& command : std::exchange(waiting->pending, {})) {
-        if (world.wait_status != 0)
+        if (status != 0)
           continue;
         if (command.final_status == 0)
           command.run();
         command.done->status = command.final_status;
       }
-  return world.wait_status;
+  return status;
 }
 cl_int clGetEventInfo(cl_event event, cl_event_info name, size_t size, void* value, size_t* size_ret) {
   return ask<op::get_event_info>(event, name, size, value, size_ret);

@@ -61,6 +61,8 @@ std::int32_t create_with_binary(session& now, qv::create_program_with_binary_rec
 }
 
 std::int32_t make_from_il(session& now, void* context, const void* il, std::size_t length, void** result) {
+  if (il == nullptr)
+    return invalid_value;
   const std::string all(static_cast<const char*>(il), length);
   if (all.compare(0, 4, "SPV:") != 0)
     return invalid_value;
@@ -94,7 +96,7 @@ std::int32_t get_extension_address(session& now,
 }
 
 std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_kernels_record& record) {
-  if (record.num_devices != 1 || record.device_list[0] != &now.owner)
+  if (record.num_devices != 1 || record.device_list == nullptr || record.device_list[0] != &now.owner)
     return invalid_value;
   program* const made = make_program(now, record.context, program::origin::builtin, record.kernel_names);
   made->build_status = 0;
@@ -108,7 +110,8 @@ std::int32_t create_with_builtin(session& now, qv::create_program_with_builtin_k
 std::int32_t build(session& now, qv::build_program_record& record) {
   const auto found = now.world.find<program>(record.program);
   now.log.text = record.options == nullptr ? "" : record.options;
-  if (record.num_devices != 1 || record.device_list[0] != found->owner || record.pfn_notify != nullptr)
+  if (record.num_devices != 1 || record.device_list == nullptr || record.device_list[0] != found->owner ||
+      record.pfn_notify != nullptr)
     return invalid_value;
   if (now.log.text.find("-bad") != std::string::npos)
     return -43; // CL_INVALID_BUILD_OPTIONS
@@ -173,6 +176,8 @@ std::int32_t get_program_info(session& now, qv::get_object_info_record& record) 
   case 0x1165: // BINARY_SIZES
     return answer_query(value_answer(binary.size()), record);
   case 0x1166: // BINARIES: the value is an array of addresses
+    if (record.param_value == nullptr)
+      return answer_query(value_answer(binary.data()), record);
     std::memcpy(*static_cast<void**>(record.param_value), binary.data(), binary.size());
     return 0;
   case 0x1168: // KERNEL_NAMES
@@ -186,6 +191,8 @@ std::int32_t get_program_info(session& now, qv::get_object_info_record& record) 
 
 std::int32_t get_build_info(session& now, qv::get_object_device_info_record& record) {
   const auto found = now.world.find<program>(record.object);
+  if (const auto own = own_answer(now.owner, record.param_name))
+    return answer_query(*own, record);
   switch (record.param_name) {
   case 0x1181: // STATUS
     return answer_query(value_answer(found->build_status), record);
@@ -279,7 +286,7 @@ std::int32_t set_kernel_arg(session& now, qv::set_kernel_arg_record& record) {
 
 std::int32_t set_constant(session& now, qv::set_program_specialization_constant_record& record) {
   const auto found = now.world.find<program>(record.program);
-  if (found->from != program::origin::il)
+  if (found->from != program::origin::il || record.spec_value == nullptr)
     return program::invalid;
   const auto* first = static_cast<const unsigned char*>(record.spec_value);
   now.log.data = found->constants[record.spec_id] = bytes(first, first + record.spec_size);

@@ -30,7 +30,7 @@ std::int32_t create_command_queue_with_properties(session& now,
     return invalid_device;
   constexpr std::uint64_t queue_properties = 0x1093;
   std::uint64_t properties = 0;
-  for (const std::uint64_t* entry = record.properties; *entry != 0; entry += 2) {
+  for (const std::uint64_t* entry = record.properties; entry != nullptr && *entry != 0; entry += 2) {
     now.log.numbers.insert(now.log.numbers.end(), {entry[0], entry[1]});
     if (entry[0] == queue_properties)
       properties = entry[1];
@@ -105,8 +105,8 @@ std::int32_t fill(session& now, qv::enqueue_fill_buffer_record& record) {
   const auto found = now.world.find<buffer>(record.buffer);
   const std::size_t step = record.pattern_size;
   constexpr std::size_t largest_pattern = 128;
-  if (step == 0 || step > largest_pattern || (step & (step - 1)) != 0 || record.offset % step != 0 ||
-      record.size % step != 0 || !in_range(*found, record.offset, record.size))
+  if (record.pattern == nullptr || step == 0 || step > largest_pattern || (step & (step - 1)) != 0 ||
+      record.offset % step != 0 || record.size % step != 0 || !in_range(*found, record.offset, record.size))
     return invalid_value;
   const auto* first = static_cast<const unsigned char*>(record.pattern);
   const bytes pattern(first, first + step);

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -131,6 +132,8 @@ SCRIPTED_API void set_platforms(std::vector<platform_options> platforms, std::in
 SCRIPTED_API void set_kernel(const std::string& name, kernel_function body);
 // Of the device, or of all its kernels. An empty answer takes the last one back.
 SCRIPTED_API void set_info(std::size_t device, std::uint32_t parameter, const bytes& answer);
+// What a device answers if nobody has set it otherwise, and the answer is a number.
+SCRIPTED_API std::uint64_t number_of(std::uint32_t parameter);
 // The status of every argument that is set, of any kernel, in the place of what its parameter's text tells; an empty
 // function takes the last one back. What it accepts is a null argument.
 using argument_answer = std::function<std::int32_t(std::size_t size, const void* value)>;
@@ -142,8 +145,21 @@ SCRIPTED_API void answer_arguments(argument_answer answer);
 SCRIPTED_API void fail_call(qv::operation operation, int nth, std::int32_t status);
 SCRIPTED_API void fail_transport(qv::operation operation, int nth, std::int32_t code);
 SCRIPTED_API void fail_event(qv::operation operation, int nth, std::int32_t status);
+// The same for the `nth` coming call of any operation that can fail in this way, and for each one behind it if the failure lasts.
+// way::size: what the answer to a query is said to take, or how many there are, as wrong_size() has it.
+enum class way { status, transport, event, size, action };
+SCRIPTED_API void fail_any(way how, int nth, std::int32_t value, bool lasts);
+// Whether it has failed this one, or any.
+SCRIPTED_API bool was_failed(qv::operation operation);
+SCRIPTED_API bool any_was_failed();
+// Runs before each command, and behind it, on the thread of the call.
+SCRIPTED_API void set_delay(void (*delay)());
 // Runs before the `nth` coming call of the operation has any effect, on the thread of that call.
 SCRIPTED_API void before_call(qv::operation operation, int nth, std::function<void()> action);
+// Asked before each command, with the machine locked. What it returns is the transport code of the command, which is not
+// carried out: its answer is what the record holds then. An empty function takes the last one back.
+using command_answer = std::function<std::optional<std::int32_t>(qv::operation operation, void* record)>;
+SCRIPTED_API void answer_commands(command_answer answer);
 // OpenCL's wait for events fails, with that status, and the work of the queue is never done. 0: it waits again.
 SCRIPTED_API void fail_waits(std::int32_t status);
 // True if no failure that was asked for is still to come. Forgets those that are.

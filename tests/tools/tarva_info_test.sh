@@ -130,6 +130,16 @@ names_part() {
   holds tree "$("$tool" 0)" 'a\x1b[31m\x01\xff\"z\xc2\x85'
   holds list "$("$tool")" 'a\x1b[31m\x01\xff\"z\xc2\x85'
   equal json "$("$tool" --json | json 'ascii(all["devices"][0]["NAME"])')" "'a\\x1b[31m\\x01\\ufffd\\\\\"z\\x85'"
+  # What a terminal would obey: never in JSON, and in no form on a terminal.
+  SCRIPTED_DEVICE_NAME=$(printf 'a\033[2J\177\302\205\342\200\256\342\201\246b')
+  commanding=$(printf '\033\\[2J|\177|\302\205|\342\200\256|\342\201\246')
+  "$tool" 0 --json | grep -aE "$commanding" && fail "JSON with what a terminal obeys"
+  need script
+  for words in "" 0 "0 --raw" "0 --text" "0 --xml" "0 --json" "0 --get NAME"; do
+    shown=$(NO_COLOR=1 script -qec "'$tool' $words" /dev/null)
+    holds "'$words' on a terminal" "$shown" b
+    case $(printf '%s' "$shown" | grep -aEc "$commanding") in 0) ;; *) fail "'$words' commands the terminal" ;; esac
+  done
 }
 
 output=$("$tool" 2>&1); ended=$?

@@ -117,6 +117,11 @@ TEST_F(access_test, devices_may_vanish_while_they_are_asked_for) {
   EXPECT_THROW(opencl_1_0::find_devices(), qv::unrecoverable_error);
   meddle_with_list = [](auto, auto) { return -2; };
   EXPECT_THROW(opencl_1_0::find_devices(), qv::recoverable_error);
+  meddle_with_list = [](auto, std::uint64_t* out_count) {
+    *out_count = std::uint64_t{1} << 61;
+    return QV_OK;
+  };
+  EXPECT_THROW(opencl_1_0::find_devices(), common::bad_implementation);
   meddle_with_list = nullptr;
   scripted::fail_transport(op::device_of_handle, 1, 5);
   EXPECT_THROW(opencl_1_0::find_devices(), qv::unknown_error);

@@ -1,6 +1,7 @@
 // From exceptions to error objects.
 #include "abi/bridge.h"
 #include "abi/error_object.h"
+#include "memory/library_memory.h"
 #include "properties/property.h"
 #include "tests/failing_memory.h"
 
@@ -110,6 +111,45 @@ TEST(error_conversion, gives_minus_one_and_no_object_when_memory_runs_out_at_any
     ASSERT_LT(points, 100U);
   }
   EXPECT_GT(points, 4U) << "two messages, two objects and an entry in the table at least";
+}
+
+// An array of handles that cannot be completed has ended those that were made.
+TEST(arrays_of_handles, keep_nothing_when_memory_runs_out_at_any_point) {
+  const auto counted = std::make_shared<int>();
+  const std::vector<std::shared_ptr<library_device>> devices(
+      3, std::shared_ptr<library_device>(counted, nullptr));
+  const auto memory = std::make_shared<library_memory>(data_type::float_, 4, "");
+  const std::vector<abi_bridge::owned_property> properties(3, {memory->get_property({"ROOT"}), memory});
+  const auto before = std::pair(counted.use_count(), memory.use_count());
+  bool has_array = false, has_handles = false;
+  for (std::size_t points = 0; !has_array || !has_handles; ++points) {
+    ASSERT_LT(points, 100U);
+    abi_bridge bridge;
+    tarva_abi_device_array_s* array = nullptr;
+    allocations_left = points;
+    try {
+      array = bridge.make_device_array(devices);
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(counted.use_count(), before.first);
+    }
+    allocations_left = points;
+    tarva_abi_property_array_s* const handles = bridge.make_property_array(properties);
+    allocations_left = endless;
+    has_array = array != nullptr;
+    has_handles = handles->properties[2] != nullptr;
+    EXPECT_EQ(memory.use_count(), before.second + (has_handles ? 3 : 0));
+    for (std::size_t i = 0; i < 3; ++i) {
+      if (has_array)
+        bridge.release(array->devices[i]);
+      EXPECT_EQ(handles->properties[i] != nullptr, has_handles);
+      bridge.release_property(handles->properties[i]);
+    }
+    if (has_array)
+      std::free(array->devices);
+    std::free(array);
+    std::free(handles->properties);
+    std::free(handles);
+  }
 }
 
 } // namespace

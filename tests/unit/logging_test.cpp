@@ -13,6 +13,7 @@
 #include <limits>
 #include <regex>
 #include <string>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -97,6 +98,30 @@ TEST_F(logging_test, writes_the_lines_from_its_level_on_in_the_one_pattern) {
       expected += lines[line];
     EXPECT_EQ(expected, play({{"TARVA_LOG_LEVEL", levels[level]}, {"TARVA_LOG_TARGET", "console"}}));
   }
+}
+
+TEST_F(logging_test, keeps_a_line_one_line_and_shows_what_a_terminal_would_obey) {
+  EXPECT_EQ(
+      "0\n[tarva] [info] a\\x0a[2026] \\x1b[2J\\x7f\\x09|\\xc2\\x85\\xe2\\x80\\xae\\xe2\\x81\\xa6|\\xff\\xc3|ä \n"
+      "[tarva] [info] two\nlines\n",
+      play({{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "console"}}, [] {
+        tarva::log_info("{}|{}|{}|{}", "a\n[2026] \033[2J\177\t",
+                        std::string("\302\205\342\200\256\342\201\246"), "\377\303", "ä ");
+        tarva::log_info("{}", logging::own_lines{"two\nlines"});
+      }));
+}
+
+TEST_F(logging_test, says_nothing_of_a_disk_that_is_full) {
+  EXPECT_EQ("0\ntarva.log:\n", play({{"TARVA_LOG_LEVEL", "trace"}, {"TARVA_LOG_TARGET", "file"}}, [] {
+              const rlimit nothing{0, 0}; // no file may grow; so standard error becomes a pipe
+              int ends[2];
+              char first = 0;
+              if (setrlimit(RLIMIT_FSIZE, &nothing) != 0 || pipe2(ends, O_NONBLOCK) != 0 ||
+                  dup2(ends[1], 2) != 2)
+                std::exit(2);
+              log_all_levels();
+              std::exit(read(ends[0], &first, 1) > 0 ? 3 : 0);
+            }));
 }
 
 TEST_F(logging_test, tells_of_a_variable_that_is_no_number) {

@@ -219,5 +219,20 @@ TEST(xml_trees, are_written_byte_for_byte) {
   EXPECT_EQ(to_xml_tree(std::make_shared<property_base>(), true).view(), "<property/>");
 }
 
+// A caller sees a text up to its first zero byte.
+TEST(text_and_xml_trees, end_where_a_caller_stops_reading_and_have_a_most_size) {
+  fake_owner owner;
+  owner.add("BYTES", std::vector<unsigned char>{'a', 0, 'b'});
+  const std::string zero(1, '\0');
+  EXPECT_TRUE(to_text_tree(owner.root(), true, false, false, false, false, true)
+                  .view()
+                  .ends_with("[0]  a\n" + std::string(21, ' ') + "[1]  " + zero));
+  EXPECT_TRUE(to_xml_tree(owner.root(), true).view().ends_with("\">a</value>\n<value index=\"1\">" + zero));
+  text_buffer text;
+  text.append("kept");
+  EXPECT_THROW(text.room_for(text_buffer::most_bytes), std::length_error);
+  EXPECT_EQ(text.view(), "kept");
+}
+
 } // namespace
 } // namespace oryn::tarva::library

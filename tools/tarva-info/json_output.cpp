@@ -1,4 +1,5 @@
 // The form of --json.
+#include "base/printable_text.h"
 #include "tools/tarva-info/output.h"
 
 #include <algorithm>
@@ -8,24 +9,33 @@
 namespace tarva_info {
 namespace {
 
-// What is no UTF-8 becomes the replacement character, so that the text as a whole always is.
+// The number of a character of UTF-8 that has at most three bytes.
+unsigned number_of(std::string_view character) {
+  unsigned number = static_cast<unsigned char>(character[0]) & (0xFFU >> character.size());
+  for (const char byte : character.substr(1))
+    number = number << 6 | (static_cast<unsigned char>(byte) & 0x3F);
+  return number;
+}
+
+// What is no UTF-8 becomes the replacement character, so that the text as a whole always is. A terminal is sent nothing that it
+// would obey.
 std::string quoted(std::string_view text) {
   std::string result = "\"";
   while (!text.empty()) {
-    const std::size_t length = std::max<std::size_t>(character_length(text), 1);
-    const char first = text[0];
-    if (character_length(text) == 0) {
+    const std::size_t length = oryn::character_length(text);
+    const std::string_view character = text.substr(0, length == 0 ? 1 : length);
+    if (length == 0) {
       result += "\\ufffd";
-    } else if (first == '"' || first == '\\') {
-      result += {'\\', first};
-    } else if (static_cast<unsigned char>(first) < 0x20) {
-      std::array<char, 8> escaped{};
-      std::snprintf(escaped.data(), escaped.size(), "\\u%04x", static_cast<unsigned char>(first));
+    } else if (text[0] == '"' || text[0] == '\\') {
+      result += {'\\', text[0]};
+    } else if (oryn::is_control(character)) {
+      std::array<char, 16> escaped{};
+      std::snprintf(escaped.data(), escaped.size(), "\\u%04x", number_of(character));
       result += escaped.data();
     } else {
-      result += text.substr(0, length);
+      result += character;
     }
-    text.remove_prefix(length);
+    text.remove_prefix(character.size());
   }
   return result + '"';
 }

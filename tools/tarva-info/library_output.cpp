@@ -54,18 +54,20 @@ private:
 } // namespace
 
 bool write_library_trees(std::ostream& out, const std::vector<numbered_device>& devices, std::uint64_t kind,
-                         bool as_one_document) {
+                         bool as_one_document, const style& look) {
   bool is_complete = true;
   const bool has_frame = as_one_document && kind == TARVA_ABI_TREE_XML;
   out << (has_frame ? "<devices>\n" : "");
   for (const numbered_device& device : devices) {
     const tarva::property root = device.handle.properties();
+    std::string text;
     try {
-      out << root.write({kind, 1, 1, 1, 1, 1, 1});
+      text = root.write({kind, 1, 1, 1, 1, 1, 1});
     } catch (const tarva::error&) {
-      out << partial_tree(kind).text_of(root);
+      text = partial_tree(kind).text_of(root);
       is_complete = false;
     }
+    out << (look.is_terminal ? printable_lines(text) : text);
   }
   out << (has_frame ? "</devices>\n" : "");
   return is_complete;

@@ -21,13 +21,13 @@ std::vector<numbered_device> choose(const std::vector<tarva::device>& devices,
 }
 
 // The values of one path, an element on a line, of each device.
-void write_values(const std::vector<numbered_device>& devices, const std::string& path) {
+void write_values(const std::vector<numbered_device>& devices, const std::string& path, const style& look) {
   for (const numbered_device& device : devices) {
     const tarva::property found = find_property(device.handle.properties(), path);
     if (!found.has_value())
       throw std::runtime_error(path + " has no value");
     for (const std::string& element : plain_elements(read_property(found).value))
-      std::cout << element << '\n';
+      std::cout << (look.is_terminal ? printable(element) : element) << '\n';
   }
 }
 
@@ -63,13 +63,13 @@ bool write(const std::vector<numbered_device>& devices, const arguments& given) 
     write_list(std::cout, devices, style_of_standard_output());
     return true;
   case output_form::value:
-    write_values(devices, given.path);
+    write_values(devices, given.path, style_of_standard_output());
     return true;
   case output_form::text:
   case output_form::xml:
     return write_library_trees(std::cout, devices,
                                given.form == output_form::text ? TARVA_ABI_TREE_TEXT : TARVA_ABI_TREE_XML,
-                               !given.device);
+                               !given.device, style_of_standard_output());
   default:
     write_trees(devices, given);
     return true;

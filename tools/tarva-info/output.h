@@ -34,6 +34,6 @@ void write_json(std::ostream& out, const std::vector<numbered_tree>& trees);
 // The trees as the library writes them. What cannot be read is left out and told on standard error; returns
 // whether there was nothing of that kind. `kind` is a tarva_abi_tree_kind.
 bool write_library_trees(std::ostream& out, const std::vector<numbered_device>& devices, std::uint64_t kind,
-                         bool as_one_document);
+                         bool as_one_document, const style& look);
 
 } // namespace tarva_info

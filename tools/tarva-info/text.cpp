@@ -1,5 +1,7 @@
 #include "tools/tarva-info/text.h"
 
+#include "base/printable_text.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -10,32 +12,6 @@
 namespace tarva_info {
 namespace {
 
-struct utf8_range {
-  unsigned char first, last; // of the first byte
-  std::size_t length;
-  unsigned char low = 0x80, high = 0xBF; // of the second byte
-};
-
-// What leaves out overlong forms, surrogates and what lies behind the last character.
-constexpr utf8_range utf8_ranges[] = {
-    {0x00, 0x7F, 1},
-    {0xC2, 0xDF, 2},
-    {0xE0, 0xE0, 3, 0xA0},
-    {0xE1, 0xEC, 3},
-    {0xED, 0xED, 3, 0x80, 0x9F},
-    {0xEE, 0xEF, 3},
-    {0xF0, 0xF0, 4, 0x90},
-    {0xF1, 0xF3, 4},
-    {0xF4, 0xF4, 4, 0x80, 0x8F},
-};
-
-bool is_control(std::string_view character) {
-  const auto first = static_cast<unsigned char>(character[0]);
-  const bool is_c1 =
-      character.size() == 2 && first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
-  return first < 0x20 || first == 0x7F || is_c1;
-}
-
 std::string formatted(const char* format, double number, const char* text) {
   std::array<char, 64> buffer{};
   std::snprintf(buffer.data(), buffer.size(), format, number, text);
@@ -44,38 +20,22 @@ std::string formatted(const char* format, double number, const char* text) {
 
 } // namespace
 
-std::size_t character_length(std::string_view text) {
-  const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  for (const utf8_range& range : utf8_ranges) {
-    if (byte(0) < range.first || byte(0) > range.last)
-      continue;
-    if (text.size() < range.length || (range.length > 1 && (byte(1) < range.low || byte(1) > range.high)))
-      return 0;
-    for (std::size_t i = 2; i < range.length; ++i)
-      if ((byte(i) & 0xC0) != 0x80)
-        return 0;
-    return range.length;
-  }
-  return 0;
-}
-
 std::string printable(std::string_view text) {
   std::string result;
-  while (!text.empty()) {
-    const std::size_t length = character_length(text);
-    const std::string_view character = text.substr(0, length == 0 ? 1 : length);
-    if (length != 0 && !is_control(character)) {
-      result += character;
-    } else {
-      for (const char byte : character) {
-        std::array<char, 8> escaped{};
-        std::snprintf(escaped.data(), escaped.size(), "\\x%02x", static_cast<unsigned char>(byte));
-        result += escaped.data();
-      }
-    }
-    text.remove_prefix(character.size());
-  }
+  oryn::write_printable(text, [&result](std::string_view part) { result += part; });
   return result;
+}
+
+std::string printable_lines(std::string_view text) {
+  std::string result;
+  while (true) {
+    const std::size_t end = text.find('\n');
+    result += printable(text.substr(0, end));
+    if (end == std::string_view::npos)
+      return result;
+    result += '\n';
+    text.remove_prefix(end + 1);
+  }
 }
 
 std::size_t width_of(std::string_view text) {
@@ -98,7 +58,7 @@ std::string cut(std::string_view text, std::size_t width) {
     return std::string(text);
   std::string result;
   while (width_of(result) + dots.size() < width) {
-    const std::size_t length = std::max<std::size_t>(character_length(text), 1);
+    const std::size_t length = std::max<std::size_t>(oryn::character_length(text), 1);
     result += text.substr(0, length);
     text.remove_prefix(length);
   }
@@ -143,6 +103,7 @@ style style_of_standard_output() {
   style result;
   if (isatty(STDOUT_FILENO) == 0)
     return result;
+  result.is_terminal = true;
   const char* terminal = std::getenv("TERM");
   const char* no_colour = std::getenv("NO_COLOR");
   result.coloured = terminal != nullptr && std::string_view(terminal) != "dumb" &&

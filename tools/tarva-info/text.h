@@ -10,11 +10,10 @@
 
 namespace tarva_info {
 
-// The number of bytes of the UTF-8 character at the start of a text that is not empty, or 0 if there is none.
-std::size_t character_length(std::string_view text);
-
 // Without what would move the cursor of a terminal or confuse it: such bytes become \xNN.
 std::string printable(std::string_view text);
+// The same for a text whose lines stay lines.
+std::string printable_lines(std::string_view text);
 
 // How many columns a text takes, if every character takes one.
 std::size_t width_of(std::string_view text);
@@ -43,6 +42,7 @@ std::vector<std::string> texts_of(const std::vector<T>& values, Function text_of
 
 // How the output looks: colours and the width of lines, both of a terminal only.
 struct style {
+  bool is_terminal = false;
   bool coloured = false;
   std::size_t line_width = static_cast<std::size_t>(-1);
 

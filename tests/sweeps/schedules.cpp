@@ -1,0 +1,86 @@
+// Random schedules: 32 threads on shared objects, each delayed at random at every command of the capability library and wherever
+// it takes or leaves a lock, sleeps, or wakes another.
+#include "tests/sweeps/scenarios.h"
+
+#include "tests/device/thread_mix.h"
+
+#include <cstdarg>
+#include <dlfcn.h>
+#include <pthread.h>
+
+namespace sweeps {
+
+namespace {
+
+std::atomic<bool> are_delayed = false;
+thread_local std::uint32_t choices = 0;
+
+// Most go on at once, some let others go first, and few sleep.
+void delay() {
+  if (!are_delayed.load(std::memory_order_relaxed))
+    return;
+  if (choices == 0)
+    choices = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(&choices) >> 4) | 1;
+  choices ^= choices << 13;
+  choices ^= choices >> 17;
+  choices ^= choices << 5;
+  if (choices % 256 == 0)
+    usleep(choices / 256 % 200);
+  else if (choices % 32 == 0)
+    sched_yield();
+}
+
+} // namespace
+
+std::string run_schedule(unsigned seed) {
+  const auto all = caller::devices();
+  std::vector<caller::kernel> kernels;
+  for (const caller::device& each : all)
+    kernels.push_back(caller::find_kernel(caller::compile(each, caller::mix_source), "add"));
+  scripted::set_delay(delay);
+  are_delayed = true;
+  const std::string wrong =
+      caller::thread_mix(kernels, [](std::uint64_t) { scripted::take_calls(); }).run(32, seed, 600);
+  are_delayed = false;
+  return wrong;
+}
+
+} // namespace sweeps
+
+#ifndef TARVA_SANITIZED // which has functions of its own in these places
+
+namespace {
+template <class Function>
+Function* next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+} // namespace
+
+#pragma GCC visibility push(default)
+extern "C" {
+int pthread_mutex_lock(pthread_mutex_t* lock) noexcept {
+  static auto* const original = next<int(pthread_mutex_t*)>("pthread_mutex_lock");
+  sweeps::delay();
+  return original(lock);
+}
+int pthread_mutex_unlock(pthread_mutex_t* lock) noexcept {
+  static auto* const original = next<int(pthread_mutex_t*)>("pthread_mutex_unlock");
+  const int result = original(lock);
+  sweeps::delay();
+  return result;
+}
+// By which the library's own locks sleep and wake.
+long syscall(long number, ...) noexcept {
+  static auto* const original = next<long(long, ...)>("syscall");
+  va_list list;
+  va_start(list, number);
+  long words[6];
+  for (long& one : words)
+    one = va_arg(list, long);
+  va_end(list);
+  sweeps::delay();
+  return original(number, words[0], words[1], words[2], words[3], words[4], words[5]);
+}
+}
+#pragma GCC visibility pop
+#endif
