@@ -252,7 +252,7 @@ TEST_F(dispatcher, bears_failures_behind_a_failed_operation) {
         call, 1, [&] { request->set_error(std::make_exception_ptr(std::runtime_error("elsewhere"))); });
     scripted::fail_call(call, 1, -5);
     if (call == op::finish)
-      worker().start();
+      worker().start("worker");
     request->wait_until_commands_ended();
     worker().wait_until_idle();
     EXPECT_EQ(record(), expected);
@@ -300,7 +300,7 @@ TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
 
   // An allocation that cannot be handed over leaves nothing in the scheduler.
   const std::vector<std::shared_ptr<library_device>> devices{owner};
-  const auto scheduler = std::make_shared<ultra_naive_scheduler>([&]() -> const auto& { return devices; });
+  const auto scheduler = std::make_shared<ultra_naive_scheduler>(devices);
   const auto memory = std::make_shared<library_memory>(data_type::float_, 4, "");
   EXPECT_EQ(message_of([&] { scheduler->submit(logical_ir::allocate_memory::create(memory)); }), refused);
   EXPECT_EQ(memory.use_count(), 1);
