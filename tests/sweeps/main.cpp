@@ -2,7 +2,7 @@
 //
 //   sweeps allocations|calls|both|schedules [long] [words of a run]
 //
-// Without `long` only some of the points and values; with words, as a failure prints them, only the runs that are described by them.
+// Without `long` only some of the points and values; with words, as a failure prints them before the colon, only that scenario.
 #include "tests/sweeps/scenarios.h"
 
 #include <algorithm>
