@@ -90,11 +90,11 @@ def markdown(rows, limits):
     return "\n".join(lines) + "\n"
 
 
-def write(folder, rows, limits):
-    """table.md and table.json in `folder`."""
-    (folder / "table.md").write_text(markdown(rows, limits))
+def write(path, rows, limits):
+    """Both tables, at `path` with their endings."""
+    path.with_suffix(".md").write_text(markdown(rows, limits))
     content = {"limits": asdict(limits), "rows": [asdict(row) for row in rows]}
-    (folder / "table.json").write_text(json.dumps(content, indent=1) + "\n")
+    path.with_suffix(".json").write_text(json.dumps(content, indent=1) + "\n")
 
 
 def publish(document, text):
