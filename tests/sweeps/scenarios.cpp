@@ -198,8 +198,11 @@ ending world::fail_build(const fault& planned, std::size_t, std::size_t) {
       text.data(), text.size(), long_options, long_label);
   disarm();
   const program owned(result != nullptr ? result->program : nullptr);
-  const bool is_told = result != nullptr && result->success == 0 && result->build_log != nullptr &&
-                       result->build_log == std::string("error: the text says #error");
+  // A log whose size is not told right may be none.
+  const bool may_lack_log = planned.call != 0 && planned.how == scripted::way::size;
+  const bool is_told = result != nullptr && result->success == 0 &&
+                       (may_lack_log || (result->build_log != nullptr &&
+                                         result->build_log == std::string("error: the text says #error")));
   tarva_abi_free_build_result(nullptr, result);
   return {code, is_told};
 }
