@@ -104,12 +104,11 @@ bool is_due(long code, const std::string& told) {
   return (allocation_has_failed() &&
           (code == TARVA_ABI_OUT_OF_MEMORY || contains(told, "std::bad_alloc") ||
            contains(told, words_of({.value = -6})) ||
-           contains(
-               told,
-               "Failed to initialize the TARVA library: Resource temporarily unavailable") || // no thread
+           contains(told,
+                    "Resource temporarily unavailable") || // no thread
            (code == TARVA_ABI_UNKNOWN_FAILURE &&
             contains(told, "that will be converted into an error object")) ||
-           (scripted::is_opencl() && contains(told, "Failed to initialize the TARVA library: \n")))) ||
+           (scripted::is_opencl() && contains(told, "libqv.so.0 could not look for devices")))) ||
          (call_has_failed() && code != TARVA_ABI_OUT_OF_MEMORY && contains(told, words_of(now.planned))) ||
          (call_has_failed() && now.planned.how == way::size);
 }
