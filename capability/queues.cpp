@@ -57,15 +57,11 @@ event_object* queue_object::take_outstanding() noexcept {
 // The events that are outstanding now are this finish's to wait for. Those of another thread's finish are that one's, and
 // OpenCL's finish does not return before both have ended.
 cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexcept {
-  ++finishes_; // before anything is taken, so that whoever finds nothing finds this
   // Before the finish: what another thread enqueues meanwhile is for the next one.
   const bool nobody_else_tells = has_work_without_event_.exchange(false);
   event_object* const outstanding = take_outstanding();
-  const bool is_idle = outstanding == nullptr && !nobody_else_tells && finishes_ == 1 && !is_left_unfinished_;
-  const cl_int status = is_idle ? CL_SUCCESS : call_or_refuse(cl.finish, queue);
+  const cl_int status = call_or_refuse(cl.finish, queue);
   is_finished = status == CL_SUCCESS;
-  is_left_unfinished_ = !is_finished;
-  --finishes_;
   for (event_object* each = outstanding; each != nullptr;) {
     event_object* const next = std::exchange(each->next_, nullptr);
     if (status != CL_SUCCESS)

@@ -78,7 +78,7 @@ public:
   void add_outstanding(event_object& event) noexcept TARVA_EXCLUDES(lock_);
   void add_outstanding_without_event() noexcept { has_work_without_event_ = true; }
 
-  // Waits for all work; OpenCL is not asked if there is none. Succeeds also if OpenCL cannot finish the queue: then the events tell, and all that can be waited
+  // Waits for all work. Succeeds also if OpenCL cannot finish the queue: then the events tell, and all that can be waited
   // for has ended; `is_finished` is false. Only work that has no event leaves nobody else to tell.
   cl_int finish(const opencl_functions& cl, bool& is_finished) noexcept TARVA_EXCLUDES(lock_);
 
@@ -94,8 +94,6 @@ private:
   event_object* first_ TARVA_GUARDED_BY(lock_) = nullptr;
   event_object* last_ TARVA_GUARDED_BY(lock_) = nullptr;
   std::atomic<bool> has_work_without_event_ = false;
-  std::atomic<std::uint32_t> finishes_ = 0;      // that are under way
-  std::atomic<bool> is_left_unfinished_ = false; // by the last one
 };
 
 } // namespace qv
