@@ -83,7 +83,7 @@ def markdown(rows, limits):
         lines.append("| " + " | ".join([*cells, "; ".join(found) or "none"]) + " |")
     lines += [
         "",
-        f"On {os.cpu_count()} processors ({platform.machine()}, Linux {platform.release()}), with at most "
+        f"On {os.cpu_count()} processors ({platform.machine()}), with at most "
         f"{limits.memory:.1f} GiB of address space and {limits.seconds:.0f} s for a process, and "
         f"{limits.row_seconds:.0f} s for all programs under one setting.",
     ]
