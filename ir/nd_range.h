@@ -24,9 +24,11 @@ inline std::string join(const std::array<std::uint64_t, 3>& triple) {
 
 // The first `work_dim` entries.
 inline std::string to_string(const std::array<std::uint64_t, 3>& triple, std::uint64_t work_dim) {
-  std::string text = "(" + std::to_string(triple[0]);
-  for (std::size_t dimension = 1; dimension < work_dim; ++dimension)
-    text += ", " + std::to_string(triple[dimension]);
+  std::string text = "(";
+  for (std::size_t dimension = 0; dimension == 0 || dimension < work_dim; ++dimension) {
+    text += dimension == 0 ? "" : ", ";
+    text += std::to_string(triple[dimension]);
+  }
   return text + ")";
 }
 

@@ -204,7 +204,7 @@ public:
   std::uint64_t get_dest_start_position() const { return copy_.destination_start; }
   std::uint64_t get_count() const { return copy_.count; }
   std::string to_string() const override {
-    return head_ + std::string("src_object_id=") + std::to_string(copy_.source->get_unique_identifier()) +
+    return std::string(head_) + "src_object_id=" + std::to_string(copy_.source->get_unique_identifier()) +
            ", dest_object_id=" + std::to_string(copy_.destination->get_unique_identifier()) +
            ", src_start_position=" + std::to_string(copy_.source_start) +
            ", dest_start_position=" + std::to_string(copy_.destination_start) +
