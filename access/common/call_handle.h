@@ -65,8 +65,8 @@ inline void check_transport(std::int32_t code) {
 
 // Carries out `command`, a number of the capability that the handle was opened for. Throws a qv_error if it does not get there.
 // The status that it leaves in the record is for the caller to test.
-inline void send(const call_handle& handle, std::uint64_t command, void* record) {
-  const std::int32_t code = qv_call_capability(handle.get(), command, record, 0);
+inline void send(qv_call_handle* handle, std::uint64_t command, void* record) {
+  const std::int32_t code = qv_call_capability(handle, command, record, 0);
   if (code != QV_OK)
     throw_transport(code);
 }

@@ -40,7 +40,7 @@ public:
     record_.param_value_size = size;
     record_.param_value = value;
     record_.param_value_size_ret = reported;
-    check_transport(qv_call_capability(handle_, command_, &record_, 0));
+    send(handle_, command_, &record_);
     check_status(record_.status);
   }
 

@@ -74,7 +74,7 @@ public:
     record.arg_index = index;
     record.arg_size = size;
     record.arg_value = value;
-    send<V, qv::operation::set_kernel_arg>(this->call_handle_, record);
+    common::send(this->call_handle_.get(), command_of<V, qv::operation::set_kernel_arg>, &record);
     return record.status;
   }
 

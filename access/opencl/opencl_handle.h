@@ -23,17 +23,11 @@ namespace oryn::skerv::opencl {
 template <version V, qv::operation Op>
 inline constexpr std::uint64_t command_of = qv::command_number(Op, capability_of(V));
 
-// Performs `Op` and leaves the record's status to the caller.
-template <version V, qv::operation Op>
-void send(const common::call_handle& handle, qv::record<Op>& record) {
-  static_assert(command_of<V, Op> != 0, "this version of OpenCL has no such command");
-  common::send(handle, command_of<V, Op>, &record);
-}
-
 // Performs `Op`. Only if this returns do the results in the record count.
 template <version V, qv::operation Op>
 void call(const common::call_handle& handle, qv::record<Op>& record) {
-  send<V, Op>(handle, record);
+  static_assert(command_of<V, Op> != 0, "this version of OpenCL has no such command");
+  common::send(handle.get(), command_of<V, Op>, &record);
   if constexpr (requires { record.status; })
     common::check_status(record.status);
 }
@@ -106,7 +100,7 @@ protected:
       try {
         qv::object_record record{};
         record.object = object_;
-        send<V, Kind::release>(call_handle_, record);
+        common::send(call_handle_.get(), command_of<V, Kind::release>, &record);
         is_released = record.status == 0;
       } catch (...) {
         // It did not get there.

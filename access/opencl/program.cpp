@@ -30,7 +30,7 @@ void program<V>::build(const std::vector<device<V>>& devices, const std::string&
   record.options = options.c_str();
   record.pfn_notify = pfn_notify;
   record.user_data = user_data;
-  send<V, qv::operation::build_program>(this->call_handle_, record);
+  common::send(this->call_handle_.get(), command_of<V, qv::operation::build_program>, &record);
   if (record.status != common::cl::build_program_failure)
     common::check_status(record.status);
 }
