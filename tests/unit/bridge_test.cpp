@@ -1,9 +1,6 @@
-// Handles from their making to their end, and the gate that calls pass.
+// Handles from their making to their end.
 #include "abi/bridge.h"
 #include "abi/error_object.h"
-#include "base/end_of_process.h"
-#include "base/unique_identifier.h"
-#include "ir/logical_operation.h"
 #include "memory/library_memory.h"
 #include "tests/error_of.h"
 
@@ -103,34 +100,6 @@ TEST(bridge, teardown_drops_objects_once_and_waits_a_while_for_a_held_lock) {
   EXPECT_EQ(error_of<std::runtime_error>([&] { bridge.get_library_object(handle); }),
             "Lookup of internal type map failed.");
   std::free(handle);
-}
-
-TEST(call_gate, lets_none_in_once_closed_and_waits_for_those_inside) {
-  using namespace std::chrono_literals;
-  call_gate gate;
-  std::atomic<bool> inside = false;
-  std::atomic<bool> leave = false;
-  std::thread caller([&] {
-    const call_gate::permit permit(gate);
-    inside = permit.is_granted();
-    while (!leave)
-      std::this_thread::yield();
-  });
-  while (!inside)
-    std::this_thread::yield();
-
-  gate.close();
-  EXPECT_FALSE(call_gate::permit(gate).is_granted());
-  EXPECT_FALSE(gate.wait_for_other_threads(5ms));
-  EXPECT_FALSE(gate.is_idle());
-  leave = true;
-  EXPECT_TRUE(gate.wait_for_other_threads(10s));
-  caller.join();
-
-  // A call that itself ends the process is not waited for, but is inside.
-  const call_gate::permit own(gate);
-  EXPECT_TRUE(gate.wait_for_other_threads(0ms));
-  EXPECT_FALSE(gate.is_idle());
 }
 
 } // namespace
