@@ -100,9 +100,7 @@ TEST_F(commands, plain_queues_stand_in_for_queues_that_a_device_lacks) {
         row{"OpenCL 1.2", none, 3, {3}}}) {
     device_options known = plain_device();
     known.info[CL_DEVICE_MAX_ON_DEVICE_QUEUES] = value_answer(queues == none ? 0u : 1u);
-    use(known, {"Another", version});
-    library made;
-    const user it(made, 0, 4);
+    const only_user it(known, {"Another", version}, 4);
     void* const own_context = it.make_context();
     if (queues == refused)
       fail_call(op::create_command_queue_with_properties, 1, CL_INVALID_QUEUE_PROPERTIES);
@@ -119,9 +117,8 @@ TEST_F(commands, plain_queues_stand_in_for_queues_that_a_device_lacks) {
 }
 
 TEST_F(commands, platforms_are_not_asked_for_what_came_after_them) {
-  use(plain_device("OpenCL 1.1"), {"Another", "OpenCL 1.1 old"});
-  library made;
-  const user it(made), other(made, 0, 4);
+  only_user it(plain_device("OpenCL 1.1"), {"Another", "OpenCL 1.1 old"});
+  const user other(it.made, 0, 4);
   EXPECT_EQ(it.status_of<op::create_program_with_il>({it.context, "", 0, nullptr, 77}), CL_INVALID_OPERATION);
   EXPECT_EQ(it.status_of<op::set_program_specialization_constant>({it.program, 0, 0, nullptr, 77}),
             CL_INVALID_OPERATION);
@@ -135,15 +132,12 @@ TEST_F(commands, platforms_are_not_asked_for_what_came_after_them) {
               status);
   forget_calls();
   EXPECT_EQ(it.ask<op::retain_device>({it.device, 77}).status, CL_SUCCESS);
-  EXPECT_EQ(other.ask<op::get_extension_function_address_for_platform>({&made, "clX", &made}).result,
-            nullptr);
+  EXPECT_EQ(other.ask<op::get_extension_function_address_for_platform>({&it, "clX", &it}).result, nullptr);
   EXPECT_TRUE(take_calls().empty());
 }
 
 TEST_F(commands, older_devices_answer_what_a_start_asks) {
-  use(plain_device("OpenCL 1.1"));
-  library made;
-  const user it(made, 0, 4);
+  const only_user it(plain_device("OpenCL 1.1"), {}, 4);
   using row = std::tuple<std::uint32_t, std::size_t, cl_int, std::uint32_t, std::size_t>;
   for (const auto& [query, room, expected_status, expected_value, expected_size] :
        {row{CL_DEVICE_QUEUE_ON_DEVICE_PREFERRED_SIZE, 4, CL_SUCCESS, 0, 4},
@@ -161,9 +155,7 @@ TEST_F(commands, older_devices_answer_what_a_start_asks) {
 }
 
 TEST_F(commands, references_to_contexts_are_counted) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   const auto references = [&] {
     cl_uint count = 0;
     it.ask<op::get_context_info>({it.context, CL_CONTEXT_REFERENCE_COUNT, sizeof count, &count, nullptr, 77});
@@ -184,9 +176,7 @@ TEST_F(commands, kernels_refuse_what_opencl_would_follow_blindly) {
   for (const char* platform : {"Another", "Portable Computing Language"}) {
     device_options known = plain_device();
     known.info[CL_DEVICE_LOCAL_MEM_SIZE] = value_answer(std::uint64_t{1024});
-    use(known, {platform});
-    library made;
-    const user it(made);
+    const only_user it(known, {platform});
     void* const kernel = it.make_kernel("k");
     void* buffer = it.make_buffer();
     const std::uint64_t number = 12345, zero = 0;
@@ -221,9 +211,7 @@ TEST_F(commands, kernels_refuse_what_opencl_would_follow_blindly) {
 }
 
 TEST_F(commands, kernels_for_launches_take_everything_and_fail_there) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   void* const first = it.make_kernel();
   const std::uint64_t number = 12345;
   fail_call(op::create_kernel, 1, CL_OUT_OF_RESOURCES);
@@ -246,9 +234,7 @@ TEST_F(commands, kernels_for_launches_take_everything_and_fail_there) {
 TEST_F(commands, released_kernels_are_used_again_only_as_long_as_they_are_harmless) {
   device_options silent = plain_device();
   silent.tells_parameters = false;
-  use(silent);
-  library made;
-  const user it(made);
+  const only_user it(silent);
   void* buffer = it.make_buffer();
   const auto use_kernel = [&] {
     void* const kernel = it.make_kernel();
@@ -291,9 +277,7 @@ TEST_F(commands, released_kernels_are_used_again_only_as_long_as_they_are_harmle
 }
 
 TEST_F(commands, queues_that_cannot_be_finished_fail_through_their_events) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   qv::enqueue_fill_buffer_record fill{it.queue, it.buffer, "", 1, 0, 1, nullptr, nullptr, 77, 0};
   void* events[2] = {};
   for (void*& event : events) {
@@ -366,16 +350,14 @@ TEST_F(commands, lost_devices_are_left_alone_until_they_are_back) {
 }
 
 TEST_F(commands, implementations_that_throw_or_lie_have_failed) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  only_user it(plain_device());
   before_call(op::build_program, 1, [] { throw std::bad_alloc(); });
   EXPECT_EQ(it.build(it.program, ""), CL_OUT_OF_HOST_MEMORY);
   before_call(op::create_program_with_source, 1, [] { throw 1; });
   const char* const text = "";
   const qv::create_program_with_source_record source{it.context, &text, nullptr, nullptr, 77, 1};
   EXPECT_EQ(it.ask<op::create_program_with_source>(source).status, CL_OUT_OF_RESOURCES);
-  const user old(made, 0, 1);
+  const user old(it.made, 0, 1);
   void* kernels[2] = {};
   fail_call(op::get_kernel_info, 1, CL_OUT_OF_RESOURCES); // the name of the first
   EXPECT_EQ(old.ask<op::create_kernels_in_program>({old.program, kernels, nullptr, 77, 2}).status,
@@ -386,9 +368,7 @@ TEST_F(commands, implementations_that_throw_or_lie_have_failed) {
 
 TEST_F(commands, sizes_that_only_the_attributes_tell_are_told) {
   using sizes = std::array<std::size_t, 3>;
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   using row = std::tuple<sizes, const char*, sizes>;
   for (const auto& [by_query, text, expected] :
        {row{{0, 0, 0}, "reqd_work_group_size(8,4,2),work_group_size_hint(1,1,1)", {8, 4, 2}},
@@ -417,9 +397,7 @@ TEST_F(commands, sizes_that_only_the_attributes_tell_are_told) {
 // To programs from source alone, unseen by who asks for the options, and only where it is known.
 TEST_F(commands, a_build_option_is_added_where_that_is_needed) {
   const std::string extra = "-cl-kernel-arg-info";
-  use(plain_device(), {"Portable Computing Language"});
-  library made;
-  const user it(made);
+  const only_user it(plain_device(), {"Portable Computing Language"});
   const unsigned char bytes[] = "BIN:kernel void k() {}";
   const unsigned char* const binary = bytes;
   const std::size_t length = sizeof bytes;

@@ -272,9 +272,7 @@ TEST_F(discovery, built_in_kernels_are_listed_if_a_program_can_be_made_of_them) 
     device_options known = plain_device();
     known.info[CL_DEVICE_BUILT_IN_KERNELS] = text_answer("one;two");
     spoil(known);
-    use(known, {platform});
-    library made;
-    const user it(made);
+    const only_user it(known, {platform});
     std::array<char, 8> text{"garbage"};
     std::size_t size = 0;
     EXPECT_EQ(it.ask<op::get_device_info>({it.device, text.data(), &size, CL_DEVICE_BUILT_IN_KERNELS, 8, 77})

@@ -221,6 +221,20 @@ protected:
   }
 };
 
+// The user of the only device of a machine.
+struct only_machine {
+  only_machine(const device_options& only, const platform_options& platform) {
+    set_platforms({platform});
+    set_devices({only});
+  }
+  library made{};
+};
+struct only_user : only_machine, user {
+  explicit only_user(const device_options& only, const platform_options& platform = {},
+                     std::uint32_t capability = 6)
+      : only_machine(only, platform), user(made, 0, capability) {}
+};
+
 // One whose platform is of 2.2, and which tells what parameters kernels have.
 inline device_options plain_device(const std::string& version = "OpenCL 2.2") {
   device_options made{"plain", {6}};

@@ -102,9 +102,7 @@ TEST_F(refusal, of_more_groups_than_can_be_counted) {
 }
 
 TEST_F(refusal, of_local_sizes_of_zero) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   void* const kernel = it.make_kernel();
   EXPECT_EQ(it.set(kernel, 0, 8, nullptr), CL_SUCCESS);
   using row = std::tuple<std::uint32_t, std::array<std::size_t, 3>, cl_int, bool>;
@@ -130,9 +128,7 @@ TEST_F(refusal, of_local_sizes_of_zero) {
 }
 
 TEST_F(refusal, of_what_is_not_there_or_has_no_end) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   const char* const strings[] = {"", nullptr};
   qv::create_program_with_source_record source{it.context, nullptr, nullptr, nullptr, 77, 1};
   EXPECT_EQ(it.status_of<op::create_program_with_source>(source), CL_INVALID_VALUE);
@@ -168,9 +164,7 @@ TEST_F(refusal, of_what_is_not_there_or_has_no_end) {
 }
 
 TEST_F(refusal, of_device_lists_with_a_device_that_is_not_there) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   void* const devices[] = {it.device, nullptr};
   const std::size_t lengths[] = {1, 1};
   constexpr unsigned char byte = 1;
@@ -201,9 +195,8 @@ std::string with_version(std::string bytes, std::size_t place, std::uint32_t ver
 }
 
 TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
-  use(plain_device());
-  library made;
-  const user it(made), older(made, 0, 3);
+  only_user it(plain_device());
+  const user older(it.made, 0, 3);
   // By the address that stands for the extension, too.
   const auto asked = older.ask<op::get_extension_function_address_for_platform>(
       {it.device, "clCreateProgramWithILKHR", nullptr});
