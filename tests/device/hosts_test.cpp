@@ -131,18 +131,6 @@ void use_in_another_culture() {
   demand(tree() == before, "the same numbers in every locale");
 }
 
-void use_in_a_forked_child() {
-  use();
-  const pid_t child = fork();
-  if (child == 0) {
-    const auto refused = tarva::attempt([] { use(); });
-    _exit(!refused && std::string(refused.error().what()).find("forked") != std::string::npos ? 0 : 1);
-  }
-  int status = -1;
-  demand(waitpid(child, &status, 0) == child && status == 0, "a forked child is told");
-  use();
-}
-
 struct host {
   const char* name;
   void (*set_limits)(); // of the process, before its program starts
@@ -164,7 +152,6 @@ const host hosts[] = {
     {"folder_for_reading", [] {}, [] { log_into("/proc/self"), use(); }, nullptr},
     {"closed_streams", [] {}, use_with_closed_streams, nullptr},
     {"another_culture", [] {}, use_in_another_culture, nullptr},
-    {"forked_child", [] {}, use_in_a_forked_child, nullptr},
 };
 
 class hosts_test : public testing::TestWithParam<host> {};

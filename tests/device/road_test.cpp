@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <numeric>
-#include <thread>
 
 namespace {
 
@@ -152,35 +151,6 @@ TEST_F(road, all_types_are_allocated_filled_copied_and_read) {
         EXPECT_EQ(result, expected);
       }
   });
-}
-
-TEST_F(road, an_object_is_used_on_all_devices_in_turn) {
-  const ints numbers(counted(element_count)), copies(counted(element_count));
-  std::int32_t rounds = 0;
-  for (; rounds < 3; ++rounds)
-    on_each([&](const program& of) {
-      of.kernel("add")(range::items(element_count).in_groups_of(4), numbers, 1);
-      numbers.copy_to(copies); // from this device to another
-    });
-  auto expected = counted(element_count, rounds * static_cast<std::int32_t>(all.size()));
-  EXPECT_EQ(numbers.read(), expected);
-  programs[0].kernel("add")(range::items(1), copies, 1);
-  ++expected[0];
-  EXPECT_EQ(copies.read(), expected);
-}
-
-TEST_F(road, threads_work_on_all_devices_at_once) {
-  std::vector<std::thread> threads;
-  for (const program& of : programs)
-    threads.emplace_back([&of] {
-      const auto add = of.kernel("add");
-      const ints numbers(counted(64));
-      for (int round = 0; round < 20; ++round)
-        add(range::items(64).in_groups_of(8), numbers, 2);
-      EXPECT_EQ(numbers.read(), counted(64, 40));
-    });
-  for (std::thread& one : threads)
-    one.join();
 }
 
 // Numbers of which not every device has arithmetic: exact results where it has, else words of the compiler, which may

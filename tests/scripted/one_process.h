@@ -52,6 +52,20 @@ inline memory used_on(const caller::device& where) {
   std::exit(0);
 }
 
+// Each ends well and says nothing.
+struct named_case {
+  const char* name;
+  void (*body)();
+};
+#define CASE(body)                                                                                           \
+  { #body, body }
+inline void expect_quiet(std::initializer_list<named_case> cases) {
+  for (const auto& [name, body] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EXIT(run(body), ExitedWithCode(0), ::testing::Eq(""));
+  }
+}
+
 // Ends the process with that status if what the case is about does not hold.
 inline void demand(bool holds, int status = 2) {
   if (!holds)
