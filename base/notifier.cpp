@@ -95,8 +95,8 @@ void read_busy_wait_limit() {
     limit = error == std::errc() ? std::min(number, longest_busy_wait) : longest_busy_wait;
 }
 
-bool internal::look_if_it_pays(const event_count& events, event_count::ticket seen) {
-  if (is_pausing())
+bool look_before_sleep(const event_count& events, event_count::ticket seen) {
+  if (get_busy_wait_limit().count() == 0 || is_pausing())
     return false;
   if (has_one_processor()) {
     record_miss();

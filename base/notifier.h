@@ -51,7 +51,6 @@ private:
 
 namespace internal {
 inline std::atomic<std::uint64_t> busy_wait_limit = 0; // in microseconds
-bool look_if_it_pays(const event_count& events, event_count::ticket seen);
 struct notifier_internals;
 } // namespace internal
 
@@ -64,10 +63,7 @@ inline std::chrono::microseconds get_busy_wait_limit() {
 
 // Looks for an event after the ticket was taken, at most for the limit. True if there was one. False if the caller
 // should sleep: the time is over, or looking has not paid on this thread of late.
-inline bool look_before_sleep(const event_count& events, event_count::ticket seen) {
-  return internal::busy_wait_limit.load(std::memory_order_relaxed) != 0 &&
-         internal::look_if_it_pays(events, seen);
-}
+bool look_before_sleep(const event_count& events, event_count::ticket seen);
 
 // A wake-up without data. It serves as a doorbell that rings again and again, for the worker of a device, and as a latch
 // that closes once, when an operation has ended.

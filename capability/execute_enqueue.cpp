@@ -212,9 +212,9 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
     if (const cl_int status = kernel->launch_status(); status != CL_SUCCESS)
       return status;
     const std::size_t* local_size = record.local_work_size;
-    if (const cl_int status = check_sizes(device, kernel->kernel(), record, local_size); status != CL_SUCCESS)
+    if (const cl_int status = check_sizes(device, kernel->kernel, record, local_size); status != CL_SUCCESS)
       return status;
-    return call_or_refuse(device.cl.enqueue_nd_range_kernel, queue, kernel->kernel(), record.work_dim,
+    return call_or_refuse(device.cl.enqueue_nd_range_kernel, queue, kernel->kernel, record.work_dim,
                           record.global_work_offset, record.global_work_size, local_size, waits.count(),
                           waits.events(), event);
   });

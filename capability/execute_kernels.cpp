@@ -12,10 +12,10 @@ namespace {
 class kernel_to_ask {
 public:
   kernel_to_ask(const root_device& device, const kernel_object& object)
-      : cl_(device.cl), kernel_(object.kernel()) {
-    if (kernel_ == nullptr && object.program() != nullptr)
+      : cl_(device.cl), kernel_(object.kernel) {
+    if (kernel_ == nullptr && object.program != nullptr)
       kernel_ = made_ =
-          make_or_refuse(status_, cl_.create_kernel, object.program()->program, object.name().c_str());
+          make_or_refuse(status_, cl_.create_kernel, object.program->program, object.name().c_str());
     else if (kernel_ == nullptr)
       status_ = object.failure();
   }
@@ -114,7 +114,7 @@ void get_kernel_info(const root_device& device, get_object_info_record& record) 
   const auto* const kernel = find_object<kernel_object>(record.object, record);
   if (kernel == nullptr)
     return;
-  void* const program = kernel->program();
+  void* const program = kernel->program;
   const bool has_name = program != nullptr && !kernel->name().empty();
   if (record.param_name == CL_KERNEL_PROGRAM && program != nullptr)
     answer(record, &program, sizeof program);

@@ -1,8 +1,7 @@
-// The questions that are answered without a kernel: to devices, contexts, programs and events. Most go to OpenCL as they are;
+// The questions that are answered without a kernel: to devices, contexts and programs. Most go to OpenCL as they are;
 // what this library knows better it answers itself, in the form that OpenCL would.
 #include "capability/executor.h"
 #include "capability/kernels.h"
-#include "capability/queues.h"
 
 namespace qv {
 namespace {

@@ -128,10 +128,10 @@ void kernel_object::join(const root_device& device, program_object& program, fam
   }
   arguments_.resize(family.second.parameters.size());
   ++family.second.live;
-  kernel_ = kernel;
+  this->kernel = kernel;
   device_ = &device;
   family_ = &family;
-  program_ = &program;
+  this->program = &program;
   program.retain();
 }
 
@@ -221,6 +221,20 @@ cl_int kernel_object::check_argument(const root_device& device, std::uint32_t in
   return is_alive ? CL_SUCCESS : CL_INVALID_MEM_OBJECT;
 }
 
+// Whether OpenCL's kernel has it already, from its last use: then OpenCL need not be told again. Launches mostly differ from the
+// last one of their kernel in few arguments.
+bool kernel_object::has_argument(std::uint32_t index, std::size_t size, const void* value,
+                                 std::uint64_t removed_count) const noexcept {
+  if (index >= arguments_.size() || size == 0 || size != arguments_[index].size || value == nullptr)
+    return false;
+  cl_mem given = nullptr;
+  std::memcpy(&given, value, size);
+  const argument& known = arguments_[index];
+  const bool may_be_gone =
+      removed_count != known.seen_alive && family_->second.parameters[index] != parameter::value;
+  return given == known.buffer && !may_be_gone;
+}
+
 // Remembers it for the launch, and gives what the caller is told.
 cl_int kernel_object::refuse_argument(cl_int status) noexcept {
   was_refused_ = true;
@@ -229,12 +243,15 @@ cl_int kernel_object::refuse_argument(cl_int status) noexcept {
 
 cl_int kernel_object::set_argument(const root_device& device, std::uint32_t index, std::size_t size,
                                    const void* value) noexcept {
-  if (kernel_ == nullptr)
+  if (kernel == nullptr)
     return CL_SUCCESS; // the launch tells
   const std::uint64_t removed_count = removed_buffer_count();
-  cl_int status = check_argument(device, index, size, value, removed_count);
-  if (status == CL_SUCCESS)
-    status = call_or_refuse(device.cl.set_kernel_arg, kernel_, index, size, value);
+  cl_int status = CL_SUCCESS;
+  if (!has_argument(index, size, value, removed_count)) {
+    status = check_argument(device, index, size, value, removed_count);
+    if (status == CL_SUCCESS)
+      status = call_or_refuse(device.cl.set_kernel_arg, kernel, index, size, value);
+  }
   if (index >= arguments_.size()) { // of which nothing is known, so that no later argument takes its place
     if (status != CL_SUCCESS && is_for_launch_)
       failure_ = as_failure(status);
@@ -243,12 +260,15 @@ cl_int kernel_object::set_argument(const root_device& device, std::uint32_t inde
   argument& set = arguments_[index];
   set.refusal = status;
   set.buffer = nullptr;
+  set.size = 0;
   if (status != CL_SUCCESS)
     return refuse_argument(status);
   if (!std::exchange(set.is_set, true))
     ++set_count_;
-  if (value != nullptr && size == sizeof(cl_mem))
+  if (value != nullptr && size <= sizeof(cl_mem)) {
     std::memcpy(&set.buffer, value, size);
+    set.size = size;
+  }
   set.seen_alive = removed_count;
   return CL_SUCCESS;
 }
@@ -260,10 +280,10 @@ group_size kernel_object::required_size(const opencl_functions& cl) const {
     if (family_->second.required_size)
       return *family_->second.required_size;
   }
-  if (kernel_ == nullptr)
+  if (kernel == nullptr)
     return {};
   const group_size told =
-      group_size_in(ask_text(CL_KERNEL_ATTRIBUTES, cl.get_kernel_info, kernel_).value_or(""));
+      group_size_in(ask_text(CL_KERNEL_ATTRIBUTES, cl.get_kernel_info, kernel).value_or(""));
   const oryn::lock_guard guard(kernels_lock);
   family_->second.required_size = told;
   return told;
@@ -294,16 +314,16 @@ void kernel_object::remove_from_spares() noexcept {
 // Kept is only what nothing was odd about, and whose arguments are known, so that a buffer among them can be found. The place among
 // the spares of the family was reserved when the parameters became known.
 cl_int kernel_object::release(const opencl_functions& cl) noexcept {
-  if (program_ == nullptr)
+  if (program == nullptr)
     return CL_SUCCESS; // there was no memory for one: it is everybody's
-  program_object* const program = program_;
+  program_object* const held = program;
   kernel_object* ended = nullptr;
   {
     const oryn::lock_guard guard(kernels_lock);
     kernel_family& family = family_->second;
     --family.live;
     --family.holders;
-    if (kernel_ != nullptr && !was_refused_ && family.knows_parameters &&
+    if (kernel != nullptr && !was_refused_ && family.knows_parameters &&
         family.spares.size() < most_spares_of_family) {
       family.spares.push_back(this);
       older_ = std::exchange(newest_spare, this);
@@ -326,7 +346,7 @@ cl_int kernel_object::release(const opencl_functions& cl) noexcept {
   const cl_int status = ended == nullptr
                             ? CL_SUCCESS
                             : end_all(is_another ? device_or_stand_in(*ended->device_).cl : cl, ended);
-  program->release(cl);
+  held->release(cl);
   return status;
 }
 
@@ -353,8 +373,8 @@ cl_int kernel_object::end_all(const opencl_functions& cl, kernel_object* first) 
   cl_int status = CL_SUCCESS;
   while (first != nullptr) {
     const std::unique_ptr<kernel_object> ended(std::exchange(first, first->newer_));
-    if (ended->kernel_ != nullptr)
-      status = call_or_refuse(cl.release_kernel, ended->kernel_);
+    if (ended->kernel != nullptr)
+      status = call_or_refuse(cl.release_kernel, ended->kernel);
   }
   return status;
 }

@@ -98,11 +98,11 @@ public:
                              cl_int& status) noexcept TARVA_EXCLUDES(kernels_lock);
 
   // Null if OpenCL has refused to make it.
-  cl_kernel kernel() const noexcept { return kernel_; }
+  cl_kernel kernel = nullptr;
   // Why that is so, else CL_SUCCESS.
   cl_int failure() const noexcept { return failure_; }
   // Null if there was no memory for more than this object.
-  program_object* program() const noexcept { return program_; }
+  program_object* program = nullptr;
   const std::string& name() const noexcept { return family_->first; }
 
   // The status for the caller. A kernel that is made for a launch takes everything, and its launch tells.
@@ -125,8 +125,10 @@ private:
   friend class program_object;
   using family_entry = std::pair<const std::string, kernel_family>;
 
+  // What OpenCL's kernel has at one parameter.
   struct argument {
-    cl_mem buffer = nullptr;      // or any other value of that size
+    cl_mem buffer = nullptr;      // or any other value of that size or less
+    std::size_t size = 0;         // of what is there; 0: it is not known
     std::uint64_t seen_alive = 0; // when, by the count of removed buffers
     cl_int refusal = CL_SUCCESS;  // of what was set last
     bool is_set = false;
@@ -149,13 +151,13 @@ private:
       TARVA_EXCLUDES(kernels_lock);
   cl_int check_argument(const root_device& device, std::uint32_t index, std::size_t size, const void* value,
                         std::uint64_t removed_count) const noexcept;
+  bool has_argument(std::uint32_t index, std::size_t size, const void* value,
+                    std::uint64_t removed_count) const noexcept;
   cl_int refuse_argument(cl_int status) noexcept;
   bool holds(cl_mem buffer) const noexcept;
   void remove_from_spares() noexcept TARVA_REQUIRES(kernels_lock);
 
-  cl_kernel kernel_ = nullptr;
   const root_device* device_ = nullptr;
-  program_object* program_ = nullptr;
   family_entry* family_ = nullptr;
   std::vector<argument> arguments_; // one for each parameter, if OpenCL tells of them
   std::size_t set_count_ = 0;

@@ -59,9 +59,10 @@ public:
       for (std::size_t i = 1; i < chain.size(); ++i)
         insert_edge(chain[i - 1], chain[i]);
     }
-    for (std::size_t from = 0; from < replacements.size(); ++from)
-      for (const std::size_t to : source.successor_indices(from))
-        insert_edge(replacements[from].back(), replacements[to].front());
+    if (replacements.size() > 1)
+      for (std::size_t from = 0; from < replacements.size(); ++from)
+        for (const std::size_t to : source.successor_indices(from))
+          insert_edge(replacements[from].back(), replacements[to].front());
     if (after)
       for (std::size_t i = 0; i < replacements.size(); ++i)
         after(source.nodes()[i], replacements[i]);

@@ -50,18 +50,19 @@ std::exception_ptr device_command::get_operation_error() const {
   return physical_operation->logical_operation->get_error();
 }
 
-// The state goes first: a completion out of order throws, and then nothing above has been told.
+// The state goes first: a completion out of order throws, and then nothing above has been told. The count comes last, so that whoever
+// waits for the operation's commands to end finds every report made.
 void device_command::set_complete() {
   completion_state::set_complete();
   physical_operation->device_command_complete();
-  report_end();
+  physical_operation->logical_operation->device_commands_ended(1);
 }
 
 void device_command::set_error(const std::exception_ptr& error) {
   if (!completion_state::set_error(error))
     return;
   physical_operation->set_error(error);
-  report_end();
+  physical_operation->logical_operation->device_commands_ended(1);
 }
 
 // Either step may find that it has been done. What counts is that the command has ended and has been counted as ended.
@@ -81,11 +82,6 @@ void device_command::abandon(const std::exception_ptr& error) noexcept {
 void device_command::set_elapsed_time(std::uint64_t nanoseconds) {
   completion_state::add_elapsed_time(nanoseconds);
   physical_operation->add_elapsed_time(nanoseconds);
-}
-
-// Comes last, so that whoever waits for the operation's commands to end finds every report made.
-void device_command::report_end() {
-  physical_operation->logical_operation->device_commands_ended(1);
 }
 
 // The clock is only read for a command that is measured.

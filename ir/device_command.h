@@ -55,9 +55,6 @@ public:
 
 protected:
   device_command(command_stage stage, std::shared_ptr<physical_ir::physical_operation> physical_operation);
-
-private:
-  void report_end();
 };
 
 // Work on the host: allocation, freeing, host copies and fills. It runs in its turn among the commands of its device, so that it

@@ -10,17 +10,18 @@ namespace oryn::tarva::library {
 void lowering::lower(const logical_ir::kernel& operation) {
   const std::shared_ptr<library_device> device = operation.kernel_object->get_program()->get_device();
   const nd_range range = check_launch(operation, device);
-  std::vector<kernel_argument_typed_device_memory_array> blocks;
-  blocks.reserve(operation.arguments.arguments.size());
+  std::vector<kernel_argument_typed_device_memory_array> replacement_blocks;
+  replacement_blocks.reserve(operation.arguments.arguments.size());
   std::vector<physical_pointer> predecessors_of_kernel;
   for (const kernel_argument& argument : operation.arguments.arguments)
     if (const auto* memory = std::get_if<kernel_argument_typed_library_memory_array>(&argument)) {
       memory_state& state = (*memory)->get_state();
       if (!state.is_on(device))
         predecessors_of_kernel.push_back(move_to(device, *memory, state));
-      blocks.push_back(state.get_device_block().get());
+      replacement_blocks.push_back(state.get_device_block().get());
     }
-  const physical_pointer launch = add<physical_ir::kernel>(device, operation, range, std::move(blocks));
+  const physical_pointer launch =
+      add<physical_ir::kernel>(device, operation, range, std::move(replacement_blocks));
   for (const auto& predecessor : predecessors_of_kernel)
     graph_.insert_edge(predecessor, launch);
 }

@@ -77,13 +77,6 @@ inline void check_status(std::int32_t status) {
 // Whether the fault is one of the moment: `status` may be another one when the same is asked again.
 bool is_of_the_moment(std::int32_t status);
 
-// For the commands that give up a reference: these have no reason to fail. Which status it was is of no help, as the caller has
-// done nothing wrong and cannot do anything about it.
-inline void check_release_status(std::int32_t status) {
-  if (status != 0)
-    throw bad_implementation("OpenCL release operations should never fail.  Complain to your vendor.");
-}
-
 // The class by which a handler catches all statuses of that kind.
 template <std::int32_t Status>
 using status_base = std::conditional_t<status_table[status_index(Status)].base == error_base::runtime,

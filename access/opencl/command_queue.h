@@ -60,14 +60,14 @@ template <version V, class Kind>
 template <qv::operation Op>
 event<V> basic_command_queue<V, Kind>::enqueue(const command<V, Op>& command, std::uint32_t wait_count,
                                                void* const* wait_list) const {
-  void* made = nullptr;
+  void* event_out = nullptr;
   qv::record<Op> record = command.record;
   record.command_queue = this->object_;
   record.num_events_in_wait_list = wait_count;
   record.event_wait_list = wait_list;
-  record.event = &made;
+  record.event = &event_out;
   call<V, Op>(this->call_handle_, record);
-  return {this->call_handle_, made};
+  return {this->call_handle_, event_out};
 }
 
 // The queue of the versions that know but one kind.

@@ -2,6 +2,8 @@
 // which tells what became of it.
 #pragma once
 
+#include "access/common/info_query.h"
+#include "access/common/opencl_constants.h"
 #include "access/opencl/buffer.h"
 #include "access/opencl/kernel.h"
 
@@ -116,15 +118,23 @@ public:
   event(common::call_handle call_handle, void* handle) noexcept
       : opencl_handle<V, event_kind>(std::move(call_handle), handle) {}
 
-  // Throws what the command failed with, if it has. One that has not ended yet has not failed.
-  void check_execution_status() const;
+  // Throws what the command failed with, if it has. One that has not ended yet has not failed: positive values are stages.
+  void check_execution_status() const {
+    const auto status = common::get_scalar_info<std::int32_t>(
+        this->template query<qv::operation::get_event_info>(common::cl::event_command_execution_status));
+    if (status < 0)
+      common::throw_status(status);
+  }
 
   // In nanoseconds of the device's clock. Only for a command that has ended, in a queue with profiling.
-  std::uint64_t get_profiling_start() const;
-  std::uint64_t get_profiling_end() const;
+  std::uint64_t get_profiling_start() const { return get_profiling(common::cl::profiling_command_start); }
+  std::uint64_t get_profiling_end() const { return get_profiling(common::cl::profiling_command_end); }
 
 private:
-  std::uint64_t get_profiling(std::uint32_t parameter) const;
+  std::uint64_t get_profiling(std::uint32_t parameter) const {
+    return common::get_scalar_info<std::uint64_t>(
+        this->template query<qv::operation::get_event_profiling_info>(parameter));
+  }
 };
 
 } // namespace oryn::skerv::opencl

@@ -102,14 +102,17 @@ protected:
     if constexpr (is_counted) {
       if (object_ == nullptr)
         return;
+      bool is_released = false;
       try {
         qv::object_record record{};
         record.object = object_;
         send<V, Kind::release>(call_handle_, record);
-        common::check_release_status(record.status);
+        is_released = record.status == 0;
       } catch (...) {
-        log_error(Kind::destructor_fault);
+        // It did not get there.
       }
+      if (!is_released)
+        log_error(Kind::destructor_fault);
     }
   }
 

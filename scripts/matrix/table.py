@@ -83,18 +83,18 @@ def markdown(rows, limits):
         lines.append("| " + " | ".join([*cells, "; ".join(found) or "none"]) + " |")
     lines += [
         "",
-        f"On {os.cpu_count()} processors ({platform.machine()}, Linux {platform.release()}), with at most "
+        f"On {os.cpu_count()} processors ({platform.machine()}), with at most "
         f"{limits.memory:.1f} GiB of address space and {limits.seconds:.0f} s for a process, and "
         f"{limits.row_seconds:.0f} s for all programs under one setting.",
     ]
     return "\n".join(lines) + "\n"
 
 
-def write(folder, rows, limits):
-    """table.md and table.json in `folder`."""
-    (folder / "table.md").write_text(markdown(rows, limits))
+def write(path, rows, limits):
+    """Both tables, at `path` with their endings."""
+    path.with_suffix(".md").write_text(markdown(rows, limits))
     content = {"limits": asdict(limits), "rows": [asdict(row) for row in rows]}
-    (folder / "table.json").write_text(json.dumps(content, indent=1) + "\n")
+    path.with_suffix(".json").write_text(json.dumps(content, indent=1) + "\n")
 
 
 def publish(document, text):

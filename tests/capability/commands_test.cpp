@@ -51,6 +51,10 @@ void use_objects_once() {
   };
   const std::uint64_t own_word[] = {1, 0};
   EXPECT_EQ(context(own_word).status, CL_INVALID_VALUE) << "OpenCL was asked";
+  EXPECT_EQ(first.status_of<op::create_program_with_builtin_kernels>(
+                {first.context, &first.device, "one;two", nullptr, 77, 0}),
+            CL_SUCCESS)
+      << "OpenCL was asked";
   void* const other = context(nullptr).result;
   raise_context_error(0, "an error");
   EXPECT_EQ(told, "an error");
@@ -312,6 +316,11 @@ TEST_F(commands, queues_that_cannot_be_finished_fail_through_their_events) {
   void* queue = nullptr;
   it.ask<op::get_event_info>({events[0], sizeof queue, &queue, nullptr, 77, CL_EVENT_COMMAND_QUEUE});
   EXPECT_EQ(queue, it.queue);
+  std::uint64_t time = 0;
+  EXPECT_EQ(it.ask<op::get_event_profiling_info>(
+                  {events[0], sizeof time, &time, nullptr, 77, CL_PROFILING_COMMAND_END})
+                .status,
+            CL_PROFILING_INFO_NOT_AVAILABLE);
   fill.event = nullptr;
   EXPECT_EQ(it.ask<op::enqueue_fill_buffer>(fill).status, CL_SUCCESS);
   fail_call(op::finish, 1, CL_OUT_OF_RESOURCES);

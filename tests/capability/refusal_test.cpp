@@ -28,8 +28,8 @@ TEST_F(refusal, of_build_options_that_end_the_process) {
   static const std::pair<const char*, std::vector<const char*>> rows[] = {
       {"",
        {"", "  ", "-DSIZE=4 -cl-mad-enable", "-D SIZE", "-D SIZE=4 -I /tmp", "-I \"/tmp/a b\" -w",
-        "-D \"TEXT=a b\"", "-x spir -spir-std=1.2", "-I /tmp/\xC3\xA9\xE2\x82\xAC", "-cl-std=CL1.2 -Werror",
-        "-D-", "-U SIZE", "-include file", "-DD"}},
+        "-D \"TEXT=a b\"", "-x spir -spir-std=1.2", "-I /tmp/\xC3\xA9\xE2\x82\xAC\xF4\x8F\xBF\xBF",
+        "-cl-std=CL1.2 -Werror", "-D-", "-U SIZE", "-include file", "-DD"}},
       {"P", {"-D", "-w -I", " -D  "}},
       {"OCr",
        {"\"", "-DX=\"", "'", "file.cl", "-w word", "-", "@file", "\\", "-s word", "-D A word", "-DX='a b'"}},
@@ -149,8 +149,8 @@ TEST_F(refusal, of_what_is_not_there_or_has_no_end) {
         it.status_of<op::enqueue_write_buffer>({it.queue, it.buffer, 0, 4, host, list, nullptr, 77, 0, 1}),
         CL_INVALID_EVENT_WAIT_LIST);
   constexpr std::size_t late = ~std::size_t{3};
-  for (const std::size_t bytes : {3, 4}) {
-    const cl_int expected = bytes == 3 ? CL_SUCCESS : CL_INVALID_VALUE;
+  for (const std::size_t bytes : {0, 3, 4}) {
+    const cl_int expected = bytes <= 3 ? CL_SUCCESS : CL_INVALID_VALUE;
     const qv::enqueue_transfer_buffer_record transfer{it.queue, it.buffer, late, bytes, host,
                                                       nullptr,  nullptr,   77,   0,     0};
     EXPECT_EQ(it.status_of<op::enqueue_read_buffer>(transfer), expected);
@@ -258,13 +258,13 @@ std::string pocl_kernel(const std::string& name) {
   return number(std::uint64_t{8 + told.size() + file.size()}) + told + file;
 }
 
-std::string pocl_binary(std::uint32_t version) {
+std::string pocl_binary(std::uint32_t version, const std::string& second = "second") {
   const std::string file = number(2u) + "/p" + number(3u) + "abc";
   const std::string files = number(std::uint64_t{file.size()}) + file;
   const std::string front = std::string("poclbin\0", 8) + number(std::uint64_t{1}) + number(version) +
                             number(2u) + number(std::uint64_t{2});
   const std::string hash(41, 'h');
-  const std::string kernels = pocl_kernel("first") + pocl_kernel("second");
+  const std::string kernels = pocl_kernel("first") + pocl_kernel(second);
   if (version < 9)
     return front + hash + file + kernels;
   return front + number(2u) + hash + (version < 10 ? "" : number(std::uint64_t{64})) + files + files +
@@ -309,6 +309,7 @@ TEST_F(refusal, of_binaries_that_are_cut_short_or_of_another_kind) {
     }
     EXPECT_TRUE(is_refused(by, pocl_binary(7)) && is_refused(by, pocl_binary(13)));
     EXPECT_EQ(is_refused(by, pocl_binary(9)), platform != pocl);
+    EXPECT_TRUE(is_refused(by, pocl_binary(9, ""))) << "a kernel without a name";
     EXPECT_TRUE(is_refused(by, bitcode)) << "it does not say that it takes SPIR";
   }
   EXPECT_TRUE(is_refused(user(made, rusticl), number(2u) + of_rusticl.substr(4))) << "of another version";

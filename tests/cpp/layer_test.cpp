@@ -277,7 +277,7 @@ TEST_F(cpp_layer, the_best_device_is_chosen) {
   constexpr std::uint32_t type = 0x1000, units = 0x1002, clock = 0x100C, available = 0x1027;
   set(7, type, std::uint64_t{2}); // a processor, and a fast one
   set(7, units, 500U);
-  set(10, clock, 3U);
+  set(10, clock, 5000U);
   set(13, units, 64U);
   set(13, available, 0U);
   set_info(4, clock, text_answer("")); // refused

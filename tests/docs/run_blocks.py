@@ -14,18 +14,19 @@ Blocks run in order, in a folder in which the source tree seems to lie. What a b
     ```python                          is only looked at here: the tests of the Python package run it
     ```text                            is only looked at
 
-A comment <!-- not run: why --> in the line before a block lets it be, <!-- not compared: why --> lets its output be, and
-<!-- needs PROGRAM --> lets the block be where there is no such program.
+A comment <!-- not run: why --> in the line before a block lets it be, and <!-- not compared: why --> lets its output be;
+with <!-- only if: COMMAND --> the block is left out where that command fails. What blocks leave running is ended.
 """
+import contextlib
 import os
 import re
-import shutil
+import signal
 import subprocess
 import sys
 import tempfile
 from pathlib import Path
 
-BLOCK = re.compile(r"^(?:<!-- (?:not (?P<what>run|compared): (?P<why>.+?)|needs (?P<program>\S+)) -->\n)?```(?P<info>[^\n]*)\n(?P<body>.*?)^```$", re.M | re.S)
+BLOCK = re.compile(r"^(?:<!-- (?P<what>not run|not compared|only if): (?P<why>.+?) -->\n)?```(?P<info>[^\n]*)\n(?P<body>.*?)^```$", re.M | re.S)
 LINK = re.compile(r"\]\((?!https?:|#)([^)#]+)(?:#[^)]*)?\)")
 CPP_HEAD = """#include <iostream>
 #include <tarva.hpp>
@@ -35,13 +36,25 @@ int main() {
 """
 
 
-def run(command, folder):
-    """The output of a shell command; a failure if its status is not 0."""
-    done = subprocess.run(["bash", "-ec", command], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                          stdin=subprocess.DEVNULL, timeout=240, text=True, errors="replace")
+def end_group(group):
+    with contextlib.suppress(ProcessLookupError):
+        os.killpg(group, signal.SIGKILL)
+
+
+def run(command, folder, started=None):
+    """The output of a shell command; a failure if its status is not 0. `started` is told its process group."""
+    with subprocess.Popen(["bash", "-ec", command], cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          stdin=subprocess.DEVNULL, text=True, errors="replace", start_new_session=True) as done:
+        if started is not None:
+            started.append(done.pid)
+        try:
+            output = done.communicate(timeout=240)[0]
+        except subprocess.TimeoutExpired:
+            end_group(done.pid)
+            raise
     if done.returncode != 0:
-        raise AssertionError(f"status {done.returncode} from: {command}\n{done.stdout}")
-    return done.stdout
+        raise AssertionError(f"status {done.returncode} from: {command}\n{output}")
+    return output
 
 
 def run_program(language, body, folder):
@@ -65,18 +78,18 @@ def run_console(body, folder, compared):
             raise AssertionError(f"another output of: {command}\n--- expected\n{expected}--- printed\n{output}")
 
 
-def run_block(info, body, folder, compared):
+def run_block(info, body, folder, compared, started):
     language, _, rest = info.partition(" ")
     if rest.startswith("file="):
         name = rest[len("file="):]
         (folder / name).write_text(body)
         example = folder / "examples" / name
-        if example.exists() and re.sub(r"\A(.*SPDX-.*\n)+\n", "", example.read_text()) != body:
+        if example.exists() and example.read_text() != body:
             raise AssertionError(f"examples/{name} reads otherwise")
     elif language in ("c", "cpp"):
         run_program(language, body, folder)
     elif language == "sh":
-        run(body, folder)
+        run(body, folder, started)
     elif language == "console":
         run_console(body, folder, compared)
     elif language not in ("text", "python"):
@@ -93,18 +106,22 @@ def check_document(source, document):
             if not entry.name.startswith(".") and not entry.name.startswith("build"):
                 (folder / entry.name).symlink_to(entry)
         (folder / "build").symlink_to(os.environ["TARVA_BUILD"])
-        ran = 0
+        ran, started = 0, []
         for block in BLOCK.finditer(text):
             line = text.count("\n", 0, block.start("info")) + 1
-            is_lacking = block["program"] and not shutil.which(block["program"])
-            if block["what"] == "run" or is_lacking:
-                print(f"{document}:{line}: not run: {block['why'] or 'there is no ' + block['program']}")
+            if block["what"] == "not run":
+                print(f"{document}:{line}: not run: {block['why']}")
+                continue
+            if block["what"] == "only if" and subprocess.run(["bash", "-c", block["why"]], check=False).returncode != 0:
+                print(f"{document}:{line}: not run, since this is not so: {block['why']}")
                 continue
             try:
-                run_block(block["info"], block["body"], folder, compared=block["what"] is None)
+                run_block(block["info"], block["body"], folder, block["what"] != "not compared", started)
                 ran += 1
             except (AssertionError, subprocess.TimeoutExpired) as failure:
                 failures.append(f"line {line}: {failure}")
+        for group in started:
+            end_group(group)
     if text.count("\n```") % 2 != 0 or len(BLOCK.findall(text)) * 2 != text.count("\n```"):
         failures.append("blocks are not closed, or not at the beginning of a line")
     print(f"{document}: {ran} blocks ran")

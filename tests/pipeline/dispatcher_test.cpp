@@ -10,6 +10,7 @@
 #include "opencl/opencl_commands.h"
 #include "opencl/opencl_device.h"
 #include "opencl/opencl_device_work_dispatcher.h"
+#include "properties/property.h"
 #include "scheduler/ultra_naive_scheduler.h"
 #include "tests/error_of.h"
 #include "tests/failing_memory.h"
@@ -304,6 +305,11 @@ TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
   const auto memory = std::make_shared<library_memory>(data_type::float_, 4, "");
   EXPECT_EQ(message_of([&] { scheduler->submit(logical_ir::allocate_memory::create(memory)); }), refused);
   EXPECT_EQ(memory.use_count(), 1);
+  const auto identifier = memory->get_property({"ROOT", "OBJECT_ID"});
+  EXPECT_EQ(logical_ir::free_memory::create(memory)->to_string(),
+            "free_memory: {memory_object_id=" +
+                std::to_string(*static_cast<const std::uint64_t*>(identifier->get_data())) + "}")
+      << "logs name an object as its properties do";
 }
 
 // A signal to the host may end any sleep.

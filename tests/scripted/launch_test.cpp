@@ -154,6 +154,10 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
     EXPECT_TRUE(ended.message.size() > 10 && ended.message.back() == '.') << one.what << ": " << ended;
     EXPECT_EQ(count(take_calls(), op::create_buffer), 0u) << one.what << ": no state changes";
   }
+  if (before_2_0) {
+    EXPECT_EQ(launch(add, good, line(4, 3)),
+              logic_failure("Local size (3) must divide the global size (4) in every dimension."));
+  }
   EXPECT_EQ(launch(add, good, sized(4, {4, 1, 1}, {1, 1, 1})),
             logic_failure("Work dimension must be 1, 2, or 3."));
   // What lies beyond the dimensions of a launch does not count, and is not told.

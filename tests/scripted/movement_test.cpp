@@ -14,10 +14,12 @@ TEST_P(movement, a_launch_asks_as_little_as_it_can_on_the_workers_thread) {
   const auto add = kernel(version(), "add");
   const memory numbers = make(counted(8));
   bring(add, {&numbers});
+  const std::int32_t amount = 10;
   forget_calls();
-  bring(add, {&numbers});
+  must(launch(add, {argument(numbers), argument(amount)}, line(4)));
   const auto calls = take_calls();
   EXPECT_EQ(count(calls, op::create_kernel), is_opencl() ? 0u : 1u) << "libqv keeps it";
+  EXPECT_EQ(count(calls, op::set_kernel_arg), is_opencl() ? 1u : 2u) << "only what has changed";
   EXPECT_EQ(count(calls, op::finish), 2u) << "one finish of each queue for the run";
   for (const call_record& one : calls) {
     EXPECT_EQ(one.device, device_index(version(), role::first));

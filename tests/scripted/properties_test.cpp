@@ -113,6 +113,7 @@ TEST_P(properties, of_a_device_are_those_of_its_version) {
   EXPECT_EQ(children_of(of_device), "FRIENDLY_SHORT_DESCRIPTION=" + summary + " FRIENDLY_SUMMARY=" + summary +
                                         " NAME=first OBJECT_ID OPENCL");
   const property opencl = child(of_device, "OPENCL");
+  EXPECT_EQ(opencl->has_data, 0U);
   const auto all = all_children(opencl);
   std::set<std::string> keys;
   for (const property& one : all)

@@ -88,8 +88,8 @@ TEST_P(unloading, leaves_no_thread_no_mapping_no_memory_and_no_opencl_object) {
     if (i == 9)
       used = mallinfo2().uordblks;
   }
-  // The one handle that is never given up leaves its record each time.
-  EXPECT_LT(mallinfo2().uordblks, used + 90 * 64 + 4096);
+  // The one handle that is never given up leaves its record each time; a piece that was forgotten each time leaves more.
+  EXPECT_LT(mallinfo2().uordblks, used + 90 * 400);
   EXPECT_EQ(scripted::misuses(), std::vector<std::string>());
 }
 

@@ -50,28 +50,31 @@ std::string run_schedule(unsigned seed) {
 #ifndef TARVA_SANITIZED // which has functions of its own in these places
 
 namespace {
+// What stands behind the function of that name. Any thread may be the first to ask; a local static would itself need a lock.
 template <class Function>
-Function* next(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+Function* next(std::atomic<Function*>& known, const char* name) {
+  Function* found = known.load(std::memory_order_relaxed);
+  if (found == nullptr)
+    known = found = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+  return found;
 }
+constinit std::atomic<int (*)(pthread_mutex_t*)> next_lock = nullptr, next_unlock = nullptr;
+constinit std::atomic<long (*)(long, ...)> next_syscall = nullptr;
 } // namespace
 
 #pragma GCC visibility push(default)
 extern "C" {
 int pthread_mutex_lock(pthread_mutex_t* lock) noexcept {
-  static auto* const original = next<int(pthread_mutex_t*)>("pthread_mutex_lock");
   sweeps::delay();
-  return original(lock);
+  return next(next_lock, "pthread_mutex_lock")(lock);
 }
 int pthread_mutex_unlock(pthread_mutex_t* lock) noexcept {
-  static auto* const original = next<int(pthread_mutex_t*)>("pthread_mutex_unlock");
-  const int result = original(lock);
+  const int result = next(next_unlock, "pthread_mutex_unlock")(lock);
   sweeps::delay();
   return result;
 }
 // By which the library's own locks sleep and wake.
 long syscall(long number, ...) noexcept {
-  static auto* const original = next<long(long, ...)>("syscall");
   va_list list;
   va_start(list, number);
   long words[6];
@@ -79,7 +82,7 @@ long syscall(long number, ...) noexcept {
     one = va_arg(list, long);
   va_end(list);
   sweeps::delay();
-  return original(number, words[0], words[1], words[2], words[3], words[4], words[5]);
+  return next(next_syscall, "syscall")(number, words[0], words[1], words[2], words[3], words[4], words[5]);
 }
 }
 #pragma GCC visibility pop
