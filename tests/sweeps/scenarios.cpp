@@ -199,8 +199,8 @@ ending load(const world& in, std::size_t kind, std::size_t where) {
   const bool fails = log != nullptr;
   // A log whose size is not told right may be none.
   const bool may_lack_log = in.planned.call != 0 && in.planned.how == scripted::way::size,
-             is_told =
-                 may_lack_log || (result->build_log != nullptr && result->build_log == std::string(log)),
+             is_told = fails && (may_lack_log ||
+                                 (result->build_log != nullptr && result->build_log == std::string(log))),
              is_built = result->success != 0;
   tarva_abi_free_build_result(nullptr, result);
   return {code, fails ? !is_built && is_told : is_built && find_kernel(owned, add_name).get() != nullptr};
