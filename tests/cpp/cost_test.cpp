@@ -104,13 +104,4 @@ TEST(cost, a_transfer_adds_the_check_of_its_size) {
   compare(in_c, in_cpp, 6);
 }
 
-TEST(cost, a_fill_adds_nothing) {
-  const work in_c = [](float number) {
-    tarva_abi_error_s* error = nullptr;
-    check(tarva_abi_fill_memory(nullptr, raw_memory, &number, 0, 64, &error));
-  };
-  compare(
-      in_c, [](float number) { memory.fill(number); }, 0);
-}
-
 } // namespace
