@@ -1,7 +1,5 @@
 // What the C++ layer adds to the calls, counted in instructions: each piece of work is done in C and in C++ over
 // functions that do nothing, in a child process that is single-stepped.
-#include "stub_interface.h"
-
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/ptrace.h>
