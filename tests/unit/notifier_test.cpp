@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
 #include <numeric>
 #include <sched.h>
@@ -160,8 +161,16 @@ TEST(fair_mutex, passes_the_turn_on_in_the_order_of_joining) {
   for (std::size_t i = 0; i < count; ++i)
     for (std::size_t queue = 0; queue < 2; ++queue)
       EXPECT_EQ(places[queue][i].join(queues[queue]), i == 0);
-  // Those who wait begin to wait in the reverse order, each for two queues.
-  for (std::size_t i = count; i-- > 0;)
+  struct sigaction wake {};
+  wake.sa_handler = [](int) {};
+  ASSERT_EQ(sigaction(SIGUSR1, &wake, nullptr), 0);
+  // Those who wait begin to wait in the reverse order, each for two queues; and what wakes them first is no turn.
+  for (std::size_t i = count; i-- > 0;) {
+    for (int round = 0; i == 0 && round < 20; ++round) {
+      for (std::thread& each : threads)
+        pthread_kill(each.native_handle(), SIGUSR1);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     threads.emplace_back([&, i] {
       for (auto& each : places)
         each[i].wait_for_turn();
@@ -169,6 +178,7 @@ TEST(fair_mutex, passes_the_turn_on_in_the_order_of_joining) {
       for (std::size_t queue = 0; queue < 2; ++queue)
         places[queue][i].leave();
     });
+  }
   for (std::thread& each : threads)
     each.join();
   std::vector<std::size_t> expected(count);
