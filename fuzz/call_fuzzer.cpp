@@ -40,47 +40,36 @@ fuzz::references start() {
   return scripted::live_objects();
 }
 
-template <auto Function, class Record>
-void retain(conversation& with) {
+// A call that retains or, by -1, releases.
+template <int Change, auto Function, class Record>
+void count(conversation& with) {
   auto* const handle = with.pick<Record>();
-  with.handles.retain(handle);
+  with.handles.count(handle, Change);
   with.tell(Function, handle);
 }
 
-template <auto Function, class Record>
-void release(conversation& with) {
-  auto* const handle = with.pick<Record>();
-  with.handles.release(handle);
-  with.tell(Function, handle);
-}
-
-template <class Record>
-void release_all(conversation& with, void (*function)(void*, Record*)) {
-  while (auto* const handle = with.handles.any_live<Record>()) {
-    with.handles.release(handle);
-    with.tell(function, handle);
-  }
-}
-
-const std::vector<fuzz::step> reference_steps = {
-    {retain<tarva_abi_retain_device, tarva_abi_device_s>},
-    {retain<tarva_abi_retain_program, tarva_abi_program_s>},
-    {retain<tarva_abi_retain_kernel, tarva_abi_kernel_s>},
-    {retain<tarva_abi_retain_memory, tarva_abi_memory_s>},
-    {release<tarva_abi_release_device, tarva_abi_device_s>},
-    {release<tarva_abi_release_program, tarva_abi_program_s>},
-    {release<tarva_abi_release_kernel, tarva_abi_kernel_s>},
-    {release<tarva_abi_release_memory, tarva_abi_memory_s>},
-    {release<tarva_abi_abandon_future, tarva_abi_future_s>},
-    {release<tarva_abi_free_error, tarva_abi_error_s>},
-    {release<tarva_abi_free_property, tarva_abi_property_s>},
+// In the order in which all that is left is released in the end.
+const std::vector<fuzz::step> release_steps = {
+    {count<-1, tarva_abi_release_kernel, tarva_abi_kernel_s>},
+    {count<-1, tarva_abi_release_program, tarva_abi_program_s>},
+    {count<-1, tarva_abi_release_memory, tarva_abi_memory_s>},
+    {count<-1, tarva_abi_abandon_future, tarva_abi_future_s>},
+    {count<-1, tarva_abi_release_device, tarva_abi_device_s>},
+    {count<-1, tarva_abi_free_property, tarva_abi_property_s>},
+    {count<-1, tarva_abi_free_error, tarva_abi_error_s>},
+};
+const std::vector<fuzz::step> retain_steps = {
+    {count<1, tarva_abi_retain_device, tarva_abi_device_s>},
+    {count<1, tarva_abi_retain_program, tarva_abi_program_s>},
+    {count<1, tarva_abi_retain_kernel, tarva_abi_kernel_s>},
+    {count<1, tarva_abi_retain_memory, tarva_abi_memory_s>},
 };
 
 // Every step, as often as it has choices.
 std::vector<void (*)(conversation&)> all_choices() {
   std::vector<void (*)(conversation&)> choices;
   for (const auto* steps :
-       {&fuzz::program_steps, &fuzz::memory_steps, &fuzz::property_steps, &reference_steps})
+       {&fuzz::program_steps, &fuzz::memory_steps, &fuzz::property_steps, &retain_steps, &release_steps})
     for (const fuzz::step& one : *steps)
       choices.insert(choices.end(), static_cast<std::size_t>(one.choices), one.run);
   return choices;
@@ -95,13 +84,12 @@ void play(fuzz::input bytes) {
   with.bytes = bytes;
   while (!with.bytes.is_empty())
     choices[with.bytes.below(choices.size())](with);
-  release_all(with, tarva_abi_release_kernel);
-  release_all(with, tarva_abi_release_program);
-  release_all(with, tarva_abi_release_memory);
-  release_all(with, tarva_abi_abandon_future);
-  release_all(with, tarva_abi_release_device);
-  release_all(with, tarva_abi_free_property);
-  release_all(with, tarva_abi_free_error);
+  // Behind the end of the input a live handle is picked, as long as there is one.
+  for (const fuzz::step& last : release_steps)
+    for (int before = with.handles.references() + 1; with.handles.references() < before;) {
+      before = with.handles.references();
+      last.run(with);
+    }
 }
 
 } // namespace

@@ -74,7 +74,7 @@ void wait(conversation& with) {
   if (!with.call<tarva_abi_wait_future>(possible ? expected::success : expected::failure, on, code.where(),
                                         failure.where()))
     return;
-  with.handles.release(on);
+  with.handles.count(on, -1);
   demand(code.value <= 0 && code.value >= TARVA_ABI_RUNTIME_FAILURE, "a future ends with a result");
   if (!failure.wanted)
     return;

@@ -24,6 +24,11 @@ inline void demand(bool holds, const char* what) {
   std::abort();
 }
 
+// Operations of a kind stand beside each other.
+inline bool is_between(qv::operation first, qv::operation operation, qv::operation last) {
+  return first <= operation && operation <= last;
+}
+
 using references = std::map<std::string, std::int64_t>;
 
 // What the library gives back is compared with what it held `before`.

@@ -85,21 +85,6 @@ TEST_F(discovery, newer_devices_are_offered_by_what_they_can_do) {
   EXPECT_EQ(result_with("", {CL_DEVICE_MAX_GLOBAL_VARIABLE_SIZE, 1024}), "3");
 }
 
-TEST_F(discovery, spirv_without_device_queues_is_of_2_2_with_a_plain_queue) {
-  device_options known = plain_device("OpenCL 3.0");
-  known.info[CL_DEVICE_IL_VERSION] = text_answer("SPIR-V_1.2");
-  known.info[CL_DEVICE_QUEUE_ON_DEVICE_PROPERTIES] = value_answer(std::uint64_t{0});
-  use(known);
-  library made("");
-  ASSERT_EQ(made.capabilities(), "6");
-  const user it(made);
-  const std::array<std::uint64_t, 3> words{CL_QUEUE_PROPERTIES, 13, 0};
-  const auto queue =
-      it.ask<op::create_command_queue_with_properties>({it.device, it.context, words.data(), nullptr, 77});
-  EXPECT_EQ(queue.status, CL_SUCCESS);
-  EXPECT_EQ(it.ask<op::release_command_queue>({queue.result, 77}).status, CL_SUCCESS);
-}
-
 TEST_F(discovery, devices_that_are_custom_or_not_available_are_offered) {
   std::vector<device_options> devices(4, plain_device("OpenCL 1.2"));
   devices[0].info[CL_DEVICE_AVAILABLE] = value_answer(0u);
@@ -287,9 +272,7 @@ TEST_F(discovery, built_in_kernels_are_listed_if_a_program_can_be_made_of_them) 
     device_options known = plain_device();
     known.info[CL_DEVICE_BUILT_IN_KERNELS] = text_answer("one;two");
     spoil(known);
-    use(known, {platform});
-    library made;
-    const user it(made);
+    const only_user it(known, {platform});
     std::array<char, 8> text{"garbage"};
     std::size_t size = 0;
     EXPECT_EQ(it.ask<op::get_device_info>({it.device, text.data(), &size, CL_DEVICE_BUILT_IN_KERNELS, 8, 77})

@@ -18,17 +18,10 @@ namespace capability_test {
 using namespace scripted;
 using op = qv::operation;
 
-inline std::string every_version() {
-  std::string versions;
-  for (const char* const text : scripted::version_texts)
-    versions += std::string(versions.empty() ? "" : ",") + text;
-  return versions;
-}
-
 // It looks at the machine once, so each machine has a library of its own, which has gone before the next.
 class library {
 public:
-  explicit library(const std::string& versions = every_version()) {
+  explicit library(const std::string& versions = "1.0,1.1,1.2,2.0,2.1,2.2") {
     setenv("QV_OPENCL_VERSIONS", versions.c_str(), 1);
     file_ = dlopen(QV_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     find(get_root_devices, "qv_get_root_devices");
@@ -120,7 +113,7 @@ public:
   user(const user&) = delete;
   user& operator=(const user&) = delete;
   ~user() {
-    ask<op::finish>({queue, 77});
+    finish();
     release<op::release_mem_object>(buffer);
     release<op::release_program>(program);
     release<op::release_command_queue>(queue);
@@ -135,9 +128,7 @@ public:
   }
   template <op Op>
   void release(void* object) const {
-    if (object != nullptr) {
-      EXPECT_EQ(ask<Op>({object, 77}).status, CL_SUCCESS);
-    }
+    EXPECT_EQ(object == nullptr ? CL_SUCCESS : ask<Op>({object, 77}).status, CL_SUCCESS);
   }
   // How the command ends. It reaches OpenCL, or it fails; what is refused of work that is enqueued is told by its event.
   template <op Op>
@@ -153,7 +144,7 @@ public:
       EXPECT_EQ(status, CL_SUCCESS);
       status = std::min(status_of_event(event), 0);
       release<op::release_event>(event);
-      ask<op::finish>({queue, 77});
+      finish();
     }
     if constexpr (requires { record.result; }) {
       EXPECT_EQ(record.result != nullptr, status == CL_SUCCESS);
@@ -198,6 +189,10 @@ public:
   cl_int set(void* kernel, cl_uint index, std::size_t size, const void* value) const {
     return ask<op::set_kernel_arg>({kernel, size, value, 77, index}).status;
   }
+  cl_int finish() const { return ask<op::finish>({queue, 77}).status; }
+  void* make_context() const {
+    return ask<op::create_context>({nullptr, 1, &device, nullptr, nullptr, nullptr, 77}).result;
+  }
 
   void *device, *context, *queue, *program, *buffer;
 
@@ -224,6 +219,20 @@ protected:
     set_platforms({platform});
     set_devices({only});
   }
+};
+
+// The user of the only device of a machine.
+struct only_machine {
+  only_machine(const device_options& only, const platform_options& platform) {
+    set_platforms({platform});
+    set_devices({only});
+  }
+  library made{};
+};
+struct only_user : only_machine, user {
+  explicit only_user(const device_options& only, const platform_options& platform = {},
+                     std::uint32_t capability = 6)
+      : only_machine(only, platform), user(made, 0, capability) {}
 };
 
 // One whose platform is of 2.2, and which tells what parameters kernels have.

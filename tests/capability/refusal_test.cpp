@@ -2,6 +2,8 @@
 // what is valid passes everywhere.
 #include "tests/capability/library.h"
 
+#include <fstream>
+
 namespace capability_test {
 namespace {
 
@@ -100,9 +102,7 @@ TEST_F(refusal, of_more_groups_than_can_be_counted) {
 }
 
 TEST_F(refusal, of_local_sizes_of_zero) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   void* const kernel = it.make_kernel();
   EXPECT_EQ(it.set(kernel, 0, 8, nullptr), CL_SUCCESS);
   using row = std::tuple<std::uint32_t, std::array<std::size_t, 3>, cl_int, bool>;
@@ -128,9 +128,7 @@ TEST_F(refusal, of_local_sizes_of_zero) {
 }
 
 TEST_F(refusal, of_what_is_not_there_or_has_no_end) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   const char* const strings[] = {"", nullptr};
   qv::create_program_with_source_record source{it.context, nullptr, nullptr, nullptr, 77, 1};
   EXPECT_EQ(it.status_of<op::create_program_with_source>(source), CL_INVALID_VALUE);
@@ -166,9 +164,7 @@ TEST_F(refusal, of_what_is_not_there_or_has_no_end) {
 }
 
 TEST_F(refusal, of_device_lists_with_a_device_that_is_not_there) {
-  use(plain_device());
-  library made;
-  const user it(made);
+  const only_user it(plain_device());
   void* const devices[] = {it.device, nullptr};
   const std::size_t lengths[] = {1, 1};
   constexpr unsigned char byte = 1;
@@ -189,21 +185,18 @@ TEST_F(refusal, of_device_lists_with_a_device_that_is_not_there) {
   }
 }
 
-// The words of a module with one function; `big` turns the bytes of each round.
-std::string module(bool big, std::uint32_t version = 0x00010000) {
-  std::string bytes;
-  for (std::uint32_t word : {0x07230203u, version, 0u, 9u, 0u, 2u << 16 | 17u, 6u, 5u << 16 | 54u, 1u, 2u, 0u,
-                             3u, 2u << 16 | 248u, 4u, 1u << 16 | 253u, 1u << 16 | 56u}) {
-    word = big ? __builtin_bswap32(word) : word;
-    bytes.append(reinterpret_cast<const char*>(&word), sizeof word);
-  }
-  return bytes;
+// What is known to be whole, behind the two bytes that the fuzzer of the same checks begins with.
+std::string whole_of(const std::string& name) {
+  std::ifstream file(CORPUS + name, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), {}).substr(2);
+}
+std::string with_version(std::string bytes, std::size_t place, std::uint32_t version) {
+  return bytes.replace(place, sizeof version, reinterpret_cast<const char*>(&version), sizeof version);
 }
 
 TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
-  use(plain_device());
-  library made;
-  const user it(made), older(made, 0, 3);
+  only_user it(plain_device());
+  const user older(it.made, 0, 3);
   // By the address that stands for the extension, too.
   const auto asked = older.ask<op::get_extension_function_address_for_platform>(
       {it.device, "clCreateProgramWithILKHR", nullptr});
@@ -228,11 +221,11 @@ TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
         row{"SPIR-V_1.4", 0x00020000, -30}, row{"SPIR-V_1.10", 0x00010900, 0}, row{"", 0x00010600, 0},
         row{"SPIR-V_x.1", 0x00010600, 0}}) {
     set_info(0, CL_DEVICE_IL_VERSION, text_answer(list));
-    for (const bool big : {false, true})
-      expect(module(big, version), status, list);
+    expect(with_version(whole_of("module_little"), 4, version), status, list);
+    expect(with_version(whole_of("module_big"), 4, __builtin_bswap32(version)), status, list);
   }
-  for (const bool big : {false, true}) {
-    const std::string whole = module(big);
+  for (const char* name : {"module_little", "module_big"}) {
+    const std::string whole = whole_of(name);
     // Behind the header, the one instruction before the function may be missing or the last.
     for (std::size_t length = 4; length <= whole.size(); ++length)
       expect(whole.substr(0, length),
@@ -244,89 +237,47 @@ TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
   expect("another language", CL_SUCCESS, "not judged");
 }
 
-// A little-endian number, as binaries have it.
-template <class Number>
-std::string number(Number value) {
-  return {reinterpret_cast<const char*>(&value), sizeof value};
+bool is_refused(const user& by, const std::string& binary) {
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(binary.data());
+  const std::size_t length = binary.size();
+  std::int32_t binary_status = 77;
+  const cl_int status = by.status_of<op::create_program_with_binary>(
+      {by.context, &by.device, &length, &bytes, &binary_status, nullptr, 77, 1});
+  EXPECT_EQ(binary_status, status == CL_INVALID_BINARY ? status : 77);
+  EXPECT_TRUE(status == CL_SUCCESS || status == (length == 0 ? CL_INVALID_VALUE : CL_INVALID_BINARY));
+  return status != CL_SUCCESS;
 }
-
-// A kernel of PoCL's, with one file.
-std::string pocl_kernel(const std::string& name) {
-  const std::string file = number(2u) + "/k" + number(3u) + "abc";
-  const std::string told = number(std::uint64_t{file.size()}) + number(7u) +
-                           number(std::uint32_t(name.size())) + name + std::string(40, 'i');
-  return number(std::uint64_t{8 + told.size() + file.size()}) + told + file;
-}
-
-std::string pocl_binary(std::uint32_t version, const std::string& second = "second") {
-  const std::string file = number(2u) + "/p" + number(3u) + "abc";
-  const std::string files = number(std::uint64_t{file.size()}) + file;
-  const std::string front = std::string("poclbin\0", 8) + number(std::uint64_t{1}) + number(version) +
-                            number(2u) + number(std::uint64_t{2});
-  const std::string hash(41, 'h');
-  const std::string kernels = pocl_kernel("first") + pocl_kernel(second);
-  if (version < 9)
-    return front + hash + file + kernels;
-  return front + number(2u) + hash + (version < 10 ? "" : number(std::uint64_t{64})) + files + files +
-         kernels;
-}
+constexpr const char* bitcode = "BC\xc0\xde, some bitcode";
 
 TEST_F(refusal, of_binaries_that_are_cut_short_or_of_another_kind) {
-  const std::string bitcode = "BC\xc0\xde, some bitcode";
-  const std::string of_rusticl = number(1u) + number(8u) + number(4u) + number(0x07230203u) + number(0u);
-  const std::string of_newer_rusticl = "rusticl" + std::string(1, 0) + number(1u) + number(3u) + number(8u) +
-                                       number(4u) + "dev" + number(0x07230203u) + number(0u);
-  const std::string of_clover = number(1u) + number(2u) + "k1" + number(1u) + "a" + number(1u) +
-                                number(std::uint64_t{4}) + number(std::uint64_t{0}) + number(2u) +
-                                std::string(48, 'a') + number(1u) + std::string(12, 's') + number(3u) +
-                                "abc" + number(1u) + number(1u) + number(4u) + number(2u) + "%d" + number(0u);
-  const auto is_refused = [](const user& by, const std::string& binary) {
-    const auto* const bytes = reinterpret_cast<const unsigned char*>(binary.data());
-    const std::size_t length = binary.size();
-    std::int32_t binary_status = 77;
-    const cl_int status = by.status_of<op::create_program_with_binary>(
-        {by.context, &by.device, &length, &bytes, &binary_status, nullptr, 77, 1});
-    EXPECT_EQ(binary_status, status == CL_INVALID_BINARY ? status : 77);
-    EXPECT_TRUE(status == CL_SUCCESS || status == (length == 0 ? CL_INVALID_VALUE : CL_INVALID_BINARY));
-    return status != CL_SUCCESS;
-  };
-  use_implementations(without_oclgrind);
-  library made;
-  const user unjudged(made, another);
-  for (const auto& [platform, binary] : {std::pair{pocl, pocl_binary(8)},
-                                         {pocl, pocl_binary(9)},
-                                         {pocl, pocl_binary(10)},
-                                         {pocl, pocl_binary(11)},
-                                         {rusticl, of_rusticl},
-                                         {rusticl, of_newer_rusticl},
-                                         {clover, of_clover}}) {
-    const user by(made, platform);
-    EXPECT_FALSE(is_refused(by, binary));
-    EXPECT_TRUE(is_refused(by, binary + "x") && is_refused(by, ""));
-    for (std::size_t length = 8; length < binary.size(); ++length) {
-      EXPECT_TRUE(is_refused(by, binary.substr(0, length))) << names[platform] << " " << length;
-      EXPECT_FALSE(is_refused(unjudged, binary.substr(0, length)));
-    }
-    EXPECT_TRUE(is_refused(by, pocl_binary(7)) && is_refused(by, pocl_binary(13)));
-    EXPECT_EQ(is_refused(by, pocl_binary(9)), platform != pocl);
-    EXPECT_TRUE(is_refused(by, pocl_binary(9, ""))) << "a kernel without a name";
-    EXPECT_TRUE(is_refused(by, bitcode)) << "it does not say that it takes SPIR";
-  }
-  EXPECT_TRUE(is_refused(user(made, rusticl), number(2u) + of_rusticl.substr(4))) << "of another version";
-}
-
-TEST_F(refusal, of_bitcode_is_for_devices_that_take_no_spir) {
   for (const char* extensions : {"cl_khr_spirit", "cl_khr_spirit cl_khr_spir"}) {
     device_options device = plain_device();
     device.info[CL_DEVICE_EXTENSIONS] = text_answer(extensions);
     use(device, {names[pocl]});
     library made;
-    const user by(made);
-    const unsigned char* const bytes = reinterpret_cast<const unsigned char*>("BC\xc0\xde, some bitcode");
-    const std::size_t length = 18;
-    EXPECT_EQ(by.status_of<op::create_program_with_binary>(
-                  {by.context, &by.device, &length, &bytes, nullptr, nullptr, 77, 1}) == CL_SUCCESS,
-              std::string(extensions) != "cl_khr_spirit");
+    EXPECT_EQ(is_refused(user(made), bitcode), extensions[13] == 0) << "it does not say that it takes SPIR";
+  }
+  use_implementations(without_oclgrind);
+  library made;
+  const user unjudged(made, another);
+  using row = std::tuple<implementation, const char*, std::size_t, std::uint32_t>; // where its version is
+  for (const auto& [platform, name, place, version] :
+       {row{pocl, "binary_pocl_8", 16, 8}, row{pocl, "binary_pocl_9", 16, 9},
+        row{pocl, "binary_pocl_12", 16, 10}, row{pocl, "binary_pocl_12", 16, 11},
+        row{pocl, "binary_pocl_12", 16, 12}, row{rusticl, "binary_rusticl", 0, 1},
+        row{rusticl, "binary_rusticl_new", 8, 1}, row{clover, "binary_clover", 0, 1}}) {
+    const user by(made, platform);
+    const std::string binary = with_version(whole_of(name), place, version);
+    EXPECT_FALSE(is_refused(by, binary)) << name << " " << version;
+    EXPECT_TRUE(is_refused(by, binary + "x") && is_refused(by, ""));
+    for (std::size_t length = 8; length < binary.size(); ++length) {
+      EXPECT_TRUE(is_refused(by, binary.substr(0, length))) << name << " " << length;
+      EXPECT_FALSE(is_refused(unjudged, binary.substr(0, length)));
+    }
+    for (const std::uint32_t unknown : {2, 7, 13})
+      EXPECT_TRUE(is_refused(by, with_version(binary, place, unknown))) << name << " " << unknown;
+    EXPECT_EQ(is_refused(by, whole_of("binary_pocl_9")), platform != pocl);
+    EXPECT_TRUE(is_refused(by, bitcode));
   }
 }
 

@@ -1,7 +1,5 @@
 // What the C++ layer adds to the calls, counted in instructions: each piece of work is done in C and in C++ over
 // functions that do nothing, in a child process that is single-stepped.
-#include "stub_interface.h"
-
 #include <csignal>
 #include <gtest/gtest.h>
 #include <sys/ptrace.h>
@@ -102,15 +100,6 @@ TEST(cost, a_transfer_adds_the_check_of_its_size) {
     memory.read(numbers);
   };
   compare(in_c, in_cpp, 6);
-}
-
-TEST(cost, a_fill_adds_nothing) {
-  const work in_c = [](float number) {
-    tarva_abi_error_s* error = nullptr;
-    check(tarva_abi_fill_memory(nullptr, raw_memory, &number, 0, 64, &error));
-  };
-  compare(
-      in_c, [](float number) { memory.fill(number); }, 0);
 }
 
 } // namespace

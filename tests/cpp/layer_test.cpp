@@ -79,6 +79,27 @@ TEST_F(cpp_layer, nothing_is_still_something) {
   EXPECT_TRUE(none.async_read().get().empty());
 }
 
+// What the next error is about, in the place of what the library says: its own errors are about nothing.
+tarva_abi_error_s* nested = nullptr;
+extern "C" tarva_abi_result tarva_abi_get_nested_error(void*, tarva_abi_error_s*,
+                                                       tarva_abi_error_s** out_nested, tarva_abi_error_s**) {
+  *out_nested = std::exchange(nested, nullptr);
+  return TARVA_ABI_OK;
+}
+
+TEST_F(cpp_layer, failures_tell_the_whole_chain_and_end_it) {
+  const tarva::memory data(counted(1));
+  tarva_abi_get_devices(nullptr, nullptr, &nested);
+  tarva_abi_error_s* const inner = nested;
+  const auto failed = tarva::attempt([&] { tarva::slice<int>(data.get(), 1, 1).fill(1); });
+  const auto& chain = failed.error().chain();
+  ASSERT_EQ(chain.size(), 2U);
+  EXPECT_EQ(chain[1].kind, tarva::failure_kind::invalid_argument);
+  EXPECT_EQ(failed.error().what(), chain[0].message + ": " + chain[1].message);
+  tarva_abi_property_s* none = nullptr;
+  EXPECT_NE(caller::call<tarva_abi_get_error_root_property>(inner, &none), caller::outcome());
+}
+
 TEST_F(cpp_layer, owners_balance) {
   tarva::memory<int> first(counted(2)), second(first), third(counted(3));
   EXPECT_EQ(first.get(), second.get());

@@ -6,9 +6,12 @@
 #include "tests/device/caller.h"
 #include "tests/device/catalogue_table.h"
 
+#include <algorithm>
+#include <cctype>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 
@@ -17,50 +20,35 @@ namespace {
 using namespace caller;
 using namespace catalogue_table;
 
-// The loader, opened the way that keeps it out of the implementations' sight.
-class raw_opencl {
-public:
-  raw_opencl() : library_(dlopen("libOpenCL.so.1", RTLD_NOW | RTLD_LOCAL)) {
-    cl_uint count = 0;
-    if (library_ == nullptr || find<decltype(clGetPlatformIDs)>("clGetPlatformIDs")(0, nullptr, &count) != 0)
-      return;
-    std::vector<cl_platform_id> platforms(count);
-    find<decltype(clGetPlatformIDs)>("clGetPlatformIDs")(count, platforms.data(), nullptr);
-    auto* get_devices = find<decltype(clGetDeviceIDs)>("clGetDeviceIDs");
-    for (cl_platform_id platform : platforms) {
-      if (get_devices(platform, CL_DEVICE_TYPE_ALL, 0, nullptr, &count) != CL_SUCCESS)
-        continue;
-      const std::size_t before = devices.size();
-      devices.resize(before + count);
-      get_devices(platform, CL_DEVICE_TYPE_ALL, count, devices.data() + before, nullptr);
-    }
-  }
+// The loader is opened the way that keeps it out of the implementations' sight.
+void* const loader = dlopen("libOpenCL.so.1", RTLD_NOW | RTLD_LOCAL);
+#define FIND(name) reinterpret_cast<decltype(name)*>(dlsym(loader, #name))
 
-  // The bytes of an answer; nothing if it is refused.
-  std::unique_ptr<std::string> ask(cl_device_id device, cl_device_info query) const {
-    auto* get_info = find<decltype(clGetDeviceInfo)>("clGetDeviceInfo");
-    std::size_t size = 0;
-    if (get_info(device, query, 0, nullptr, &size) != CL_SUCCESS)
-      return nullptr;
-    auto answer = std::make_unique<std::string>(size, '\0');
-    return get_info(device, query, size, answer->data(), nullptr) == CL_SUCCESS ? std::move(answer) : nullptr;
-  }
+std::vector<cl_device_id> raw_devices() {
+  std::vector<cl_platform_id> platforms(64);
+  std::vector<cl_device_id> all, some(64);
+  cl_uint count = 0;
+  FIND(clGetPlatformIDs)(64, platforms.data(), &count);
+  platforms.resize(count);
+  for (cl_platform_id platform : platforms)
+    if (FIND(clGetDeviceIDs)(platform, CL_DEVICE_TYPE_ALL, 64, some.data(), &count) == CL_SUCCESS)
+      all.insert(all.end(), some.begin(), some.begin() + count);
+  return all;
+}
 
-  std::string text(cl_device_id device, cl_device_info query) const {
-    const auto answer = ask(device, query);
-    return answer == nullptr ? "" : answer->c_str();
-  }
-
-  std::vector<cl_device_id> devices;
-
-private:
-  template <class Function>
-  Function* find(const char* name) const {
-    return reinterpret_cast<Function*>(dlsym(library_, name));
-  }
-
-  void* library_;
-};
+// The bytes of an answer; nothing if it is refused.
+std::optional<std::string> ask(cl_device_id device, cl_device_info query) {
+  std::size_t size = 0;
+  if (FIND(clGetDeviceInfo)(device, query, 0, nullptr, &size) != CL_SUCCESS)
+    return {};
+  std::string answer(size, '\0');
+  if (FIND(clGetDeviceInfo)(device, query, size, answer.data(), nullptr) != CL_SUCCESS)
+    return {};
+  return answer;
+}
+std::string ask_text(cl_device_id device, cl_device_info query) {
+  return ask(device, query).value_or("").c_str();
+}
 
 // A value in one line: its data type, and its elements each in brackets.
 std::string line(tarva_abi_data_type type, const std::vector<std::string>& elements) {
@@ -70,63 +58,50 @@ std::string line(tarva_abi_data_type type, const std::vector<std::string>& eleme
   return result;
 }
 
-std::string number_line(std::uint64_t number) {
-  return line(TARVA_ABI_TYPE_UINT64, {std::to_string(number)});
-}
-std::string flag_line(bool flag) {
-  return line(TARVA_ABI_TYPE_BOOLEAN, {flag ? "1" : "0"});
-}
-
-std::string list_line(const std::string& text, bool at_blanks) {
-  std::vector<std::string> parts;
-  std::istringstream in(at_blanks ? text : text + ';');
-  for (std::string part; at_blanks ? bool(in >> part) : bool(std::getline(in, part, ';'));)
-    if (!part.empty())
-      parts.push_back(part);
-  return line(TARVA_ABI_TYPE_STRING, parts);
-}
-
 const char* const refused = "refused";
 const char* const no_value = "no value";
 
 // What the property has to say.
-std::string expected(const raw_opencl& raw, cl_device_id device, const row& asked) {
-  const auto answer = raw.ask(device, asked.query);
-  if (answer == nullptr)
+std::string expected(cl_device_id device, const row& asked) {
+  const auto answer = ask(device, asked.query);
+  if (!answer)
     return refused;
+  std::string text = answer->c_str();
   std::uint64_t number = 0;
   std::memcpy(&number, answer->data(), std::min(sizeof number, answer->size()));
-  const std::string text = answer->substr(0, answer->find('\0'));
+  std::vector<std::string> elements;
   switch (asked.as) {
   case form::number:
   case form::wide:
-    return number_line(number);
-  case form::flag:
-    return flag_line(number != 0);
+    return line(TARVA_ABI_TYPE_UINT64, {std::to_string(number)});
+  case form::sizes:
+    for (std::size_t at = 0; at + sizeof number <= answer->size(); at += sizeof number) {
+      std::memcpy(&number, answer->data() + at, sizeof number);
+      elements.push_back(std::to_string(number));
+    }
+    return line(TARVA_ABI_TYPE_UINT64, elements);
   case form::text:
     return line(TARVA_ABI_TYPE_STRING, {text});
   case form::words:
-    return list_line(text, true);
-  case form::parts:
-    return list_line(text, false);
-  case form::bit:
-    return flag_line((number & asked.operand) != 0);
-  case form::equals:
-    return flag_line(number == asked.operand);
-  case form::embedded:
-    return flag_line(text == "EMBEDDED_PROFILE");
-  case form::full:
-    return flag_line(text != "EMBEDDED_PROFILE");
-  case form::sizes:
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char one) { return std::isspace(one); }, ';');
+    [[fallthrough]];
+  case form::parts: {
+    std::istringstream in(text);
+    for (std::string part; std::getline(in, part, ';');)
+      if (!part.empty())
+        elements.push_back(part);
+    return line(TARVA_ABI_TYPE_STRING, elements);
+  }
+  default:
     break;
   }
-  std::vector<std::string> sizes;
-  for (std::size_t at = 0; at + sizeof(std::size_t) <= answer->size(); at += sizeof(std::size_t)) {
-    std::size_t size = 0;
-    std::memcpy(&size, answer->data() + at, sizeof size);
-    sizes.push_back(std::to_string(size));
-  }
-  return line(TARVA_ABI_TYPE_UINT64, sizes);
+  const bool holds = asked.as == form::flag  ? number != 0
+                     : asked.as == form::bit ? (number & asked.operand) != 0
+                     : asked.as == form::equals
+                         ? number == asked.operand
+                         : (text == "EMBEDDED_PROFILE") == (asked.as == form::embedded);
+  return line(TARVA_ABI_TYPE_BOOLEAN, {holds ? "1" : "0"});
 }
 
 std::string value_line(const property& of) {
@@ -153,34 +128,17 @@ std::string told(const property& parent, const std::string& key) {
 
 using lines = std::map<std::string, std::string>;
 
-std::string text_of(const lines& all) {
-  std::string result;
-  for (const auto& [key, value] : all)
-    result.append(key).append(": ").append(value).append(1, '\n');
-  return result;
-}
-
-// One device under one version, and the raw device that it is.
-struct pair {
-  const raw_opencl& raw;
-  cl_device_id device;
-  int version;
-};
-
-bool has_images(const pair& of) {
-  return expected(of.raw, of.device, {"", CL_DEVICE_IMAGE_SUPPORT, form::flag}) == flag_line(true);
-}
-
-lines expected_children(const pair& of, const std::string& parent) {
+lines expected_children(cl_device_id device, int version, const std::string& parent) {
+  const bool has_images = ask(device, CL_DEVICE_IMAGE_SUPPORT).value_or("").find('\1') != std::string::npos;
   lines result;
   for (const block& each : blocks) {
-    if (of.version < each.first || of.version > each.last)
+    if (version < each.first || version > each.last)
       continue;
     if (parent == opencl_key && each.parent != opencl_key && each.parent != images_key)
       result[each.parent] = no_value;
-    if (parent == each.parent && (parent != images_key || has_images(of)))
+    if (parent == each.parent && (parent != images_key || has_images))
       for (const row& child : each.rows)
-        result[child.key] = expected(of.raw, of.device, child);
+        result[child.key] = expected(device, child);
   }
   return result;
 }
@@ -202,27 +160,23 @@ lines told_children(const property& parent, const lines& wanted) {
   return result;
 }
 
-void compare(const pair& of, const property& root) {
-  const std::string name = expected(of.raw, of.device, {"", CL_DEVICE_NAME, form::text});
-  EXPECT_EQ(told(root, "NAME"), name);
-
+void compare(cl_device_id device, int version, const property& root) {
+  EXPECT_EQ(told(root, "NAME"), expected(device, {"", CL_DEVICE_NAME, form::text}));
   const property opencl = child(root, opencl_key);
-  const lines wanted = expected_children(of, opencl_key);
-  EXPECT_EQ(text_of(told_children(opencl, wanted)), text_of(wanted));
+  const lines wanted = expected_children(device, version, opencl_key);
+  EXPECT_EQ(told_children(opencl, wanted), wanted);
   EXPECT_EQ(told(opencl, "DEDICATED_LOCAL_MEMORY"),
-            expected(of.raw, of.device, {"", CL_DEVICE_LOCAL_MEM_TYPE, form::equals, CL_LOCAL}));
-
-  for (const auto& [key, value] : wanted) {
+            expected(device, {"", CL_DEVICE_LOCAL_MEM_TYPE, form::equals, CL_LOCAL}));
+  for (const auto& [key, value] : wanted)
     if (value != refused) {
-      const lines below = expected_children(of, key);
-      EXPECT_EQ(text_of(told_children(child(opencl, key.c_str()), below)), text_of(below)) << key;
+      const lines below = expected_children(device, version, key);
+      EXPECT_EQ(told_children(child(opencl, key.c_str()), below), below) << key;
     }
-  }
 }
 
 // Devices of one version come in the order in which OpenCL has them, if perhaps not all.
 TEST(catalogue, says_what_opencl_says) {
-  const raw_opencl raw;
+  const auto raw = raw_devices();
   std::map<int, std::size_t> next;
   std::set<cl_device_id> compared;
   for (const device& each : devices()) {
@@ -236,15 +190,15 @@ TEST(catalogue, says_what_opencl_says) {
     // Two implementations may have one name for the processor.
     const std::string reported = text(child(child(root, opencl_key), "CL_DEVICE_VERSION"));
     std::size_t& i = next[static_cast<int>(version)];
-    while (i < raw.devices.size() && (summary != start + raw.text(raw.devices[i], CL_DEVICE_NAME) ||
-                                      reported != raw.text(raw.devices[i], CL_DEVICE_VERSION)))
+    while (i < raw.size() && (summary != start + ask_text(raw[i], CL_DEVICE_NAME) ||
+                              reported != ask_text(raw[i], CL_DEVICE_VERSION)))
       ++i;
-    ASSERT_LT(i, raw.devices.size()) << "no such device";
+    ASSERT_LT(i, raw.size()) << "no such device";
     EXPECT_EQ(told(root, "FRIENDLY_SHORT_DESCRIPTION"), line(TARVA_ABI_TYPE_STRING, {summary}));
-    compared.insert(raw.devices[i]);
-    compare({raw, raw.devices[i++], static_cast<int>(version)}, root);
+    compared.insert(raw[i]);
+    compare(raw[i++], static_cast<int>(version), root);
   }
-  EXPECT_EQ(compared.size(), raw.devices.size()) << "devices that the library does not have";
+  EXPECT_EQ(compared.size(), raw.size()) << "devices that the library does not have";
 }
 
 } // namespace

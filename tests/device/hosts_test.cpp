@@ -8,7 +8,6 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <locale>
 #include <pthread.h>
@@ -72,24 +71,10 @@ void log_into(const char* folder) {
   }
 }
 
-void mount_over(const char* folder, const char* options) {
-  possible(unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && mount("none", folder, "tmpfs", 0, options) == 0);
-}
-
 void use_without_proc() {
-  mount_over("/proc", "");
+  possible(unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && mount("none", "/proc", "tmpfs", 0, "") == 0);
   demand(!fs::exists("/proc/self"), "no /proc");
   use();
-}
-
-void use_in_a_full_folder() {
-  const fs::path folder = fs::temp_directory_path();
-  mount_over(folder.c_str(), "size=4k");
-  std::ofstream(folder / "filler") << std::string(8192, 'x');
-  setenv("POCL_CACHE_DIR", "/dev/shm", 0);
-  log_into(folder.c_str());
-  use();
-  demand(!fs::exists("tarva.log") || fs::file_size("tarva.log") == 0, "an empty log");
 }
 
 // What the host opens takes the numbers of the standard streams, and so may the library's log, which must not.
@@ -131,18 +116,6 @@ void use_in_another_culture() {
   demand(tree() == before, "the same numbers in every locale");
 }
 
-void use_in_a_forked_child() {
-  use();
-  const pid_t child = fork();
-  if (child == 0) {
-    const auto refused = tarva::attempt([] { use(); });
-    _exit(!refused && std::string(refused.error().what()).find("forked") != std::string::npos ? 0 : 1);
-  }
-  int status = -1;
-  demand(waitpid(child, &status, 0) == child && status == 0, "a forked child is told");
-  use();
-}
-
 struct host {
   const char* name;
   void (*set_limits)(); // of the process, before its program starts
@@ -160,11 +133,9 @@ const host hosts[] = {
     {"no_descriptors", [] {}, [] { limit<RLIMIT_NOFILE>(3), use(); }, "With QV_LOG=1 it tells why."},
     {"small_address_space", [] { limit<RLIMIT_AS>(rlim_t{1} << 30); }, use, nullptr},
     {"no_proc", [] {}, use_without_proc, nullptr},
-    {"full_folder", [] {}, use_in_a_full_folder, nullptr},
     {"folder_for_reading", [] {}, [] { log_into("/proc/self"), use(); }, nullptr},
     {"closed_streams", [] {}, use_with_closed_streams, nullptr},
     {"another_culture", [] {}, use_in_another_culture, nullptr},
-    {"forked_child", [] {}, use_in_a_forked_child, nullptr},
 };
 
 class hosts_test : public testing::TestWithParam<host> {};

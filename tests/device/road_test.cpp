@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <numeric>
-#include <thread>
 
 namespace {
 
@@ -30,13 +29,6 @@ const char* const source = R"(
   }
   kernel void pick(global int* out, int4 vector, uchar small, global int* nothing) {
     out[0] = vector.x; out[1] = vector.w; out[2] = small; out[3] = nothing == 0;
-  }
-  kernel void shape(global int* out) {
-    if (get_global_id(0) + get_global_id(1) + get_global_id(2) != 0) return;
-    for (uint i = 0; i < 3; ++i) { out[i] = (int)get_global_size(i); out[3 + i] = (int)get_local_size(i); }
-  }
-  kernel __attribute__((reqd_work_group_size(4, 2, 1))) void fixed(global int* out) {
-    if (get_global_id(0) + get_global_id(1) == 0) out[0] = (int)get_local_size(1);
   }
   kernel void touch(global uchar* data) { data[0] = data[0]; }
   kernel void mark(global uchar* data, ulong place, uchar with) { data[place] = with; }
@@ -101,27 +93,6 @@ TEST_F(road, kernels_compute_what_the_host_does) {
   });
 }
 
-TEST_F(road, launch_types_reach_the_device) {
-  on_each([](const program& of) {
-    const ints seen(6);
-    const auto look = [&](const range& over, const char* kernel = "shape") {
-      of.kernel(kernel)(over, seen);
-      return seen.read();
-    };
-    using sizes = std::vector<std::int32_t>;
-    EXPECT_EQ(look(range::items(8, 4, 2).in_groups_of(4, 2, 1)), (sizes{8, 4, 2, 4, 2, 1}));
-    EXPECT_EQ(look(range::groups_of(3, 8, 4)), (sizes{24, 12, 1, 8, 4, 1}));
-    const auto groups = look(range::groups(3));
-    EXPECT_EQ(groups[0], 3 * groups[3]);
-    const auto wanted = look(range::at_least(1, 1));
-    EXPECT_EQ(wanted[0], wanted[3]) << "no smaller than a work-group";
-    const auto units = look(range::groups_per_unit(1));
-    EXPECT_EQ(look(range::group_per_unit_of(2))[0] / 2, units[0] / units[3]);
-    EXPECT_EQ(look(range::items(6))[0], 6) << "the device chooses";
-    EXPECT_EQ(look(range::at_least(1, 1), "fixed")[0], 2);
-  });
-}
-
 TEST_F(road, all_types_are_allocated_filled_copied_and_read) {
   on_each([](const program& of) {
     const auto touch = of.kernel("touch");
@@ -161,26 +132,11 @@ TEST_F(road, an_object_is_used_on_all_devices_in_turn) {
     on_each([&](const program& of) {
       of.kernel("add")(range::items(element_count).in_groups_of(4), numbers, 1);
       numbers.copy_to(copies); // from this device to another
+      of.kernel("add")(range::items(1), copies, 0);
     });
-  auto expected = counted(element_count, rounds * static_cast<std::int32_t>(all.size()));
+  const auto expected = counted(element_count, rounds * static_cast<std::int32_t>(all.size()));
   EXPECT_EQ(numbers.read(), expected);
-  programs[0].kernel("add")(range::items(1), copies, 1);
-  ++expected[0];
   EXPECT_EQ(copies.read(), expected);
-}
-
-TEST_F(road, threads_work_on_all_devices_at_once) {
-  std::vector<std::thread> threads;
-  for (const program& of : programs)
-    threads.emplace_back([&of] {
-      const auto add = of.kernel("add");
-      const ints numbers(counted(64));
-      for (int round = 0; round < 20; ++round)
-        add(range::items(64).in_groups_of(8), numbers, 2);
-      EXPECT_EQ(numbers.read(), counted(64, 40));
-    });
-  for (std::thread& one : threads)
-    one.join();
 }
 
 // Numbers of which not every device has arithmetic: exact results where it has, else words of the compiler, which may
@@ -191,21 +147,20 @@ void expect_optional_arithmetic(const caller::device& on, const std::string& typ
   SCOPED_TRACE(type);
   const auto extensions = on.properties()["OPENCL"]["CL_DEVICE_EXTENSIONS"].template get_all<std::string>();
   const bool has = std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
-  const std::string enabling = has ? "#pragma OPENCL EXTENSION " + extension + " : enable\n" : "";
-  const auto built = on.try_load(
-      tarva::ir::source_1_0,
-      tarva::as_bytes(enabling + "kernel void scale(global " + type + "* data, " + type +
-                      " by) { data[get_global_id(0)] = data[get_global_id(0)] * by - (" + type + ")1; }"));
+  const auto built =
+      on.try_load(tarva::ir::source_1_0,
+                  tarva::as_bytes((has ? "#pragma OPENCL EXTENSION " + extension + " : enable\n" : "") +
+                                  "kernel void scale(global " + type + "* data, " + type +
+                                  " by) { data[get_global_id(0)] *= by; }"));
   if (!has) {
     EXPECT_TRUE(built.success ? type == "half" : built.log.find(type) != std::string::npos) << built.log;
     return;
   }
   ASSERT_TRUE(built.success) << built.log;
-  const tarva::memory<T> numbers(std::vector<T>{T(0.5F), T(-3.0F), T(100.0F)});
-  built.made.kernel("scale")(range::items(3), numbers, T(1.5F));
-  const std::vector<T> result = numbers.read();
-  EXPECT_TRUE(static_cast<float>(result[0]) == -0.25F && static_cast<float>(result[1]) == -5.5F &&
-              static_cast<float>(result[2]) == 149.0F);
+  const tarva::memory<T> numbers(std::vector<T>{T(0.5F), T(-3.0F)});
+  built.made.kernel("scale")(range::items(2), numbers, T(1.5F));
+  EXPECT_TRUE(static_cast<float>(numbers.read()[0]) == 0.75F &&
+              static_cast<float>(numbers.read()[1]) == -4.5F);
 }
 
 TEST_F(road, half_and_double_compute_where_the_device_has_them) {

@@ -279,7 +279,7 @@ struct argument_checks {
 };
 
 void check_arguments() {
-  log_to_console("error");
+  log_to_console("warn");
   ::testing::internal::CaptureStderr();
   // To learn what a kernel's parameters take provokes errors, which are not worth a line.
   before_call(op::set_kernel_arg, 1, [] { raise_context_error(0, "provoked"); });

@@ -6,7 +6,6 @@
 #include <semaphore>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace scripted {
 
@@ -74,29 +73,6 @@ void use_a_device_that_waits_for_a_busy_one() {
   demand(seen == read<std::int32_t>(moved, 4) && seen.at(0) > 10, 6);
 }
 
-// What has begun ends; who waits for it is answered, or refused.
-void exit_with_work_and_waiters_left() {
-  static std::vector<std::thread>& threads = *new std::vector<std::thread>;
-  static busy_device* busy = nullptr;
-  static std::vector<std::int32_t>& seen = *new std::vector<std::int32_t>(1);
-  static outcome& read_ended = *new outcome{-1};
-  check_at_exit(false);
-  std::atexit([] { // after the stop, as it is registered before the start
-    for (std::thread& each : threads)
-      each.join();
-    busy->launcher.join();
-    const bool is_read = seen.front() == 7; // perhaps by a future that could no longer be asked
-    if (busy->ended != outcome() || (!is_read && (seen.front() != 0 || read_ended == outcome())))
-      _exit(2);
-  });
-  busy = new busy_device;
-  threads.emplace_back([] { read_ended = read_raw(busy->kept_busy, 0, 1, seen.data()); });
-  threads.emplace_back([] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(300)); // the stop has begun, most probably
-    may_end.release();
-  });
-}
-
 void ask_for_an_unknown_scheduler() {
   setenv("TARVA_SCHEDULER", "unknown", 1);
   log_to_console("warn");
@@ -105,9 +81,7 @@ void ask_for_an_unknown_scheduler() {
 }
 
 TEST(concurrent, operations_overlap_and_nothing_is_lost) {
-  for (const auto body :
-       {work_beside_a_busy_device, use_a_device_that_waits_for_a_busy_one, exit_with_work_and_waiters_left})
-    EXPECT_EXIT(run(body), ExitedWithCode(0), ::testing::Eq(""));
+  expect_quiet({CASE(work_beside_a_busy_device), CASE(use_a_device_that_waits_for_a_busy_one)});
 }
 
 TEST(concurrent, is_asked_for_by_its_name) {

@@ -56,7 +56,7 @@ void refuse_a_read_that_is_waited_for() {
 }
 
 TEST(memory_shortage, of_a_read_keeps_nobody_asleep) {
-  EXPECT_EXIT(run(refuse_a_read_that_is_waited_for), ExitedWithCode(0), ::testing::Eq(""));
+  expect_quiet({CASE(refuse_a_read_that_is_waited_for)});
 }
 
 } // namespace

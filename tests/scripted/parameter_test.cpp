@@ -10,27 +10,15 @@ namespace scripted {
 using namespace caller;
 using op = qv::operation;
 
-// How a device answers to zeros of 1 to 128 bytes, to a null value and to a size of local memory: a point accepts.
+// How a device answers to zeros of 1 to 128 bytes, to a null value and to a size of local memory, by letters: a point accepts,
+// the others refuse with CL_INVALID_ARG_SIZE, _ARG_VALUE, _MEM_OBJECT, _SAMPLER, _DEVICE_QUEUE and _ARG_INDEX.
 std::int32_t answer_by(const std::string& letters, std::size_t size, const void* value) {
+  static const std::map<char, std::int32_t> statuses{{'.', 0},   {'s', -51}, {'v', -50}, {'m', -38},
+                                                     {'p', -41}, {'q', -70}, {'i', -49}};
   const auto place = value != nullptr        ? static_cast<std::size_t>(std::countr_zero(size))
                      : size == sizeof(void*) ? 8
                                              : 9;
-  switch (letters.at(place)) {
-  case 's':
-    return -51; // CL_INVALID_ARG_SIZE
-  case 'v':
-    return -50; // CL_INVALID_ARG_VALUE
-  case 'm':
-    return -38; // CL_INVALID_MEM_OBJECT
-  case 'p':
-    return -41; // CL_INVALID_SAMPLER
-  case 'q':
-    return -70; // CL_INVALID_DEVICE_QUEUE
-  case 'i':
-    return -49; // CL_INVALID_ARG_INDEX
-  default:
-    return 0;
-  }
+  return statuses.at(letters.at(place));
 }
 
 class parameters : public scripted_test {
@@ -132,7 +120,7 @@ TEST_F(parameters, are_learnt_once_for_each_name_of_a_program) {
   answer_arguments({});
   forget_calls();
   std::barrier together(4);
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (int i = 0; i < 4; ++i)
     threads.emplace_back([&] {
       for (int name = 0; name < names; ++name) {
@@ -140,8 +128,7 @@ TEST_F(parameters, are_learnt_once_for_each_name_of_a_program) {
         find_kernel(shared, ("taker" + std::to_string(name)).c_str());
       }
     });
-  for (std::thread& each : threads)
-    each.join();
+  threads.clear();
   EXPECT_EQ(count(take_calls(), op::set_kernel_arg), 10U * names);
 }
 

@@ -107,24 +107,4 @@ TEST_P(programs, specialisation_constants_are_for_2_2) {
                 "SPIR-V specialization constant id 4294967296 is not representable in 32-bits for OpenCL."));
 }
 
-TEST_P(programs, failing_commands_reach_the_caller_as_errors) {
-  const program made = compile(device(version()), source);
-  fail_call(op::create_kernel, 1, -6);
-  EXPECT_EQ(try_kernel(made, "add"), other_failure("Failed to allocate memory on the host."));
-  fail_call(op::create_kernel, 1, -25);
-  EXPECT_EQ(try_kernel(made, "add"), other_failure("Unknown OpenCL Error Code: -25"));
-  build unused;
-  fail_call(op::build_program, 1, -3);
-  EXPECT_EQ(load(device(version()), TARVA_ABI_IR_SOURCE_1_0, source, "", unused),
-            other_failure("A compiler is not available."));
-  if (is_opencl())
-    return; // which has no transport
-  for (const auto& [code, text] : {std::pair(-1, ""),
-                                   {-2, "Invalid command ID provided to capability call."},
-                                   {5, "Unknown error code returned by libqv."}}) {
-    fail_transport(op::create_kernel, 1, code);
-    EXPECT_EQ(try_kernel(made, "add"), other_failure(text));
-  }
-}
-
 } // namespace scripted

@@ -39,6 +39,7 @@ struct device {
 
 struct object {
   virtual ~object() = default;
+  device* owner = nullptr;
   const char* kind_name = "";
   int references = 1;
 };
@@ -46,7 +47,6 @@ struct object {
 struct context : object {
   static constexpr std::int32_t invalid = invalid_context;
   static constexpr const char* kind = "context";
-  device* owner = nullptr;
   qv::context_callback notify = nullptr;
   void* user_data = nullptr;
 };
@@ -54,15 +54,13 @@ struct context : object {
 struct buffer : object {
   static constexpr std::int32_t invalid = -38;
   static constexpr const char* kind = "buffer";
-  buffer(device& device, std::size_t size) : owner(&device), data(size, 0xcd) {}
-  device* owner;
+  explicit buffer(std::size_t size) : data(size, 0xcd) {}
   bytes data;
 };
 
 struct event : object {
   static constexpr std::int32_t invalid = -58;
   static constexpr const char* kind = "event";
-  device* owner = nullptr;
   std::int32_t status = 3; // CL_QUEUED
   bool profiled = false;
 };
@@ -70,7 +68,6 @@ struct event : object {
 struct queue : object {
   static constexpr std::int32_t invalid = -36;
   static constexpr const char* kind = "queue";
-  device* owner = nullptr;
   bool on_host = true, profiled = false;
   struct command {
     std::function<void()> run;
@@ -90,7 +87,6 @@ struct kernel_description {
 struct program : object {
   static constexpr std::int32_t invalid = -44;
   static constexpr const char* kind = "program";
-  device* owner = nullptr;
   enum class origin { source, binary, il, builtin } from = origin::source;
   std::string text, il, log;
   std::int32_t build_status = -1; // CL_BUILD_NONE
@@ -134,7 +130,8 @@ public:
   }
   device* find_device(void* handle);
   template <class T>
-  void* add(std::shared_ptr<T> added) {
+  void* add(device* owner, std::shared_ptr<T> added) {
+    added->owner = owner;
     added->kind_name = T::kind;
     void* handle = added.get();
     objects[handle] = std::move(added);

@@ -35,13 +35,12 @@ std::int32_t get_device_info(session& now, qv::get_device_info_record& record) {
 std::int32_t create_context(session& now, qv::create_context_record& record) {
   if (record.num_devices != 1 || record.devices == nullptr || record.properties != nullptr)
     return invalid_value;
-  const auto made = std::make_shared<context>();
-  made->owner = now.world.find_device(record.devices[0]);
-  if (made->owner != &now.owner)
+  if (now.world.find_device(record.devices[0]) != &now.owner)
     return invalid_device;
+  const auto made = std::make_shared<context>();
   made->notify = record.pfn_notify;
   made->user_data = record.user_data;
-  record.result = now.world.add(made);
+  record.result = now.world.add(&now.owner, made);
   return 0;
 }
 
@@ -61,7 +60,7 @@ std::int32_t create_buffer(session& now, qv::create_buffer_record& record) {
   std::memcpy(&largest, device_info(owner, 1, 0x1010)->data(), sizeof largest);
   if (record.size == 0 || record.size > largest)
     return -61; // CL_INVALID_BUFFER_SIZE
-  record.result = now.world.add(std::make_shared<buffer>(owner, record.size));
+  record.result = now.world.add(&owner, std::make_shared<buffer>(record.size));
   return 0;
 }
 

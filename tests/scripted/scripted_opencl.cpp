@@ -25,18 +25,7 @@ device& owner_of(machine& world, void* handle) {
     if (&each == handle)
       return each;
   const auto found = world.objects.find(handle);
-  if (found == world.objects.end())
-    return world.devices.front();
-  if (const auto* const one = dynamic_cast<kernel*>(found->second.get()))
-    return *one->parent->owner;
-  device* owner = &world.devices.front();
-  const auto look = [&]<class T>(T* one) { owner = one == nullptr ? owner : one->owner; };
-  look(dynamic_cast<context*>(found->second.get()));
-  look(dynamic_cast<queue*>(found->second.get()));
-  look(dynamic_cast<buffer*>(found->second.get()));
-  look(dynamic_cast<event*>(found->second.get()));
-  look(dynamic_cast<program*>(found->second.get()));
-  return *owner;
+  return found == world.objects.end() ? world.devices.front() : *found->second->owner;
 }
 
 // Performs the operation. `about` tells the device.
@@ -61,16 +50,6 @@ Handle make(void* about, cl_int* status, const qv::record<Op>& inputs) {
   if (status != nullptr)
     *status = record.status;
   return record.status == 0 ? static_cast<Handle>(record.result) : nullptr;
-}
-
-template <qv::operation Op>
-cl_int count_reference(void* object) {
-  return run<Op>(object, {object, 0}).status;
-}
-
-template <qv::operation Op>
-cl_int ask(void* object, cl_uint name, std::size_t size, void* value, std::size_t* size_ret) {
-  return run<Op>(object, {object, size, value, size_ret, 0, name}).status;
 }
 
 template <qv::operation Op>
@@ -193,12 +172,31 @@ cl_int clGetDeviceInfo(cl_device_id id, cl_device_info name, size_t size, void* 
   return run<op::get_device_info>(id, {id, value, size_ret, name, size, 0}).status;
 }
 
-cl_int clRetainDevice(cl_device_id device) {
-  return count_reference<op::retain_device>(device);
-}
-cl_int clReleaseDevice(cl_device_id device) {
-  return count_reference<op::release_device>(device);
-}
+// The functions of one argument.
+#define TAKES_OBJECT(function, handle, operation)                                                            \
+  cl_int function(handle object) {                                                                           \
+    return run<op::operation>(object, {object, 0}).status;                                                   \
+  }
+TAKES_OBJECT(clRetainDevice, cl_device_id, retain_device)
+TAKES_OBJECT(clReleaseDevice, cl_device_id, release_device)
+TAKES_OBJECT(clRetainContext, cl_context, retain_context)
+TAKES_OBJECT(clReleaseContext, cl_context, release_context)
+TAKES_OBJECT(clReleaseCommandQueue, cl_command_queue, release_command_queue)
+TAKES_OBJECT(clFinish, cl_command_queue, finish)
+TAKES_OBJECT(clReleaseMemObject, cl_mem, release_mem_object)
+TAKES_OBJECT(clReleaseEvent, cl_event, release_event)
+TAKES_OBJECT(clReleaseProgram, cl_program, release_program)
+TAKES_OBJECT(clReleaseKernel, cl_kernel, release_kernel)
+
+// The queries of objects.
+#define ANSWERS(function, handle, operation)                                                                 \
+  cl_int function(handle object, cl_uint name, size_t size, void* value, size_t* size_ret) {                 \
+    return run<op::operation>(object, {object, size, value, size_ret, 0, name}).status;                      \
+  }
+ANSWERS(clGetEventInfo, cl_event, get_event_info)
+ANSWERS(clGetEventProfilingInfo, cl_event, get_event_profiling_info)
+ANSWERS(clGetProgramInfo, cl_program, get_program_info)
+ANSWERS(clGetKernelInfo, cl_kernel, get_kernel_info)
 
 cl_context clCreateContext(const cl_context_properties* properties, cl_uint count,
                            const cl_device_id* devices,
@@ -212,12 +210,6 @@ cl_int clGetContextInfo(cl_context context, cl_context_info name, size_t size, v
                         size_t* size_ret) {
   return run<op::get_context_info>(context, {context, name, size, value, size_ret, 0}).status;
 }
-cl_int clRetainContext(cl_context context) {
-  return count_reference<op::retain_context>(context);
-}
-cl_int clReleaseContext(cl_context context) {
-  return count_reference<op::release_context>(context);
-}
 
 cl_command_queue clCreateCommandQueue(cl_context context, cl_device_id device,
                                       cl_command_queue_properties properties, cl_int* status) {
@@ -229,18 +221,9 @@ cl_command_queue clCreateCommandQueueWithProperties(cl_context context, cl_devic
   return make<op::create_command_queue_with_properties, cl_command_queue>(
       context, status, {device, context, properties, nullptr, 0});
 }
-cl_int clReleaseCommandQueue(cl_command_queue queue) {
-  return count_reference<op::release_command_queue>(queue);
-}
-cl_int clFinish(cl_command_queue queue) {
-  return count_reference<op::finish>(queue);
-}
 
 cl_mem clCreateBuffer(cl_context context, cl_mem_flags flags, size_t size, void* host, cl_int* status) {
   return make<op::create_buffer, cl_mem>(context, status, {flags, context, size, host, nullptr, 0});
-}
-cl_int clReleaseMemObject(cl_mem memory) {
-  return count_reference<op::release_mem_object>(memory);
 }
 
 cl_int clEnqueueReadBuffer(cl_command_queue queue, cl_mem buffer, cl_bool blocking, size_t offset,
@@ -296,16 +279,6 @@ cl_int clWaitForEvents(cl_uint, const cl_event*) {
       }
   return status;
 }
-cl_int clGetEventInfo(cl_event event, cl_event_info name, size_t size, void* value, size_t* size_ret) {
-  return ask<op::get_event_info>(event, name, size, value, size_ret);
-}
-cl_int clGetEventProfilingInfo(cl_event event, cl_profiling_info name, size_t size, void* value,
-                               size_t* size_ret) {
-  return ask<op::get_event_profiling_info>(event, name, size, value, size_ret);
-}
-cl_int clReleaseEvent(cl_event event) {
-  return count_reference<op::release_event>(event);
-}
 
 cl_program clCreateProgramWithSource(cl_context context, cl_uint count, const char** strings,
                                      const size_t* lengths, cl_int* status) {
@@ -336,16 +309,9 @@ cl_int clBuildProgram(cl_program program, cl_uint count, const cl_device_id* dev
                                  reinterpret_cast<qv::program_callback>(notify), user_data, 0, count})
       .status;
 }
-cl_int clGetProgramInfo(cl_program program, cl_program_info name, size_t size, void* value,
-                        size_t* size_ret) {
-  return ask<op::get_program_info>(program, name, size, value, size_ret);
-}
 cl_int clGetProgramBuildInfo(cl_program program, cl_device_id device, cl_program_build_info name, size_t size,
                              void* value, size_t* size_ret) {
   return ask<op::get_program_build_info>(program, device, name, size, value, size_ret);
-}
-cl_int clReleaseProgram(cl_program program) {
-  return count_reference<op::release_program>(program);
 }
 void* clGetExtensionFunctionAddressForPlatform(cl_platform_id platform, const char* name) {
   return run<op::get_extension_function_address_for_platform>(nullptr, {platform, name, nullptr}).result;
@@ -361,9 +327,6 @@ cl_int clCreateKernelsInProgram(cl_program program, cl_uint count, cl_kernel* ke
 }
 cl_int clSetKernelArg(cl_kernel kernel, cl_uint index, size_t size, const void* value) {
   return run<op::set_kernel_arg>(kernel, {kernel, size, value, 0, index}).status;
-}
-cl_int clGetKernelInfo(cl_kernel kernel, cl_kernel_info name, size_t size, void* value, size_t* size_ret) {
-  return ask<op::get_kernel_info>(kernel, name, size, value, size_ret);
 }
 cl_int clGetKernelArgInfo(cl_kernel handle, cl_uint index, cl_kernel_arg_info name, size_t size, void* value,
                           size_t* size_ret) {
@@ -385,7 +348,4 @@ cl_int clGetKernelArgInfo(cl_kernel handle, cl_uint index, cl_kernel_arg_info na
 cl_int clGetKernelWorkGroupInfo(cl_kernel kernel, cl_device_id device, cl_kernel_work_group_info name,
                                 size_t size, void* value, size_t* size_ret) {
   return ask<op::get_kernel_work_group_info>(kernel, device, name, size, value, size_ret);
-}
-cl_int clReleaseKernel(cl_kernel kernel) {
-  return count_reference<op::release_kernel>(kernel);
 }

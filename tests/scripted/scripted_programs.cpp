@@ -34,11 +34,10 @@ std::vector<kernel_description> find_kernels(const std::string& text) {
 
 program* make_program(session& now, void* context_handle, program::origin from, const std::string& text) {
   const auto made = std::make_shared<program>();
-  made->owner = now.world.find<context>(context_handle)->owner;
   made->from = from;
   made->text = text;
   now.log.text = text;
-  now.world.add(made);
+  now.world.add(now.world.find<context>(context_handle)->owner, made);
   return made.get();
 }
 
@@ -129,7 +128,7 @@ void* make_kernel(session& now, const std::shared_ptr<program>& from, const kern
   made->description = which;
   made->arguments.resize(which.parameters.size());
   made->buffers.resize(which.parameters.size());
-  return now.world.add(made);
+  return now.world.add(from->owner, made);
 }
 
 std::int32_t create_kernel(session& now, qv::create_kernel_record& record) {
@@ -163,90 +162,68 @@ std::string kernel_names(const program& of) {
   return names;
 }
 
+// By parameter; what the test has set comes first.
+template <class Record>
+std::int32_t answer_by(session& now, const Record& record,
+                       std::initializer_list<std::pair<std::uint32_t, bytes>> answers) {
+  if (const auto own = own_answer(now.owner, record.param_name))
+    return answer_query(*own, record);
+  for (const auto& [parameter, answer] : answers)
+    if (parameter == record.param_name)
+      return answer_query(answer, record);
+  return invalid_value;
+}
+
 std::int32_t get_program_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<program>(record.object);
   const std::string binary = "BIN:" + found->text;
-  if (const auto own = own_answer(now.owner, record.param_name))
-    return answer_query(*own, record);
-  switch (record.param_name) {
-  case 0x1163: // DEVICES
-    return answer_query(value_answer(found->owner), record);
-  case 0x1164: // SOURCE
-    return answer_query(text_answer(found->from == program::origin::source ? found->text : ""), record);
-  case 0x1165: // BINARY_SIZES
-    return answer_query(value_answer(binary.size()), record);
-  case 0x1166: // BINARIES: the value is an array of addresses
-    if (record.param_value == nullptr)
-      return answer_query(value_answer(binary.data()), record);
+  constexpr std::uint32_t binaries = 0x1166; // the value is an array of addresses
+  if (record.param_name == binaries && record.param_value != nullptr) {
     std::memcpy(*static_cast<void**>(record.param_value), binary.data(), binary.size());
     return 0;
-  case 0x1168: // KERNEL_NAMES
-    return now.log.capability < 3 ? invalid_value : answer_query(text_answer(kernel_names(*found)), record);
-  case 0x1169: // IL
-    return answer_query(bytes(found->il.begin(), found->il.end()), record);
-  default:
-    return invalid_value;
   }
+  const std::uint32_t kernel_names_from_1_2 = now.log.capability < 3 ? 0 : 0x1168;
+  return answer_by(
+      now, record,
+      {{0x1163, value_answer(found->owner)},                                             // DEVICES
+       {0x1164, text_answer(found->from == program::origin::source ? found->text : "")}, // SOURCE
+       {0x1165, value_answer(binary.size())},                                            // BINARY_SIZES
+       {binaries, value_answer(binary.data())},
+       {kernel_names_from_1_2, text_answer(kernel_names(*found))},
+       {0x1169, bytes(found->il.begin(), found->il.end())}}); // IL
 }
 
 std::int32_t get_build_info(session& now, qv::get_object_device_info_record& record) {
   const auto found = now.world.find<program>(record.object);
-  if (const auto own = own_answer(now.owner, record.param_name))
-    return answer_query(*own, record);
-  switch (record.param_name) {
-  case 0x1181: // STATUS
-    return answer_query(value_answer(found->build_status), record);
-  case 0x1183: // LOG
-    return answer_query(text_answer(found->log), record);
-  default:
-    return invalid_value;
-  }
+  return answer_by(now, record,
+                   {{0x1181, value_answer(found->build_status)}, // STATUS
+                    {0x1183, text_answer(found->log)}});         // LOG
 }
 
 std::int32_t get_kernel_info(session& now, qv::get_object_info_record& record) {
   const auto found = now.world.find<kernel>(record.object);
-  const auto& required = found->description.required_size;
-  if (const auto own = own_answer(now.owner, record.param_name))
-    return answer_query(*own, record);
-  switch (record.param_name) {
-  case 0x1190: // FUNCTION_NAME
-    return answer_query(text_answer(found->description.name), record);
-  case 0x1191: // NUM_ARGS
-    return answer_query(value_answer(static_cast<std::uint32_t>(found->arguments.size())), record);
-  case 0x1194: // PROGRAM
-    return answer_query(value_answer(static_cast<object*>(found->parent.get())), record);
-  case 0x1195: // ATTRIBUTES
-    return answer_query(text_answer(required[0] != 0 ? "reqd_work_group_size" : ""), record);
-  default:
-    return invalid_value;
-  }
+  const auto& [name, parameters, types, required] = found->description;
+  return answer_by(now, record,
+                   {{0x1190, text_answer(name)},                                             // FUNCTION_NAME
+                    {0x1191, value_answer(static_cast<std::uint32_t>(parameters.size()))},   // NUM_ARGS
+                    {0x1194, value_answer(static_cast<object*>(found->parent.get()))},       // PROGRAM
+                    {0x1195, text_answer(required[0] != 0 ? "reqd_work_group_size" : "")}}); // ATTRIBUTES
 }
-
-constexpr std::uint64_t custom = 16;
 
 std::int32_t get_work_group_info(session& now, qv::get_object_device_info_record& record) {
   const auto found = now.world.find<kernel>(record.object);
   if (record.device != &now.owner)
     return kernel::invalid;
-  if (const auto own = own_answer(now.owner, record.param_name))
-    return answer_query(*own, record);
-  switch (record.param_name) {
-  case 0x11B0: // WORK_GROUP_SIZE
-    return answer_query(value_answer(now.owner.options.work_group_size), record);
-  case 0x11B1: // COMPILE_WORK_GROUP_SIZE
-    return answer_query(value_answer(found->description.required_size), record);
-  case 0x11B2: // LOCAL_MEM_SIZE
-    return answer_query(value_answer(std::uint64_t{0}), record);
-  case 0x11B3: // PREFERRED_WORK_GROUP_SIZE_MULTIPLE
-    return answer_query(value_answer(std::uint64_t{32}), record);
-  case 0x11B5: // GLOBAL_WORK_SIZE: of built-in kernels, and of custom devices
-    return found->parent->from == program::origin::builtin ||
-                   device_info(now.owner, now.log.capability, 0x1000) == value_answer(custom)
-               ? answer_query(value_answer(std::array<std::uint64_t, 3>{1024, 512, 256}), record)
-               : invalid_value;
-  default:
-    return invalid_value;
-  }
+  constexpr std::uint64_t custom = 16;
+  const bool has_global_size = found->parent->from == program::origin::builtin ||
+                               device_info(now.owner, now.log.capability, 0x1000) == value_answer(custom);
+  return answer_by(
+      now, record,
+      {{0x11B0, value_answer(now.owner.options.work_group_size)}, // WORK_GROUP_SIZE
+       {0x11B1, value_answer(found->description.required_size)},  // COMPILE_WORK_GROUP_SIZE
+       {0x11B2, value_answer(std::uint64_t{0})},                  // LOCAL_MEM_SIZE
+       {0x11B3, value_answer(std::uint64_t{32})},                 // PREFERRED_WORK_GROUP_SIZE_MULTIPLE
+       {has_global_size ? 0x11B5 : 0, value_answer(std::array<std::uint64_t, 3>{1024, 512, 256})}});
 }
 
 std::int32_t set_kernel_arg(session& now, qv::set_kernel_arg_record& record) {

@@ -8,10 +8,9 @@ namespace {
 void* make_queue(session& now, const context& parent, std::uint64_t properties) {
   constexpr std::uint64_t profiling = 2, on_device = 4;
   const auto made = std::make_shared<queue>();
-  made->owner = parent.owner;
   made->profiled = (properties & profiling) != 0;
   made->on_host = (properties & on_device) == 0;
-  return now.world.add(made);
+  return now.world.add(parent.owner, made);
 }
 
 std::int32_t create_command_queue(session& now, qv::create_command_queue_record& record) {
@@ -62,9 +61,8 @@ std::int32_t enqueue(session& now, Record& record, std::function<void()> run) {
   const auto failure = now.world.take_plan(way::event, now.log.operation);
   const auto made = std::make_shared<event>();
   made->profiled = target->profiled;
-  made->owner = target->owner;
   if (record.event != nullptr)
-    *record.event = now.world.add(made);
+    *record.event = now.world.add(target->owner, made);
   target->pending.push_back({std::move(run), made, failure ? failure->value : 0});
   return 0;
 }

@@ -80,22 +80,21 @@ bool contains(const std::string& text, std::string_view part) {
 
 // What OpenCL and the capability layer have as words for the fault.
 std::string_view words_of(const fault& planned) {
-  constexpr std::pair<std::int32_t, std::string_view> statuses[] = {
-      {-2, "Device is not available."},
-      {-4, "Failed to allocate memory."},
-      {-5, "Failed to allocate resources on the device."},
-      {-6, "Failed to allocate memory on the host."},
-      {-9999, "-9999"}};
-  constexpr std::pair<std::int32_t, std::string_view> codes[] = {
-      {-1, ""},
-      {-2, "Invalid command ID provided to capability call."},
-      {5, "Unknown error code returned by libqv."}};
-  const auto find = [&](const auto& rows) {
-    return std::find_if(std::begin(rows), std::end(rows),
-                        [&](const auto& row) { return row.first == planned.value; })
-        ->second;
-  };
-  return planned.how == way::size ? "" : planned.how == way::transport ? find(codes) : find(statuses);
+  constexpr struct {
+    bool is_transport;
+    std::int32_t value;
+    std::string_view words;
+  } all[] = {{false, -2, "Device is not available."},
+             {false, -4, "Failed to allocate memory."},
+             {false, -5, "Failed to allocate resources on the device."},
+             {false, -6, "Failed to allocate memory on the host."},
+             {false, -9999, "-9999"},
+             {true, -2, "Invalid command ID provided to capability call."},
+             {true, 5, "Unknown error code returned by libqv."}};
+  for (const auto& [is_transport, value, words] : all)
+    if (planned.how != way::size && is_transport == (planned.how == way::transport) && value == planned.value)
+      return words;
+  return "";
 }
 
 // Whether a failure with that code, which says this, is due to what happened. Want of memory may come in the way of describing
@@ -186,17 +185,19 @@ void work() {
     const std::string wrong = run_schedule(static_cast<unsigned>(now.which.first));
     return demand(wrong.empty(), wrong.c_str());
   }
-  world machine;
+  world machine = use_machine();
   now.has_started = true;
   scripted::take_calls();
   if (&what == &stop)
     return;
-  const ending ended = (machine.*what.run)(now.planned, now.which.first, now.which.second);
+  machine.planned = now.planned;
+  const ending ended = what.run(machine, now.which.first, now.which.second);
   shared->has_happened = allocation_has_failed() || call_has_failed();
   shared->allocations = allocations_seen();
   shared->calls = scripted::take_calls().size();
   check(ended, true);
-  check((machine.*what.run)({}, now.which.first, now.which.second), false);
+  machine.planned = {};
+  check(what.run(machine, now.which.first, now.which.second), false);
 }
 
 [[noreturn]] void run_here(const run_of& which, const fault& planned) {
@@ -215,7 +216,6 @@ void work() {
   if (now.which.what == &stop) {
     arm(now.planned);
     static const inside_call short_of_memory;
-    std::exit(0);
   }
   std::exit(0);
 }
@@ -231,8 +231,7 @@ public:
   sweep(bool is_long, const char* words) : is_long_(is_long), words_(words) {}
 
   // Each scenario on each machine, or on one of them.
-  template <class Body>
-  void over_all(Body body) {
+  void over_all(void (sweep::*body)(const run_of&)) {
     constexpr std::pair<std::uint32_t, std::uint32_t> machines[] = {{3, 6}, {1, 5}, {2, 4}};
     std::size_t next = 0;
     std::vector<const scenario*> all{&start, &stop};
@@ -247,7 +246,7 @@ public:
               if (contains(which.text(), words_)) {
                 run(which, {.allocation = UINT64_MAX, .call = INT32_MAX}); // which do not happen
                 which.live_allocations = shared->live_allocations;
-                body(which);
+                (this->*body)(which);
               }
             }
   }
@@ -357,17 +356,13 @@ int run_sweep(int argc, char** argv) {
     setenv((std::string(layer) + "_LOG_TARGET").c_str(), "console", 1);
     setenv((std::string(layer) + "_LOG_LEVEL").c_str(), "warn", 1);
   }
-  if (kind == "allocations")
-    all.over_all([&](const run_of& which) { all.allocations(which); });
-  else if (kind == "calls")
-    all.over_all([&](const run_of& which) { all.calls(which); });
-  else if (kind == "both")
-    all.over_all([&](const run_of& which) { all.both(which); });
-  else if (kind == "schedules")
-    all.schedules();
-  else
-    return std::fprintf(stderr, "usage: sweeps allocations|calls|both|schedules [long] [words]\n"), 2;
-  return all.end();
+  for (const auto& [name, body] :
+       {std::pair("allocations", &sweep::allocations), {"calls", &sweep::calls}, {"both", &sweep::both}})
+    if (kind == name)
+      return all.over_all(body), all.end();
+  if (kind == "schedules")
+    return all.schedules(), all.end();
+  return std::fprintf(stderr, "usage: sweeps allocations|calls|both|schedules [long] [words]\n"), 2;
 }
 
 } // namespace

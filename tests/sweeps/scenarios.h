@@ -30,45 +30,33 @@ inline void demand(bool holds, const char* what) {
     report_fault(what);
 }
 
-class world;
+// A machine in use, and what is to go wrong in it.
+struct world {
+  // What may go wrong.
+  template <class Action>
+  auto try_to(Action action) const {
+    arm(planned);
+    const auto ended = action();
+    disarm();
+    return ended;
+  }
+  caller::memory make_at(std::size_t where) const;
+  caller::property root_of(std::size_t which) const;
+
+  fault planned{};
+  std::vector<caller::device> devices = caller::devices();
+  caller::program programs[2];
+  caller::kernel add[2], eight[2];
+};
+world use_machine();
 
 struct scenario {
   const char* name;
-  ending (world::*run)(const fault& planned, std::size_t first, std::size_t second);
+  ending (*run)(const world& in, std::size_t first, std::size_t second);
   std::size_t choices = 1,
               second_choices = 1; // places, which are the host and two devices; or kinds of program
 };
 extern const std::vector<scenario> scenarios;
-
-// A machine in use.
-class world {
-public:
-  world();
-
-  ending list_devices(const fault&, std::size_t, std::size_t);
-  ending load(const fault&, std::size_t kind, std::size_t device);
-  ending fail_build(const fault&, std::size_t, std::size_t);
-  ending get_kernel(const fault&, std::size_t, std::size_t);
-  ending allocate(const fault&, std::size_t, std::size_t);
-  ending give_up(const fault&, std::size_t where, std::size_t);
-  ending launch_with_one(const fault&, std::size_t where, std::size_t);
-  ending launch_with_eight(const fault&, std::size_t where, std::size_t);
-  ending read(const fault&, std::size_t where, std::size_t);
-  ending write(const fault&, std::size_t where, std::size_t);
-  ending fill(const fault&, std::size_t where, std::size_t);
-  ending copy(const fault&, std::size_t from, std::size_t to);
-  ending read_properties(const fault&, std::size_t of, std::size_t);
-  ending write_string(const fault&, std::size_t of, std::size_t);
-  ending follow_errors(const fault&, std::size_t, std::size_t);
-
-private:
-  caller::memory make_at(std::size_t where) const;
-  std::vector<caller::property> roots() const;
-
-  std::vector<caller::device> devices_ = caller::devices();
-  caller::program programs_[2];
-  caller::kernel add_[2], eight_[2];
-};
 
 // Not of the list: 32 threads do everything at random. What went wrong first, or nothing.
 std::string run_schedule(unsigned seed);

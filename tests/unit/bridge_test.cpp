@@ -1,18 +1,21 @@
-// Handles from their making to their end, and the gate that calls pass.
+// Handles from their making to their end, and from exceptions to error objects.
 #include "abi/bridge.h"
 #include "abi/error_object.h"
-#include "base/end_of_process.h"
-#include "base/unique_identifier.h"
-#include "ir/logical_operation.h"
 #include "memory/library_memory.h"
+#include "properties/property.h"
 #include "tests/error_of.h"
+#include "tests/failing_memory.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <barrier>
 #include <chrono>
+#include <stdexcept>
+#include <string>
 #include <thread>
+#include <tuple>
+#include <vector>
 
 namespace oryn::tarva::library {
 
@@ -105,32 +108,118 @@ TEST(bridge, teardown_drops_objects_once_and_waits_a_while_for_a_held_lock) {
   std::free(handle);
 }
 
-TEST(call_gate, lets_none_in_once_closed_and_waits_for_those_inside) {
-  using namespace std::chrono_literals;
-  call_gate gate;
-  std::atomic<bool> inside = false;
-  std::atomic<bool> leave = false;
-  std::thread caller([&] {
-    const call_gate::permit permit(gate);
-    inside = permit.is_granted();
-    while (!leave)
-      std::this_thread::yield();
-  });
-  while (!inside)
-    std::this_thread::yield();
+struct plain_exception : std::exception {
+  const char* what() const noexcept override { return "plain"; }
+};
 
-  gate.close();
-  EXPECT_FALSE(call_gate::permit(gate).is_granted());
-  EXPECT_FALSE(gate.wait_for_other_threads(5ms));
-  EXPECT_FALSE(gate.is_idle());
-  leave = true;
-  EXPECT_TRUE(gate.wait_for_other_threads(10s));
-  caller.join();
+struct nothing_nested : std::runtime_error, std::nested_exception {
+  nothing_nested() : std::runtime_error("alone") {}
+};
 
-  // A call that itself ends the process is not waited for, but is inside.
-  const call_gate::permit own(gate);
-  EXPECT_TRUE(gate.wait_for_other_threads(0ms));
-  EXPECT_FALSE(gate.is_idle());
+template <class Exception>
+std::exception_ptr made(const Exception& exception) {
+  return std::make_exception_ptr(exception);
+}
+std::exception_ptr nest(const std::exception_ptr& cause, const std::string& message) {
+  try {
+    try {
+      std::rethrow_exception(cause);
+    } catch (...) {
+      std::throw_with_nested(std::invalid_argument(message));
+    }
+  } catch (...) {
+    return std::current_exception();
+  }
+}
+
+// EXCEPTION_TYPE and EXCEPTION_MESSAGE.
+using link = std::pair<std::uint64_t, std::string>;
+
+link describe(error_object& error) {
+  const auto type = error.get_property({"ROOT", "EXCEPTION_TYPE"});
+  const auto message = error.get_property({"ROOT", "EXCEPTION_MESSAGE"});
+  return {*static_cast<const std::uint64_t*>(type->get_data()),
+          *static_cast<const char* const*>(message->get_data())};
+}
+
+TEST(error_conversion, gives_result_type_and_message_of_the_nearest_class_and_follows_nested_exceptions) {
+  const std::tuple<std::exception_ptr, tarva_abi_result, std::vector<link>> cases[] = {
+      {made(std::logic_error("a")), -3, {{1, "a"}}},
+      {made(std::domain_error("b")), -3, {{1, "b"}}},
+      {made(std::invalid_argument("c")), -3, {{2, "c"}}},
+      {made(std::length_error("d")), -3, {{3, "d"}}},
+      {made(std::out_of_range("e")), -4, {{4, "e"}}},
+      {made(std::runtime_error("f")), -4, {{5, "f"}}},
+      {made(std::overflow_error("")), -4, {{5, ""}}},
+      {made(7), -4, {{6, "Uknown exception"}}},
+      {made(plain_exception()), -4, {{7, "plain"}}},
+      {made(std::bad_weak_ptr()), -4, {{7, "bad_weak_ptr"}}},
+      {made(nothing_nested()), -4, {{5, "alone"}}},
+      {nest(nest(made(std::out_of_range("cause")), "inner"), "outer"),
+       -3,
+       {{2, "outer"}, {2, "inner"}, {4, "cause"}}},
+      {nest(made("no class"), "outer"), -3, {{2, "outer"}, {6, "Unknown exception."}}},
+      // Inside a chain, lack of memory is an exception like others.
+      {nest(made(std::bad_alloc()), "outer"), -3, {{2, "outer"}, {7, "std::bad_alloc"}}},
+  };
+  for (const auto& [exception, expected_result, expected_links] : cases) {
+    auto [result, error] = describe_exception(exception);
+    EXPECT_EQ(expected_result, result) << expected_links[0].second;
+    std::vector<link> links;
+    for (; error; error = error->get_nested_error())
+      links.push_back(describe(*error));
+    EXPECT_EQ(expected_links, links);
+  }
+}
+
+TEST(error_conversion, makes_no_object_of_success_and_lack_of_memory) {
+  abi_bridge bridge;
+  using converted = std::pair<tarva_abi_result, tarva_abi_error_s*>;
+  EXPECT_EQ(converted(0, nullptr), convert_exception(bridge, nullptr));
+  EXPECT_EQ(converted(-2, nullptr), convert_exception(bridge, made(std::bad_alloc())));
+  EXPECT_EQ(converted(-2, nullptr), convert_exception(bridge, made(std::bad_array_new_length())));
+}
+
+TEST(error_conversion, gives_minus_one_and_no_object_when_memory_runs_out_at_any_point) {
+  const std::exception_ptr failure =
+      nest(made(std::out_of_range("a cause that is too long for the room inside a string")),
+           "a failure that is too long for it, too, in any event");
+  std::size_t points = 0;
+  for (tarva_abi_error_s* handle = nullptr; !handle; ++points) {
+    abi_bridge bridge;
+    allocations_left = points;
+    const auto [result, error] = convert_exception(bridge, failure);
+    allocations_left = endless;
+    handle = error;
+    EXPECT_EQ(result, handle ? TARVA_ABI_LOGIC_FAILURE : TARVA_ABI_UNKNOWN_FAILURE) << points;
+    if (handle)
+      bridge.release_error(handle);
+    ASSERT_LT(points, 100U);
+  }
+  EXPECT_GT(points, 4U) << "two messages, two objects and an entry in the table at least";
+}
+
+// An array of handles that cannot be completed has ended those that were made. That of devices is seen by the sweeps.
+TEST(arrays_of_handles, keep_nothing_when_memory_runs_out_at_any_point) {
+  const auto memory = make_memory();
+  const std::vector<abi_bridge::owned_property> properties(3, {memory->get_property({"ROOT"}), memory});
+  const auto before = memory.use_count();
+  bool has_handles = false;
+  for (std::size_t points = 0; !has_handles; ++points) {
+    ASSERT_LT(points, 100U);
+    abi_bridge bridge;
+    allocations_left = points;
+    tarva_abi_property_array_s* const handles = bridge.make_property_array(properties);
+    allocations_left = endless;
+    has_handles = handles->properties[2] != nullptr;
+    EXPECT_EQ(memory.use_count(), before + (has_handles ? 3 : 0));
+    for (std::size_t i = 0; i < 3; ++i) {
+      EXPECT_EQ(handles->properties[i] != nullptr, has_handles);
+      bridge.release_property(handles->properties[i]);
+    }
+    std::free(handles->properties);
+    std::free(handles);
+  }
 }
 
 } // namespace

@@ -83,11 +83,11 @@ protected:
   fs::path directory;
 };
 
-TEST_F(logging_test, is_silent_and_leaves_no_file_without_environment) {
-  EXPECT_EQ("0\n", play({}));
-}
+const variables to_console{{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "console"}};
+const variables to_file{{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "file"}};
 
 TEST_F(logging_test, writes_the_lines_from_its_level_on_in_the_one_pattern) {
+  EXPECT_EQ("0\n", play({})) << "silent without an environment";
   const std::string lines[] = {"[tarva] [trace] level 0\n",    "[tarva] [debug] level 1\n",
                                "[tarva] [info] level two\n",   "[tarva] [warning] level three\n",
                                "[tarva] [error] level true\n", "[tarva] [critical] level -5 0x0\n"};
@@ -104,7 +104,7 @@ TEST_F(logging_test, keeps_a_line_one_line_and_shows_what_a_terminal_would_obey)
   EXPECT_EQ(
       "0\n[tarva] [info] a\\x0a[2026] \\x1b[2J\\x7f\\x09|\\xc2\\x85\\xe2\\x80\\xae\\xe2\\x81\\xa6|\\xff\\xc3|ä \n"
       "[tarva] [info] two\nlines\n",
-      play({{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "console"}}, [] {
+      play(to_console, [] {
         tarva::log_info("{}|{}|{}|{}", "a\n[2026] \033[2J\177\t",
                         std::string("\302\205\342\200\256\342\201\246"), "\377\303", "ä ");
         tarva::log_info("{}", logging::own_lines{"two\nlines"});
@@ -128,7 +128,7 @@ TEST_F(logging_test, tells_of_a_variable_that_is_no_number) {
   EXPECT_EQ(
       "0\n[tarva] [warning] TARVA_BUSY_WAIT_US is no number of microseconds, so no wait looks before it "
       "sleeps: soon\n",
-      play({{"TARVA_LOG_LEVEL", "warn"}, {"TARVA_LOG_TARGET", "console"}, {"TARVA_BUSY_WAIT_US", "soon"}},
+      play({to_console[0], to_console[1], {"TARVA_BUSY_WAIT_US", "soon"}},
            tarva::library::read_busy_wait_limit));
 }
 
@@ -157,8 +157,7 @@ TEST_F(logging_test, creates_its_file_if_it_can_whatever_its_level) {
 }
 
 TEST_F(logging_test, leaves_its_file_to_its_owner_and_to_no_other_program) {
-  const variables environment{{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "file"}};
-  EXPECT_EQ("0\ntarva.log:\n[tarva] [info] here\n", play(environment, [] {
+  EXPECT_EQ("0\ntarva.log:\n[tarva] [info] here\n", play(to_file, [] {
               umask(0);
               tarva::log_info("here");
               for (int file = 3; file < 100; ++file)
@@ -170,27 +169,27 @@ TEST_F(logging_test, leaves_its_file_to_its_owner_and_to_no_other_program) {
 }
 
 TEST_F(logging_test, opens_again_after_a_want_of_memory) {
-  for (const char* target : {"console", "file"}) {
+  for (const variables& target : {to_console, to_file}) {
     std::string traces;
     for (failing_point = 1; traces.rfind("1\n", 0) != 0; ++failing_point) {
-      traces = play({{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", target}}, [] {
+      traces = play(target, [] {
         failing_allocation = failing_point;
         tarva::log_info("first");
         failing_allocation = endless;
         tarva::log_info("second");
         std::exit(has_failed ? 0 : 1);
       });
-      EXPECT_NE(traces.find("[tarva] [info] second\n"), traces.npos) << target << failing_point;
+      EXPECT_NE(traces.find("[tarva] [info] second\n"), traces.npos) << failing_point;
       fs::remove(directory / "tarva.log");
     }
-    EXPECT_GT(failing_point, 5U) << target;
+    EXPECT_GT(failing_point, 5U);
   }
 }
 
 TEST_F(logging_test, writes_without_memory_what_it_can) {
   EXPECT_EQ("0\n[tarva] [info] short 1\n[tarva] [info] {} and {}\n[tarva] [info] " + std::string(150, 'x') +
                 "\n",
-            play({{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "console"}}, [] {
+            play(to_console, [] {
               const std::string some(300, 'x'), many(1000, 'x');
               tarva::get_logger();
               failure_lasts = true;
@@ -203,8 +202,7 @@ TEST_F(logging_test, writes_without_memory_what_it_can) {
 }
 
 TEST_F(logging_test, writes_until_it_is_closed_and_drops_later_lines) {
-  EXPECT_EQ("0\ntarva.log:\n[tarva] [info] in time\n",
-            play({{"TARVA_LOG_LEVEL", "info"}, {"TARVA_LOG_TARGET", "file"}}, [] {
+  EXPECT_EQ("0\ntarva.log:\n[tarva] [info] in time\n", play(to_file, [] {
               std::atexit([] { tarva::log_info("too late"); });
               tarva::get_logger();
               std::atexit([] { tarva::log_info("in time"); });
@@ -213,7 +211,7 @@ TEST_F(logging_test, writes_until_it_is_closed_and_drops_later_lines) {
 
 TEST_F(logging_test, identifiers_count_up_until_the_pool_is_spent) {
   EXPECT_EQ("1\n[tarva] [critical] Pool of unique identifiers within the library has been exhausted.\n",
-            play({{"TARVA_LOG_LEVEL", "critical"}, {"TARVA_LOG_TARGET", "console"}}, [] {
+            play(to_console, [] {
               using namespace tarva::library;
               if (get_unique_identifier() != 0 || get_unique_identifier() != 1)
                 std::exit(2);

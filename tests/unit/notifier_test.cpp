@@ -1,10 +1,12 @@
-// Waking and waiting.
+// Waking and waiting, and the lock that is passed on in order.
+#include "base/fair_mutex.h"
 #include "base/notifier.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>
+#include <numeric>
 #include <sched.h>
 #include <stdexcept>
 #include <thread>
@@ -18,16 +20,8 @@ void busy_wait(const char* microseconds) {
   read_busy_wait_limit();
 }
 
-// A notifier that is closed when the test ends, as every notifier should be.
-class notifier_test : public testing::Test {
-public:
-  ~notifier_test() override { bell.close(); }
-
-protected:
+TEST(notifier, asks_once_before_it_sleeps_and_never_when_closed) {
   notifier bell;
-};
-
-TEST_F(notifier_test, asks_once_before_it_sleeps_and_never_when_closed) {
   int asked = 0;
   bell.wait([&] { return ++asked > 0; });
   EXPECT_EQ(1, asked);
@@ -44,12 +38,11 @@ TEST_F(notifier_test, asks_once_before_it_sleeps_and_never_when_closed) {
 }
 
 // The sender changes the condition and rings at any moment of the waiters' way into their sleep.
-void ring_at_any_moment(const notifier& bell) {
+void ring_at_any_moment() {
   constexpr int rounds = 10000, waiter_count = 3;
-  notifier answer;
+  notifier bell, answer;
   std::atomic<int> sent = 0, seen = 0;
   std::vector<std::thread> waiters;
-  waiters.reserve(waiter_count);
   for (int waiter = 0; waiter < waiter_count; ++waiter)
     waiters.emplace_back([&] {
       for (int round = 1; round <= rounds; ++round) {
@@ -68,30 +61,25 @@ void ring_at_any_moment(const notifier& bell) {
   }
   for (std::thread& each : waiters)
     each.join();
+  bell.close();
   answer.close();
 }
 
-TEST_F(notifier_test, no_wake_up_is_lost) {
+TEST(notifier, no_wake_up_is_lost) {
   for (const char* microseconds : {"0", "20"}) {
     busy_wait(microseconds);
-    ring_at_any_moment(bell);
+    ring_at_any_moment();
   }
 }
 
 TEST(busy_wait, is_read_from_the_environment) {
-  for (const auto& [text, limit] : {std::pair{"200", 200},
-                                    {"1000", 1000},
-                                    {"1001", 1000},
-                                    {"0", 0},
-                                    {"", 0},
-                                    {"99999999999999999999", 1000},
-                                    {"-5", 0},
-                                    {"20x", 0},
-                                    {"1.5", 0}}) {
+  using row = std::pair<const char*, int>;
+  for (const auto& [text, limit] :
+       {row{"200", 200}, row{"1000", 1000}, row{"1001", 1000}, row{"0", 0}, row{"", 0}, row{"-5", 0},
+        row{"20x", 0}, row{"1.5", 0}, row{"99999999999999999999", 1000}}) {
     busy_wait(text);
     EXPECT_EQ(get_busy_wait_limit().count(), limit) << text;
   }
-  busy_wait("7");
   unsetenv("TARVA_BUSY_WAIT_US");
   read_busy_wait_limit();
   EXPECT_EQ(get_busy_wait_limit().count(), 0);
@@ -160,6 +148,35 @@ TEST(notifier, survives_its_end_in_the_waiter) {
     owned.reset();
     return false;
   });
+}
+
+TEST(fair_mutex, passes_the_turn_on_in_the_order_of_joining) {
+  constexpr std::size_t count = 8;
+  fair_mutex queues[2];
+  std::vector<fair_mutex::place> places[2] = {std::vector<fair_mutex::place>(count),
+                                              std::vector<fair_mutex::place>(count)};
+  std::vector<std::size_t> order;
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t queue = 0; queue < 2; ++queue)
+      EXPECT_EQ(places[queue][i].join(queues[queue]), i == 0);
+  // Those who wait begin to wait in the reverse order, each for two queues.
+  for (std::size_t i = count; i-- > 0;)
+    threads.emplace_back([&, i] {
+      for (auto& each : places)
+        each[i].wait_for_turn();
+      order.push_back(i);
+      for (std::size_t queue = 0; queue < 2; ++queue)
+        places[queue][i].leave();
+    });
+  for (std::thread& each : threads)
+    each.join();
+  std::vector<std::size_t> expected(count);
+  std::iota(expected.begin(), expected.end(), 0U);
+  EXPECT_EQ(order, expected);
+  fair_mutex::place after;
+  EXPECT_TRUE(after.join(queues[0])) << "nobody is left in the queue";
+  EXPECT_EQ(after.give_up(), nullptr);
 }
 
 } // namespace

@@ -12,31 +12,13 @@
 namespace oryn::tarva::library {
 namespace {
 
+// Callers go by them, so they are on record: by their checksum.
 TEST(data_types, sizes_and_names_of_all_68) {
-  const std::pair<std::string, std::uint64_t> scalars[] = {
-      {"uint8_t", 1},  {"int8_t", 1},  {"uint16_t", 2}, {"int16_t", 2}, {"uint32_t", 4}, {"int32_t", 4},
-      {"uint64_t", 8}, {"int64_t", 8}, {"half", 2},     {"float", 4},   {"double", 8}};
-  std::uint64_t value = 0;
-  const auto expect_next = [&value](const std::string& name, std::uint64_t bytes) {
-    ++value;
-    EXPECT_EQ(data_type_name(data_type{value}), name) << value;
-    EXPECT_EQ(element_size(data_type{value}), bytes) << name;
-  };
-  expect_next("string", 1);
-  expect_next("boolean", 4);
-  for (const auto& [name, bytes] : scalars)
-    expect_next(name, bytes);
-  for (const auto& [name, bytes] : scalars)
-    for (const std::uint64_t components : {2, 3, 4, 8, 16}) {
-      const std::size_t end = name.find("_t");
-      const bool is_integer = end != std::string::npos;
-      expect_next(name.substr(0, end) + (is_integer ? "v" : "") + std::to_string(components) +
-                      (is_integer ? "_t" : ""),
-                  bytes * (components == 3 ? 4 : components));
-    }
-  EXPECT_EQ(value, 68u);
-  EXPECT_EQ(static_cast<std::uint64_t>(data_type::double16_), 68u);
-  EXPECT_EQ(static_cast<std::uint64_t>(data_type::uint16v3_), 25u);
+  std::string all;
+  for (std::uint64_t value = 1; value <= 68; ++value)
+    all += std::string(data_type_name(data_type{value})) + " " +
+           std::to_string(element_size(data_type{value})) + "\n";
+  EXPECT_EQ(checksum_of(all), 16538978507871038778u) << all;
 }
 
 TEST(data_types, values_outside_the_table_are_refused) {
@@ -105,19 +87,9 @@ public:
   std::shared_ptr<property_base> root() { return get_property({"ROOT"}); }
 };
 
-template <class T>
-std::shared_ptr<property_base> make_value(fake_owner& owner, T value) {
-  return make_described_property(&owner, {"ROOT", "X"}, "Friend", "Text.", std::move(value));
-}
-
 TEST(properties, without_owner_or_value) {
-  const property_base empty;
-  EXPECT_TRUE(empty.is_empty());
-  EXPECT_FALSE(empty.has_data());
-  EXPECT_EQ(empty.get_name_pointer() + empty.get_friendly_name() + empty.get_description(), "");
-  EXPECT_EQ(error_of([&] { empty.get_children(); }),
+  EXPECT_EQ(error_of([] { property_base().get_children(); }),
             "Expected property to have a valid pointer to an object inherited from property_interface.");
-
   fake_owner owner;
   const auto root = owner.root();
   EXPECT_EQ(root->get_element_count(), 0u);
@@ -130,14 +102,16 @@ TEST(properties, without_owner_or_value) {
 
 TEST(properties, hold_what_the_caller_reads) {
   fake_owner owner;
-  const auto strings = make_value(owner, std::vector<std::string>{"first", "second"});
+  const auto make_value = [&](auto value) {
+    return make_described_property(&owner, {"ROOT", "X"}, "Friend", "Text.", std::move(value));
+  };
+  const auto strings = make_value(std::vector<std::string>{"first", "second"});
   EXPECT_EQ(strings->get_data_type(), data_type{1});
   EXPECT_STREQ(static_cast<const char* const*>(strings->get_data())[1], "second");
   EXPECT_EQ(error_of<std::out_of_range>([&] { strings->element_to_string(2); }),
             "Attempting to access element index 2 of the property but only 2 elements exist.");
-
   const auto expect_value = [&](auto value, std::uint64_t type, const auto& stored, const char* text) {
-    const auto made = make_value(owner, value);
+    const auto made = make_value(value);
     EXPECT_EQ(made->get_data_type(), data_type{type});
     EXPECT_EQ(made->get_element_count() * element_size(data_type{type}), sizeof stored);
     EXPECT_EQ(std::memcmp(made->get_data(), &stored, sizeof stored), 0) << type;
@@ -149,9 +123,7 @@ TEST(properties, hold_what_the_caller_reads) {
   expect_value(std::array<std::uint64_t, 3>{7, 8, 9}, 9, std::array<std::uint64_t, 3>{7, 8, 9}, "9");
   EXPECT_EQ(error_of([&] { make_described_property(&owner, {}, "", "", true); }),
             "Expected path to be non-empty.");
-  const auto none = make_value(owner, std::vector<std::string>{});
-  EXPECT_TRUE(none->has_data());
-  EXPECT_EQ(none->get_data(), nullptr);
+  EXPECT_EQ(make_value(std::vector<std::string>{})->get_data(), nullptr);
 }
 
 TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
@@ -159,8 +131,7 @@ TEST(property_dictionaries, refuse_duplicates_and_unknown_names) {
   dictionary.add("KEY", "first", "one");
   EXPECT_EQ(error_of([&] { dictionary.add("KEY", "second", "two"); }),
             "Inserting a duplicate entry for the fieldname \"KEY\" into the property dictionary.");
-  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name + dictionary.get_texts("KEY")->description,
-            "firstone");
+  EXPECT_EQ(dictionary.get_texts("KEY")->friendly_name, "first");
   EXPECT_EQ(error_of([&] { dictionary.get_texts("OTHER"); }),
             "Could not find the fieldname \"OTHER\" in the property dictionary.");
 }
@@ -170,8 +141,7 @@ fake_owner make_tree() {
   owner.add("FLAG", false);
   owner.add("WORDS", std::vector<std::string>{"a<b", "plain up to the last character >"});
   owner.add("NOTHING", std::vector<unsigned char>{});
-  owner.children.emplace_back(
-      "GONE", [](fake_owner&, const property_path&) { return std::make_shared<property_base>(); });
+  owner.children.emplace_back("GONE", [](auto&, auto&) { return std::make_shared<property_base>(); });
   return owner;
 }
 
