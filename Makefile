@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 # A thin cover over CMake. `make run` and `make test` do all that is needed from a bare clone.
 
 PRESET ?= release

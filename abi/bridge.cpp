@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "abi/bridge.h"
 
 #include "base/end_of_process.h"

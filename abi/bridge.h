@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The bridge between the caller's handles and the library's shared objects.
 #pragma once
 

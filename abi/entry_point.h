@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the exported functions are made of. Each stands once, in one of exported_*.cpp: the checks of its arguments, their
 // conversion to library objects, the work, and the handles that go back, all inside a frame:
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "abi/error_object.h"
 
 #include "abi/bridge.h"

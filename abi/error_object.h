@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A failure as data: the error objects that callers are given, and how exceptions become such objects.
 #pragma once
 

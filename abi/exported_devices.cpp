@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The exported functions for devices, programs, and kernels up to their launch, and the versions of the library.
 #include "abi/entry_point.h"
 #include "objects/intermediate_representation.h"

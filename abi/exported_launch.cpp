@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The exported function that launches a kernel.
 #include "abi/entry_point.h"
 #include "ir/logical_operation.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The exported functions for memory objects, the operations on them, and the futures of reads and writes.
 #include "abi/entry_point.h"
 #include "ir/logical_operation.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The exported functions for errors, and for the property trees of all objects.
 #include "abi/entry_point.h"
 #include "abi/error_object.h"

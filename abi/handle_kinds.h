@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The seven kinds of handle: the records behind the opaque pointers of the interface, the library objects that these stand
 // for, and the words in which a wrong handle is refused. A new kind is a new record and a new handle_traits.
 #pragma once

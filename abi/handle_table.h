@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The bridge's parts: what it knows of one handle, the table of all live handles of one kind, and the quarantine of records
 // whose handle has ended.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "abi/tarva_singleton.h"
 
 #include "abi/error_object.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A hash map with addresses as keys, for tables that grow very large: those of the handles.
 #pragma once
 

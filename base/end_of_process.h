@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The end of the process, and with it the stop of the library. A library does not choose when its host ends, nor on which
 // thread, nor in the middle of what. All that follows from this is in this file and its source.
 //

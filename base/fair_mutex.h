@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A lock that is passed on in the order in which threads have asked for it.
 #pragma once
 

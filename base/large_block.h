@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Storage for large blocks: the content of memory objects on the host, and tables that grow large.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // How lines are written without harm to the host: the file that they go to, and the signals that a write may raise.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Two loggers, one for the library and one for the access layer below it. They are configured through the environment only
 // and silent by default. The logging library behind them is not visible here, so that it can stay private to this one.
 #pragma once

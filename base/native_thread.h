@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Threads with a name and a stack of their own size, neither of which the standard library's have.
 //
 // This header needs nothing but the system, so that each library of the project can include it.

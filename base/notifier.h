@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // How threads of the library wait for each other: the system calls, event_count, the place to sleep, and notifier, the wake-up that
 // objects share. All are free of locks. Before a thread sleeps it may look out for the event for a while, if the
 // environment variable TARVA_BUSY_WAIT_US asks for that.

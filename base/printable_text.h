@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Text from elsewhere, such as what a driver calls its device, on its way to a log or a terminal. It may hold what ends a line and
 // forges the next, moves the cursor, turns the direction of what follows, or is no text at all.
 //

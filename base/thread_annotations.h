@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Locks that the compiler understands. With -Wthread-safety, clang refuses code that touches a member without the lock
 // that guards it, takes a lock twice, or leaves a function with it held. The standard library's own locks carry no such
 // annotations, so those of this header take their place: they cost nothing and mean the same.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The identifiers of the library's objects: devices, programs, kernels, memory objects and blocks of memory.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Memory objects that come and go without being used. They begin on the host, so the other side is plain storage.
 #include "benchmarks/comparison.h"
 #include "benchmarks/measures.h"

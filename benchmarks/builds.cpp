@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Programs from source text.
 #include "benchmarks/comparison.h"
 #include "benchmarks/measures.h"

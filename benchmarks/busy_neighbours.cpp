@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Small writes to one device while launches of about a millisecond run on another. The library runs one operation at a
 // time, so each write waits for a launch; the other side has a thread and a queue for each device. Needs two devices.
 #include "benchmarks/comparison.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Measures several ways to do the same work against each other, in turn and in one run: on a machine whose speed
 // changes from one second to the next, only what is measured side by side can be compared.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A launch with an object that has never been on a device: one that has been written is moved there, into fresh storage,
 // and its storage on the host is given up; one that the launch is the first to write to has nothing to move.
 #include "benchmarks/comparison.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Handles: what each call does before its own work, by one thread and by several. Times are of all calls together, per
 // call: with as many processors as threads, and no dispute, they would fall as threads are added.
 #include "abi/bridge.h"

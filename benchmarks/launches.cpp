@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Launches of kernels that do nothing.
 #include "benchmarks/comparison.h"
 #include "benchmarks/kernels.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The price of one operation while more and more memory objects are alive.
 #include "benchmarks/comparison.h"
 #include "benchmarks/measures.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Many threads at a time: how much they get done together, how long each waits and how evenly they are served; the same work
 // on all devices at once; and the worst call while a table of handles grows and shrinks.
 #include "abi/bridge.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A launch on one device with an object that is on another. Needs two devices.
 #include "benchmarks/comparison.h"
 #include "benchmarks/kernels.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Two other C++ interfaces to OpenCL, each used as its documentation suggests. They bind OpenCL's functions by name, so
 // they live in a module of their own, which the program loads without making its names known.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The C++ bindings of OpenCL as a peer.
 #include "benchmarks/peer.h"
 

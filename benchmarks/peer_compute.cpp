@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Boost.Compute as a peer.
 #include "benchmarks/peer.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The whole property tree of a device, against the queries of OpenCL that tell what is in it.
 #include "benchmarks/comparison.h"
 #include "benchmarks/measures.h"

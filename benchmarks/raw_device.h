@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // OpenCL without the library: one device with its context and queues, and the calls that the library makes for the same
 // work. OpenCL is reached as the capability library reaches it.
 #pragma once

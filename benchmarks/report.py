@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """What the benchmarks have measured, as tables and as a plot."""
 
 OTHERS = ["raw", "floor", "fresh", "compute", "bindings", "fresh_write", "alone"]

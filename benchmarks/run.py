@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Runs all benchmarks and writes what they tell: results.json, all ratios (table.md), the main ones (summary.md) and a
 plot of size against ratio (sizes.svg).
 

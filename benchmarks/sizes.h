@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The sizes at which memory is measured, and how many rounds each is worth.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A process that starts, tells how long that took, and ends: with the library, if its path is given, or with OpenCL
 // alone. Writes the nanoseconds of the start, the resident kilobytes after it, and the time at which the end began.
 #include "benchmarks/comparison.h"

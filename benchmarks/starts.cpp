@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Start and stop of the library, and the memory it takes: each time a process of its own.
 #include "benchmarks/comparison.h"
 #include "benchmarks/measures.h"

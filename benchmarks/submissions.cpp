@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Many threads that launch on one device. The library runs one operation at a time; so does the other side, by a mutex.
 // Times are per launch, of all threads together.
 #include "benchmarks/comparison.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The library on its first device. What is measured are the calls of a C program; all else is done in C++.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Threads that do the same at the same time, and are there already when they are needed.
 #pragma once
 

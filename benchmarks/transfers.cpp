@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Writes, reads, fills and copies of memory that is on the device.
 #include "benchmarks/comparison.h"
 #include "benchmarks/measures.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The price of handing work to a thread and being told of its end, at its lowest: a mutex and a condition variable each
 // way, and everybody woken after the lock is let go.
 #pragma once

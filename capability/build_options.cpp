@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Options of a build, and names, which are text. How implementations read them is no part of any standard: what is told here
 // of their ways was found by trying.
 #include "capability/program_checks.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "capability/capability_rule.h"
 
 #include "capability/opencl_queries.h"

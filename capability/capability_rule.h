@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Under which capability a device is offered of its own accord, that is, unless QV_OPENCL_VERSIONS says otherwise.
 //
 // A device that reports OpenCL 1.0 to 2.2 is offered as that. From 3.0 on nearly all of 2.x is optional, so such a device is

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The wire format between the OpenCL access layer and the capability library: the commands, their numbers
 // under each capability, and their argument records. Both sides include this one header.
 //

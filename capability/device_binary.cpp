@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Device binaries.
 //
 // These formats are not specified anywhere; what is known of them is what the implementations write. A binary is only walked

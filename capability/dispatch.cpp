@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Two tables: the executors by the number of their command, which the compiler makes, and the slots of call handles. A command
 // looks into both and takes no lock.
 #include "capability/dispatch.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // From a call handle and the number of a command to what performs it.
 //
 // Call handles are opened and closed under a lock; commands take none here. A handle may be used by several threads at once.

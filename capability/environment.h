@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the environment asks of this library, and the lines that the library writes to the standard error stream.
 //
 //   QV_LOG              lines about what is left out of the machine, for an administrator who asks for them

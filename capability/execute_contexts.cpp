@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Contexts, queues and buffers.
 //
 // They are made of what was kept from trying the device where that will do, and counted here where OpenCL could refuse to

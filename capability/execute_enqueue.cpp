@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Work: transfers, copies, fills and launches, the wait for all of it, and the questions what has become of it.
 //
 // Each is checked for what some implementation would follow blindly, handed to OpenCL, and told of by an event, whatever

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Kernels, and the questions to them. What a kernel is, and what it remembers, is in kernels.h.
 #include "capability/executor.h"
 #include "capability/kernels.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Programs: made of source, binaries, built-in kernels or SPIR-V, and built.
 //
 // Compilers run in the process of the host, so nothing reaches one that is known to end it. Programs that are given out are

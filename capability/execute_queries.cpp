@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The questions that are answered without a kernel: to devices, contexts and programs. Most go to OpenCL as they are;
 // what this library knows better it answers itself, in the form that OpenCL would.
 #include "capability/executor.h"

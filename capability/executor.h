@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What performs one command: an executor reads the inputs of a record, calls OpenCL and writes the outputs.
 //
 // An executor runs on whatever thread has sent the command, several at once, and takes locks only through the objects that it

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The exported functions, and the one machine that they are about.
 #include "base/thread_annotations.h"
 #include "capability/machine.h"

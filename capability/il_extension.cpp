@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // clCreateProgramWithILKHR: the one way to OpenCL that is no command. A caller asks for its address, and calls that by itself
 // and without a call handle; so what is given out is a function of this library, which has to find by the context alone what
 // it belongs to. It checks what it is given, as the command for the core function does, and gives out a program of this

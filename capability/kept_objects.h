@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Objects made while a device was tried.
 //
 // That a device says that it is there does not mean that it works. So each is tried before it is offered, and what that has

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "capability/kernel_arguments.h"
 
 #include "base/thread_annotations.h"

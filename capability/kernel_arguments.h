@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What may be given to a kernel as an argument, as far as an implementation tells.
 //
 // Implementations follow a wrong argument blindly: a number where a buffer belongs, a buffer that was released, a null

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What is handed out as a program and as a kernel.
 //
 // Both are objects of this library that wrap OpenCL's. A launch makes a kernel, sets its arguments, and enqueues it, where a

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Looking at the machine: from the loader's platforms to devices that have been tried; then what callers ask of them.
 #include "capability/machine.h"
 

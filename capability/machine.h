@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The devices of the machine behind numbers: which there are, and the checks of what callers pass for them.
 //
 // A device is offered if it says what it is and gives a context and queues; whether it counts itself as available is a

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The table of entry points, filled from the loader's library and thinned by a platform's version.
 #include "capability/opencl_functions.h"
 

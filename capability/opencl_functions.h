@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The entry points of the machine's OpenCL loader that the commands need, and how they are called.
 //
 // No OpenCL is linked: the loader is opened when the machine is first looked at. The functions are a table, so that a

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Questions to OpenCL: the value of one parameter of a platform, device, context or kernel.
 //
 // All of OpenCL's query functions end alike, in the name of the parameter, the size and place for its value, and a place for

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Versions of OpenCL as platforms and devices tell them, and the capabilities that stand for them.
 //
 // Plain values and functions of text: any thread may call them, nothing is kept, and only the callers take memory.

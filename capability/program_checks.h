@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What may be handed to an implementation as part of a program: options, names, device binaries and modules.
 //
 // OpenCL leaves it open what an implementation does with garbage, and several end the process: a compiler runs in it. Each

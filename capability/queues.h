@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What is handed out as a command queue and as an event.
 //
 // Work that OpenCL refuses must not look done, and must not end whoever asked for it: it is handed out as an event that

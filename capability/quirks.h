@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Known quirks of OpenCL implementations: what ends the process or spoils its memory, and so must be kept from
 // happening, and what is answered wrongly.
 #pragma once

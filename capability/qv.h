@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* The capability library: six functions through which every OpenCL call of the process travels.
  *
  * A root device is one device of the machine. A node is one capability of a root device, that is one OpenCL

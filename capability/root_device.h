@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A root device: one OpenCL device of the machine, what is known of it, and whether it can be reached now.
 //
 // Root devices are made while the machine is looked at and do not change afterwards, but for what guards itself: the objects

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 # Language, warnings, visibility and sanitizers of every target of this project.
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 # CPack runs this when it has made the packages. In those with debug symbols it names the files by where it has laid them
 # itself, in a folder that only this machine has; here they get the names that they have when they are installed.
 foreach(package IN LISTS CPACK_PACKAGE_FILES)

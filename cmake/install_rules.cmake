@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 # What `cmake --install` puts where, in components: runtime, development, tools, licences.
 include(CMakePackageConfigHelpers)
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 # The logging library, compiled into the one source file that includes it. Its shared library is not linked:
 # that would share its registry of loggers with the process that the library is loaded into.
 

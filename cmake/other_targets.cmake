@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 # `format` rewrites every source file of the project in its style, `format-check` only reports what differs.
 
 find_program(TARVA_CLANG_FORMAT NAMES clang-format-14 clang-format)

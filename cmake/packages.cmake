@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 # What `cpack` makes: one Debian package for each component. The preset `package` sets the folders as Debian has them.
 find_program(DPKG_DEB dpkg-deb)
 if(NOT DPKG_DEB)

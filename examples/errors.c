@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* What failures look like: a request that makes no sense, a program that does not build, and a read whose work
  * fails. Each error object is asked for its message, and for the errors behind it. */
 #include <inttypes.h>

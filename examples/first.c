@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* The smallest useful program: one line for each OpenCL device of the machine. */
 #include <stdio.h>
 #include <tarva_abi.h>

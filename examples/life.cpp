@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Conway's game of life on a torus, shown in the terminal.  life [generations]
 #include <chrono>
 #include <cstdlib>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Bodies under their own gravity. Every frame is written as a picture in PGM format, and a bar tells how far it is.
 //   nbody <folder> [frames]
 #include <cmath>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Everything that the library tells of the best device, of a program, a kernel and a memory object.
 #include <iostream>
 #include <tarva.hpp>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The sum of many numbers. Each work-group adds its part up in local memory and writes one number; the same kernel
 // then runs over those, until one is left.
 #include <iostream>

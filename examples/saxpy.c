@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* y = a * x + y on the first device, in C. saxpy.cpp is the same in C++. */
 #include <inttypes.h>
 #include <stdio.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A SPIR-V module with a constant that is chosen when the program is built. It takes a device of OpenCL 2.2 whose
 // compiler takes SPIR-V; without one the example ends with status 77.
 #include <iostream>

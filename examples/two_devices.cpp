@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Two devices work on one memory object in turn. It belongs to neither: the library moves it to where it is needed
 // next. With one device only, that one plays both parts.
 #include <iostream>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What comes from below may be anything: each answer to a question, and whether something could be made, is now and then the
 // input's. Over the capability library that is scripted, and, as a second program, over an OpenCL that is.
 #include "fuzz/target.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Plays random conversations with the exported functions on scripted devices. After each, nothing of it may
 // be left and no rule of OpenCL may have been broken.
 #include "fuzz/conversation.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What libqv looks into before an implementation sees it: device binaries, SPIR-V modules and build options; and the lists of
 // versions that it reads. Each verdict is held against those on inputs that differ in a known way.
 #include "capability/environment.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Memory objects and futures, and failures on the devices.
 #include "fuzz/conversation.h"
 

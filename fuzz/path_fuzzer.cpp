@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The words that tarva-info is given: read as a command line, followed as the path of a property, and shown.
 #include "fuzz/target.h"
 #include "tools/tarva-info/arguments.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Programs of bytes from outside, through both libraries: of every kind, with any options and specialization constants, on the
 // platforms whose quirks are known.
 #include "fuzz/target.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Devices, programs, kernels and launches.
 #include "fuzz/conversation.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Properties, and the errors within errors.
 #include "fuzz/conversation.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Stands in for the fuzzing engine: the same inputs in every run. Those of the folders behind the first argument as they
 // are, and as many as that says at random, of which half are one of those with some bytes changed.
 #include "fuzz/target.h"

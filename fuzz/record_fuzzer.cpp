@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The six functions of libqv with whatever a caller may hand them: handles of its own, numbers of any kind, and for each command
 // a record whose fields are null, absurd or right. What no library can tell, such as an address that is none, is left out.
 #include "capability/qv.h"

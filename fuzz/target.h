@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the targets share: promises, and that the scripted machine has everything back.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// TARVA for C++17: a thin layer over tarva_abi.h, in headers alone.
 ///

@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /*
  * tarva_abi.h - the interface of liboryn-tarva.so.0
  *

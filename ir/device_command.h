@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The third of the three levels of operations: what a device's worker carries out, one after the other.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The first of the three levels of operations: what a caller asks for, and how it ended.
 #pragma once
 

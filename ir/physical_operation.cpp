@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "ir/physical_operation.h"
 
 namespace oryn::tarva::library::physical_ir {

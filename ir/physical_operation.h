@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The second of the three levels of operations: what is to be done on which device.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Blocks of host memory, and the byte order of what is in them.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Ranges of elements: what fits into a block and what does not. Here alone positions and counts, which are numbers of
 // elements, are compared with sizes; none of it can wrap around.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "objects/launch_limits.h"
 
 #include "access/common/opencl_constants.h"

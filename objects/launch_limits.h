@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What a launch of a kernel must respect, and what its parameters take, as far as the device's answers tell.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Devices as the library's own logic sees them, and the dispatchers that they have.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The values of the properties of a device: one way of reading for each row of the catalogue. OpenCL is asked each time, as a
 // device may become unavailable.
 #include "access/common/info_query.h"

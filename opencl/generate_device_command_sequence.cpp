@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What each kind of physical operation becomes on a device of OpenCL.
 #include "opencl/opencl_device_command.h"
 

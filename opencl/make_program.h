@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What a device of each OpenCL version takes as a program, and how OpenCL is given it.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "opencl/opencl_commands.h"
 
 #include "access/opencl/commands.h"

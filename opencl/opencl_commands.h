@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The device commands of the six OpenCL versions, which copy, fill and launch, and the queues on which they enqueue.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The devices of the six OpenCL versions: one class, written once.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // OpenCL commands as those see them who need not know a version: the worker of a device, and the making of commands.
 #pragma once
 

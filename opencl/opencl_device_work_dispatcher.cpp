@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "opencl/opencl_device_work_dispatcher.h"
 
 #include "base/end_of_process.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The dispatcher of one device with its worker, and what other devices tell it.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "opencl/read_launch_limits.h"
 
 #include "access/common/call_handle.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Catalogues: the property tree of a family of objects as a table, and what makes objects answer by it. There are
 // three, for devices, programs and kernels, each with a table of its own.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The data types of the library: those of properties, and those of the elements of memory objects and of kernel
 // arguments. One table says what each is; sizes, names, texts and byte orders all come from it. Plain values without
 // state, for any thread.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "properties/device_catalogue.h"
 
 namespace oryn::tarva::library {

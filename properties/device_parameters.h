@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The parameters of a device, as OpenCL's clGetDeviceInfo gives them: number, form, and the versions that have them.
 // This is the one place that states them. The access layer reads parameters by these rows, and the catalogue of
 // devices makes properties of them (properties/device_catalogue.cpp).

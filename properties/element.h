@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Elements of arrays of any data type: reading one as a C++ value, and its text.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "properties/program_and_kernel_catalogues.h"
 
 namespace oryn::tarva::library {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // One property as a user holds it: what it says of itself, its value, and the way to its children.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Values of properties on their way from an owner to its properties or to a visitor.
 #pragma once
 

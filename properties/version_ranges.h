@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The spans of OpenCL versions that parameters and properties exist in. The versions themselves are those of the
 // access layer, which stands above and is not needed here: their numbers are enough.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The lowering of a launch: the movement of its memory objects to the kernel's device.
 #include "ir/launch_checks.h"
 #include "memory/library_memory.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "scheduler/ultra_naive_scheduler.h"
 
 #include "ir/logical_operation.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Replaces the memory of the executable that includes this, in one of its files, so that it can run out.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The way to the capability library: the handle of a device, over which every command is sent, and the exceptions
 // for what goes wrong on the way, before any OpenCL status counts.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // One exception class for each status of the OpenCL standard, and what turns a status into it. The statuses with
 // their texts and bases stand in access/common/status_table.h.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Reading a parameter of an OpenCL object: a query knows what is asked of whom, and four forms know what to ask in
 // which order. Implementations differ in how faithfully they report sizes: some tell 0 for data that they do have,
 // some tell another size from one call to the next. Where a report makes no sense, the forms throw

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The values of the OpenCL standard that the access layer and the floors above it send or compare. OpenCL's own
 // headers are not used here: only the capability library speaks OpenCL itself. The parameters of devices have a table
 // of their own (properties/device_parameters.h), and so have the statuses with their texts

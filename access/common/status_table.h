@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Every status of the OpenCL standard with the base of its exception class and its text.
 #pragma once
 

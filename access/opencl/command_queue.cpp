@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 #include "access/opencl/command_queue.h"
 
 #include "access/common/opencl_constants.h"

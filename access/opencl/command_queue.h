@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The queues of a device. Up to 1.2 there is one kind of queue; from 2.0 on they are told apart by who enqueues to
 // them.
 #pragma once

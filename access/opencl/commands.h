@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The work that a queue takes: reading, writing, copying and filling buffers, and launching kernels. And the event,
 // which tells what became of it.
 #pragma once

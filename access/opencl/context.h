@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A context of OpenCL, which makes buffers, programs and queues for its devices.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A kernel of a program: what it tells about itself, and its arguments.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What all wrappers of OpenCL objects share: how they send commands, and how they hold one reference to their object.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A program of OpenCL: its build, its forms, and the kernels that it gives out.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The six versions of OpenCL, and what each can do. Every difference between them is stated here, in the table of
 // commands (capability/commands.h), or among the parameters of devices (properties/device_parameters.h).
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The classes of each version of OpenCL under their plain names, one namespace for each version. A name is missing
 // where its version has no such class. The floors above are templates over the version
 // themselves and do not need these; whoever works with one version does.

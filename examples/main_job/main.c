@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* The main job: lists the OpenCL devices of the machine, then does real work on the first of them and checks
  * all of it against the host. Usage: main_job [picture.png] */
 #include "report.h"

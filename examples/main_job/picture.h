@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* Writing a picture of iteration counts. */
 #ifndef MAIN_JOB_PICTURE_H
 #define MAIN_JOB_PICTURE_H

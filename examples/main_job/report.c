@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 #define _POSIX_C_SOURCE 200809L
 #include "report.h"
 

@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* What the main job prints: properties, errors, and how long its steps took. */
 #ifndef MAIN_JOB_REPORT_H
 #define MAIN_JOB_REPORT_H

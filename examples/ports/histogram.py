@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """How often each byte occurs. Each work-group counts in local memory, and adds that up at the end:
 
     python3 histogram.py [file for the result]

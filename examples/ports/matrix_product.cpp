@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The product of two matrices, of which each work-group keeps a tile in local memory:   matrix_product [file for the result]
 // matrix_product.py is the same in Python.
 #include "result.h"

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """The product of two matrices, of which each work-group keeps a tile in local memory:
 
     python3 matrix_product.py [file for the result]

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the three programs do with a result.
 #ifndef EXAMPLES_PORTS_RESULT_H
 #define EXAMPLES_PORTS_RESULT_H

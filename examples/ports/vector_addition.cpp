@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The sum of two vectors, with which introductions to OpenCL begin:   vector_addition [file for the result]
 // vector_addition.py is the same in Python.
 #include "result.h"

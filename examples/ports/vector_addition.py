@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """The sum of two vectors, with which introductions to OpenCL begin:   python3 vector_addition.py [file for the result]
 
 vector_addition.cpp is the same in C++.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// The devices of the machine.
 #ifndef TARVA_DEVICE_HPP

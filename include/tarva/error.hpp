@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// The failures that the library reports: exceptions, or results in a program without exceptions.
 #ifndef TARVA_ERROR_HPP

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// The caller's hold on a read or a write.
 #ifndef TARVA_FUTURE_HPP

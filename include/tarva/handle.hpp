@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// Ownership of the counted handles: devices, programs, kernels and memory objects.
 #ifndef TARVA_HANDLE_HPP

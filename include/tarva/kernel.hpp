@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// Kernels, which are called like functions.
 #ifndef TARVA_KERNEL_HPP

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// Programs, and what they are built from.
 #ifndef TARVA_PROGRAM_HPP

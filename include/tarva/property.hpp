@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// Property trees: what devices, programs, kernels and memory objects tell of themselves.
 #ifndef TARVA_PROPERTY_HPP

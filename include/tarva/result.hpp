@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// Failures as values. In a program that is compiled with -fno-exceptions this is the only way to see them.
 #ifndef TARVA_RESULT_HPP

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// The types that elements of memory objects, arguments and constants can have.
 #ifndef TARVA_TYPES_HPP

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 /// @file
 /// Arguments that are only looked at: counts, elements in a row, and texts.
 #ifndef TARVA_VIEW_HPP

@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* The time of a launch with three arguments from C, in nanoseconds: launch <launches> */
 #define _POSIX_C_SOURCE 200809L
 #include <stdio.h>

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """What a launch from Python costs beyond one from C, and what the import costs beyond numpy's.
 
     run.py <build folder> [--publish]

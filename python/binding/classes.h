@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The classes of the module. Those of the package derive from them.
 #ifndef TARVA_PYTHON_CLASSES_H
 #define TARVA_PYTHON_CLASSES_H

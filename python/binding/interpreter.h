@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What every part of the extension module needs of the interpreter: references, exceptions, and the lock.
 #ifndef TARVA_PYTHON_INTERPRETER_H
 #define TARVA_PYTHON_INTERPRETER_H

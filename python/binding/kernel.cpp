@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Programs and kernels. A launch is the one thing here that has to be quick.
 #include "classes.h"
 

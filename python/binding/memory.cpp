@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Memory objects, and the transfers between them and the buffers of numpy arrays.
 #include "classes.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The extension module: how Python reaches the library. The package tarva covers all of it.
 #include "classes.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Numbers of Python as the numbers that kernels take.
 #include "classes.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Classes of the interpreter whose objects hold something of C++.
 #ifndef TARVA_PYTHON_OBJECT_H
 #define TARVA_PYTHON_OBJECT_H

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """How heat spreads in a plate, with a progress bar:   python3 heat.py [picture.png]"""
 
 import sys

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """A picture of the Mandelbrot set:   python3 mandelbrot.py [picture.png]"""
 
 import numpy as np

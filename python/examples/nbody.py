@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Bodies under their own gravity, and the ways that they go:   python3 nbody.py [picture.png]"""
 
 from typing import Any

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Pictures in PNG format, and the arguments that the examples share."""
 
 import argparse

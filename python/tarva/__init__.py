@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """TARVA: one plain interface to all OpenCL devices of a machine.
 
     import numpy as np, tarva

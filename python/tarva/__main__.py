@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Lists the devices of the machine: python -m tarva. The status is 1 if there is none."""
 
 import sys

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Memory objects, which look like numpy arrays."""
 
 from __future__ import annotations

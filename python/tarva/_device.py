@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """The devices of the machine, and how to choose one."""
 
 from __future__ import annotations

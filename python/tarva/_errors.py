@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Exceptions for what the library refuses or cannot do."""
 
 from __future__ import annotations

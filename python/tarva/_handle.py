@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """What devices, programs, kernels and arrays have in common."""
 
 from __future__ import annotations

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Kernels, the ranges of their launches, and what they take."""
 
 from __future__ import annotations

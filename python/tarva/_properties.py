@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """What devices, programs, kernels and memory objects tell of themselves."""
 
 from __future__ import annotations

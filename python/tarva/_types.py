@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """The types of elements: how numpy's stand to the library's, and OpenCL's vectors."""
 
 from __future__ import annotations

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """What the tests share: a device, and a program with kernels of many sorts."""
 
 import os

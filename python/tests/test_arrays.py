@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Arrays hold what numpy arrays hold, and their parts are those of numpy."""
 
 from typing import Any

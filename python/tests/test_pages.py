@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """The code of the pages runs, prints what they say, and the examples make their pictures."""
 
 import contextlib

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Which implementations of OpenCL are at hand, and what each needs to run."""
 import re
 import subprocess

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """One row of the matrix: the tests, the main job and the examples on one implementation under one setting."""
 import contextlib
 import json

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """The matrix as lines for a terminal, as a table in Markdown, and as JSON."""
 import json
 import os

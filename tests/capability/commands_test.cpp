@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The commands: their numbers on the wire, and what the library adds to OpenCL's queues, events, programs and kernels.
 // That arguments arrive in their order is to be seen where the suites of the scripted machine run over this library.
 #include "tests/capability/library.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Which devices of a machine are offered, as what, and the handles that lead to them.
 #include "tests/capability/library.h"
 #include "tests/failing_memory.h"

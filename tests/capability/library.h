@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // libqv.so.0 itself, called by its six functions, over the scripted OpenCL.
 #pragma once
 

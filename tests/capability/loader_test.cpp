@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A machine without OpenCL, which the scripted one cannot be: the only test of the library's parts by themselves.
 #include "capability/machine.h"
 

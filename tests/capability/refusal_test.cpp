@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What would end the process in one implementation or another, and is refused before it gets there; and that
 // what is valid passes everywhere.
 #include "tests/capability/library.h"

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Compares how many instructions and allocations the library's main operations take with the numbers on record.
 
     counts_test.py check|record PROGRAM LIBRARY BUILD

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Does each of the main operations a number of times, on a scripted machine, for counts_test.py to count instructions.
 // A call of begin_operation() stands before each; the names are written to the standard output in that order.
 #include "tests/device/caller.h"

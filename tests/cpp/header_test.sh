@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # The C++ headers are accepted without a warning, as examples use them; and in C++17 each by itself, too. What makes no
 # sense is refused in words: an older C++ by nothing but them.
 #   header_test.sh <compiler> <standard> <source folder>

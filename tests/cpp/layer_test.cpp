@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The C++ layer over the library and the scripted machine. The fixture sees to it that whatever a test does, no
 // OpenCL object is left behind.
 #include "tests/error_of.h"

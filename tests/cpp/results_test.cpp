@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Failures as values, compiled with exceptions and, as most who want them do, without exceptions and type information.
 #include "tests/scripted/scripted_qv.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The C++ layer as a test wants it: outcomes instead of exceptions, memory objects of any type, and calls of the functions
 // themselves with whatever a test gives them.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Every property of every device that the environment offers, under each version it is offered as, against
 // what OpenCL itself says of the same device in the same process. A query that the implementation refuses has
 // to be an error of that property alone. Without a device it is skipped, by status 77, unless there has to be

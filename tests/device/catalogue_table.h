@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The properties of a device, as OpenCL has them: which query each comes from, and how its answer is to be
 // read.
 #pragma once

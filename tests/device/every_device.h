@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the suites share that do the same on every OpenCL device that the environment offers, under each version it is
 // offered as.
 #pragma once

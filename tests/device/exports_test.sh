@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # The libraries export their functions at their versions and nothing else, hold no unique symbol, and load no OpenCL
 # library and no logging library by themselves.
 #   exports_test.sh <liboryn-tarva.so.0> <libqv.so.0> <tarva_abi.h> <qv.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Hosts that are not like ours: what the limits, folders and streams of a process may be, in a process each. The library works
 // there exactly as elsewhere, or says why not. A limit is set before the program starts, as a shell sets it, since a process is
 // laid out by some of them.

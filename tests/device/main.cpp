@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Without a device the tests are skipped, by status 77, unless there has to be one, or several.
 #include "tests/device/caller.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What beginners do wrong and only a real device can tell, on every one that the environment offers, each mistake in a process
 // of its own: the library says what is wrong, in words, and a right launch works afterwards in the same process.
 #include "tests/device/every_device.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Every kind of program on every OpenCL device that the environment offers: what a device says that it takes
 // it runs, and what it does not take, or what is broken, ends in words and leaves the device as it was.
 #include "tests/device/every_device.h"

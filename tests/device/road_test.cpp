@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The whole road on every OpenCL device that the environment offers, under each version it is offered as: the
 // same kernels and the same results everywhere. Without a device it is skipped, by status 77, unless there
 // has to be one.

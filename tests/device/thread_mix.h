@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Many threads that read, write, fill, copy, launch, wait, abandon and free at random, each on objects of its own
 // and one that all share, with kernels that all share.
 #pragma once

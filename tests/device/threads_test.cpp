@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Many threads on two devices at once, for as many operations as TARVA_TEST_OPERATIONS says: everything ends as a model says,
 // and the process does not grow. What was measured goes into the file that TARVA_TEST_CURVE names.
 #include "tests/device/thread_mix.h"

@@ -1,4 +1,7 @@
 #!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Runs the fenced blocks of documents, and follows their links within the source tree.
 
     run_blocks.py <source folder> <document>...

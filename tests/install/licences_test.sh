@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # Every file says whose it is and under which licence, and what is installed holds the licences of all that is in it.
 #   licences_test.sh <source folder> <prefix>
 set -eu

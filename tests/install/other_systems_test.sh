@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # Elsewhere than on Debian the names of what is missing are told, and that is an error.
 #   other_systems_test.sh <scripts/install-packages>
 set -eu

@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # Builds and runs what lies in outside/, and two examples, against an installed tree, or with the source as a part of the
 # build, by one of the roads to it.
 #   outside_test.sh <prefix> <road> <examples>

@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # Makes the packages of a build folder, installs them below a folder of their own, uses what they hold, and takes them
 # away again.   package_test.sh <build folder> [--lint]
 set -eu

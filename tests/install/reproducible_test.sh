@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # Builds the packages in two copies of the source, in two folders and two surroundings, and compares them byte for byte.
 #   reproducible_test.sh <source folder>
 set -eu

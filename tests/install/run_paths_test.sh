@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # Every entry of a run path, of every file in the build folder, is a folder beside the file or an absolute one. What is
 # empty or relative would load libraries from the current directory.   run_paths_test.sh <build folder>
 set -eu

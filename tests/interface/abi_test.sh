@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # Compares the binary interface of the library with the one on record: the exported functions, their versions, and the
 # layout of every record that they take or give.
 #   abi_test.sh check|release|record <liboryn-tarva.so.0>

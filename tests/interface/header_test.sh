@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # The public header is accepted on its own, without a warning, and has the version of the project.
 #   header_test.sh <compiler> <standard> <tarva_abi.h> <version>
 set -eu

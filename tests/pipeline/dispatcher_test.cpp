@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The order in which a worker runs what it is given, seen in the record of the capability library. What callers cannot bring
 // about: lists that are all there before the worker wakes, and signals at chosen moments.
 #include "access/opencl/commands.h"

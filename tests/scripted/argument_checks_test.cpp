@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What each exported function says to bad arguments: the checks in their order, each with its exact text and
 // code. A call mends what the call before it was refused for and leaves all later arguments bad.
 #include "tests/scripted/one_process.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What overlaps under TARVA_SCHEDULER=concurrent, and that nothing is lost by it. Each case runs in a process of its own, with
 // two devices; a kernel on the second of them runs until it is told to end, so that whatever waits for it never ends.
 #include "tests/scripted/one_process.h"

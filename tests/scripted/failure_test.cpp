@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A request that fails takes nothing with it: no kernel works on content that never arrived, no content is
 // lost, and the next request finds everything as it was.
 #include "tests/scripted/scripted_test.h"

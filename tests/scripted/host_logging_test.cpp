@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A host program with loggers of its own under the library's names: neither sees anything of the other.
 #include "tests/scripted/one_process.h"
 

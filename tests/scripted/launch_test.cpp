@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // How the six launch types become work sizes, and which launches are refused before anything happens.
 #include "tests/scripted/scripted_test.h"
 

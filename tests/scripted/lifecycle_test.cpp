@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Start and stop of the library. Each case runs in a process of its own, with its own machine.
 #include "tests/scripted/one_process.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Sets the scripted machine up before anything starts the library.
 #include "tests/scripted/scripted_test.h"
 

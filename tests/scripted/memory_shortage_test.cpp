@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A want of memory, and another thread that takes advantage of it. What each allocation brings about by itself, the sweeps show.
 #include "tests/failing_memory.h"
 #include "tests/scripted/one_process.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Where the content of memory objects goes, under each version: to the device once, between devices, in the
 // byte order of the device, and back to the caller.
 #include "tests/scripted/scripted_test.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What a kernel's parameters take is learnt when the kernel is made; a launch that does not fit is refused before
 // anything happens, and nothing is refused of which the device has not told.
 #include "tests/scripted/scripted_test.h"

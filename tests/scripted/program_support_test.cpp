@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What a device takes as a program, what it makes of its built-in kernels, and how far a launch of its kernels may
 // go.
 #include "tests/scripted/scripted_test.h"

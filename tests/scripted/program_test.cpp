@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Programs of every kind of intermediate representation, their kernels, and what the devices say about both.
 #include "tests/scripted/scripted_test.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What devices, programs, kernels and memory objects tell of themselves, under each version. Where each answer of a
 // device comes from is compared on real devices.
 #include "tests/device/catalogue_table.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the tests call: the script, the record and the balance.
 #include "tests/scripted/scripted_machine.h"
 

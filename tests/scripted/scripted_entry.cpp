@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The six functions, and the road from a command's number to its handler.
 #include "tests/scripted/scripted_machine.h"
 

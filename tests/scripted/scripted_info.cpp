@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the simulated devices answer to clGetDeviceInfo: each parameter exists under the capabilities that
 // read it, most of them by the table of properties.
 #include "tests/device/catalogue_table.h"

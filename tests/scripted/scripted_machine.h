@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The simulated machine: its devices, the OpenCL objects that live on them, and what is recorded and
 // scripted.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Devices, contexts, buffers, and what all kinds of object have in common: queries, retain and release.
 #include "tests/scripted/scripted_machine.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The scripted machine as an OpenCL of its own, under the name of the loader: platforms whose functions are the
 // commands of the machine. The real capability library runs over it.
 #include "tests/scripted/scripted_machine.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Programs and kernels. A binary is "BIN:" or "BC" and a source text, an intermediate language "SPV:" and a
 // source text; what counts of a text are its kernel declarations, and that "#error" fails its build.
 #include "tests/scripted/scripted_machine.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Command queues, the commands that they take, and the events of those.
 #include "tests/scripted/scripted_machine.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // A capability library that answers as told and records every call. It stands in for libqv.so.0 in the tests:
 // it simulates OpenCL devices in memory, of any version and byte order, and fails where a test asks for it.
 //

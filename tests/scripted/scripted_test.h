@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the suites on the scripted machine share: its devices, its kernels, and the check that a test leaves
 // nothing behind.
 #pragma once

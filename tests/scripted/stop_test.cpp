@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The stop of the library while others are at work, and threads that end the process or are ended. Each case runs in a process
 // of its own, with its own machine.
 #include "base/end_of_process.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Loading, using and unloading the library again and again leaves nothing of it behind.
 #include "tests/scripted/scripted_qv.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What goes wrong in a run: an allocation, a call of the capability library, or one of each, once or from then on. It goes wrong
 // only inside calls of the interface that a scenario is about, never in what the driver does beside.
 #pragma once

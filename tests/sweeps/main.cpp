@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Each scenario again and again, each time with another fault, in a process of its own that starts and stops the library.
 //
 //   sweeps allocations|calls|both|schedules [long] [words of a run]

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the sweeps go through: each scenario is one thing that callers do between the start of the library and its stop.
 #pragma once
 

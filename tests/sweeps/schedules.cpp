@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Random schedules: 32 threads on shared objects, each delayed at random at every command of the capability library and wherever
 // it takes or leaves a lock, sleeps, or wakes another.
 #include "tests/sweeps/scenarios.h"

@@ -1,4 +1,7 @@
 #!/bin/sh
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+#
 # tarva_info_test.sh TOOL PART: one part of the tool's behaviour on the devices that the environment offers.
 # Status 77 if something that the part needs is not there; a device may be needed, by TARVA_TEST_NEEDS_DEVICE.
 set -u

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The access layer over the scripted capability library, where a caller of the exported functions does not reach:
 // references of every kind, and answers that lie.
 #include "access/opencl/version_namespaces.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Handles from their making to their end, and from exceptions to error objects.
 #include "abi/bridge.h"
 #include "abi/error_object.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The states that operations and commands go through, in any order of calls.
 #include "base/completion_state.h"
 #include "tests/error_of.h"

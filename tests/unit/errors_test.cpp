@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The exception of each OpenCL status, and answers of OpenCL whose size is asked for first.
 #include "access/common/errors.h"
 #include "access/common/info_query.h"

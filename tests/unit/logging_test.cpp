@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Loggers, their targets, and what they do without memory.
 #include "base/logging.h"
 #include "base/notifier.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Waking and waiting, and the lock that is passed on in order.
 #include "base/fair_mutex.h"
 #include "base/notifier.h"

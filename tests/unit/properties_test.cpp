@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Values, trees and texts of properties.
 #include "properties/catalogue.h"
 #include "properties/element.h"

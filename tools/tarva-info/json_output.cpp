@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The form of --json.
 #include "base/printable_text.h"
 #include "tools/tarva-info/output.h"

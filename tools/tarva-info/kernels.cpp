@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The kernels of a program in a file, for --kernels.
 #include "tools/tarva-info/property_tree.h"
 

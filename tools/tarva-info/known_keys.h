@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // What the tool knows about the keys of a device's tree beyond what the library tells: where people look for
 // them, and what their numbers count.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The forms of --text and --xml, which the library itself writes.
 #include "tools/tarva-info/known_keys.h"
 #include "tools/tarva-info/output.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // tarva-info: shows what the library has to say about the devices of the machine.
 #include "tools/tarva-info/arguments.h"
 #include "tools/tarva-info/output.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // The tree of a device for people, and the form of --raw.
 #include "tools/tarva-info/output.h"
 

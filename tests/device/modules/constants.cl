@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 TARVA developers
+// SPDX-License-Identifier: MIT
+
 // Kernels of a SPIR-V module whose specialisation constants 1 to 5 have these values unless they are set.
 int __attribute__((overloadable)) __spirv_SpecConstant(int id, int value);
 uchar __attribute__((overloadable)) __spirv_SpecConstant(int id, uchar value);

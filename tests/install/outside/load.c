@@ -1,3 +1,6 @@
+/* SPDX-FileCopyrightText: 2026 TARVA developers */
+/* SPDX-License-Identifier: MIT */
+
 /* Loads the library by its name at run time, uses it, and lets it go.  load <liboryn-tarva.so.0> */
 #include <dlfcn.h>
 #include <stdio.h>

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 TARVA developers
+# SPDX-License-Identifier: MIT
+
 """Fills a memory object and reads it back through ctypes.   through_ctypes.py <liboryn-tarva.so.0>"""
 import ctypes
 import sys
