@@ -17,7 +17,7 @@ from pathlib import Path
 
 from matrix.implementations import MANY_DEVICES, REPORTED
 
-GROUPS = ("road", "program_kinds", "catalogue_comparison", "mistakes")
+GROUPS = ("road", "program_kinds", "mistakes")
 EXAMPLES = (
     "first",
     "saxpy",

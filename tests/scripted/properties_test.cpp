@@ -3,7 +3,7 @@
 
 // What devices, programs, kernels and memory objects tell of themselves, under each version. Where each answer of a
 // device comes from is compared on real devices.
-#include "tests/device/catalogue_table.h"
+#include "tests/scripted/catalogue_table.h"
 #include "tests/scripted/scripted_test.h"
 
 namespace scripted {

@@ -3,7 +3,7 @@
 
 // What the simulated devices answer to clGetDeviceInfo: each parameter exists under the capabilities that
 // read it, most of them by the table of properties.
-#include "tests/device/catalogue_table.h"
+#include "tests/scripted/catalogue_table.h"
 #include "tests/scripted/scripted_machine.h"
 
 namespace scripted {
