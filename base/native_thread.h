@@ -32,16 +32,18 @@ inline constexpr std::size_t least_stack_of_opencl = std::size_t{8} << 20;
 
 // OpenCL implementations for processors run kernels on the stack of the thread that calls them. It is to take what the main
 // thread's would, where the same program without this library would run them. The system's own choice does not: without a limit
-// it is two mebibytes. The 64 in that case are addresses, not memory; where addresses have a limit, too, they are left to the host.
+// it is two mebibytes. The 64 in that case are addresses, not memory. Where addresses have a limit, too, the host needs them, so
+// no stack takes more of them than that.
 inline std::size_t stack_size_for_opencl() noexcept {
   constexpr std::size_t without_limit = std::size_t{64} << 20;
   rlimit stack{}, addresses{};
   if (getrlimit(RLIMIT_STACK, &stack) != 0)
     return least_stack_of_opencl;
-  if (stack.rlim_cur != RLIM_INFINITY)
-    return std::max<std::size_t>(least_stack_of_opencl, stack.rlim_cur);
   const bool is_roomy = getrlimit(RLIMIT_AS, &addresses) != 0 || addresses.rlim_cur == RLIM_INFINITY;
-  return is_roomy ? without_limit : least_stack_of_opencl;
+  if (stack.rlim_cur == RLIM_INFINITY)
+    return is_roomy ? without_limit : least_stack_of_opencl;
+  const std::size_t size = std::max<std::size_t>(least_stack_of_opencl, stack.rlim_cur);
+  return is_roomy ? size : std::min(size, without_limit);
 }
 
 // A thread that calls OpenCL. It belongs to whoever has started it, who has to join or detach it.
@@ -52,9 +54,12 @@ public:
   // std::system_error if there is no thread to be had at all.
   native_thread(std::string name, std::function<void()> body) {
     auto begin = std::make_unique<beginning>(beginning{std::move(name), std::move(body)});
-    int error = EAGAIN;
-    for (std::size_t size = stack_size_for_opencl(); error != 0 && size >= least_stack_of_opencl; size /= 2)
+    std::size_t size = stack_size_for_opencl();
+    int error = start(size, begin.get());
+    while (error != 0 && size > least_stack_of_opencl) {
+      size = std::max(size / 2, least_stack_of_opencl);
       error = start(size, begin.get());
+    }
     if (error != 0)
       throw std::system_error(error, std::generic_category());
     static_cast<void>(begin.release()); // the thread's
