@@ -6,7 +6,6 @@
 #include "tests/failing_memory.h"
 
 #include <algorithm>
-#include <atomic>
 #include <functional>
 #include <thread>
 
@@ -216,7 +215,7 @@ TEST_F(discovery, what_it_is_asked_is_checked) {
   EXPECT_EQ(made.close_call_handle(nullptr), QV_OK);
 }
 
-TEST_F(discovery, closed_handles_stay_closed) {
+TEST_F(discovery, closed_handles_stay_closed_whatever_other_threads_open) {
   use(plain_device());
   library made;
   const auto is_open = [&](qv_call_handle* handle) {
@@ -231,39 +230,23 @@ TEST_F(discovery, closed_handles_stay_closed) {
   }
   qv_call_handle* const held = made.open(0, 1);
   const std::uint64_t root = made.root(0), node = made.node(root, 1);
-  qv_call_handle* first = nullptr;
-  // More than there are slots, so that the first one's is used again.
-  for (int i = 0; i < 10000; ++i) {
-    qv_call_handle* next = nullptr;
-    ASSERT_EQ(made.create_call_handle(root, node, &next, 0), QV_OK);
-    ASSERT_NE(next, first);
-    ASSERT_TRUE(is_open(next) && is_open(held) && !is_open(first));
-    ASSERT_EQ(made.close_call_handle(next), QV_OK);
-    first = first == nullptr ? next : first;
-    ASSERT_EQ(made.close_call_handle(first), -1);
-  }
-}
-
-TEST_F(discovery, handles_open_and_close_on_many_threads) {
-  use(plain_device());
-  const library made;
   std::vector<std::thread> threads;
-  std::atomic<int> wrong{0};
-  for (std::uint32_t capability = 1; capability <= 4; ++capability)
-    threads.emplace_back([&, capability, root = made.root(0)] {
+  for (int thread = 0; thread < 4; ++thread)
+    threads.emplace_back([&] {
+      qv_call_handle* first = nullptr;
+      // More than there are slots, so that the first one's is used again.
       for (int i = 0; i < 5000; ++i) {
-        qv_call_handle* handle = nullptr;
-        qv::device_of_handle_record record{};
-        const auto number = qv::command_number(op::device_of_handle, capability);
-        if (made.create_call_handle(root, made.node(root, capability), &handle, 0) != QV_OK ||
-            made.call_capability(handle, number, &record, 0) != QV_OK || record.result == nullptr ||
-            made.close_call_handle(handle) != QV_OK)
-          ++wrong;
+        qv_call_handle* next = nullptr;
+        ASSERT_EQ(made.create_call_handle(root, node, &next, 0), QV_OK);
+        ASSERT_NE(next, first);
+        ASSERT_TRUE(is_open(next) && is_open(held) && !is_open(first));
+        ASSERT_EQ(made.close_call_handle(next), QV_OK);
+        first = first == nullptr ? next : first;
+        ASSERT_EQ(made.close_call_handle(first), -1);
       }
     });
   for (std::thread& thread : threads)
     thread.join();
-  EXPECT_EQ(wrong, 0);
 }
 
 TEST_F(discovery, built_in_kernels_are_listed_if_a_program_can_be_made_of_them) {

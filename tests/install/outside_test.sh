@@ -55,10 +55,6 @@ case $2 in
     $CC -std=c99 $strict -Wno-pedantic "-I$prefix/include" "$outside/load.c" -ldl -o "$work/load"
     run "$work/load" liboryn-tarva.so.0
     ;;
-  ctypes)
-    need python3
-    run python3 "$outside/through_ctypes.py" liboryn-tarva.so.0
-    ;;
   tool)
     # It finds the library from where it lies itself, as do programs that CMake has built.
     "$prefix/bin/tarva-info" --version

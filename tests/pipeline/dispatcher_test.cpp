@@ -164,23 +164,26 @@ private:
   }
 };
 
-struct order_row {
+struct list_row {
   const char* name;
   std::vector<std::string> lists; // all there before the worker wakes
   std::string expected;
   std::vector<std::uint64_t> signals = {}; // there before, too
   std::vector<std::uint64_t> later = {};   // when nothing is left to be done
   std::string expected_later = {};
+  std::string message = {}; // of the first error, behind which no further command is run
+  void (*plan)() = [] {};
 };
 
-class order : public dispatcher, public testing::WithParamInterface<order_row> {};
+class lists : public dispatcher, public testing::WithParamInterface<list_row> {};
 
-TEST_P(order, is_that_of_runs_and_sweeps) {
-  const order_row& row = GetParam();
+TEST_P(lists, are_done_in_runs_and_sweeps) {
+  const list_row& row = GetParam();
   scripted::forget_calls();
-  std::vector<std::shared_ptr<logical_ir::logical_operation>> requests;
+  row.plan();
+  std::vector<std::shared_ptr<logical_ir::logical_operation>> operations;
   for (const std::string& words : row.lists)
-    requests.push_back(submit(words));
+    operations.push_back(submit(words));
   for (const std::uint64_t id : row.signals)
     signal(id);
   worker().start("worker");
@@ -190,11 +193,16 @@ TEST_P(order, is_that_of_runs_and_sweeps) {
     signal(id);
   worker().wait_until_idle();
   EXPECT_EQ(record(), row.expected_later);
-  for (const auto& request : requests)
-    EXPECT_TRUE(request->is_complete() && !request->get_error());
+  for (const auto& one : operations) {
+    EXPECT_TRUE(one->is_complete());
+    EXPECT_EQ(message_of([&] { one->get_error() ? std::rethrow_exception(one->get_error()) : void(); }),
+              row.message);
+  }
+  EXPECT_TRUE(scripted::no_failure_left());
 }
 
-const order_row order_rows[] = {
+constexpr const char* no_resources = "Failed to allocate resources on the device.";
+const list_row rows[] = {
     {"one_run_has_one_finish", {"k1 k2 h3"}, "k1 k2 ffse se h3 "},
     {"a_run_ends_at_a_step_on_the_host", {"k1 h2 k3"}, "k1 ffse h2 k3 ffse "},
     {"a_run_ends_where_the_queue_changes", {"k1 p2 k3"}, "k1 ffse k2 ffstte k3 ffse "},
@@ -206,44 +214,32 @@ const order_row order_rows[] = {
     {"two_acquires_in_a_row", {"a2 a1 h1", "h2"}, "h2 h1 ", {1, 2}},
     {"a_signal_for_another_wakes_nobody", {"a1 h1"}, "", {2}, {1}, "h1 "},
     {"a_release_is_heard_in_the_next_sweep", {"a1 h1 h2", "h3 r1 h4 k5"}, "h3 h4 k5 ffse h1 h2 "},
-};
-INSTANTIATE_TEST_SUITE_P(each, order, testing::ValuesIn(order_rows),
-                         [](const auto& info) { return std::string(info.param.name); });
-
-struct failing_row {
-  const char* name;
-  const char* list;
-  const char* expected;
-  const char* message;
-  void (*plan)() = [] {};
-};
-
-class failing_list : public dispatcher, public testing::WithParamInterface<failing_row> {};
-
-TEST_P(failing_list, ends_with_the_first_error_and_runs_no_further_command) {
-  scripted::forget_calls();
-  GetParam().plan();
-  const auto request = submit(GetParam().list);
-  worker().start("worker");
-  request->wait_until_complete();
-  request->wait_until_commands_ended();
-  worker().wait_until_idle();
-  EXPECT_EQ(record(), GetParam().expected);
-  EXPECT_EQ(message_of([&] { std::rethrow_exception(request->get_error()); }), GetParam().message);
-  EXPECT_TRUE(scripted::no_failure_left());
-}
-
-constexpr const char* no_resources = "Failed to allocate resources on the device.";
-const failing_row failing_rows[] = {
-    {"event_of_a_run", "k1 k2 h3 k4", "k1 k2 ffse se h3 ", no_resources,
+    {"an_event_of_a_run_fails",
+     {"k1 k2 h3 k4"},
+     "k1 k2 ffse se h3 ",
+     {},
+     {},
+     "",
+     no_resources,
      [] { scripted::fail_event(op::enqueue_fill_buffer, 1, -5); }},
-    {"event_that_cannot_be_read", "k1 k2", "k1 k2 ffe se ", no_resources,
+    {"an_event_cannot_be_read",
+     {"k1 k2"},
+     "k1 k2 ffe se ",
+     {},
+     {},
+     "",
+     no_resources,
      [] { scripted::fail_call(op::get_event_info, 1, -5); }},
-    {"step_on_the_host", "h1 x2 h3 k4 h5", "h1 h3 h5 ", "a step that throws"},
-    {"release_to_a_device_that_is_gone", "h1 g1 h2 k3", "h1 h2 ",
+    {"a_step_on_the_host_fails", {"h1 x2 h3 k4 h5"}, "h1 h3 h5 ", {}, {}, "", "a step that throws"},
+    {"a_release_is_to_a_device_that_is_gone",
+     {"h1 g1 h2 k3"},
+     "h1 h2 ",
+     {},
+     {},
+     "",
      "Cannot submit work to a dispatcher that has been shutdown."},
 };
-INSTANTIATE_TEST_SUITE_P(each, failing_list, testing::ValuesIn(failing_rows),
+INSTANTIATE_TEST_SUITE_P(each, lists, testing::ValuesIn(rows),
                          [](const auto& info) { return std::string(info.param.name); });
 
 // The operation fails elsewhere while its commands are on the queue, and then OpenCL does, too.
