@@ -142,6 +142,37 @@ TEST_F(road, an_object_is_used_on_all_devices_in_turn) {
   EXPECT_EQ(copies.read(), expected);
 }
 
+// Numbers of which not every device has arithmetic: exact results where it has, else words of the compiler, which may
+// take them all the same if they are narrower than those it has.
+template <class T>
+void expect_optional_arithmetic(const caller::device& on, const std::string& type,
+                                const std::string& extension) {
+  SCOPED_TRACE(type);
+  const auto extensions = on.properties()["OPENCL"]["CL_DEVICE_EXTENSIONS"].template get_all<std::string>();
+  const bool has = std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
+  const auto built =
+      on.try_load(tarva::ir::source_1_0,
+                  tarva::as_bytes((has ? "#pragma OPENCL EXTENSION " + extension + " : enable\n" : "") +
+                                  "kernel void scale(global " + type + "* data, " + type +
+                                  " by) { data[get_global_id(0)] *= by; }"));
+  if (!has) {
+    EXPECT_TRUE(built.success ? type == "half" : built.log.find(type) != std::string::npos) << built.log;
+    return;
+  }
+  ASSERT_TRUE(built.success) << built.log;
+  const tarva::memory<T> numbers(std::vector<T>{T(0.5F), T(-3.0F)});
+  built.made.kernel("scale")(range::items(2), numbers, T(1.5F));
+  EXPECT_TRUE(static_cast<float>(numbers.read()[0]) == 0.75F &&
+              static_cast<float>(numbers.read()[1]) == -4.5F);
+}
+
+TEST_F(road, half_and_double_compute_where_the_device_has_them) {
+  every_device::on_each([](const caller::device& one) {
+    expect_optional_arithmetic<tarva::half>(one, "half", "cl_khr_fp16");
+    expect_optional_arithmetic<double>(one, "double", "cl_khr_fp64");
+  });
+}
+
 // Offsets that 32 bits cannot hold: in a kernel, a fill, a copy and a read; and sizes, in a move of all of it, for which there
 // has to be memory and TARVA_TEST_LARGE has to ask.
 TEST_F(road, objects_above_4_gib_are_reached_to_their_end) {
