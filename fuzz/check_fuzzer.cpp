@@ -27,7 +27,8 @@ void check_binary(const qv::quirks& known, bytes binary) {
     return;
   binary.push_back(0);
   demand(!is_harmless(), "a whole binary ends where it ends");
-  binary.resize(binary.size() - 2);
+  binary.pop_back();
+  binary.pop_back();
   binary.shrink_to_fit();
   demand(binary.size() <= sizeof magic || !is_harmless(), "a whole binary lacks nothing");
 }
