@@ -27,7 +27,7 @@ test: build
 
 # What else a change has to pass, as far as it takes minutes: the form, the other compiler's warnings, which are errors,
 # and the tests without a device under the address and undefined behaviour sanitizers.
-# The address sanitizer takes the end of a cancelled thread, and work that a stop leaves behind, for faults.
+# The sanitizers report the end of a cancelled thread, and the queues of a device that one test makes without any.
 NOT_UNDER_ASAN = 'survives_threads_that_end|ends_what_is_left_when_it_is_shut_down'
 checks: format-check
 	$(MAKE) build PRESET=clang
