@@ -119,17 +119,6 @@ TEST(busy_wait, looks_where_that_may_pay_and_nowhere_else) {
   busy_wait("0");
 }
 
-TEST(notifier, says_that_it_was_left_open) {
-  const auto leave_it_open = [] {
-    setenv("TARVA_LOG_TARGET", "console", 1);
-    setenv("TARVA_LOG_LEVEL", "warn", 1);
-    notifier();
-    std::_Exit(0);
-  };
-  EXPECT_EXIT(leave_it_open(), testing::ExitedWithCode(0),
-              "\\[warning\\] Destroying notifier that was never closed.");
-}
-
 // The woken waiter drops the only one while the sender is still on its way out.
 TEST(notifier, survives_its_end_in_the_sender) {
   for (int round = 0; round < 2000; ++round) {
