@@ -120,6 +120,13 @@ protected:
     return result;
   }
 
+  std::shared_ptr<library_device> released_device() {
+    const auto released = std::make_shared<opencl_1_2_device>(device);
+    released->initialize();
+    released->release();
+    return released;
+  }
+
   skerv::opencl::device<tested_version> device = skerv::opencl::find_devices<tested_version>().front();
   skerv::opencl::context<tested_version> context{{}, {device}, nullptr, nullptr};
   skerv::opencl::buffer<tested_version> buffer = context.create_buffer(1, 16, nullptr);
@@ -142,12 +149,8 @@ private:
     case 'm':
       return host_function_call::create(
           step, [number](const auto&) { allocations_left = number != 0 ? 0 : endless; });
-    case 'g': {
-      const auto gone = std::make_shared<opencl_1_2_device>(device);
-      gone->set_dispatcher(std::make_unique<dispatcher_type>(std::make_unique<queues>(context, device)));
-      gone->get_dispatcher().shutdown();
-      return std::make_shared<device_ir::synchronization_release>(step, owner, gone, number);
-    }
+    case 'g':
+      return std::make_shared<device_ir::synchronization_release>(step, owner, released_device(), number);
     case 'e':
       return host_function_call::create(step, [](const auto&) {});
     case 'r':
@@ -299,7 +302,7 @@ TEST_F(dispatcher, ends_what_is_left_when_it_is_shut_down) {
             "Attempting to shutdown a work dispatcher that was already shutdown.");
 
   // An allocation that cannot be handed over leaves nothing in the scheduler.
-  const std::vector<std::shared_ptr<library_device>> devices{owner};
+  const std::vector<std::shared_ptr<library_device>> devices{released_device()};
   const auto scheduler = std::make_shared<ultra_naive_scheduler>(devices);
   const auto memory = std::make_shared<library_memory>(data_type::float_, 4, "");
   EXPECT_EQ(message_of([&] { scheduler->submit(logical_ir::allocate_memory::create(memory)); }), refused);
