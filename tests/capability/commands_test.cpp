@@ -262,7 +262,9 @@ TEST_F(commands, released_kernels_are_used_again_only_as_long_as_they_are_harmle
   it.release<op::release_mem_object>(buffer);
   EXPECT_EQ(count_calls(op::release_kernel), 1u) << "it held the buffer";
   buffer = it.make_buffer();
-  it.release<op::release_kernel>(use_kernel());
+  kernel = use_kernel();
+  EXPECT_EQ(it.build(it.program, ""), CL_INVALID_OPERATION) << "the kernel is in use";
+  it.release<op::release_kernel>(kernel);
   forget_calls();
   it.build(it.program, "");
   const auto calls = take_calls();
