@@ -322,9 +322,7 @@ void cancel_a_call() {
   });
   // The system takes this frame down without telling the address sanitizer, which therefore must not mark it.
   const auto call_once = [](void*) __attribute__((no_sanitize_address)) {
-    static tarva_abi_kernel_s* found = nullptr;
-    must(call<tarva_abi_get_kernel>(made.get(), "flag", &found));
-    tarva_abi_release_kernel(nullptr, found);
+    find_kernel(made, "flag");
     ended = true;
     pthread_testcancel();
     return static_cast<void*>(nullptr);
@@ -353,13 +351,11 @@ TEST(stop, survives_threads_that_end_the_process_or_are_ended) {
 } // namespace scripted
 
 #ifndef TARVA_SANITIZED // a sanitizer makes threads its own way
-// In place of that of the system.
-extern "C" int create_thread_if_any_is_left(pthread_t*, const pthread_attr_t*, void* (*)(void*),
-                                            void*) __asm__("pthread_create");
-int create_thread_if_any_is_left(pthread_t* made, const pthread_attr_t* attributes, void* (*body)(void*),
-                                 void* given) {
-  static const auto create =
-      reinterpret_cast<decltype(&create_thread_if_any_is_left)>(dlsym(RTLD_NEXT, "pthread_create"));
+// In place of that of the system, for the library, too.
+extern "C" [[gnu::visibility("default")]] int pthread_create(pthread_t* made,
+                                                             const pthread_attr_t* attributes,
+                                                             void* (*body)(void*), void* given) noexcept {
+  static const auto create = reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
   return scripted::has_no_threads ? EAGAIN : create(made, attributes, body, given);
 }
 #endif
