@@ -46,7 +46,7 @@ std::string compose_banner() {
     reason = "libqv.so.0 could not look for devices. With QV_LOG=1 it tells why.";
   log_critical("Failed to initialize the TARVA library: {}", reason);
   std::fputs("Failed to initialize the TARVA library: ", stderr);
-  write_printable(reason, [](std::string_view part) { std::fwrite(part.data(), 1, part.size(), stderr); });
+  write_escaped(reason, [](std::string_view part) { std::fwrite(part.data(), 1, part.size(), stderr); });
   std::fputs("\n", stderr);
   end_failed_start();
 }

@@ -11,12 +11,17 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cxxabi.h>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <optional>
 #include <string_view>
 #include <thread>
+
+// By its address the system knows what is to be done when this library is unloaded. std::atexit() would pass it, too, but for that of
+// the thread sanitizer, which lets the handlers of a library run when it is gone.
+extern "C" [[gnu::visibility("hidden")]] void* __dso_handle;
 
 namespace oryn::tarva::library {
 
@@ -169,7 +174,7 @@ namespace {
 constinit std::atomic<bool> long_grace_period_is_over = false;
 constinit std::atomic<std::uint64_t> uses_of_compilers = 0;
 
-void let_calls_end() noexcept {
+void let_calls_end(void*) noexcept {
   if (!the_call_gate.is_open())
     return; // in a forked child, or done already
   begin_exit_handlers();
@@ -182,7 +187,8 @@ void let_calls_end() noexcept {
 
 use_of_compiler::~use_of_compiler() {
   if (std::has_single_bit(++uses_of_compilers))
-    static_cast<void>(std::atexit(let_calls_end)); // fails without memory: the end is then as safe as before
+    // Fails without memory: the end is then as safe as before.
+    static_cast<void>(abi::__cxa_atexit(let_calls_end, nullptr, &__dso_handle));
 }
 
 // Forked children.

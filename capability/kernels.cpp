@@ -34,27 +34,28 @@ constinit oryn::mutex kernels_lock;
 cl_int program_object::release(const opencl_functions& cl) noexcept {
   if (references_.fetch_sub(1, std::memory_order_acq_rel) != 1)
     return CL_SUCCESS;
-  forget_kernels(cl);
+  static_cast<void>(forget_kernels(cl));
   const cl_int status = call_or_refuse(cl.release_program, program);
   delete this;
   return status;
 }
 
-// Families of which a kernel is in use stay, with what they know: that kernel is of the build that it was made from.
-void program_object::forget_kernels(const opencl_functions& cl) noexcept {
+bool program_object::forget_kernels(const opencl_functions& cl) noexcept {
   kernel_object* ended = nullptr;
   {
     const oryn::lock_guard guard(kernels_lock);
-    for (auto family = families_.begin(); family != families_.end();) {
-      for (kernel_object* spare : family->second.spares) {
+    for (const auto& [name, family] : families_)
+      if (family.holders != 0)
+        return false;
+    for (const auto& [name, family] : families_)
+      for (kernel_object* spare : family.spares) {
         spare->remove_from_spares();
         spare->newer_ = std::exchange(ended, spare);
       }
-      family->second.spares.clear();
-      family = family->second.holders == 0 ? families_.erase(family) : std::next(family);
-    }
+    families_.clear();
   }
   kernel_object::end_all(cl, ended);
+  return true;
 }
 
 void program_object::set_callers_options(const char* options) {

@@ -63,8 +63,9 @@ public:
   cl_int release(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
   std::uint32_t references() const noexcept { return references_.load(std::memory_order_relaxed); }
 
-  // Before a new build: ends the kept kernels, which would block it, and forgets what they told.
-  void forget_kernels(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
+  // Before a new build: ends the kept kernels, which would block it, and forgets what they told. False, with nothing changed,
+  // if a kernel is in use.
+  bool forget_kernels(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
 
   // For questions about binaries. An implementation may work a binary out when it is first asked for one, and tell any size
   // to a thread that asks meanwhile: PoCL tells 256 MiB.

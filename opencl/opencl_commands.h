@@ -110,6 +110,14 @@ protected:
   std::uint64_t in_bytes(std::uint64_t count) const { return element_size(copy_.source->get_type()) * count; }
 
   block_copy<Source, Destination> copy_;
+
+private:
+  void leave_memory_to_device() noexcept final {
+    leave_to_device(*copy_.source);
+    leave_to_device(*copy_.destination);
+  }
+  static void leave_to_device(host_memory& block) noexcept { block.leave_to_device(); }
+  static void leave_to_device(const device_memory&) noexcept {} // OpenCL keeps buffers for its commands
 };
 
 template <version V>

@@ -27,6 +27,8 @@ public:
   // measured, if it has.
   virtual void take_result() = 0;
   virtual void release_event() = 0;
+  // For a command of which nobody knows whether it has ended: nothing that it reads or writes is given back.
+  virtual void leave_memory_to_device() noexcept {}
 
 protected:
   explicit opencl_device_command(std::shared_ptr<physical_ir::physical_operation> physical_operation)

@@ -16,7 +16,18 @@ namespace oryn::tarva::library {
 
 // A list of one, which is handed over without needing memory.
 struct prepared_work {
+  explicit prepared_work(device_ir::opencl::opencl_device_work_dispatcher& dispatcher) noexcept
+      : dispatcher(dispatcher) {}
+  prepared_work(const prepared_work&) = delete;
+  prepared_work& operator=(const prepared_work&) = delete;
+  ~prepared_work() {
+    if (acquires != 0 && !only.empty())
+      dispatcher.forgo_acquires(acquires);
+  }
+
+  device_ir::opencl::opencl_device_work_dispatcher& dispatcher;
   std::list<device_ir::opencl::work_list> only;
+  std::size_t acquires = 0; // for whose signals there is room
 };
 
 } // namespace oryn::tarva::library
@@ -97,7 +108,7 @@ void opencl_device_work_dispatcher::hand_over(Handover handover) {
 
 std::shared_ptr<prepared_work>
 opencl_device_work_dispatcher::prepare_work(const dag<std::shared_ptr<device_command>>& graph) {
-  auto prepared = std::make_shared<prepared_work>();
+  auto prepared = std::make_shared<prepared_work>(*this);
   work_list& list = prepared->only.emplace_back();
   try {
     list.commands = graph.topological_sort();
@@ -113,8 +124,14 @@ opencl_device_work_dispatcher::prepare_work(const dag<std::shared_ptr<device_com
   if (acquires != 0) {
     const lock_guard guard(lock_);
     acquires_.reserve_for(static_cast<std::size_t>(acquires));
+    prepared->acquires = static_cast<std::size_t>(acquires);
   }
   return prepared;
+}
+
+void opencl_device_work_dispatcher::forgo_acquires(std::size_t acquires) noexcept {
+  const lock_guard guard(lock_);
+  acquires_.forgo(acquires);
 }
 
 void opencl_device_work_dispatcher::submit_work(const std::shared_ptr<prepared_work>& work) {

@@ -19,6 +19,7 @@ void end(opencl_device_command& command, const std::exception_ptr& unfinished) {
   }
   if (unfinished) {
     command.release_event();
+    command.leave_memory_to_device();
     command.abandon(unfinished);
     return;
   }
