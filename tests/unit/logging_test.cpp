@@ -22,6 +22,12 @@
 #include <unistd.h>
 #include <vector>
 
+// What the executable itself takes from malloc fails, too: there the logging library may have its lines.
+extern "C" void* __real_malloc(std::size_t size);
+extern "C" void* __wrap_malloc(std::size_t size) {
+  return fails_now() ? nullptr : __real_malloc(size);
+}
+
 // Loggers are opened once in a process, so each case runs in a process of its own and leaves files behind.
 namespace oryn {
 namespace {
@@ -65,9 +71,7 @@ protected:
       fs::current_path(directory);
       if (!std::freopen("console.txt", "w", stderr))
         _exit(99);
-      for (const char* variable :
-           {"TARVA_LOG_LEVEL", "TARVA_LOG_TARGET", "SKERV_LOG_LEVEL", "SKERV_LOG_TARGET"})
-        unsetenv(variable);
+      clearenv();
       for (const auto& [variable, value] : environment)
         setenv(variable, value, 1);
       act();
