@@ -134,6 +134,7 @@ void kernel_object::join(const root_device& device, program_object& program, fam
   this->kernel = kernel;
   device_ = &device;
   family_ = &family;
+  name = &family.first;
   this->program = &program;
   program.retain();
 }

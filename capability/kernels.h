@@ -104,9 +104,9 @@ public:
   cl_kernel kernel = nullptr;
   // Why that is so, else CL_SUCCESS.
   cl_int failure() const noexcept { return failure_; }
-  // Null if there was no memory for more than this object.
+  // Both null if there was no memory for more than this object.
   program_object* program = nullptr;
-  const std::string& name() const noexcept { return family_->first; }
+  const std::string* name = nullptr;
 
   // The status for the caller. A kernel that is made for a launch takes everything, and its launch tells.
   cl_int set_argument(const root_device& device, std::uint32_t index, std::size_t size,
