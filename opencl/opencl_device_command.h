@@ -16,15 +16,11 @@ namespace oryn::tarva::library::device_ir::opencl {
 // knows its queues, and keeps its event, so that nobody who drives it needs to know the version.
 class opencl_device_command : public device_command {
 public:
-  // True for a command that needs no OpenCL, as things stand when its turn has come: it is not enqueued, and completes in
-  // its turn.
-  virtual bool has_nothing_to_do() const { return false; }
-  // Checks, enqueues, and marks the command as submitted. If it throws, nothing has been enqueued.
-  virtual void enqueue() = 0;
-  // From enqueue() on until one of the two below.
-  virtual bool has_event() const = 0;
-  // Releases the event. Throws the error with which OpenCL ended the command, if it did; else keeps the time that the device has
-  // measured, if it has.
+  // Checks, enqueues, and marks the command as submitted. False if there is nothing to ask of OpenCL, as things stand when the
+  // turn of the command has come. If it throws, nothing has been enqueued.
+  virtual bool enqueue() = 0;
+  // One of these two follows when the queue has been finished. Both release the event. The first throws the error with which
+  // OpenCL ended the command, if it did; else it keeps the time that the device has measured, if it has.
   virtual void take_result() = 0;
   virtual void release_event() = 0;
 

@@ -46,8 +46,8 @@ public:
                    const skerv::opencl::buffer<tested_version>& buffer, std::uint8_t number)
       : opencl_version_command(std::move(operation), queues), buffer_(buffer), number_(number) {}
   std::string to_string() const override { return "numbered_command"; }
-  void enqueue() override {
-    submit(skerv::opencl::fill_buffer_bytes<tested_version>(buffer_, {&number_, 1}, 0, 1));
+  bool enqueue() override {
+    return submit(skerv::opencl::fill_buffer_bytes<tested_version>(buffer_, {&number_, 1}, 0, 1));
   }
 
 private:
