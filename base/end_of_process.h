@@ -157,7 +157,7 @@ public:
       pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state_);
       // Counted before the gate is looked at. Whoever closes the gate and then finds no call inside can thus rely on it.
       calls_.fetch_add(1);
-      granted_ = own_calls++ == 0 && (gate.is_open() || gate.admit_late(calls_)) && !process_has_failed();
+      is_granted = own_calls++ == 0 && (gate.is_open() || gate.admit_late(calls_)) && !process_has_failed();
     }
     permit(const permit&) = delete;
     permit& operator=(const permit&) = delete;
@@ -167,12 +167,11 @@ public:
       pthread_setcancelstate(cancel_state_, nullptr);
     }
 
-    bool is_granted() const noexcept { return granted_; }
+    bool is_granted;
 
   private:
     std::atomic<std::uint64_t>& calls_;
     int cancel_state_ = PTHREAD_CANCEL_ENABLE;
-    bool granted_;
   };
 
 private:

@@ -39,8 +39,6 @@ device_command::device_command(command_stage stage,
                                std::shared_ptr<physical_ir::physical_operation> physical_operation)
     : completion_state(texts), stage(stage), physical_operation(std::move(physical_operation)) {}
 
-device_command::~device_command() = default;
-
 library_device& device_command::get_device() const {
   const auto& device = physical_operation->device;
   if (!device)

@@ -28,7 +28,7 @@ enum class command_stage : std::uint8_t {
 // complete or failed. No lock of its own.
 class device_command : private completion_state {
 public:
-  virtual ~device_command();
+  virtual ~device_command() = default;
   device_command(const device_command&) = delete;
   device_command& operator=(const device_command&) = delete;
 

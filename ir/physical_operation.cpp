@@ -41,8 +41,6 @@ physical_operation::physical_operation(operation_kind kind, logical_pointer logi
     : completion_state(texts), kind(kind), logical_operation(std::move(logical_operation)),
       device(std::move(device)) {}
 
-physical_operation::~physical_operation() = default;
-
 // An error from elsewhere may have come first. The last end is told all the same, and the level above knows what to do.
 void physical_operation::device_command_complete() {
   if (!count_part())

@@ -81,7 +81,7 @@ public:
   const logical_pointer logical_operation;
   const device_pointer device; // whose dispatcher runs it, also for work on host memory
 
-  virtual ~physical_operation();
+  virtual ~physical_operation() = default;
   physical_operation(const physical_operation&) = delete;
   physical_operation& operator=(const physical_operation&) = delete;
 
