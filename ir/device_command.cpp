@@ -104,12 +104,6 @@ void host_function_call::run() {
   }
 }
 
-std::string synchronization_command::to_string() const {
-  return head_ + std::string("release_device=") + std::to_string(release_device_->get_unique_identifier()) +
-         ", acquire_device=" + std::to_string(acquire_device_->get_unique_identifier()) +
-         ", sync_id=" + std::to_string(sync_id_) + "}";
-}
-
 void synchronization_release::run() {
   try {
     set_submitted();

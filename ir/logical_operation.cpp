@@ -66,7 +66,7 @@ void logical_operation::wait_until_complete() const {
     const event_count::ticket seen = ended_.get_ticket();
     if (is_complete())
       return;
-    if (process_has_failed())
+    if (process_has_failed)
       end_process_after_exit_handlers();
     ended_.wait(seen);
   }

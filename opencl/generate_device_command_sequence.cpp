@@ -104,8 +104,7 @@ private:
 
   template <class Command, class Operation>
   void add_synchronization(const Operation& operation) {
-    add(std::make_shared<Command>(operation_, operation.get_release_device(), operation.get_acquire_device(),
-                                  operation.get_sync_id()));
+    add(std::make_shared<Command>(operation_, operation));
   }
 
   // The storage is obtained when the command runs, so what fails then fails the command.

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "ir/device_command.h"
+#include "ir/range_operations.h"
 
 #include <cstdint>
 #include <memory>

@@ -146,14 +146,14 @@ private:
       const auto gone = std::make_shared<opencl_1_2_device>(device);
       gone->set_dispatcher(std::make_unique<dispatcher_type>(std::make_unique<queues>(context, device)));
       gone->get_dispatcher().shutdown();
-      return std::make_shared<device_ir::synchronization_release>(step, owner, gone, number);
+      return std::make_shared<device_ir::synchronization_release>(step, hand_over(owner, gone, number));
     }
     case 'e':
       return host_function_call::create(step, [](const auto&) {});
     case 'r':
-      return std::make_shared<device_ir::synchronization_release>(step, owner, owner, number);
+      return std::make_shared<device_ir::synchronization_release>(step, hand_over(owner, owner, number));
     case 'a':
-      return std::make_shared<device_ir::synchronization_acquire>(step, owner, owner, number);
+      return std::make_shared<device_ir::synchronization_acquire>(step, hand_over(owner, owner, number));
     default:
       break;
     }
