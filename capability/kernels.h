@@ -153,9 +153,9 @@ private:
   void join(const root_device& device, program_object& program, family_entry& family, cl_kernel kernel)
       TARVA_EXCLUDES(kernels_lock);
   cl_int check_argument(const root_device& device, std::uint32_t index, std::size_t size, const void* value,
-                        std::uint64_t removed_count) const noexcept;
+                        std::uint64_t removed_before) const noexcept;
   bool has_argument(std::uint32_t index, std::size_t size, const void* value,
-                    std::uint64_t removed_count) const noexcept;
+                    std::uint64_t removed_before) const noexcept;
   cl_int refuse_argument(cl_int status) noexcept;
   bool holds(cl_mem buffer) const noexcept;
   void remove_from_spares() noexcept TARVA_REQUIRES(kernels_lock);
