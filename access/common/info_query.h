@@ -54,8 +54,7 @@ public:
     record_.param_value_size = size;
     record_.param_value = value;
     record_.param_value_size_ret = reported;
-    send(handle_, command_, &record_);
-    check_status(record_.status);
+    perform(handle_, command_, record_);
   }
 
   [[gnu::always_inline]] std::size_t ask_size() {
