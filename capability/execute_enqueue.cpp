@@ -32,7 +32,7 @@ struct wait_list {
     }
     try {
       for (std::uint32_t i = 0; i < count; ++i) {
-        if (given[i]->failure() != CL_SUCCESS)
+        if (given[i]->failure != CL_SUCCESS)
           status = CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
         events.push_back(given[i]->event);
       }
@@ -97,7 +97,7 @@ void submit(const root_device& device, Record& record, Enqueue enqueue_to) {
     queue->add_outstanding(*event);
     return;
   }
-  event->fail(as_failure(status));
+  event->failure = as_failure(status);
   if (device.watch != nullptr)
     device.watch->suspect();
 }
@@ -236,7 +236,7 @@ void get_event_info(const root_device& device, get_object_info_record& record) {
   const auto* const event = find_object<event_object>(record.object, record);
   if (event == nullptr)
     return;
-  const cl_int failure = event->failure();
+  const cl_int failure = event->failure;
   if (record.param_name == CL_EVENT_COMMAND_EXECUTION_STATUS && failure != CL_SUCCESS) {
     answer(record, &failure, sizeof failure);
   } else if (record.param_name == CL_EVENT_REFERENCE_COUNT) {
@@ -256,7 +256,7 @@ void get_event_profiling_info(const root_device& device, get_object_info_record&
   const auto* const event = find_object<event_object>(record.object, record);
   if (event == nullptr)
     return;
-  if (event->failure() != CL_SUCCESS || event->event == nullptr)
+  if (event->failure != CL_SUCCESS || event->event == nullptr)
     record.status = CL_PROFILING_INFO_NOT_AVAILABLE;
   else
     ask(record, device.cl.get_event_profiling_info, event->event);

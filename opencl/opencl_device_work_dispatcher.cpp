@@ -144,7 +144,7 @@ void opencl_device_work_dispatcher::shutdown() {
   work_pipe_.close();
   // A worker that ends the process runs the exit handlers itself: it cannot join itself, must not wait for another
   // worker that may have failed too, and must wake no caller.
-  if (process_has_failed()) {
+  if (process_has_failed) {
     if (worker_.joinable())
       worker_.detach();
     return;
