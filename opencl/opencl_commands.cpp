@@ -78,7 +78,7 @@ bool copy_same_device<V>::enqueue_copy() {
       this->in_bytes(copy.destination_start), this->in_bytes(copy.count)));
 }
 
-// The value is turned over in place: the command runs once.
+// The byte order of the value is changed in place, as the command runs once.
 template <version V>
 requires(version_traits<V>::has_fill_buffer) bool fill_on_device<V>::enqueue() {
   const data_type type = fill_.memory->get_type();

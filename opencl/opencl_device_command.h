@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 TARVA developers
 // SPDX-License-Identifier: MIT
 
-// OpenCL commands as those see them who need not know a version: the worker of a device, and the making of commands.
+// OpenCL commands without their version: what the worker of a device, and whoever makes commands, need to know of them.
 #pragma once
 
 #include "ir/device_command.h"
