@@ -158,7 +158,7 @@ void tarva_singleton::shut_down() noexcept {
 // After a failure of the process no worker is waited for. The handles are gone by now, so each device should have no owner
 // but the singleton; the warning tells of another one.
 void tarva_singleton::release_devices() {
-  if (!process_has_failed())
+  if (!process_has_failed)
     for (const auto& device : devices_)
       device->get_dispatcher().wait_until_idle();
   log_info("Releasing devices....");

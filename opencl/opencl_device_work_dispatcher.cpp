@@ -89,7 +89,7 @@ opencl_device_work_dispatcher::~opencl_device_work_dispatcher() {
   }
 }
 
-// What is handed over before the shutdown is ended by it, so a refusal means that nothing was handed over.
+// Refuses once the shutdown has begun, and then has handed nothing over. What came before, the shutdown ends.
 template <class Handover>
 void opencl_device_work_dispatcher::hand_over(Handover handover) {
   {
@@ -161,7 +161,7 @@ void opencl_device_work_dispatcher::shutdown() {
   work_pipe_.close();
   // A worker that ends the process runs the exit handlers itself: it cannot join itself, must not wait for another
   // worker that may have failed too, and must wake no caller.
-  if (process_has_failed()) {
+  if (process_has_failed) {
     if (worker_.joinable())
       worker_.detach();
     return;
@@ -224,7 +224,7 @@ bool opencl_device_work_dispatcher::can_advance(const work_list& list) const {
   return !list.is_empty();
 }
 
-// What a command cannot tell arrives here, and ends the process: nobody knows what the device has done.
+// A failure that no command can report arrives here. It ends the process, as nobody knows what the device has done.
 void opencl_device_work_dispatcher::worker_main() noexcept {
   mark_worker_thread();
   try {
@@ -242,7 +242,7 @@ void opencl_device_work_dispatcher::worker_main() noexcept {
   }
 }
 
-// They find their operations as unfinished as before, and that the process has failed.
+// Their operations are still unfinished; they then see that the process has failed.
 void opencl_device_work_dispatcher::wake_callers() const {
   for (const work_list& list : work_lists_)
     if (!list.commands.empty())
@@ -277,7 +277,7 @@ void opencl_device_work_dispatcher::take_over_pending_work() {
   acquires_.take_over();
 }
 
-// In this fixed order of stages; what stands behind an earlier stage waits for the next sweep.
+// The order of the stages is fixed. A command whose stage has passed when its turn comes waits for the next sweep.
 void opencl_device_work_dispatcher::advance(work_list& list) {
   opencl_stage_.run(list);
   for (; list.starts_with(command_stage::host_function_call); ++list.next)

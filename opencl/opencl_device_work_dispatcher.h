@@ -61,7 +61,7 @@ private:
 // So one that waits for another device holds back no other.
 //
 // Callers hand over work and signals under `lock_` and ring `work_pipe_`; the worker takes both over at the start of a
-// sweep and runs without the lock. A failure that the commands cannot tell ends the process.
+// sweep and runs without the lock. A failure that no command can report ends the process.
 class opencl_device_work_dispatcher final : public device_work_dispatcher {
 public:
   explicit opencl_device_work_dispatcher(std::unique_ptr<opencl_queues> queues);

@@ -46,8 +46,8 @@ public:
                    const skerv::opencl::buffer<tested_version>& buffer, std::uint8_t number)
       : opencl_version_command(std::move(operation), queues), buffer_(buffer), number_(number) {}
   std::string to_string() const override { return "numbered_command"; }
-  void enqueue() override {
-    submit(skerv::opencl::fill_buffer_bytes<tested_version>(buffer_, {&number_, 1}, 0, 1));
+  bool enqueue() override {
+    return submit(skerv::opencl::fill_buffer_bytes<tested_version>(buffer_, {&number_, 1}, 0, 1));
   }
 
 private:
@@ -150,13 +150,14 @@ private:
       return host_function_call::create(
           step, [number](const auto&) { allocations_left = number != 0 ? 0 : endless; });
     case 'g':
-      return std::make_shared<device_ir::synchronization_release>(step, owner, released_device(), number);
+      return std::make_shared<device_ir::synchronization_release>(
+          step, hand_over(owner, released_device(), number));
     case 'e':
       return host_function_call::create(step, [](const auto&) {});
     case 'r':
-      return std::make_shared<device_ir::synchronization_release>(step, owner, owner, number);
+      return std::make_shared<device_ir::synchronization_release>(step, hand_over(owner, owner, number));
     case 'a':
-      return std::make_shared<device_ir::synchronization_acquire>(step, owner, owner, number);
+      return std::make_shared<device_ir::synchronization_acquire>(step, hand_over(owner, owner, number));
     default:
       break;
     }
