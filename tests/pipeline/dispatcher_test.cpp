@@ -251,11 +251,12 @@ TEST_F(dispatcher, bears_failures_behind_a_failed_operation) {
   for (const auto& [call, expected] :
        {std::pair{op::finish, "k1 k2 ffe e h3 "}, {op::enqueue_fill_buffer, "k0 h3 "}}) {
     const auto request = make_request();
+    const auto work = worker().prepare_work(make_graph(request, "k1 k2 h3"));
     scripted::forget_calls();
     scripted::before_call(
         call, 1, [&] { request->set_error(std::make_exception_ptr(std::runtime_error("elsewhere"))); });
     scripted::fail_call(call, 1, -5);
-    worker().submit_work(worker().prepare_work(make_graph(request, "k1 k2 h3")));
+    worker().submit_work(work);
     if (call == op::finish)
       worker().start("worker");
     request->wait_until_commands_ended();
