@@ -82,7 +82,7 @@ endif()
 function(tarva_export_only target map)
   target_link_options(${target} PRIVATE LINKER:--version-script=${map})
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
-  if(TARVA_COVERAGE) # for tests/coverage_end.cpp
+  if(TARVA_COVERAGE) # for cmake/coverage_end.cpp
     target_link_options(${target} PRIVATE LINKER:--undefined=__gcov_dump LINKER:--defsym=write_counts=__gcov_dump
                                           LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/coverage.map)
   endif()
