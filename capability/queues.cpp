@@ -24,7 +24,7 @@ void wait_or_fail(const opencl_functions& cl, event_object& event, cl_int status
   const cl_event waited_for = event.event;
   static_cast<void>(call_or_refuse(cl.wait_for_events, cl_uint{1}, &waited_for));
   if (!has_ended(cl, waited_for))
-    event.fail(as_failure(status));
+    event.failure = as_failure(status);
 }
 
 } // namespace

@@ -95,7 +95,7 @@ bool device_watch::is_lost(const root_device& device) noexcept {
   const cl_int status = ask_value(is_available, CL_DEVICE_AVAILABLE, device.cl.get_device_info, device.id);
   const bool is_lost = status == CL_DEVICE_NOT_AVAILABLE || (status == CL_SUCCESS && is_available == 0);
   if (!is_lost)
-    is_suspected_.store(false, std::memory_order_relaxed);
+    is_suspected.store(false, std::memory_order_relaxed);
   return is_lost;
 }
 
