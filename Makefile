@@ -60,6 +60,14 @@ soak: TARGETS = --target device_pipeline_test
 soak: build
 	scripts/soak $(BUILD) docs/reliability
 
+# What share of the lines and branches the tests run: all of them, without optimisation.
+.PHONY: coverage
+coverage:
+	scripts/install-packages --checks
+	scripts/install-packages --coverage
+	$(MAKE) build PRESET=coverage
+	scripts/coverage build-coverage $(JOBS)
+
 tidy:
 	scripts/install-packages --checks
 	$(MAKE) build PRESET=tidy
@@ -102,4 +110,4 @@ fuzz:
 	ctest --preset fuzz --parallel $(JOBS)
 
 clean:
-	rm -rf build build-dev build-asan build-tsan build-clang build-tidy build-fuzz build-package build-wheel
+	rm -rf build build-dev build-asan build-tsan build-clang build-coverage build-tidy build-fuzz build-package build-wheel
