@@ -76,16 +76,17 @@ protected:
   // throws, m one that takes the worker's memory away or (0) gives it back, r a release, g one to a device that has
   // ended its work, a an acquire, e nothing, each with its number.
   std::shared_ptr<logical_ir::logical_operation> submit(const std::string& words) {
-    auto request = make_request();
-    worker().submit_work(worker().prepare_work(make_graph(request, words)));
-    return request;
+    auto operation = make_operation();
+    worker().submit_work(worker().prepare_work(make_graph(operation, words)));
+    return operation;
   }
-  static std::shared_ptr<logical_ir::logical_operation> make_request() {
+  static std::shared_ptr<logical_ir::logical_operation> make_operation() {
     return logical_ir::free_memory::create(std::make_shared<library_memory>(data_type::float_, 4, ""));
   }
-  command_graph make_graph(const std::shared_ptr<logical_ir::logical_operation>& request,
+  command_graph make_graph(const std::shared_ptr<logical_ir::logical_operation>& operation,
                            const std::string& words) {
-    const auto step = physical_ir::free_host_memory::create(request, owner, std::make_shared<host_memory>());
+    const auto step =
+        physical_ir::free_host_memory::create(operation, owner, std::make_shared<host_memory>());
     command_graph graph;
     command_pointer last;
     std::istringstream stream(words);
@@ -96,11 +97,11 @@ protected:
         graph.insert_edge(last, made);
       last = made;
     }
-    request->set_physical_operation_count(1);
-    request->set_submitted();
+    operation->set_physical_operation_count(1);
+    operation->set_submitted();
     step->set_device_command_count(graph.nodes().size());
     step->set_submitted();
-    request->add_device_commands(graph.nodes().size());
+    operation->add_device_commands(graph.nodes().size());
     return graph;
   }
   // Each pair of e and r takes a sweep: when these have run, what can be done of earlier lists has been done.
@@ -242,19 +243,19 @@ INSTANTIATE_TEST_SUITE_P(each, lists, testing::ValuesIn(rows),
 TEST_F(dispatcher, bears_failures_behind_a_failed_operation) {
   for (const auto& [call, expected] :
        {std::pair{op::finish, "k1 k2 ffe e h3 "}, {op::enqueue_fill_buffer, "k0 h3 "}}) {
-    const auto request = make_request();
-    const auto work = worker().prepare_work(make_graph(request, "k1 k2 h3"));
+    const auto operation = make_operation();
+    const auto work = worker().prepare_work(make_graph(operation, "k1 k2 h3"));
     scripted::forget_calls();
     scripted::before_call(
-        call, 1, [&] { request->set_error(std::make_exception_ptr(std::runtime_error("elsewhere"))); });
+        call, 1, [&] { operation->set_error(std::make_exception_ptr(std::runtime_error("elsewhere"))); });
     scripted::fail_call(call, 1, -5);
     worker().submit_work(work);
     if (call == op::finish)
       worker().start("worker");
-    request->wait_until_commands_ended();
+    operation->wait_until_commands_ended();
     worker().wait_until_idle();
     EXPECT_EQ(record(), expected);
-    EXPECT_EQ(message_of([&] { std::rethrow_exception(request->get_error()); }), "elsewhere");
+    EXPECT_EQ(message_of([&] { std::rethrow_exception(operation->get_error()); }), "elsewhere");
   }
 }
 
@@ -262,13 +263,13 @@ TEST_F(dispatcher, needs_no_memory_for_prepared_work) {
   worker().start("worker");
   submit("m1"); // from here on the worker has none
   worker().wait_until_idle();
-  const auto request = make_request();
-  auto work = worker().prepare_work(make_graph(request, "a1 r3 a2 a3 m0"));
+  const auto operation = make_operation();
+  auto work = worker().prepare_work(make_graph(operation, "a1 r3 a2 a3 m0"));
   allocations_left = 0; // so that one would end the process
   worker().submit_work(work);
   signal(2);
   signal(1);
-  request->wait_until_complete();
+  operation->wait_until_complete();
   allocations_left = endless;
 }
 
@@ -302,38 +303,38 @@ TEST_F(dispatcher, carries_out_all_that_operations_say_of_themselves) {
   using namespace physical_ir;
   const auto one = std::make_shared<opencl_1_2_device>(device);
   one->initialize();
-  const logical_pointer request = make_request();
+  const logical_pointer operation = make_operation();
   const auto there = std::make_shared<device_memory>(one);
   const auto here = std::make_shared<host_memory>();
   const std::vector<std::uint8_t> value{1, 2, 3, 4};
   physical_graph graph;
   for (const std::shared_ptr<physical_operation>& each :
        std::initializer_list<std::shared_ptr<physical_operation>>{
-           allocate_host_memory::create(request, one, here, data_type::int32_, 2),
-           allocate_device_memory::create(request, there, data_type::int32_, 2),
-           fill_on_host::create(request, one, host_fill{here, value, 0, 2}),
-           copy_host_to_device::create(request, host_to_device_copy{here, 0, there, 0, 2}),
-           convert_endianness_device::create(request, there),
-           copy_same_device::create(request, device_copy{there, 1, there, 0, 1}),
-           fill_on_device::create(request, device_fill{there, value, 1, 1}),
-           copy_device_to_host::create(request, device_to_host_copy{there, 0, here, 0, 2}),
-           convert_endianness_host::create(request, one, here),
-           synchronize_device_to_device_release::create(request, one, one, 9),
-           synchronize_device_to_device_acquire::create(request, one, one, 9),
-           free_device_memory::create(request, there)}) {
+           allocate_host_memory::create(operation, one, here, data_type::int32_, 2),
+           allocate_device_memory::create(operation, there, data_type::int32_, 2),
+           fill_on_host::create(operation, one, host_fill{here, value, 0, 2}),
+           copy_host_to_device::create(operation, host_to_device_copy{here, 0, there, 0, 2}),
+           convert_endianness_device::create(operation, there),
+           copy_same_device::create(operation, device_copy{there, 1, there, 0, 1}),
+           fill_on_device::create(operation, device_fill{there, value, 1, 1}),
+           copy_device_to_host::create(operation, device_to_host_copy{there, 0, here, 0, 2}),
+           convert_endianness_host::create(operation, one, here),
+           synchronize_device_to_device_release::create(operation, one, one, 9),
+           synchronize_device_to_device_acquire::create(operation, one, one, 9),
+           free_device_memory::create(operation, there)}) {
     graph.insert_node(each);
     if (graph.nodes().size() > 1)
       graph.insert_edge(graph.nodes()[graph.nodes().size() - 2], each);
   }
-  request->set_physical_operation_count(graph.nodes().size());
-  request->set_submitted();
+  operation->set_physical_operation_count(graph.nodes().size());
+  operation->set_submitted();
   std::vector<command_graph> commands;
   dispatch_operations(graph, commands);
-  request->wait_until_complete();
+  operation->wait_until_complete();
   one->release();
   const auto* bytes = static_cast<const std::uint8_t*>(here->get_read_pointer(0));
   EXPECT_EQ(std::vector<std::uint8_t>(bytes, bytes + 8), (std::vector<std::uint8_t>{1, 2, 3, 4, 4, 3, 2, 1}));
-  std::set<std::string> texts{request->to_string() + "\n"};
+  std::set<std::string> texts{operation->to_string() + "\n"};
   for (const auto& each : graph.nodes())
     texts.insert(each->to_string() + "\n");
   for (const auto& each : commands.front().nodes())
@@ -370,14 +371,14 @@ TEST_F(dispatcher, is_waited_for_until_the_last_command_has_ended) {
   struct sigaction wake {};
   wake.sa_handler = [](int) {};
   ASSERT_EQ(sigaction(SIGUSR1, &wake, nullptr), 0);
-  const auto request = make_request();
-  request->set_physical_operation_count(1);
-  request->set_submitted();
-  request->add_device_commands(1);
-  request->set_error(std::make_exception_ptr(std::runtime_error("elsewhere")));
+  const auto operation = make_operation();
+  operation->set_physical_operation_count(1);
+  operation->set_submitted();
+  operation->add_device_commands(1);
+  operation->set_error(std::make_exception_ptr(std::runtime_error("elsewhere")));
   std::atomic<bool> has_ended = false;
   std::thread waiting([&] {
-    request->wait_until_commands_ended();
+    operation->wait_until_commands_ended();
     EXPECT_TRUE(has_ended);
   });
   for (int i = 0; i < 50; ++i) {
@@ -385,7 +386,7 @@ TEST_F(dispatcher, is_waited_for_until_the_last_command_has_ended) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   has_ended = true;
-  request->device_commands_ended(1);
+  operation->device_commands_ended(1);
   waiting.join();
 }
 
