@@ -210,6 +210,7 @@ TEST_F(commands, kernels_refuse_what_opencl_would_follow_blindly) {
     EXPECT_EQ(it.set(kernel, 0, 8, &buffer), CL_SUCCESS);
     it.release<op::release_mem_object>(buffer);
     EXPECT_EQ(it.set(kernel, 0, 8, &buffer), CL_INVALID_MEM_OBJECT);
+    EXPECT_EQ(it.set(kernel, 0, 8, &it.buffer), CL_SUCCESS);
     it.release<op::release_kernel>(kernel);
     forget_calls();
     it.release<op::release_kernel>(it.make_kernel("k"));

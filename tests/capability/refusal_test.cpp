@@ -127,6 +127,9 @@ TEST_F(refusal, of_local_sizes_of_zero) {
     }
     it.release<op::release_event>(event);
   }
+  EXPECT_EQ(it.status_of<op::enqueue_nd_range_kernel>(
+                {it.queue, kernel, nullptr, nullptr, nullptr, nullptr, nullptr, 77, 1, 0}),
+            CL_INVALID_GLOBAL_WORK_SIZE);
   it.release<op::release_kernel>(kernel);
 }
 
@@ -282,6 +285,7 @@ TEST_F(refusal, of_binaries_that_are_cut_short_or_of_another_kind) {
     EXPECT_EQ(is_refused(by, whole_of("binary_pocl_9")), platform != pocl);
     EXPECT_TRUE(is_refused(by, bitcode));
   }
+  EXPECT_TRUE(is_refused(user(made, pocl), with_version(whole_of("binary_pocl_9"), 118, 0))) << "no name";
 }
 
 TEST_F(refusal, of_answers_that_are_wrong) {
@@ -299,9 +303,15 @@ TEST_F(refusal, of_answers_that_are_wrong) {
       char text[8] = "";
       it.ask<op::get_kernel_info>({kernel, sizeof text, text, nullptr, 77, CL_KERNEL_ATTRIBUTES});
       EXPECT_STREQ(text, knows_better[i] ? "" : "garbage") << names[i];
+      std::size_t size = 0;
+      it.ask<op::get_kernel_info>({kernel, sizeof text, text, &size, 77, CL_KERNEL_FUNCTION_NAME});
+      EXPECT_EQ(size, sizeof "plain");
       for (const cl_uint query : {CL_KERNEL_WORK_GROUP_SIZE, CL_KERNEL_PREFERRED_WORK_GROUP_SIZE_MULTIPLE}) {
-        std::size_t size = 0;
-        it.ask<op::get_kernel_work_group_info>({it.device, kernel, sizeof size, &size, nullptr, 77, query});
+        const qv::get_object_device_info_record group{it.device, kernel, sizeof size, &size,
+                                                      nullptr,   77,     query};
+        fail_call(op::get_kernel_work_group_info, 1, CL_OUT_OF_RESOURCES);
+        EXPECT_EQ(it.ask<op::get_kernel_work_group_info>(group).status, CL_OUT_OF_RESOURCES) << names[i];
+        it.ask<op::get_kernel_work_group_info>(group);
         EXPECT_EQ(size, i == rusticl && query == CL_KERNEL_WORK_GROUP_SIZE ? 1024u : 32u) << names[i];
       }
       it.release<op::release_kernel>(kernel);

@@ -139,7 +139,6 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
       {"group whose size wraps around", add, good, sized(2, {large, large, 1}, {large, large, 1})},
       {"group too large in the third dimension", add, good, sized(3, {1, 1, 128}, {1, 1, 128})},
       {"global size 0", add, good, line(0), before_2_1},
-      {"not the size fixed by the compiler", fixed, {argument(numbers)}, sized(3, {8, 8, 2}, {8, 8, 2})},
       {"ids beyond all addresses", add, good, line(1, 1, huge)},
       {"too few arguments", add, {argument(numbers)}, line(4)},
       {"too many arguments", add, too_many, line(4)},
