@@ -230,7 +230,7 @@ TEST_F(discovery, closed_handles_stay_closed_whatever_other_threads_open) {
   }
   qv_call_handle* const held = made.open(0, 1);
   const std::uint64_t root = made.root(0), node = made.node(root, 1);
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (int thread = 0; thread < 4; ++thread)
     threads.emplace_back([&] {
       qv_call_handle* first = nullptr;
@@ -245,8 +245,6 @@ TEST_F(discovery, closed_handles_stay_closed_whatever_other_threads_open) {
         ASSERT_EQ(made.close_call_handle(first), -1);
       }
     });
-  for (std::thread& thread : threads)
-    thread.join();
 }
 
 TEST_F(discovery, built_in_kernels_are_listed_if_a_program_can_be_made_of_them) {

@@ -69,6 +69,7 @@ TEST_F(refusal, of_more_groups_than_can_be_counted) {
       {1, {8 * giga, 1, 1}, {2, 1, 1}, "Gorb"},      {1, {8 * giga - 1, 1, 1}, {2, 1, 1}, "Gorb"},
       {1, {8 * giga - 2, 1, 1}, {2, 1, 1}, "rb"},    {2, {giga, 4, 1}, {1, 1, 1}, "Gob"},
       {3, {giga, giga, giga}, {1, 1, 1}, "Gob"},     {2, {4 * giga, 4 * giga, 9}, {1, 1, 1}, "Gorb"},
+      {1, {4 * giga, 1, 1}, {0, 0, 0}, "Gorb"}, // the group of one that does not tell its size
       {1, {4 * giga * 64, 1, 1}, {0, 0, 0}, "Gorb"}, {1, {4 * giga * 64 - 64, 1, 1}, {0, 0, 0}, "rbo"},
       {2, {0, ~std::size_t{0}, 1}, {1, 1, 1}, "rb"}};
   static const std::tuple<std::size_t, const char*, char> devices[] = {
@@ -91,6 +92,8 @@ TEST_F(refusal, of_more_groups_than_can_be_counted) {
       const auto& [platform, name, letter] = devices[i];
       const user it(made, i);
       void* const kernel = it.make_kernel();
+      if (letter == 'G')
+        fail_call(op::get_kernel_work_group_info, 1, CL_OUT_OF_RESOURCES);
       for (const row& one : rows) {
         const bool is_refused = one.refused_by.find(letter) != std::string_view::npos;
         EXPECT_EQ(it.status_of<op::enqueue_nd_range_kernel>({it.queue, kernel, nullptr, one.global.data(),

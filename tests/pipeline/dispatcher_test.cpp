@@ -164,14 +164,12 @@ private:
   }
 };
 
-void fail_nothing() {}
-
 struct list_row {
   const char* name;
   std::vector<std::string> lists; // all there before the worker wakes
   std::string expected;
   std::string message = {}; // of the first error, behind which no further command is run
-  void (*plan)() = fail_nothing;
+  void (*plan)() = [] {};
   std::vector<std::uint64_t> signals = {}; // there before, too
   std::vector<std::uint64_t> later = {};   // when nothing is left to be done
   std::string expected_later = {};
@@ -217,10 +215,10 @@ const list_row rows[] = {
     {"a_run_ends_where_the_queue_changes", {"k1 p2 k3"}, "k1 ffse k2 ffstte k3 ffse "},
     {"newest_first_and_run_by_run", {"h1 k2 h3", "h4 k5 h6"}, "h4 h1 k5 ffse h6 k2 ffse h3 "},
     {"lists_of_different_kinds_advance_in_turn", {"k1 h2 k3", "h4 h5"}, "h4 h5 k1 ffse h2 k3 ffse "},
-    {"a_signal_long_after", {"h1 a1 h2", "h3 k4"}, "h3 h1 k4 ffse ", {}, fail_nothing, {}, {1}, "h2 "},
-    {"equal_signals_count_once", {"a1 h1 a1 h2"}, "h1 ", {}, fail_nothing, {1, 1}, {1}, "h2 "},
-    {"two_acquires_in_a_row", {"a2 a1 h1", "h2"}, "h2 h1 ", {}, fail_nothing, {1, 2}},
-    {"a_signal_for_another_wakes_nobody", {"a1 h1"}, "", {}, fail_nothing, {2}, {1}, "h1 "},
+    {"a_signal_long_after", {"h1 a1 h2", "h3 k4"}, "h3 h1 k4 ffse ", {}, [] {}, {}, {1}, "h2 "},
+    {"equal_signals_count_once", {"a1 h1 a1 h2"}, "h1 ", {}, [] {}, {1, 1}, {1}, "h2 "},
+    {"two_acquires_in_a_row", {"a2 a1 h1", "h2"}, "h2 h1 ", {}, [] {}, {1, 2}},
+    {"a_signal_for_another_wakes_nobody", {"a1 h1"}, "", {}, [] {}, {2}, {1}, "h1 "},
     {"a_release_is_heard_in_the_next_sweep", {"a1 h1 h2", "h3 r1 h4 k5"}, "h3 h4 k5 ffse h1 h2 "},
     {"an_event_of_a_run_fails", {"k1 k2 h3 k4"}, "k1 k2 ffse se h3 ", no_resources, fail_event},
     {"an_event_cannot_be_read", {"k1 k2"}, "k1 k2 ffe se ", no_resources, fail_look_at_event},
