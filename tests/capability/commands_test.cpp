@@ -242,6 +242,8 @@ TEST_F(commands, kernels_for_launches_take_everything_and_fail_there) {
   void* event = nullptr;
   it.ask<op::enqueue_fill_buffer>({it.queue, it.buffer, "", 1, 0, 1, nullptr, &event, 77, 0});
   EXPECT_EQ(it.launch(second, &event), CL_SUCCESS) << "set rightly in the end, and behind other work";
+  std::uint64_t time = 0;
+  EXPECT_EQ(it.status_of<op::get_event_profiling_info>({event, 8, &time, nullptr, 77, 0x1283}), CL_SUCCESS);
   it.release<op::release_event>(event);
   for (void* const each : {first, broken, second})
     it.release<op::release_kernel>(each);

@@ -93,7 +93,7 @@ TEST_F(discovery, devices_that_are_custom_or_not_available_are_offered) {
   devices[1].defects[CL_DEVICE_AVAILABLE] = defect::refused;
   devices[3].info[CL_DEVICE_TYPE] = value_answer(cl_device_type{CL_DEVICE_TYPE_CUSTOM});
   set_devices(devices);
-  set_platforms({{}});
+  set_platforms({{"Another", "OpenCL 1.2"}});
   library made("");
   ASSERT_EQ(made.count(), 4u);
   for (std::size_t place = 0; place < 4; ++place) {

@@ -209,6 +209,8 @@ TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
   // By the address that stands for the extension, too.
   const auto asked = older.ask<op::get_extension_function_address_for_platform>(
       {it.device, "clCreateProgramWithILKHR", nullptr});
+  EXPECT_EQ(older.ask<op::get_extension_function_address_for_platform>({it.device, "clX", nullptr}).result,
+            nullptr);
   const auto by_extension =
       reinterpret_cast<void* (*)(void* context, const void* il, std::size_t length, cl_int* status)>(
           asked.result);

@@ -177,6 +177,7 @@ TEST_P(failures, an_object_whose_allocation_failed_cannot_be_used) {
     EXPECT_EQ(ends[i], logic_failure(std::string("Attempting to get a ") + (i < 3 ? "read" : "write") +
                                      " pointer from a host memory object that does not have any memory "
                                      "allocated."));
+  EXPECT_EQ(copy(none, 0, make(std::vector{byte}), 0, 1), outcome()) << "the work of a copy on the host";
   EXPECT_EQ(count(take_calls(), op::create_buffer), 0u);
 }
 

@@ -104,7 +104,7 @@ TEST_P(launching, an_offset_is_passed_on_from_1_1) {
 TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
   const auto add = kernel(version(), "add"), fixed = kernel(version(), "fixed"),
              observe = kernel(version(), "observe");
-  const memory numbers = make(counted(4)), none = allocate(TARVA_ABI_TYPE_INT32, 0),
+  const memory numbers = make(counted(4)), none = allocate(TARVA_ABI_TYPE_DOUBLE16, 0),
                shorts = make(std::vector<std::int16_t>(6));
   const std::int32_t amount = 1;
   const std::array<std::int16_t, 4> values{};

@@ -161,6 +161,12 @@ TEST(lifecycle, a_start_that_fails_ends_the_process_in_words) {
   EXPECT_EXIT(fail(true), ExitedWithCode(1),
               start + "The libqv version detected is incompatible with this version of SKERV.\n$");
   EXPECT_EXIT(fail(false), ExitedWithCode(1), start + "Failed to allocate memory on the host.\n$");
+  const auto throw_in_worker = [] {
+    log_to_console("critical");
+    before_call(op::finish, 1, [] { throw 1; });
+    used_on(devices()[0]);
+  };
+  EXPECT_EXIT((check_at_exit(false), run(throw_in_worker)), ExitedWithCode(1), "an unknown exception.");
 }
 
 void start_without_devices() {
