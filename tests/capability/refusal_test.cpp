@@ -207,13 +207,13 @@ TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
   only_user it(plain_device());
   const user older(it.made, 0, 3);
   // By the address that stands for the extension, too.
-  const auto asked = older.ask<op::get_extension_function_address_for_platform>(
-      {it.device, "clCreateProgramWithILKHR", nullptr});
-  EXPECT_EQ(older.ask<op::get_extension_function_address_for_platform>({it.device, "clX", nullptr}).result,
-            nullptr);
+  const auto address_of = [&](const char* name) {
+    return older.ask<op::get_extension_function_address_for_platform>({it.device, name, nullptr}).result;
+  };
+  EXPECT_EQ(address_of("clX"), nullptr);
   const auto by_extension =
       reinterpret_cast<void* (*)(void* context, const void* il, std::size_t length, cl_int* status)>(
-          asked.result);
+          address_of("clCreateProgramWithILKHR"));
   const auto expect = [&](const std::string& il, cl_int status, const char* what) {
     EXPECT_EQ(it.status_of<op::create_program_with_il>({it.context, il.data(), il.size(), nullptr, 77}),
               status)

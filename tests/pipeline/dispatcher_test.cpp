@@ -201,13 +201,8 @@ TEST_P(lists, are_done_in_runs_and_sweeps) {
   EXPECT_TRUE(scripted::no_failure_left());
 }
 
-void fail_event() {
-  scripted::fail_event(op::enqueue_fill_buffer, 1, -5);
-}
-void fail_look_at_event() {
-  scripted::fail_call(op::get_event_info, 1, -5);
-}
-
+constexpr auto fail_event = [] { scripted::fail_event(op::enqueue_fill_buffer, 1, -5); };
+constexpr auto fail_look_at_event = [] { scripted::fail_call(op::get_event_info, 1, -5); };
 constexpr const char* no_resources = "Failed to allocate resources on the device.";
 constexpr const char* gone = "Cannot submit work to a dispatcher that has been shutdown.";
 const list_row rows[] = {

@@ -191,14 +191,4 @@ TEST_P(failures, a_future_tells_how_its_transfer_failed) {
   EXPECT_EQ(read_raw(numbers, 0, 4, host.data()), outcome()) << "a status above 0 is no failure";
 }
 
-TEST_P(failures, of_one_kernel_spoil_no_second_one_of_its_name) {
-  if (!is_opencl())
-    return; // it is the capability library that keeps kernels
-  const auto program = compile(device(version()), source);
-  const auto first = find_kernel(program, "add");
-  fail_call(op::create_kernel, 1, -5);
-  const memory numbers = make(counted(4));
-  bring(find_kernel(program, "add"), {&numbers});
-}
-
 } // namespace scripted
