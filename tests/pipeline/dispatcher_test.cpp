@@ -221,11 +221,9 @@ void fail_first_look() {
 }
 const list_row rows[] = {
     {"one_run_has_one_finish", {"k1 k2 h3"}, "k1 k2 ffse se h3 "},
-    {"a_run_ends_at_a_step_on_the_host", {"k1 h2 k3"}, "k1 ffse h2 k3 ffse "},
     {"a_run_ends_where_the_queue_changes", {"k1 p2 k3"}, "k1 ffse k2 ffstte k3 ffse "},
     {"newest_first_and_run_by_run", {"h1 k2 h3", "h4 k5 h6"}, "h4 h1 k5 ffse h6 k2 ffse h3 "},
     {"lists_of_different_kinds_advance_in_turn", {"k1 h2 k3", "h4 h5"}, "h4 h5 k1 ffse h2 k3 ffse "},
-    {"a_signal_long_before", {"h1 a1 h2"}, "h1 h2 ", "", {}, {1}},
     {"a_signal_long_after", {"h1 a1 h2", "h3 k4"}, "h3 h1 k4 ffse ", "", {}, {}, {1}, "h2 "},
     {"equal_signals_count_once", {"a1 h1 a1 h2"}, "h1 ", "", {}, {1, 1}, {1}, "h2 "},
     {"two_acquires_in_a_row", {"a2 a1 h1", "h2"}, "h2 h1 ", "", {}, {1, 2}},
