@@ -186,6 +186,12 @@ TEST_P(properties, of_programs_kernels_and_memory_are_those_of_the_version) {
                 "CL_PROGRAM_BINARY=B,I,N,:,k,e,r,n,e,l");
   EXPECT_EQ(children_of(root<tarva_abi_get_memory_root_property>(allocate(TARVA_ABI_TYPE_FLOAT, 10))),
             "USER_LABEL=a test NUM_ELEMENTS=10 TYPE=12 OBJECT_ID");
+  tarva_abi_error_s* failure = nullptr;
+  tarva_abi_get_devices(nullptr, nullptr, &failure);
+  EXPECT_EQ(
+      children_of(tarva::detail::root<tarva_abi_get_error_root_property>(failure)),
+      "EXCEPTION_TYPE=2 EXCEPTION_MESSAGE=tarva_abi_get_devices: devices argument is NULL, but expected a memory location to return the device array.");
+  tarva_abi_free_error(nullptr, failure);
   constexpr std::uint64_t on_record[version_count] = {12333749317352091179U, 570559939789278314U,
                                                       2418929429471218476U,  6527998091848219448U,
                                                       12090553846653252265U, 12090553846653252265U};
