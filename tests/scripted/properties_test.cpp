@@ -190,6 +190,12 @@ TEST_P(properties, of_programs_kernels_and_memory_are_those_of_the_version) {
                 "CL_PROGRAM_BINARY=B,I,N,:,k,e,r,n,e,l");
   EXPECT_EQ(children_of(root<tarva_abi_get_memory_root_property>(allocate(TARVA_ABI_TYPE_FLOAT, 10))),
             "USER_LABEL=a test NUM_ELEMENTS=10 TYPE=12 OBJECT_ID");
+  tarva_abi_error_s* failure = nullptr;
+  tarva_abi_get_devices(nullptr, nullptr, &failure);
+  EXPECT_EQ(
+      children_of(tarva::detail::root<tarva_abi_get_error_root_property>(failure)),
+      "EXCEPTION_TYPE=2 EXCEPTION_MESSAGE=tarva_abi_get_devices: devices argument is NULL, but expected a memory location to return the device array.");
+  tarva_abi_free_error(nullptr, failure);
   const auto of_device = root<tarva_abi_get_device_root_property>(device(version())),
              of_memory = root<tarva_abi_get_memory_root_property>(make(counted(1)));
   EXPECT_EQ(checksum_of_words({&of_device, &of_program, &of_kernel, &of_memory}),
