@@ -35,7 +35,7 @@ public:
   void suspect() noexcept { is_suspected_.store(true, std::memory_order_relaxed); }
   bool is_suspected() const noexcept { return is_suspected_.load(std::memory_order_relaxed); }
 
-  // Asks the device, and ends the suspicion if it is there.
+  // Asks the device, and ends the suspicion unless it is lost.
   bool is_lost(const root_device& device) noexcept;
 
 private:
@@ -95,6 +95,9 @@ struct root_device {
   // One of those that were asked for.
   const std::string& text_of(cl_device_info name) const { return answers.find(name)->bytes; }
 };
+
+// Asks the device whether it is there. One that does not tell is taken to be.
+bool is_not_there(const root_device& device) noexcept;
 
 // Has the device watched from now on. Throws std::bad_alloc.
 void watch(root_device& device);
