@@ -32,9 +32,6 @@ bool add_live_buffer(cl_mem buffer) noexcept;
 void remove_live_buffer(cl_mem buffer) noexcept;
 // Whether `value`, which may be any number, is a buffer that is alive.
 bool is_live_buffer(cl_mem value) noexcept;
-// How often a buffer was removed: what was alive at some count is alive as long as the count stays. A launch that sets the
-// same buffers as the last one needs no look-up then.
-std::uint64_t removed_buffer_count() noexcept;
 
 enum class parameter : std::uint8_t { unknown, value, buffer, local_memory, image, sampler, device_queue };
 

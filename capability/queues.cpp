@@ -33,7 +33,7 @@ void wait_or_fail(const root_device& device, event_object& event, cl_int status)
   const cl_event waited_for = event.event;
   static_cast<void>(call_or_refuse(device.cl.wait_for_events, cl_uint{1}, &waited_for));
   if (device.quirks.completes_lost_work || !has_ended(device.cl, waited_for))
-    event.fail(as_failure(status));
+    event.failure = as_failure(status);
 }
 
 } // namespace

@@ -37,11 +37,9 @@ public:
   // An event that is there without memory being taken for it. It has failed with CL_OUT_OF_HOST_MEMORY, and is never freed.
   static event_object* out_of_memory() noexcept;
 
-  // CL_SUCCESS, or the negative status that takes the place of what OpenCL says. Release and acquire: whoever sees the failure
-  // sees what came before it.
-  cl_int failure() const noexcept { return failure_.load(std::memory_order_acquire); }
-  void fail(cl_int status) noexcept { failure_.store(status, std::memory_order_release); }
-
+  // CL_SUCCESS, or the negative status that takes the place of what OpenCL says. Whoever sees the failure sees what came before
+  // it.
+  std::atomic<cl_int> failure = CL_SUCCESS;
   // OpenCL's event, null if the work did not reach OpenCL. Set before the event is handed out, and constant from then on, as is the
   // queue.
   cl_event event = nullptr;
@@ -56,10 +54,9 @@ private:
   friend class queue_object;
 
   explicit constexpr event_object(std::uint32_t references, cl_int failure) noexcept
-      : references_(references), failure_(failure) {}
+      : failure(failure), references_(references) {}
 
   std::atomic<std::uint32_t> references_{1};
-  std::atomic<cl_int> failure_{CL_SUCCESS};
   event_object* next_ =
       nullptr; // among the outstanding events of the queue, and guarded by its lock while it is there
 };

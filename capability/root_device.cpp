@@ -99,7 +99,7 @@ bool is_not_there(const root_device& device) noexcept {
 bool device_watch::is_lost(const root_device& device) noexcept {
   const bool is_lost = is_not_there(device);
   if (!is_lost)
-    is_suspected_.store(false, std::memory_order_relaxed);
+    is_suspected.store(false, std::memory_order_relaxed);
   return is_lost;
 }
 

@@ -159,11 +159,11 @@
  * (standard error), file (tarva.log or skerv.log in the working directory, appended to) or none. The first
  * pair is for the library, the second for its OpenCL layer. A file is made for its owner alone, and must be a
  * regular one and no link; if it cannot be had, there is no log. When memory is short a line is cut, or
- * stands without its details, and when a disk is full it is lost. Control characters are shown as \xNN, so
- * that a line is one line. A process that has more rights than its caller reads none of these variables.
- * Lines at info level tell of start and stop, those at warning level of handles that were never given up,
- * those at error level of failures, and those at critical level of failures that cannot be mended, above all
- * those that end the process.
+ * stands without its details, and when a disk is full it is lost. Control characters are shown as \xNN,
+ * and a backslash as \\, so that a line is one line. A process that has more rights than its caller reads
+ * none of these variables. Lines at info level tell of start and stop, those at warning level of handles
+ * that were never given up, those at error level of failures, and those at critical level of failures that
+ * cannot be mended, above all those that end the process.
  *
  * WAITING
  *

@@ -92,7 +92,8 @@ def element_of(dtype: np.dtype[Any]) -> Element:
 
 def native(dtype: Any) -> np.dtype[Any]:
     """A numpy type from whatever stands for one, in the byte order of the machine."""
-    return np.dtype(dtype).newbyteorder("=")
+    known: np.dtype[Any] = np.dtype(dtype)
+    return known.newbyteorder("=")
 
 
 def convert(value: np.ndarray[Any, Any], dtype: np.dtype[Any]) -> np.ndarray[Any, Any]:

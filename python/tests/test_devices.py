@@ -67,7 +67,7 @@ def test_answers_name_what_is_wrong(device: tarva.Device, do: Any, wanted: Any, 
 
 def test_failures_have_chains(program: tarva.Program) -> None:
     with pytest.raises(tarva.LogicFailure) as caught:
-        program.saxpy(0, np.float32(1), tarva.Array(1, np.float32), None)
+        program.saxpy(1, np.float32(1), tarva.Array(1, np.float32), None, group=2**40)
     assert caught.value.code == -3 and isinstance(caught.value, ValueError)
     assert caught.value.chain[0].kind in tarva.FailureKind and caught.value.chain[0].message in str(caught.value)
 

@@ -123,7 +123,7 @@ F, I = Array[np.float32], np.zeros(1, np.int32)  # noqa: E741
             ValueError,
             "<tarva.Array 'gone' of float32 and shape (4,)> has been given",
         ),
-        ("saxpy", 0, (3, "floats", "floats"), {}, tarva.LogicFailure, "Global size (0)"),
+        ("saxpy", 4, (3, "floats", "floats"), {"group": 2**40}, tarva.LogicFailure, "Local size (1099511627776)"),
         ("locals", 4, ("floats", -1, 1, 1), {}, ValueError, "Parameter 1 (row) of kernel locals"),
         ("locals", 4, ("floats", 1), {"local": 4}, TypeError, "not 2 and local=4"),
         ("vectors", 1, ((1, 2), 0, 0, 0, "floats"), {}, ValueError, "float4 has 4 components"),

@@ -176,7 +176,6 @@ TEST_F(commands, references_to_contexts_are_counted) {
               CL_SUCCESS);
     EXPECT_EQ(references(), before + static_cast<cl_uint>(change));
   }
-  EXPECT_EQ(references(), 1u);
 }
 
 TEST_F(commands, kernels_refuse_what_opencl_would_follow_blindly) {
@@ -262,12 +261,12 @@ TEST_F(commands, released_kernels_are_used_again_only_as_long_as_they_are_harmle
   it.release<op::release_mem_object>(buffer);
   EXPECT_EQ(count_calls(op::release_kernel), 1u) << "it held the buffer";
   buffer = it.make_buffer();
-  it.release<op::release_kernel>(use_kernel());
+  kernel = use_kernel();
+  EXPECT_EQ(it.build(it.program, ""), CL_INVALID_OPERATION) << "the kernel is in use";
+  it.release<op::release_kernel>(kernel);
   forget_calls();
   it.build(it.program, "");
-  const auto calls = take_calls();
-  ASSERT_EQ(calls.size(), 2u);
-  EXPECT_EQ(calls[0].operation, op::release_kernel) << "it would be in the way";
+  EXPECT_EQ(take_calls().at(0).operation, op::release_kernel) << "it would be in the way";
   // Four of a name, and 64 in all.
   void* const many = it.make_program(many_kernels(20));
   for (const std::size_t names : {1, 20}) {

@@ -180,10 +180,11 @@ INSTANTIATE_TEST_SUITE_P(each, hosts_test, testing::ValuesIn(hosts),
 
 } // namespace
 
-// Takes the place of the system's for every library of the process.
+// Takes the place of the system's for every library of the process. OpenCL's own threads, which it may not do without,
+// have no attributes.
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                               void* argument) noexcept {
-  if (are_threads_refused)
+  if (are_threads_refused && attributes != nullptr)
     return EAGAIN;
   static const auto system = reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
   return system(thread, attributes, body, argument);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 TARVA developers
 // SPDX-License-Identifier: MIT
 
-// A request that fails takes nothing with it: no kernel works on content that never arrived, no content is
-// lost, and the next request finds everything as it was.
+// An operation that fails takes nothing with it: no kernel works on content that never arrived, no content is
+// lost, and the next operation finds everything as it was.
 #include "tests/scripted/scripted_test.h"
 
 #include <optional>
@@ -83,7 +83,7 @@ private:
       planned_.reset();
     return one.object;
   }
-  // What has failed of the request, if anything.
+  // What has failed of the operation, if anything.
   std::optional<op> failure() { return no_failure_left() ? planned_ : std::nullopt; }
 
   void put(modelled& one, std::size_t start, std::size_t count, std::int32_t stored) {

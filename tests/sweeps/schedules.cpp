@@ -10,6 +10,7 @@
 #include <cstdarg>
 #include <dlfcn.h>
 #include <pthread.h>
+#include <unistd.h>
 
 namespace sweeps {
 
@@ -36,9 +37,8 @@ void delay() {
 } // namespace
 
 std::string run_schedule(unsigned seed) {
-  const auto all = caller::devices();
   std::vector<caller::kernel> kernels;
-  for (const caller::device& each : all)
+  for (const caller::device& each : caller::devices())
     kernels.push_back(caller::find_kernel(caller::compile(each, caller::mix_source), "add"));
   scripted::set_delay(delay);
   are_delayed = true;

@@ -7,7 +7,6 @@
 #include "memory/library_memory.h"
 #include "properties/property.h"
 #include "tests/error_of.h"
-#include "tests/failing_memory.h"
 
 #include <gtest/gtest.h>
 
@@ -181,48 +180,6 @@ TEST(error_conversion, makes_no_object_of_success_and_lack_of_memory) {
   EXPECT_EQ(converted(0, nullptr), convert_exception(bridge, nullptr));
   EXPECT_EQ(converted(-2, nullptr), convert_exception(bridge, made(std::bad_alloc())));
   EXPECT_EQ(converted(-2, nullptr), convert_exception(bridge, made(std::bad_array_new_length())));
-}
-
-TEST(error_conversion, gives_minus_one_and_no_object_when_memory_runs_out_at_any_point) {
-  const std::exception_ptr failure =
-      nest(made(std::out_of_range("a cause that is too long for the room inside a string")),
-           "a failure that is too long for it, too, in any event");
-  std::size_t points = 0;
-  for (tarva_abi_error_s* handle = nullptr; !handle; ++points) {
-    abi_bridge bridge;
-    allocations_left = points;
-    const auto [result, error] = convert_exception(bridge, failure);
-    allocations_left = endless;
-    handle = error;
-    EXPECT_EQ(result, handle ? TARVA_ABI_LOGIC_FAILURE : TARVA_ABI_UNKNOWN_FAILURE) << points;
-    if (handle)
-      bridge.release_error(handle);
-    ASSERT_LT(points, 100U);
-  }
-  EXPECT_GT(points, 4U) << "two messages, two objects and an entry in the table at least";
-}
-
-// An array of handles that cannot be completed has ended those that were made. That of devices is seen by the sweeps.
-TEST(arrays_of_handles, keep_nothing_when_memory_runs_out_at_any_point) {
-  const auto memory = make_memory();
-  const std::vector<abi_bridge::owned_property> properties(3, {memory->get_property({"ROOT"}), memory});
-  const auto before = memory.use_count();
-  bool has_handles = false;
-  for (std::size_t points = 0; !has_handles; ++points) {
-    ASSERT_LT(points, 100U);
-    abi_bridge bridge;
-    allocations_left = points;
-    tarva_abi_property_array_s* const handles = bridge.make_property_array(properties);
-    allocations_left = endless;
-    has_handles = handles->properties[2] != nullptr;
-    EXPECT_EQ(memory.use_count(), before + (has_handles ? 3 : 0));
-    for (std::size_t i = 0; i < 3; ++i) {
-      EXPECT_EQ(handles->properties[i] != nullptr, has_handles);
-      bridge.release_property(handles->properties[i]);
-    }
-    std::free(handles->properties);
-    std::free(handles);
-  }
 }
 
 } // namespace
