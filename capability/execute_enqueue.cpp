@@ -225,7 +225,7 @@ void finish(const root_device& device, object_record& record) {
   if (queue == nullptr)
     return;
   bool is_finished = true;
-  record.status = alone_if_needed(device, [&] { return queue->finish(device.cl, is_finished); });
+  record.status = alone_if_needed(device, [&] { return queue->finish(device, is_finished); });
   if (!is_finished && device.watch != nullptr)
     device.watch->suspect();
 }

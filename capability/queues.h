@@ -12,6 +12,7 @@
 
 #include "base/thread_annotations.h"
 #include "capability/opencl_functions.h"
+#include "capability/root_device.h"
 
 #include <atomic>
 #include <cstddef>
@@ -80,7 +81,7 @@ public:
 
   // Waits for all work. Succeeds also if OpenCL cannot finish the queue: then the events tell, and all that can be waited
   // for has ended; `is_finished` is false. Only work that has no event leaves nobody else to tell.
-  cl_int finish(const opencl_functions& cl, bool& is_finished) noexcept TARVA_EXCLUDES(lock_);
+  cl_int finish(const root_device& device, bool& is_finished) noexcept TARVA_EXCLUDES(lock_);
 
   // Ends the object. The status is OpenCL's.
   cl_int release(const opencl_functions& cl) noexcept TARVA_EXCLUDES(lock_);

@@ -32,7 +32,7 @@ struct root_device;
 struct device_watch {
   // After a failure that may be the device's own. Called by the commands, on any thread.
   void suspect() noexcept { is_suspected.store(true, std::memory_order_relaxed); }
-  // Asks the device, and ends the suspicion if it is there.
+  // Asks the device, and ends the suspicion unless it is lost.
   bool is_lost(const root_device& device) noexcept;
 
   // Nothing else is handed over with it, so no order is needed.
@@ -91,6 +91,9 @@ struct root_device {
   // One of those that were asked for.
   const std::string& text_of(cl_device_info name) const { return answers.find(name)->bytes; }
 };
+
+// Asks the device whether it is there. One that does not tell is taken to be.
+bool is_not_there(const root_device& device) noexcept;
 
 // Has the device watched from now on. Throws std::bad_alloc.
 void watch(root_device& device);
