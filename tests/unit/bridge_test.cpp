@@ -61,24 +61,6 @@ TEST(bridge, ends_a_handle_once_if_it_is_retained_meanwhile) {
   }
 }
 
-// An object whose end asks the bridge, as one that ran under the bridge's lock could not.
-class visitor_at_the_end final : public error_object {
-public:
-  explicit visitor_at_the_end(abi_bridge& bridge) : error_object(1, ""), bridge_(bridge) {}
-  ~visitor_at_the_end() override { bridge_.release(bridge_.make_handle<tarva_abi_memory_s>(nullptr)); }
-
-private:
-  abi_bridge& bridge_;
-};
-
-TEST(bridge, destroys_objects_outside_its_lock) {
-  abi_bridge bridge;
-  bridge.release_error(bridge.make_handle<tarva_abi_error_s>(std::make_shared<visitor_at_the_end>(bridge)));
-  auto* leaked = bridge.make_handle<tarva_abi_error_s>(std::make_shared<visitor_at_the_end>(bridge));
-  bridge.teardown();
-  std::free(leaked);
-}
-
 void tear_down_what_is_in_use() {
   for (const char* setting : {"TARVA_LOG_TARGET=console", "TARVA_LOG_LEVEL=warn"})
     putenv(const_cast<char*>(setting));
