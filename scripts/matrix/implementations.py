@@ -23,7 +23,7 @@ class Implementation:
 
     name: str
     libraries: list[str]
-    library_path: str = ""
+    search_path: str = ""
     environment: dict[str, str] = field(default_factory=dict)
     settings: tuple[str, ...] = (REPORTED, EVERY_VERSION)
     least_devices: int = 1
@@ -110,7 +110,7 @@ def merged(name, chosen, settings):
     together = Implementation(
         name,
         [library for one in chosen for library in one.libraries],
-        ":".join(filter(None, (one.library_path for one in chosen))),
+        ":".join(filter(None, (one.search_path for one in chosen))),
         settings=settings,
         least_devices=len(chosen),
     )
@@ -135,7 +135,7 @@ def in_one_process(members):
         yield Implementation(
             "twenty",
             together.libraries,
-            together.library_path,
+            together.search_path,
             together.environment | {"POCL_DEVICES": "pthread" + " basic" * basic},
             (REPORTED,),
             MANY_DEVICES,
