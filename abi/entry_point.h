@@ -51,7 +51,7 @@ inline tarva_abi_result report_exception(tarva_singleton& library, tarva_abi_err
 template <class Body>
 tarva_abi_result call_with_result(tarva_abi_error_s** out_error, const Body& body) {
   const call_gate::permit permit(the_call_gate);
-  if (!permit.is_granted()) {
+  if (!permit.is_granted) {
     explain_refusal();
     write_error(out_error, nullptr);
     return TARVA_ABI_UNKNOWN_FAILURE;
@@ -76,7 +76,7 @@ tarva_abi_result call_with_result(tarva_abi_error_s** out_error, const Body& bod
 template <class Body>
 void call_without_result(const Body& body) {
   const call_gate::permit permit(the_call_gate);
-  if (!permit.is_granted()) {
+  if (!permit.is_granted) {
     explain_refusal();
     return;
   }

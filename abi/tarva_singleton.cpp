@@ -46,7 +46,7 @@ std::string compose_banner() {
     reason = "libqv.so.0 could not look for devices. With QV_LOG=1 it tells why.";
   log_critical("Failed to initialize the TARVA library: {}", reason);
   std::fputs("Failed to initialize the TARVA library: ", stderr);
-  write_printable(reason, [](std::string_view part) { std::fwrite(part.data(), 1, part.size(), stderr); });
+  write_escaped(reason, [](std::string_view part) { std::fwrite(part.data(), 1, part.size(), stderr); });
   std::fputs("\n", stderr);
   end_failed_start();
 }
@@ -158,7 +158,7 @@ void tarva_singleton::shut_down() noexcept {
 // After a failure of the process no worker is waited for. The handles are gone by now, so each device should have no owner
 // but the singleton; the warning tells of another one.
 void tarva_singleton::release_devices() {
-  if (!process_has_failed())
+  if (!process_has_failed)
     for (const auto& device : devices_)
       device->get_dispatcher().wait_until_idle();
   log_info("Releasing devices....");

@@ -10,8 +10,8 @@
 namespace oryn::tarva::library {
 
 // Logging takes no memory that it cannot do without, but making a notifier may throw; nothing may leave a destructor.
-completion_state::~completion_state() {
-  if (is_complete() || std::uncaught_exceptions() != 0)
+void completion_state::warn_of_early_end() const noexcept {
+  if (std::uncaught_exceptions() != 0)
     return;
   log_warning("{}", texts_.destroyed_incomplete);
   log_warning("{}", texts_.destroyed_open);

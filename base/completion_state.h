@@ -40,7 +40,10 @@ public:
   explicit completion_state(const completion_texts& texts) : texts_(texts) {}
   // Logs a warning if it has not ended, but not while an exception unwinds the stack: then it was never begun, and the
   // exception tells why.
-  ~completion_state();
+  ~completion_state() {
+    if (!is_complete())
+      warn_of_early_end();
+  }
   completion_state(const completion_state&) = delete;
   completion_state& operator=(const completion_state&) = delete;
 
@@ -74,6 +77,8 @@ protected:
   mutable event_count ended_;
 
 private:
+  void warn_of_early_end() const noexcept;
+
   static constexpr std::uint64_t never_set = ~std::uint64_t{0};
 
   // `failing` while one thread stores the error, which all may read once it is `failed`.

@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cxxabi.h>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -18,13 +19,15 @@
 #include <string_view>
 #include <thread>
 
+// By its address the system knows what is to be done when this library is unloaded. std::atexit() would pass it, too, but for that of
+// the thread sanitizer, which lets the handlers of a library run when it is gone.
+extern "C" [[gnu::visibility("hidden")]] void* __dso_handle;
+
 namespace oryn::tarva::library {
 
 // Failures of the process.
 
-namespace internal {
 constinit std::atomic<bool> process_has_failed = false;
-}
 
 namespace {
 
@@ -58,7 +61,7 @@ bool limit_exit_handlers() noexcept {
 // The first of the library's exit handlers has begun. On a worker this is a failure, as a worker that runs them can wait
 // for no worker.
 void begin_exit_handlers() noexcept {
-  if (is_worker && !internal::process_has_failed.exchange(true))
+  if (is_worker && !process_has_failed.exchange(true))
     limit_exit_handlers();
   exit_handlers_run = true;
 }
@@ -83,7 +86,7 @@ void end_process_after_exit_handlers() noexcept {
 
 // std::exit() runs the exit handlers on this thread, the library's among them, which see that the process has failed.
 void fail_process(const std::function<void()>& wake_sleepers) noexcept {
-  while (internal::process_has_failed.exchange(true))
+  while (process_has_failed.exchange(true))
     pause(); // another thread ends the process
   if (!limit_exit_handlers() && wake_sleepers)
     wake_sleepers();
@@ -115,12 +118,6 @@ void rest() noexcept {
 }
 
 } // namespace
-
-std::atomic<std::uint64_t>& call_gate::shard_of_this_thread() noexcept {
-  // A thread's identity is an address; the multiplication spreads its bits over the uppermost ones.
-  const std::uint64_t spread = static_cast<std::uint64_t>(pthread_self()) * 0x9E3779B97F4A7C15U;
-  return shards_[spread >> (64 - shard_bits)].calls;
-}
 
 // The sum is exact only once the gate is closed, when no call can be counted that then goes on.
 std::uint64_t call_gate::calls_inside() const noexcept {
@@ -169,11 +166,11 @@ namespace {
 constinit std::atomic<bool> long_grace_period_is_over = false;
 constinit std::atomic<std::uint64_t> uses_of_compilers = 0;
 
-void let_calls_end() noexcept {
+void let_calls_end(void*) noexcept {
   if (!the_call_gate.is_open())
     return; // in a forked child, or done already
   begin_exit_handlers();
-  if (!process_has_failed())
+  if (!process_has_failed)
     long_grace_period_is_over =
         !the_call_gate.let_other_threads_leave(grace_period_of_long_calls, grace_period_of_short_calls);
 }
@@ -182,7 +179,8 @@ void let_calls_end() noexcept {
 
 use_of_compiler::~use_of_compiler() {
   if (std::has_single_bit(++uses_of_compilers))
-    static_cast<void>(std::atexit(let_calls_end)); // fails without memory: the end is then as safe as before
+    // Fails without memory: the end is then as safe as before.
+    static_cast<void>(abi::__cxa_atexit(let_calls_end, nullptr, &__dso_handle));
 }
 
 // Forked children.
@@ -216,7 +214,7 @@ library_lifetime::~library_lifetime() {
     return;
   begin_exit_handlers();
   the_call_gate.close();
-  if (process_has_failed()) {
+  if (process_has_failed) {
     library_->shut_down();
     return;
   }

@@ -75,14 +75,9 @@ inline constexpr std::chrono::milliseconds grace_period_of_short_calls{100};
 inline constexpr std::chrono::seconds grace_period_of_exit_handlers{10};
 inline constexpr std::chrono::seconds grace_period_of_streams{1};
 
-namespace internal {
+// True once the process is about to end because of a failure. Any thread may ask, at any time; only what ends the process
+// sets it.
 extern std::atomic<bool> process_has_failed;
-}
-
-// True once the process is about to end because of a failure. Any thread may ask, at any time.
-inline bool process_has_failed() noexcept {
-  return internal::process_has_failed.load(std::memory_order_relaxed);
-}
 
 // Ends the process with status 1, after its exit handlers. Any thread may call it without a lock held. If there is no
 // thread to be had that limits the exit handlers, `wake_sleepers` wakes calls that then do so.
@@ -157,7 +152,7 @@ public:
       pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state_);
       // Counted before the gate is looked at. Whoever closes the gate and then finds no call inside can thus rely on it.
       calls_.fetch_add(1);
-      granted_ = own_calls++ == 0 && (gate.is_open() || gate.admit_late(calls_)) && !process_has_failed();
+      is_granted = own_calls++ == 0 && (gate.is_open() || gate.admit_late(calls_)) && !process_has_failed;
     }
     permit(const permit&) = delete;
     permit& operator=(const permit&) = delete;
@@ -167,12 +162,11 @@ public:
       pthread_setcancelstate(cancel_state_, nullptr);
     }
 
-    bool is_granted() const noexcept { return granted_; }
+    bool is_granted;
 
   private:
     std::atomic<std::uint64_t>& calls_;
     int cancel_state_ = PTHREAD_CANCEL_ENABLE;
-    bool granted_;
   };
 
 private:
@@ -187,7 +181,11 @@ private:
     std::atomic<std::uint64_t> calls{0};
   };
 
-  std::atomic<std::uint64_t>& shard_of_this_thread() noexcept;
+  std::atomic<std::uint64_t>& shard_of_this_thread() noexcept {
+    // A thread's identity is an address; the multiplication spreads its bits over the uppermost ones.
+    const std::uint64_t spread = static_cast<std::uint64_t>(pthread_self()) * 0x9E3779B97F4A7C15U;
+    return shards_[spread >> (64 - shard_bits)].calls;
+  }
   std::uint64_t calls_inside() const noexcept;
   bool admit_late(std::atomic<std::uint64_t>& calls) const noexcept;
 

@@ -116,7 +116,7 @@ void append(fmt::memory_buffer& line, const log_argument& argument) {
   const auto text = std::back_inserter(line);
   switch (argument.get_kind()) {
   case log_argument::kind::text:
-    write_printable(argument.text(), [&line](std::string_view part) { line.append(part); });
+    write_escaped(argument.text(), [&line](std::string_view part) { line.append(part); });
     break;
   case log_argument::kind::own_lines:
     line.append(argument.text());

@@ -111,7 +111,7 @@ extern logger skerv_logger;
 
 // A log statement. For a silent logger it costs one comparison. A line that cannot be written is dropped.
 // The arguments take the places of the pairs of braces in the format, in order. A line stays one line, whatever stands in
-// them: what a terminal or a viewer would obey is escaped, since some of it comes from drivers.
+// them: what a terminal or a viewer would obey is escaped, and so is a backslash, since some of it comes from drivers.
 template <logger& destination, log_level severity>
 struct statement {
   template <class... Arguments>

@@ -47,7 +47,7 @@ void event_count::notify_all() {
 
 namespace {
 
-constexpr std::uint64_t longest_busy_wait = 1000; // waking a sleeper takes a tenth of that
+constexpr std::uint64_t longest_busy_wait = 1000; // in microseconds; waking a sleeper takes a tenth of that
 constexpr const char* busy_wait_variable = "TARVA_BUSY_WAIT_US";
 
 // How the latest waits of this thread went. The next one is mostly for the same kind of event.
@@ -83,8 +83,7 @@ bool has_one_processor() {
 } // namespace
 
 void read_busy_wait_limit() {
-  std::atomic<std::uint64_t>& limit = internal::busy_wait_limit;
-  limit = 0;
+  busy_wait_limit = std::chrono::microseconds(0);
   const char* const value = secure_getenv(busy_wait_variable);
   if (value == nullptr)
     return;
@@ -95,17 +94,19 @@ void read_busy_wait_limit() {
     log_warning("{} is no number of microseconds, so no wait looks before it sleeps: {}", busy_wait_variable,
                 text);
   else
-    limit = error == std::errc() ? std::min(number, longest_busy_wait) : longest_busy_wait;
+    busy_wait_limit = std::chrono::microseconds(error == std::errc() ? std::min(number, longest_busy_wait)
+                                                                     : longest_busy_wait);
 }
 
 bool look_before_sleep(const event_count& events, event_count::ticket seen) {
-  if (get_busy_wait_limit().count() == 0 || is_pausing())
+  const std::chrono::microseconds limit = busy_wait_limit.load(std::memory_order_relaxed);
+  if (limit.count() == 0 || is_pausing())
     return false;
   if (has_one_processor()) {
     record_miss();
     return false;
   }
-  const auto end = std::chrono::steady_clock::now() + get_busy_wait_limit();
+  const auto end = std::chrono::steady_clock::now() + limit;
   do {
     constexpr int looks = 16; // between two looks at the clock
     for (int i = 0; i < looks; ++i) {

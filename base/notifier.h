@@ -53,16 +53,14 @@ private:
 };
 
 namespace internal {
-inline std::atomic<std::uint64_t> busy_wait_limit = 0; // in microseconds
 struct notifier_internals;
-} // namespace internal
-
-// Reads TARVA_BUSY_WAIT_US, the time that a wait looks before it sleeps. Without the variable that is 0, and no wait
-// looks. A value that is not a number counts as 0 and is reported in the log. Called once, when the library starts.
-void read_busy_wait_limit();
-inline std::chrono::microseconds get_busy_wait_limit() {
-  return std::chrono::microseconds(internal::busy_wait_limit.load(std::memory_order_relaxed));
 }
+
+// The time that a wait looks before it sleeps; at 0, no wait looks.
+inline std::atomic<std::chrono::microseconds> busy_wait_limit{};
+// Sets it to what TARVA_BUSY_WAIT_US says. Without the variable that is 0. A value that is not a number counts as 0 and is
+// reported in the log. Called once, when the library starts.
+void read_busy_wait_limit();
 
 // Looks for an event after the ticket was taken, at most for the limit. True if there was one. False if the caller
 // should sleep: the time is over, or looking has not paid on this thread of late.

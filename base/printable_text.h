@@ -88,4 +88,15 @@ void write_printable(std::string_view text, Writer write) {
   write(text);
 }
 
+// The same with each backslash doubled, so that nothing in the text is taken for such a byte.
+template <class Writer>
+void write_escaped(std::string_view text, Writer write) {
+  for (std::size_t place = text.find('\\'); place != text.npos; place = text.find('\\')) {
+    write_printable(text.substr(0, place), write);
+    write("\\\\");
+    text.remove_prefix(place + 1);
+  }
+  write_printable(text, write);
+}
+
 } // namespace oryn

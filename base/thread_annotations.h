@@ -62,24 +62,24 @@ public:
   void unlock() TARVA_RELEASE() { mutex_.unlock(); }
 
 private:
+  friend class lock_guard;
   friend class unique_lock;
 
   std::mutex mutex_;
 };
 
-// std::lock_guard with annotations, over any lock that has them.
-template <class Lock>
+// std::lock_guard with annotations.
 class TARVA_LOCK_HOLDER_CLASS lock_guard {
 public:
-  explicit lock_guard(Lock& lock) TARVA_ACQUIRE(lock) : lock_(lock) { lock_.lock(); }
+  explicit lock_guard(mutex& lock) TARVA_ACQUIRE(lock) : lock_(lock.mutex_) {}
   // For a lock that is held already, as after try_lock().
-  lock_guard(Lock& lock, std::adopt_lock_t) TARVA_REQUIRES(lock) : lock_(lock) {}
+  lock_guard(mutex& lock, std::adopt_lock_t held) TARVA_REQUIRES(lock) : lock_(lock.mutex_, held) {}
   lock_guard(const lock_guard&) = delete;
   lock_guard& operator=(const lock_guard&) = delete;
-  ~lock_guard() TARVA_RELEASE() { lock_.unlock(); }
+  ~lock_guard() TARVA_RELEASE() = default;
 
 private:
-  Lock& lock_;
+  const std::lock_guard<std::mutex> lock_;
 };
 
 // std::unique_lock with annotations: it can be unlocked early, taken again, and waited with. It cannot be moved, since the

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // Two tables: the executors by the number of their command, which the compiler makes, and the slots of call handles. A command
-// looks into both and takes no lock.
+// looks into both and takes no lock. With them, the two exported functions that look into them alone.
 #include "capability/dispatch.h"
 
 #include "base/native_thread.h"
@@ -178,28 +178,43 @@ qv_call_handle* open_call_handle(const binding& bound) {
   return nullptr;
 }
 
-bool close_call_handle(qv_call_handle* handle) {
-  const oryn::lock_guard guard(slots_lock);
-  slot* open = find_slot(handle);
-  if (open == nullptr)
-    return false;
-  open->generation.fetch_add(1, std::memory_order_release);
-  --open_count;
-  return true;
-}
-
 bool any_call_handle_open() noexcept {
   return open_count != 0;
 }
 
-std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record) noexcept {
+const command_array& commands_of_capability(std::uint32_t capability) {
+  return commands_by_number[capability - 1];
+}
+
+} // namespace qv
+
+using namespace qv;
+
+int32_t qv_close_call_handle(qv_call_handle* handle) {
+  if (handle == nullptr)
+    return QV_OK;
+  try {
+    const oryn::lock_guard guard(slots_lock);
+    slot* const open = find_slot(handle);
+    if (open == nullptr)
+      return QV_UNRECOVERABLE_ERROR;
+    open->generation.fetch_add(1, std::memory_order_release);
+    --open_count;
+    return QV_OK;
+  } catch (...) {
+    return QV_UNRECOVERABLE_ERROR;
+  }
+}
+
+// Takes no lock. A command that has failed is a success here; its record tells.
+int32_t qv_call_capability(qv_call_handle* handle, uint64_t command_id, void* record, uint64_t) {
   const slot* const open = find_slot(handle);
   if (open == nullptr)
     return QV_UNRECOVERABLE_ERROR;
   const binding& bound = open->bound;
-  if (number >= bound.commands->size())
+  if (command_id >= bound.commands->size())
     return QV_INVALID_COMMAND_ID;
-  const command& performer = (*bound.commands)[number];
+  const command& performer = (*bound.commands)[command_id];
   if (performer.run == nullptr)
     return QV_INVALID_COMMAND_ID;
   if (record == nullptr)
@@ -211,9 +226,3 @@ std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* re
   performer.run(device, record);
   return QV_OK;
 }
-
-const command_array& commands_of_capability(std::uint32_t capability) {
-  return commands_by_number[capability - 1];
-}
-
-} // namespace qv

@@ -39,14 +39,7 @@ struct binding {
 // wrong one is found out without reading memory that is gone. Null if too many are open.
 qv_call_handle* open_call_handle(const binding& bound);
 
-// False if the handle is not open.
-bool close_call_handle(qv_call_handle* handle);
-
 // Whether the machine must not be freed. Takes no lock, as the process may be ending.
 bool any_call_handle_open() noexcept;
-
-// Performs a command on what the handle stands for, and takes no lock: a transport code. A command that has failed is a
-// success here; its record tells.
-std::int32_t call_command(qv_call_handle* handle, std::uint64_t number, void* record) noexcept;
 
 } // namespace qv

@@ -21,7 +21,7 @@ bool is_log_wanted() {
 // What devices say of themselves may hold anything, at any length; a terminal would obey some of it.
 void append_printable(std::string& line, std::string_view text) {
   constexpr std::size_t most_bytes = 300;
-  oryn::write_printable(text.substr(0, most_bytes), [&line](std::string_view part) { line += part; });
+  oryn::write_escaped(text.substr(0, most_bytes), [&line](std::string_view part) { line += part; });
 }
 
 // In one write, so that lines of several threads do not mix.

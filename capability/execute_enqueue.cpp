@@ -22,34 +22,30 @@ constinit oryn::mutex work_lock;
 
 // The events that work waits for, as OpenCL's own. Work that waits for what has failed fails itself; OpenCL, which may not
 // know of the failure, is not asked.
-class wait_list {
-public:
+struct wait_list {
   template <class Record>
-  explicit wait_list(const Record& record) : count_(record.num_events_in_wait_list) {
-    auto* const* const events = reinterpret_cast<event_object* const*>(record.event_wait_list);
-    if (lacks_entries(events, count_) || (count_ == 0 && events != nullptr)) {
-      status_ = CL_INVALID_EVENT_WAIT_LIST;
+  explicit wait_list(const Record& record) : count(record.num_events_in_wait_list) {
+    auto* const* const given = reinterpret_cast<event_object* const*>(record.event_wait_list);
+    if (lacks_entries(given, count) || (count == 0 && given != nullptr)) {
+      status = CL_INVALID_EVENT_WAIT_LIST;
       return;
     }
     try {
-      for (std::uint32_t i = 0; i < count_; ++i) {
-        if (events[i]->failure() != CL_SUCCESS)
-          status_ = CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
-        events_.push_back(events[i]->event);
+      for (std::uint32_t i = 0; i < count; ++i) {
+        if (given[i]->failure != CL_SUCCESS)
+          status = CL_EXEC_STATUS_ERROR_FOR_EVENTS_IN_WAIT_LIST;
+        events.push_back(given[i]->event);
       }
     } catch (const std::bad_alloc&) {
-      status_ = CL_OUT_OF_HOST_MEMORY;
+      status = CL_OUT_OF_HOST_MEMORY;
     }
   }
 
-  cl_int status() const { return status_; }
-  cl_uint count() const { return count_; }
-  const cl_event* events() const { return count_ == 0 ? nullptr : events_.data(); }
+  const cl_event* data() const { return count == 0 ? nullptr : events.data(); }
 
-private:
-  cl_uint count_;
-  cl_int status_ = CL_SUCCESS;
-  std::vector<cl_event> events_;
+  const cl_uint count;
+  cl_int status = CL_SUCCESS;
+  std::vector<cl_event> events;
 };
 
 // For implementations that take and do one thing at a time, on all their devices together. Kernels run while their queue is
@@ -66,7 +62,7 @@ cl_int alone_if_needed(const root_device& device, Work work) {
 template <class Record, class Enqueue>
 void submit_without_event(queue_object& queue, Record& record, Enqueue enqueue) {
   const wait_list waits(record);
-  record.status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue.queue, waits, nullptr);
+  record.status = waits.status != CL_SUCCESS ? waits.status : enqueue(queue.queue, waits, nullptr);
   if (record.status == CL_SUCCESS)
     queue.add_outstanding_without_event();
 }
@@ -95,13 +91,13 @@ void submit(const root_device& device, Record& record, Enqueue enqueue_to) {
   cl_int status = CL_INVALID_COMMAND_QUEUE;
   if (queue != nullptr) {
     const wait_list waits(record);
-    status = waits.status() != CL_SUCCESS ? waits.status() : enqueue(queue->queue, waits, &event->event);
+    status = waits.status != CL_SUCCESS ? waits.status : enqueue(queue->queue, waits, &event->event);
   }
   if (status == CL_SUCCESS) {
     queue->add_outstanding(*event);
     return;
   }
-  event->fail(as_failure(status));
+  event->failure = as_failure(status);
   if (device.watch != nullptr)
     device.watch->suspect();
 }
@@ -119,7 +115,7 @@ void transfer(const root_device& device, Function* function, enqueue_transfer_bu
     if (is_endless(record.offset, record.size))
       return CL_INVALID_VALUE;
     return call_or_refuse(function, queue, static_cast<cl_mem>(record.buffer), record.blocking, record.offset,
-                          record.size, record.ptr, waits.count(), waits.events(), event);
+                          record.size, record.ptr, waits.count, waits.data(), event);
   });
 }
 
@@ -193,7 +189,7 @@ void enqueue_copy_buffer(const root_device& device, enqueue_copy_buffer_record& 
       return CL_INVALID_VALUE;
     return call_or_refuse(device.cl.enqueue_copy_buffer, queue, static_cast<cl_mem>(record.src_buffer),
                           static_cast<cl_mem>(record.dst_buffer), record.src_offset, record.dst_offset,
-                          record.size, waits.count(), waits.events(), event);
+                          record.size, waits.count, waits.data(), event);
   });
 }
 
@@ -202,8 +198,8 @@ void enqueue_fill_buffer(const root_device& device, enqueue_fill_buffer_record& 
     if (is_endless(record.offset, record.size))
       return CL_INVALID_VALUE;
     return call_or_refuse(device.cl.enqueue_fill_buffer, queue, static_cast<cl_mem>(record.buffer),
-                          record.pattern, record.pattern_size, record.offset, record.size, waits.count(),
-                          waits.events(), event);
+                          record.pattern, record.pattern_size, record.offset, record.size, waits.count,
+                          waits.data(), event);
   });
 }
 
@@ -218,8 +214,8 @@ void enqueue_nd_range_kernel(const root_device& device, enqueue_nd_range_kernel_
     if (const cl_int status = check_sizes(device, kernel->kernel, record, local_size); status != CL_SUCCESS)
       return status;
     return call_or_refuse(device.cl.enqueue_nd_range_kernel, queue, kernel->kernel, record.work_dim,
-                          record.global_work_offset, record.global_work_size, local_size, waits.count(),
-                          waits.events(), event);
+                          record.global_work_offset, record.global_work_size, local_size, waits.count,
+                          waits.data(), event);
   });
 }
 
@@ -229,7 +225,7 @@ void finish(const root_device& device, object_record& record) {
   if (queue == nullptr)
     return;
   bool is_finished = true;
-  record.status = alone_if_needed(device, [&] { return queue->finish(device.cl, is_finished); });
+  record.status = alone_if_needed(device, [&] { return queue->finish(device, is_finished); });
   if (!is_finished && device.watch != nullptr)
     device.watch->suspect();
 }
@@ -240,7 +236,7 @@ void get_event_info(const root_device& device, get_object_info_record& record) {
   const auto* const event = find_object<event_object>(record.object, record);
   if (event == nullptr)
     return;
-  const cl_int failure = event->failure();
+  const cl_int failure = event->failure;
   if (record.param_name == CL_EVENT_COMMAND_EXECUTION_STATUS && failure != CL_SUCCESS) {
     answer(record, &failure, sizeof failure);
   } else if (record.param_name == CL_EVENT_REFERENCE_COUNT) {
@@ -260,7 +256,7 @@ void get_event_profiling_info(const root_device& device, get_object_info_record&
   const auto* const event = find_object<event_object>(record.object, record);
   if (event == nullptr)
     return;
-  if (event->failure() != CL_SUCCESS || event->event == nullptr)
+  if (event->failure != CL_SUCCESS || event->event == nullptr)
     record.status = CL_PROFILING_INFO_NOT_AVAILABLE;
   else
     ask(record, device.cl.get_event_profiling_info, event->event);

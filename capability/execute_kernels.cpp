@@ -18,7 +18,7 @@ public:
       : cl_(device.cl), kernel_(object.kernel) {
     if (kernel_ == nullptr && object.program != nullptr)
       kernel_ = made_ =
-          make_or_refuse(status_, cl_.create_kernel, object.program->program, object.name().c_str());
+          make_or_refuse(status_, cl_.create_kernel, object.program->program, object.name->c_str());
     else if (kernel_ == nullptr)
       status_ = object.failure();
   }
@@ -118,11 +118,11 @@ void get_kernel_info(const root_device& device, get_object_info_record& record) 
   if (kernel == nullptr)
     return;
   void* const program = kernel->program;
-  const bool has_name = program != nullptr && !kernel->name().empty();
+  const bool has_name = program != nullptr && !kernel->name->empty();
   if (record.param_name == CL_KERNEL_PROGRAM && program != nullptr)
     answer(record, &program, sizeof program);
   else if (record.param_name == CL_KERNEL_FUNCTION_NAME && has_name)
-    answer(record, kernel->name().c_str(), kernel->name().size() + 1);
+    answer(record, kernel->name->c_str(), kernel->name->size() + 1);
   else if (record.param_name == CL_KERNEL_ATTRIBUTES && device.quirks.tells_wrong_kernel_attributes)
     answer(record, "", 1);
   else

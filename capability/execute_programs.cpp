@@ -169,9 +169,9 @@ void set_program_specialization_constant(const root_device& device,
                                    record.spec_id, record.spec_size, record.spec_value);
 }
 
-// A program may be built again as long as no kernel of it is in use, which OpenCL checks; those kept here are not in use,
-// but it would not know. The options are remembered first, as a build with a callback may end on another thread before this
-// returns.
+// A program may be built again as long as no kernel of it is in use. Some implementations do not check that and crash later; and
+// none knows that those kept here are not in use. The options are remembered before the build, as one with a callback may end
+// on another thread before this returns.
 void build_program(const root_device& device, build_program_record& record) {
   auto* const program = find_object<program_object>(record.program, record);
   if (program == nullptr)
@@ -184,9 +184,12 @@ void build_program(const root_device& device, build_program_record& record) {
   if (record.pfn_notify != nullptr)
     notification = std::make_unique<build_notification>(
         build_notification{record.pfn_notify, program, record.user_data});
+  if (!program->forget_kernels(device.cl)) {
+    record.status = CL_INVALID_OPERATION;
+    return;
+  }
   const char* const callers = record.options == nullptr ? "" : record.options;
   program->set_callers_options(completed ? callers : nullptr);
-  program->forget_kernels(device.cl);
 
   const auto build = [&] {
     return build_with_options(device, record, program->program, completed ? completed->c_str() : nullptr,

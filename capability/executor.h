@@ -4,9 +4,9 @@
 // What performs one command: an executor reads the inputs of a record, calls OpenCL and writes the outputs.
 //
 // An executor runs on whatever thread has sent the command, several at once, and takes locks only through the objects that it
-// works on. It writes the outputs of the record, and nothing else of the caller's, before it returns; it may throw, which the
-// dispatch turns into a failure of the command, unless it says that it does not. The device is the one that the call handle is bound to, or its stand-in while
-// it is lost.
+// works on. It writes the outputs of the record, and nothing else of the caller's, before it returns. It may throw, which the
+// dispatch turns into a failure of the command, unless it says that it does not. The device is the one that the call handle is
+// bound to, or its stand-in while it is lost.
 #pragma once
 
 #include "capability/commands.h"

@@ -57,44 +57,28 @@ std::int32_t ask_machine(Question question) noexcept {
 } // namespace
 } // namespace qv
 
-#define QV_EXPORT __attribute__((visibility("default")))
-
 extern "C" {
 
-// What the six functions promise is told in qv.h.
+// What the functions promise is told in qv.h. The two that ask nothing of the machine are in dispatch.cpp.
 
-QV_EXPORT uint64_t qv_version(void) {
+uint64_t qv_version(void) {
   return QV_VERSION;
 }
 
-QV_EXPORT int32_t qv_get_root_devices(uint64_t count, uint64_t* array, uint64_t* out_count, uint64_t) {
+int32_t qv_get_root_devices(uint64_t count, uint64_t* array, uint64_t* out_count, uint64_t) {
   return qv::ask_machine(
       [=](const qv::machine& machine) { return machine.get_root_devices(count, array, out_count); });
 }
 
-QV_EXPORT int32_t qv_find_capability_nodes(uint64_t root, uint64_t capability_id, uint64_t count,
-                                           uint64_t* array, uint64_t* out_count, uint64_t) {
+int32_t qv_find_capability_nodes(uint64_t root, uint64_t capability_id, uint64_t count, uint64_t* array,
+                                 uint64_t* out_count, uint64_t) {
   return qv::ask_machine([=](const qv::machine& machine) {
     return machine.find_capability_nodes(root, capability_id, count, array, out_count);
   });
 }
 
-QV_EXPORT int32_t qv_create_call_handle(uint64_t root, uint64_t node, qv_call_handle** out_handle, uint64_t) {
+int32_t qv_create_call_handle(uint64_t root, uint64_t node, qv_call_handle** out_handle, uint64_t) {
   return qv::ask_machine(
       [=](const qv::machine& machine) { return machine.create_call_handle(root, node, out_handle); });
-}
-
-// These two ask nothing of the machine, which is there as long as a handle is open.
-
-QV_EXPORT int32_t qv_close_call_handle(qv_call_handle* handle) {
-  try {
-    return handle == nullptr || qv::close_call_handle(handle) ? QV_OK : QV_UNRECOVERABLE_ERROR;
-  } catch (...) {
-    return QV_UNRECOVERABLE_ERROR;
-  }
-}
-
-QV_EXPORT int32_t qv_call_capability(qv_call_handle* handle, uint64_t command_id, void* record, uint64_t) {
-  return qv::call_command(handle, command_id, record);
 }
 }

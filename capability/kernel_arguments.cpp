@@ -8,10 +8,11 @@
 #include "capability/root_device.h"
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
+#include <cstring>
 #include <new>
 #include <unordered_set>
+#include <utility>
 
 namespace qv {
 namespace {
@@ -20,8 +21,6 @@ namespace {
 // end, when other threads may still ask. Nothing keeps an implementation from giving out an address twice.
 oryn::mutex buffers_lock;
 std::unordered_multiset<cl_mem>* live_buffers TARVA_GUARDED_BY(buffers_lock) = nullptr;
-std::atomic<std::uint64_t> removed_count{0};
-
 template <class Value>
 bool ask(const opencl_functions& cl, cl_kernel kernel, cl_uint index, cl_kernel_arg_info name, Value& value) {
   return ask_value(value, name, cl.get_kernel_arg_info, kernel, index) == CL_SUCCESS;
@@ -53,6 +52,8 @@ parameter kind_of(const opencl_functions& cl, cl_kernel kernel, cl_uint index) {
 
 } // namespace
 
+std::atomic<std::uint64_t> removed_buffers{0};
+
 bool add_live_buffer(cl_mem buffer) noexcept {
   try {
     const oryn::lock_guard guard(buffers_lock);
@@ -67,7 +68,7 @@ bool add_live_buffer(cl_mem buffer) noexcept {
 
 void remove_live_buffer(cl_mem buffer) noexcept {
   const oryn::lock_guard guard(buffers_lock);
-  ++removed_count;
+  ++removed_buffers;
   if (live_buffers == nullptr)
     return;
   if (const auto found = live_buffers->find(buffer); found != live_buffers->end())
@@ -81,10 +82,6 @@ void remove_live_buffer(cl_mem buffer) noexcept {
 bool is_live_buffer(cl_mem value) noexcept {
   const oryn::lock_guard guard(buffers_lock);
   return live_buffers != nullptr && live_buffers->count(value) != 0;
-}
-
-std::uint64_t removed_buffer_count() noexcept {
-  return removed_count.load(std::memory_order_acquire);
 }
 
 std::optional<std::vector<parameter>> parameters_of(const opencl_functions& cl, cl_kernel kernel) {

@@ -14,6 +14,7 @@
 #include "capability/opencl_functions.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -34,7 +35,7 @@ void remove_live_buffer(cl_mem buffer) noexcept;
 bool is_live_buffer(cl_mem value) noexcept;
 // How often a buffer was removed: what was alive at some count is alive as long as the count stays. A launch that sets the
 // same buffers as the last one needs no look-up then.
-std::uint64_t removed_buffer_count() noexcept;
+extern std::atomic<std::uint64_t> removed_buffers;
 
 enum class parameter : std::uint8_t { unknown, value, buffer, local_memory, image, sampler, device_queue };
 

@@ -63,8 +63,9 @@ public:
   cl_int release(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
   std::uint32_t references() const noexcept { return references_.load(std::memory_order_relaxed); }
 
-  // Before a new build: ends the kept kernels, which would block it, and forgets what they told.
-  void forget_kernels(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
+  // Before a new build: ends the kept kernels, which would block it, and forgets what they told. False, with nothing changed,
+  // if a kernel is in use.
+  bool forget_kernels(const opencl_functions& cl) noexcept TARVA_EXCLUDES(kernels_lock);
 
   // For questions about binaries. An implementation may work a binary out when it is first asked for one, and tell any size
   // to a thread that asks meanwhile: PoCL tells 256 MiB.
@@ -104,9 +105,9 @@ public:
   cl_kernel kernel = nullptr;
   // Why that is so, else CL_SUCCESS.
   cl_int failure() const noexcept { return failure_; }
-  // Null if there was no memory for more than this object.
+  // Both null if there was no memory for more than this object.
   program_object* program = nullptr;
-  const std::string& name() const noexcept { return family_->first; }
+  const std::string* name = nullptr;
 
   // The status for the caller. A kernel that is made for a launch takes everything, and its launch tells.
   cl_int set_argument(const root_device& device, std::uint32_t index, std::size_t size,
@@ -153,9 +154,9 @@ private:
   void join(const root_device& device, program_object& program, family_entry& family, cl_kernel kernel)
       TARVA_EXCLUDES(kernels_lock);
   cl_int check_argument(const root_device& device, std::uint32_t index, std::size_t size, const void* value,
-                        std::uint64_t removed_count) const noexcept;
+                        std::uint64_t removed_before) const noexcept;
   bool has_argument(std::uint32_t index, std::size_t size, const void* value,
-                    std::uint64_t removed_count) const noexcept;
+                    std::uint64_t removed_before) const noexcept;
   cl_int refuse_argument(cl_int status) noexcept;
   bool holds(cl_mem buffer) const noexcept;
   void remove_from_spares() noexcept TARVA_REQUIRES(kernels_lock);

@@ -10,6 +10,7 @@
 #include "capability/opencl_queries.h"
 
 #include <algorithm>
+#include <array>
 #include <new>
 
 namespace qv {
@@ -68,6 +69,13 @@ bool has_extension(const root_device& device, const std::string& name) {
   return (' ' + device.text_of(CL_DEVICE_EXTENSIONS) + ' ').find(' ' + name + ' ') != std::string::npos;
 }
 
+// PoCL tells of the devices of other machines, and of these alone, how much has gone over the network.
+bool is_on_server(const root_device& device) {
+  constexpr cl_device_info traffic_of_remote_device = 0x4501;
+  std::array<std::int64_t, 6> traffic{};
+  return ask_value(traffic, traffic_of_remote_device, device.cl.get_device_info, device.id) == CL_SUCCESS;
+}
+
 // What the first who uses the device will ask it for. A device that has none of it is worth nothing, and would take the start
 // of its user with it. What is lacking, or nothing.
 std::string try_context_and_queue(root_device& device) {
@@ -121,7 +129,8 @@ std::string look_at_device(root_device& device, cl_platform_id platform, const c
   device.tells_availability = device_number(device.cl, device.id, CL_DEVICE_AVAILABLE).has_value();
   device.has_device_queues = has_device_queues(device.cl, device.id, *version);
   device.local_memory_size = device_number(device.cl, device.id, CL_DEVICE_LOCAL_MEM_SIZE).value_or(0);
-  adapt_to_device(device.quirks, device.text_of(CL_DEVICE_NAME), has_extension(device, "cl_khr_spir"));
+  adapt_to_device(device.quirks, device.text_of(CL_DEVICE_NAME), has_extension(device, "cl_khr_spir"),
+                  device.quirks.completes_lost_work && is_on_server(device));
 
   if (device.capabilities.none()) {
     log_line({"the device \"", device.text_of(CL_DEVICE_NAME), "\" is offered under no version: \"",

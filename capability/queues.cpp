@@ -18,13 +18,22 @@ bool has_ended(const opencl_functions& cl, cl_event event) {
          status <= CL_COMPLETE;
 }
 
-// For an event of a queue that could not be finished. Work that has ended keeps its own status; any other has that of the
-// queue. After this it writes nothing any more, as far as anybody can tell, since it was waited for by itself.
-void wait_or_fail(const opencl_functions& cl, event_object& event, cl_int status) {
+// Where lost work counts as done, a finish tells nothing unless the device is there after it.
+cl_int finish_on(const root_device& device, cl_command_queue queue) {
+  const cl_int status = call_or_refuse(device.cl.finish, queue);
+  return status == CL_SUCCESS && device.quirks.completes_lost_work && is_not_there(device)
+             ? CL_DEVICE_NOT_AVAILABLE
+             : status;
+}
+
+// For an event of a queue that could not be finished. Work that has ended keeps its own status, where that is to be believed;
+// any other has that of the queue. After this it writes nothing any more, as far as anybody can tell, since it was waited
+// for by itself.
+void wait_or_fail(const root_device& device, event_object& event, cl_int status) {
   const cl_event waited_for = event.event;
-  static_cast<void>(call_or_refuse(cl.wait_for_events, cl_uint{1}, &waited_for));
-  if (!has_ended(cl, waited_for))
-    event.fail(as_failure(status));
+  static_cast<void>(call_or_refuse(device.cl.wait_for_events, cl_uint{1}, &waited_for));
+  if (device.quirks.completes_lost_work || !has_ended(device.cl, waited_for))
+    event.failure = as_failure(status);
 }
 
 } // namespace
@@ -59,17 +68,17 @@ event_object* queue_object::take_outstanding() noexcept {
 
 // The events that are outstanding now are this finish's to wait for. Those of another thread's finish are that one's, and
 // OpenCL's finish does not return before both have ended.
-cl_int queue_object::finish(const opencl_functions& cl, bool& is_finished) noexcept {
+cl_int queue_object::finish(const root_device& device, bool& is_finished) noexcept {
   // Before the finish: what another thread enqueues meanwhile is for the next one.
   const bool nobody_else_tells = has_work_without_event_.exchange(false);
   event_object* const outstanding = take_outstanding();
-  const cl_int status = call_or_refuse(cl.finish, queue);
+  const cl_int status = finish_on(device, queue);
   is_finished = status == CL_SUCCESS;
   for (event_object* each = outstanding; each != nullptr;) {
     event_object* const next = std::exchange(each->next_, nullptr);
     if (status != CL_SUCCESS)
-      wait_or_fail(cl, *each, status);
-    each->release(cl);
+      wait_or_fail(device, *each, status);
+    each->release(device.cl);
     each = next;
   }
   return nobody_else_tells ? status : CL_SUCCESS;

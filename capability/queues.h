@@ -12,6 +12,7 @@
 
 #include "base/thread_annotations.h"
 #include "capability/opencl_functions.h"
+#include "capability/root_device.h"
 
 #include <atomic>
 #include <cstddef>
@@ -36,11 +37,9 @@ public:
   // An event that is there without memory being taken for it. It has failed with CL_OUT_OF_HOST_MEMORY, and is never freed.
   static event_object* out_of_memory() noexcept;
 
-  // CL_SUCCESS, or the negative status that takes the place of what OpenCL says. Release and acquire: whoever sees the failure
-  // sees what came before it.
-  cl_int failure() const noexcept { return failure_.load(std::memory_order_acquire); }
-  void fail(cl_int status) noexcept { failure_.store(status, std::memory_order_release); }
-
+  // CL_SUCCESS, or the negative status that takes the place of what OpenCL says. Whoever sees the failure sees what came before
+  // it.
+  std::atomic<cl_int> failure = CL_SUCCESS;
   // OpenCL's event, null if the work did not reach OpenCL. Set before the event is handed out, and constant from then on, as is the
   // queue.
   cl_event event = nullptr;
@@ -55,10 +54,9 @@ private:
   friend class queue_object;
 
   explicit constexpr event_object(std::uint32_t references, cl_int failure) noexcept
-      : references_(references), failure_(failure) {}
+      : failure(failure), references_(references) {}
 
   std::atomic<std::uint32_t> references_{1};
-  std::atomic<cl_int> failure_{CL_SUCCESS};
   event_object* next_ =
       nullptr; // among the outstanding events of the queue, and guarded by its lock while it is there
 };
@@ -83,7 +81,7 @@ public:
 
   // Waits for all work. Succeeds also if OpenCL cannot finish the queue: then the events tell, and all that can be waited
   // for has ended; `is_finished` is false. Only work that has no event leaves nobody else to tell.
-  cl_int finish(const opencl_functions& cl, bool& is_finished) noexcept TARVA_EXCLUDES(lock_);
+  cl_int finish(const root_device& device, bool& is_finished) noexcept TARVA_EXCLUDES(lock_);
 
   // Ends the object. The status is OpenCL's.
   cl_int release(const opencl_functions& cl) noexcept TARVA_EXCLUDES(lock_);

@@ -33,7 +33,8 @@ constexpr std::array rows{
                 .binaries = binary_format::pocl,
                 .crashes_on_bitcode = true,
                 .reads_past_last_option = true,
-                .counts_groups_in_32_bits = true}},
+                .counts_groups_in_32_bits = true,
+                .completes_lost_work = true}},
     // Of Mesa. It aborts where it meets what it does not expect.
     quirks_row{"rusticl",
                {.binaries = binary_format::rusticl,
@@ -60,9 +61,10 @@ quirks quirks_of_platform(std::string_view platform_name) {
   return {};
 }
 
-void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir) {
+void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir, bool is_remote) {
   // It can read bitcode where it was built to, which it says by the extension.
   known.crashes_on_bitcode = known.crashes_on_bitcode && !takes_spir;
+  known.completes_lost_work = known.completes_lost_work && is_remote;
   // Mesa's device on the processor, which several platforms have.
   constexpr std::string_view mesa_on_processor = "llvmpipe";
   if (device_name.substr(0, mesa_on_processor.size()) == mesa_on_processor)

@@ -50,12 +50,14 @@ struct quirks {
   bool counts_groups_in_32_bits = false;
   // Where it chooses the size of the groups, they have one work-item.
   bool chooses_groups_of_one = false;
+  // Work that was under way when the device was lost counts as done, though nothing has been read or written.
+  bool completes_lost_work = false;
 };
 
 // By the name of the platform; an unknown platform has no known quirks.
 quirks quirks_of_platform(std::string_view platform_name);
 
 // Adjusts them to what a device tells.
-void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir);
+void adapt_to_device(quirks& known, std::string_view device_name, bool takes_spir, bool is_remote);
 
 } // namespace qv

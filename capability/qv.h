@@ -57,6 +57,7 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+#pragma GCC visibility push(default)
 
 typedef struct qv_call_handle qv_call_handle;
 
@@ -92,6 +93,7 @@ int32_t qv_close_call_handle(qv_call_handle* handle);
  * them, are written only if the result is QV_OK. */
 int32_t qv_call_capability(qv_call_handle* handle, uint64_t command_id, void* record, uint64_t reserved);
 
+#pragma GCC visibility pop
 #ifdef __cplusplus
 }
 #endif

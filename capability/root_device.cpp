@@ -90,12 +90,16 @@ void device_answers::add(cl_device_info name, answer added) {
   places_.at(name - first_name) = static_cast<std::uint8_t>(answers_.size());
 }
 
-bool device_watch::is_lost(const root_device& device) noexcept {
+bool is_not_there(const root_device& device) noexcept {
   std::uint64_t is_available = 0; // wider than the answer
   const cl_int status = ask_value(is_available, CL_DEVICE_AVAILABLE, device.cl.get_device_info, device.id);
-  const bool is_lost = status == CL_DEVICE_NOT_AVAILABLE || (status == CL_SUCCESS && is_available == 0);
+  return status == CL_DEVICE_NOT_AVAILABLE || (status == CL_SUCCESS && is_available == 0);
+}
+
+bool device_watch::is_lost(const root_device& device) noexcept {
+  const bool is_lost = is_not_there(device);
   if (!is_lost)
-    is_suspected_.store(false, std::memory_order_relaxed);
+    is_suspected.store(false, std::memory_order_relaxed);
   return is_lost;
 }
 

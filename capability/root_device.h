@@ -29,18 +29,14 @@ struct root_device;
 // An implementation may wait for an answer of a lost device for ever, be it to let go of an object. So once work or a finish
 // has failed, the device is asked whether it is there, before each command until it is. As long as it is not, it gets no new
 // work, and what it holds is given up; only questions and the end of its queues still reach the implementation.
-class device_watch {
-public:
+struct device_watch {
   // After a failure that may be the device's own. Called by the commands, on any thread.
-  void suspect() noexcept { is_suspected_.store(true, std::memory_order_relaxed); }
-  bool is_suspected() const noexcept { return is_suspected_.load(std::memory_order_relaxed); }
-
-  // Asks the device, and ends the suspicion if it is there.
+  void suspect() noexcept { is_suspected.store(true, std::memory_order_relaxed); }
+  // Asks the device, and ends the suspicion unless it is lost.
   bool is_lost(const root_device& device) noexcept;
 
-private:
   // Nothing else is handed over with it, so no order is needed.
-  std::atomic<bool> is_suspected_ = false;
+  std::atomic<bool> is_suspected = false;
 };
 
 // What a device has said of itself, and will go on saying. Every question to a device passes here first, so an answer is found
@@ -96,12 +92,15 @@ struct root_device {
   const std::string& text_of(cl_device_info name) const { return answers.find(name)->bytes; }
 };
 
+// Asks the device whether it is there. One that does not tell is taken to be.
+bool is_not_there(const root_device& device) noexcept;
+
 // Has the device watched from now on. Throws std::bad_alloc.
 void watch(root_device& device);
 
 // Whether something has failed, so that the device may be lost.
 inline bool is_suspected(const root_device& device) noexcept {
-  return device.watch != nullptr && device.watch->is_suspected();
+  return device.watch != nullptr && device.watch->is_suspected.load(std::memory_order_relaxed);
 }
 
 // The device, or what stands for it as long as it is lost. Costs one relaxed read as long as nothing has failed.

@@ -73,10 +73,19 @@ if(TARVA_SANITIZE)
   endif()
 endif()
 
+if(TARVA_COVERAGE)
+  add_compile_options(-O0 --coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()
+
 # Gives the shared library `target` its version script and refuses symbols that nothing it links defines.
 function(tarva_export_only target map)
   target_link_options(${target} PRIVATE LINKER:--version-script=${map})
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${map})
+  if(TARVA_COVERAGE) # for cmake/coverage_end.cpp
+    target_link_options(${target} PRIVATE LINKER:--undefined=__gcov_dump LINKER:--defsym=write_counts=__gcov_dump
+                                          LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/coverage.map)
+  endif()
   # Clang leaves the sanitizer runtime to the executable, so there the library has open symbols.
   if(NOT (TARVA_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang))
     target_link_options(${target} PRIVATE LINKER:--no-undefined)

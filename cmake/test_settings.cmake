@@ -7,7 +7,8 @@ include(GoogleTest)
 # Compiled OpenCL programs are kept between the tests and from one run to the next, but away from the user's own.
 file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/pocl-cache)
 set(TARVA_TEST_ENVIRONMENT POCL_CACHE_DIR=${PROJECT_BINARY_DIR}/pocl-cache
-    LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leak_suppressions.txt:print_suppressions=0)
+    LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/leak_suppressions.txt:print_suppressions=0
+    TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/thread_suppressions.txt:print_suppressions=0)
 # The loader unloads an implementation that offers no device, and what that one leaves behind has no name to be
 # let off by. So under the sanitizers a test sees one implementation, unless it chooses others itself.
 if(TARVA_SANITIZE AND EXISTS /etc/OpenCL/vendors/pocl.icd)

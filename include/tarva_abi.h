@@ -159,11 +159,11 @@
  * (standard error), file (tarva.log or skerv.log in the working directory, appended to) or none. The first
  * pair is for the library, the second for its OpenCL layer. A file is made for its owner alone, and must be a
  * regular one and no link; if it cannot be had, there is no log. When memory is short a line is cut, or
- * stands without its details, and when a disk is full it is lost. Control characters are shown as \xNN, so
- * that a line is one line. A process that has more rights than its caller reads none of these variables.
- * Lines at info level tell of start and stop, those at warning level of handles that were never given up,
- * those at error level of failures, and those at critical level of failures that cannot be mended, above all
- * those that end the process.
+ * stands without its details, and when a disk is full it is lost. Control characters are shown as \xNN,
+ * and a backslash as \\, so that a line is one line. A process that has more rights than its caller reads
+ * none of these variables. Lines at info level tell of start and stop, those at warning level of handles
+ * that were never given up, those at error level of failures, and those at critical level of failures that
+ * cannot be mended, above all those that end the process.
  *
  * WAITING
  *
@@ -546,8 +546,9 @@ typedef struct tarva_abi_kernel_argument_s {
  *     TARVA_ABI_LAUNCH_GROUP_PER_UNIT_SIZED  w1        0       U * w3-w5 (w2 is not read)   w3-w5
  *
  * All is meant dimension by dimension. For TARVA_ABI_LAUNCH_GLOBAL_SIZE a kernel so gets no fewer work-items
- * than D has; and a wanted size above D that D does not divide is refused below OpenCL 2.0, not rounded up.
- * From 2.0 on the last group is then smaller, if the program is OpenCL C 2.0 or later.
+ * than D has; and a wanted size above D that D does not divide is refused, not rounded up, where a local size has
+ * to divide the global size (see tarva_abi_kernel_call). Elsewhere the last group is then smaller, if the program
+ * is OpenCL C 2.0 or later.
  *
  * For TARVA_ABI_LAUNCH_EXPLICIT, a local size of 0 in all dimensions stands for the size that is fixed in the
  * kernel's source, or lets the device choose if none is.
@@ -748,7 +749,8 @@ TARVA_ABI_EXPORT tarva_abi_result tarva_abi_get_kernel_root_property(void* reser
  *   - a local size of 0 in some dimensions only, or of other numbers, in the dimensions of the launch, than
  *     the kernel's source fixes
  *   - a group of more work-items, in all or in a dimension, than the kernel or the device can have
- *   - a local size that does not divide the global size, below OpenCL 2.0
+ *   - a local size that does not divide the global size, on a device that reports OpenCL 1.x, is used below 2.0,
+ *     or reports 3.0 and no work-groups of unequal sizes
  *
  * A message about an argument names the kernel, the argument's index, what is wanted and what was given. What
  * the device does not tell of a limit or of a parameter is not checked: that it fits is the caller's to see

@@ -39,8 +39,6 @@ device_command::device_command(command_stage stage,
                                std::shared_ptr<physical_ir::physical_operation> physical_operation)
     : completion_state(texts), stage(stage), physical_operation(std::move(physical_operation)) {}
 
-device_command::~device_command() = default;
-
 library_device& device_command::get_device() const {
   const auto& device = physical_operation->device;
   if (!device)
@@ -104,12 +102,6 @@ void host_function_call::run() {
   } catch (...) {
     set_error(std::current_exception());
   }
-}
-
-std::string synchronization_command::to_string() const {
-  return head_ + std::string("release_device=") + std::to_string(release_device_->get_unique_identifier()) +
-         ", acquire_device=" + std::to_string(acquire_device_->get_unique_identifier()) +
-         ", sync_id=" + std::to_string(sync_id_) + "}";
 }
 
 void synchronization_release::run() {

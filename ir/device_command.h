@@ -28,7 +28,7 @@ enum class command_stage : std::uint8_t {
 // complete or failed. No lock of its own.
 class device_command : private completion_state {
 public:
-  virtual ~device_command();
+  virtual ~device_command() = default;
   device_command(const device_command&) = delete;
   device_command& operator=(const device_command&) = delete;
 
@@ -84,50 +84,37 @@ private:
   function function_;
 };
 
-// One side of a hand-over from one device's commands to another's; the two sides of a pair have equal fields. No edge of a
-// graph runs between devices, so this is all that orders the work of two devices.
-class synchronization_command : public device_command {
+// One side of a hand-over. No edge of a graph runs between devices, so this is all that orders the work of two devices.
+class synchronization_command : public device_command, public hand_over {
 public:
-  using device_pointer = std::shared_ptr<library_device>;
-
-  const device_pointer& get_release_device() const { return release_device_; }
-  const device_pointer& get_acquire_device() const { return acquire_device_; }
-  std::uint64_t get_sync_id() const { return sync_id_; }
-  std::string to_string() const override;
+  std::string to_string() const override { return head_ + fields_text(); }
 
 protected:
   synchronization_command(command_stage stage, const char* head,
                           std::shared_ptr<physical_ir::physical_operation> physical_operation,
-                          device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
-      : device_command(stage, std::move(physical_operation)), head_(head),
-        release_device_(std::move(release_device)), acquire_device_(std::move(acquire_device)),
-        sync_id_(sync_id) {}
+                          hand_over between)
+      : device_command(stage, std::move(physical_operation)), hand_over(std::move(between)), head_(head) {}
 
 private:
   const char* head_; // the text form up to the fields
-  device_pointer release_device_;
-  device_pointer acquire_device_;
-  std::uint64_t sync_id_;
 };
 
 // Holds back what follows it in its graph until the release has signalled; the dispatcher completes it.
 class synchronization_acquire final : public synchronization_command {
 public:
   synchronization_acquire(std::shared_ptr<physical_ir::physical_operation> physical_operation,
-                          device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
+                          hand_over between)
       : synchronization_command(command_stage::synchronization_acquire, "synchronization_acquire: {",
-                                std::move(physical_operation), std::move(release_device),
-                                std::move(acquire_device), sync_id) {}
+                                std::move(physical_operation), std::move(between)) {}
 };
 
 // The side that tells: what stands before it in its graph has ended when it signals.
 class synchronization_release final : public synchronization_command {
 public:
   synchronization_release(std::shared_ptr<physical_ir::physical_operation> physical_operation,
-                          device_pointer release_device, device_pointer acquire_device, std::uint64_t sync_id)
+                          hand_over between)
       : synchronization_command(command_stage::synchronization_release, "synchronization_release: {",
-                                std::move(physical_operation), std::move(release_device),
-                                std::move(acquire_device), sync_id) {}
+                                std::move(physical_operation), std::move(between)) {}
 
   // Signals the acquiring dispatcher without waiting for it. A failure fails this command and is not thrown.
   void run();

@@ -44,8 +44,6 @@ constexpr completion_texts texts = {
 
 logical_operation::logical_operation(operation_kind kind) : completion_state(texts), kind(kind) {}
 
-logical_operation::~logical_operation() = default;
-
 std::shared_ptr<library_future> logical_operation::get_future() {
   return std::make_shared<library_future>(shared_from_this());
 }
@@ -68,7 +66,7 @@ void logical_operation::wait_until_complete() const {
     const event_count::ticket seen = ended_.get_ticket();
     if (is_complete())
       return;
-    if (process_has_failed())
+    if (process_has_failed)
       end_process_after_exit_handlers();
     ended_.wait(seen);
   }
@@ -78,15 +76,15 @@ void logical_operation::wait_until_complete() const {
 // nobody waits for the commands.
 void logical_operation::device_commands_ended(std::uint64_t count) {
   if (running_commands_.fetch_sub(count) == count && has_failed())
-    commands_ended_.notify_all();
+    ended_.notify_all();
 }
 
 void logical_operation::wait_until_commands_ended() {
   while (true) {
-    const event_count::ticket seen = commands_ended_.get_ticket();
+    const event_count::ticket seen = ended_.get_ticket();
     if (running_commands_ == 0)
       return;
-    commands_ended_.wait(seen);
+    ended_.wait(seen);
   }
 }
 

@@ -43,7 +43,7 @@ class logical_operation : public completion_state, public std::enable_shared_fro
 public:
   const operation_kind kind; // of the class below, of which there is one for each
 
-  virtual ~logical_operation();
+  virtual ~logical_operation() = default;
   logical_operation(const logical_operation&) = delete;
   logical_operation& operator=(const logical_operation&) = delete;
 
@@ -80,8 +80,7 @@ protected:
   explicit logical_operation(operation_kind kind);
 
 private:
-  std::atomic<std::uint64_t> running_commands_ = 0;
-  event_count commands_ended_;
+  std::atomic<std::uint64_t> running_commands_ = 0; // who waits for the last one waits at `ended_`
 };
 
 } // namespace logical_ir

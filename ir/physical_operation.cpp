@@ -3,6 +3,16 @@
 
 #include "ir/physical_operation.h"
 
+namespace oryn::tarva::library {
+
+std::string hand_over::fields_text() const {
+  return "release_device=" + std::to_string(release_device_->get_unique_identifier()) +
+         ", acquire_device=" + std::to_string(acquire_device_->get_unique_identifier()) +
+         ", sync_id=" + std::to_string(sync_id_) + "}";
+}
+
+} // namespace oryn::tarva::library
+
 namespace oryn::tarva::library::physical_ir {
 
 namespace {
@@ -41,8 +51,6 @@ physical_operation::physical_operation(operation_kind kind, logical_pointer logi
     : completion_state(texts), kind(kind), logical_operation(std::move(logical_operation)),
       device(std::move(device)) {}
 
-physical_operation::~physical_operation() = default;
-
 // An error from elsewhere may have come first. The last end is told all the same, and the level above knows what to do.
 void physical_operation::device_command_complete() {
   if (!count_part())
@@ -73,14 +81,6 @@ template <class Memory>
 std::string shape_text(const std::shared_ptr<Memory>& memory) {
   return "memory_id=" + identifier(memory) + ", type=" + data_type_name(memory->get_type()) +
          ", count=" + std::to_string(memory->get_size()) + "}";
-}
-
-template <class Fill>
-std::string range_text(const Fill& fill) {
-  return "memory_object_id=" + identifier(fill.get_memory()) +
-         ", value=<omitted>"
-         ", start_position=" +
-         std::to_string(fill.get_start_position()) + ", count=" + std::to_string(fill.get_count()) + "}";
 }
 
 } // namespace
@@ -129,21 +129,8 @@ std::string convert_endianness_host::to_string() const {
   return "convert_endianness_host: {memory_id=" + identifier(get_memory()) + "}";
 }
 
-std::string fill_on_device::to_string() const {
-  return "fill_on_device: {" + range_text(*this);
-}
-
-std::string fill_on_host::to_string() const {
-  return "fill_on_host: {" + range_text(*this);
-}
-
 std::string kernel::to_string() const {
   return "kernel: { <omitted> }";
-}
-
-std::string synchronization_operation::to_string() const {
-  return head_ + std::string(", release_device=") + identifier(release_device_) +
-         ", acquire_device=" + identifier(acquire_device_) + ", sync_id=" + std::to_string(sync_id_) + "}";
 }
 
 } // namespace oryn::tarva::library::physical_ir

@@ -84,6 +84,13 @@ host_memory::~host_memory() {
   if (owned_storage_)
     log_warning("Destroying a host memory object that contains allocated memory.  TARVA will release the "
                 "memory, but free() should have been called.");
+  give_back_storage();
+}
+
+void host_memory::give_back_storage() noexcept {
+  if (is_left_to_device_)
+    owned_storage_.leak();
+  owned_storage_ = {};
 }
 
 data_type host_memory::get_type() const {
@@ -137,7 +144,7 @@ void host_memory::free() {
   require(has_storage(),
           "Attempting to free memory from a host memory object that does not have any memory allocated.  Is "
           "this a double-free?");
-  owned_storage_ = {};
+  give_back_storage();
   has_content_ = false;
 }
 

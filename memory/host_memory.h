@@ -45,6 +45,11 @@ public:
   }
 
   std::uint8_t* get() const { return data_; }
+  // Lets go of the bytes without giving them back.
+  void leak() noexcept {
+    bytes_ = 0;
+    data_ = nullptr;
+  }
   explicit operator bool() const { return data_ != nullptr; }
 
 private:
@@ -92,6 +97,8 @@ public:
   // Obtains uninitialised storage, which is no content; what the block held before is lost.
   void allocate();
   void free();
+  // For storage that a device may still use, nobody knows for how long. It stays as it is, and is never given back.
+  void leave_to_device() noexcept { is_left_to_device_ = true; }
 
   // The address of element `index`, which may be one past the end. Who asks for one to write to gives the block content.
   void* get_write_pointer(std::uint64_t index);
@@ -107,6 +114,7 @@ public:
 
 private:
   std::uint8_t* get_writable_address(std::uint64_t index) const;
+  void give_back_storage() noexcept;
   void describe(data_type type, std::uint64_t size, bool library_allocated, bool writable, void* pointer);
 
   const std::uint64_t identifier_;
@@ -116,6 +124,7 @@ private:
   bool set_up_ = false;
   bool writable_ = false;
   bool has_content_ = false; // of the block's own storage
+  bool is_left_to_device_ = false;
   void* user_pointer_ = nullptr;
   host_storage owned_storage_;
 };

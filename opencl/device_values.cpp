@@ -56,7 +56,7 @@ bool opencl_device::read_value(const device_catalogue::row& wanted, property_val
   return true;
 }
 
-// Kept out of the way of the numbers, which most values are.
+// Not inlined, so that the reading of numbers, which most values are, stays short.
 [[gnu::noinline]] void opencl_device::read_text(const device_source& source, property_value& value) {
   using read = device_reading;
   const auto read_list = [&](auto split) {

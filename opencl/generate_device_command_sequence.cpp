@@ -12,7 +12,7 @@ namespace oryn::tarva::library::device_ir::opencl {
 
 namespace {
 
-// What each kind of physical operation becomes. The work of a host function call is a lambda that shares the blocks it needs.
+// Makes the commands of one operation. The work of a host function call is a lambda that shares the blocks it needs.
 class command_generator {
 public:
   using sequence = std::vector<std::shared_ptr<device_command>>;
@@ -104,8 +104,7 @@ private:
 
   template <class Command, class Operation>
   void add_synchronization(const Operation& operation) {
-    add(std::make_shared<Command>(operation_, operation.get_release_device(), operation.get_acquire_device(),
-                                  operation.get_sync_id()));
+    add(std::make_shared<Command>(operation_, operation));
   }
 
   // The storage is obtained when the command runs, so what fails then fails the command.
@@ -124,8 +123,8 @@ private:
     });
   }
 
-  // In a version without a fill command a block on the host is filled and copied, byte order and all: what arrives on the device
-  // must be as its own fill would have left it.
+  // In a version without a fill command a block on the host is filled, in the byte order of the device, and copied: the result is
+  // that of a fill.
   void add_staged_fill(const device_fill& fill) {
     auto staging = std::make_shared<host_memory>();
     staging->set_allocation(fill.memory->get_type(), fill.count);
@@ -140,7 +139,7 @@ private:
     free_staging(staging);
   }
 
-  // Down to the host, turned over there, and up again, as one sequence of this device's worker.
+  // Copies the content to the host, reverses its byte order there, and copies it back, as one sequence of this device's worker.
   void add_staged_conversion(const std::shared_ptr<device_memory>& memory) {
     const std::uint64_t size = memory->get_size();
     auto staging = std::make_shared<host_memory>();

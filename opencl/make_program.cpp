@@ -13,7 +13,7 @@ namespace oryn::tarva::library {
 
 namespace {
 
-// Which kinds a version takes without a condition, by its version.
+// The kinds of IR that devices take from some version on, whatever else they have.
 struct ir_row {
   std::uint64_t type;
   version first;

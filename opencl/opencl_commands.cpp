@@ -47,47 +47,47 @@ void copy_command<V, Source, Destination>::check() const {
 // In all that follow: checks first, then the content is marked, then the command is enqueued.
 
 template <version V>
-void copy_device_to_host<V>::enqueue() {
+bool copy_device_to_host<V>::enqueue_copy() {
   this->check();
   const auto& copy = this->copy_;
-  this->submit(skerv::opencl::read_buffer<V>(this->buffer_of(*copy.source), false,
-                                             this->in_bytes(copy.source_start), this->in_bytes(copy.count),
-                                             copy.destination->get_write_pointer(copy.destination_start)));
+  return this->submit(skerv::opencl::read_buffer<V>(
+      this->buffer_of(*copy.source), false, this->in_bytes(copy.source_start), this->in_bytes(copy.count),
+      copy.destination->get_write_pointer(copy.destination_start)));
 }
 
 template <version V>
-void copy_host_to_device<V>::enqueue() {
+bool copy_host_to_device<V>::enqueue_copy() {
   this->check();
   const auto& copy = this->copy_;
   copy.destination->mark_content();
-  this->submit(skerv::opencl::write_buffer<V>(
+  return this->submit(skerv::opencl::write_buffer<V>(
       this->buffer_of(*copy.destination), false, this->in_bytes(copy.destination_start),
       this->in_bytes(copy.count), copy.source->get_read_pointer(copy.source_start)));
 }
 
 template <version V>
-void copy_same_device<V>::enqueue() {
+bool copy_same_device<V>::enqueue_copy() {
   const auto& copy = this->copy_;
   if (copy.source->get_device() != copy.destination->get_device())
     throw std::logic_error("Source and destination memory must be on the same device.");
   const auto source = this->buffer_of(*copy.source);
   this->check();
   copy.destination->mark_content();
-  this->submit(skerv::opencl::copy_buffer<V>(
+  return this->submit(skerv::opencl::copy_buffer<V>(
       source, this->buffer_of(*copy.destination), this->in_bytes(copy.source_start),
       this->in_bytes(copy.destination_start), this->in_bytes(copy.count)));
 }
 
-// The value is turned over in place: the command runs once.
+// The byte order of the value is changed in place, as the command runs once.
 template <version V>
-requires(version_traits<V>::has_fill_buffer) void fill_on_device<V>::enqueue() {
+requires(version_traits<V>::has_fill_buffer) bool fill_on_device<V>::enqueue() {
   const data_type type = fill_.memory->get_type();
   check_fill(fill_.value, fill_.start, fill_.count, {type, fill_.memory->get_size()});
   if (!this->get_device().is_little_endian())
     swap_endianness(fill_.value.data(), type, 0, 1);
   fill_.memory->mark_content();
-  this->submit(skerv::opencl::fill_buffer_bytes<V>(this->buffer_of(*fill_.memory), fill_.value,
-                                                   element_size(type) * fill_.start, fill_.count));
+  return this->submit(skerv::opencl::fill_buffer_bytes<V>(this->buffer_of(*fill_.memory), fill_.value,
+                                                          element_size(type) * fill_.start, fill_.count));
 }
 
 template <version V>
@@ -142,16 +142,17 @@ void nd_range_kernel<V>::set_arguments(skerv::opencl::kernel<V>& kernel) const {
 
 // The kernel lives until the command is enqueued; OpenCL keeps what the launch needs.
 template <version V>
-void nd_range_kernel<V>::enqueue() {
+bool nd_range_kernel<V>::enqueue() {
   const nd_range& range = launch_.range;
   skerv::opencl::kernel<V> kernel = kernel_.clone();
   set_arguments(kernel);
   const auto work_dim = static_cast<std::uint32_t>(range.work_dim);
   if constexpr (version_traits<V>::has_global_offset)
-    this->submit(skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_offset, range.global_size,
-                                                   range.local_size));
+    return this->submit(skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_offset,
+                                                          range.global_size, range.local_size));
   else
-    this->submit(skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_size, range.local_size));
+    return this->submit(
+        skerv::opencl::nd_range_kernel<V>(kernel, work_dim, range.global_size, range.local_size));
 }
 
 #define INSTANTIATE(V)                                                                                       \

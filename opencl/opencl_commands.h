@@ -55,10 +55,11 @@ public:
                          opencl_version_queues<V>& queues)
       : opencl_device_command(std::move(physical_operation)), queues_(queues) {}
 
-  bool has_event() const final { return event_.has_value(); }
   void release_event() final { event_.reset(); }
   void take_result() final {
     const std::optional<skerv::opencl::event<V>> taken = std::exchange(event_, std::nullopt);
+    if (!taken) // there was nothing to ask of OpenCL
+      return;
     taken->check_execution_status();
     if (this->is_profiling_enabled())
       this->set_elapsed_time(taken->get_profiling_end() - taken->get_profiling_start());
@@ -67,9 +68,10 @@ public:
 protected:
   // If the enqueue throws, there is no event and the command is not submitted. From then on OpenCL has the work.
   template <class Command>
-  void submit(const Command& command) {
+  bool submit(const Command& command) {
     event_.emplace(queues_.get(is_profiling_enabled()).enqueue(command, 0, nullptr));
     set_submitted();
+    return true;
   }
 
   // The OpenCL buffer behind a block, which must be on the device of this command.
@@ -93,23 +95,38 @@ private:
   std::optional<skerv::opencl::event<V>> event_;
 };
 
-// What the three copies share: one range, checked once more on the worker, since what cannot fit must never reach OpenCL.
+// What the three copies share: one range, checked once more on the worker, since what cannot fit must never reach OpenCL. A
+// source without content has nothing to copy. That is asked when the turn of the command has come, since commands before it may
+// have given the source its content.
 template <version V, class Source, class Destination>
 class copy_command : public opencl_version_command<V> {
 public:
   copy_command(std::shared_ptr<physical_ir::physical_operation> physical_operation,
                opencl_version_queues<V>& queues, block_copy<Source, Destination> copy)
       : opencl_version_command<V>(std::move(physical_operation), queues), copy_(std::move(copy)) {}
-  // Asked when the turn of the command has come: commands before it may have given the source its content.
-  bool has_nothing_to_do() const override { return !copy_.source->has_content(); }
+  bool enqueue() final {
+    if (copy_.source->has_content())
+      return enqueue_copy();
+    this->set_submitted();
+    return false;
+  }
 
 protected:
+  virtual bool enqueue_copy() = 0;
   std::string text(const char* name) const;
   void check() const; // refuses what does not fit
 
   std::uint64_t in_bytes(std::uint64_t count) const { return element_size(copy_.source->get_type()) * count; }
 
   block_copy<Source, Destination> copy_;
+
+private:
+  void leave_memory_to_device() noexcept final {
+    leave_to_device(*copy_.source);
+    leave_to_device(*copy_.destination);
+  }
+  static void leave_to_device(host_memory& block) noexcept { block.leave_to_device(); }
+  static void leave_to_device(const device_memory&) noexcept {} // OpenCL keeps buffers for its commands
 };
 
 template <version V>
@@ -118,7 +135,7 @@ public:
   using copy_command<V, device_memory, host_memory>::copy_command;
   std::string to_string() const override { return this->text("copy_device_to_host"); }
   // The read does not block: the host block is kept by this command until the event has been seen.
-  void enqueue() override;
+  bool enqueue_copy() override;
 };
 
 // Does not block either. The destination has content from the enqueue on, as a failure may leave it half written.
@@ -127,7 +144,7 @@ class copy_host_to_device final : public copy_command<V, host_memory, device_mem
 public:
   using copy_command<V, host_memory, device_memory>::copy_command;
   std::string to_string() const override { return this->text("copy_host_to_device"); }
-  void enqueue() override;
+  bool enqueue_copy() override;
 };
 
 // Both blocks are on the device of the command. Ranges of one block do not overlap; the lowering has seen to that.
@@ -136,7 +153,7 @@ class copy_same_device final : public copy_command<V, device_memory, device_memo
 public:
   using copy_command<V, device_memory, device_memory>::copy_command;
   std::string to_string() const override { return this->text("copy_same_device"); }
-  void enqueue() override;
+  bool enqueue_copy() override;
 };
 
 // Only where the version has the command; elsewhere a fill goes through the host.
@@ -151,7 +168,7 @@ public:
            "mem_object_id=" + std::to_string(fill_.memory->get_unique_identifier()) +
            ", start_pos=" + std::to_string(fill_.start) + ", count=" + std::to_string(fill_.count) + "}";
   }
-  void enqueue() override;
+  bool enqueue() override;
 
 private:
   device_fill fill_;
@@ -170,7 +187,7 @@ public:
   std::string to_string() const override {
     return this->class_text("nd_range_kernel") + library::to_string(launch_.range) + "}";
   }
-  void enqueue() override;
+  bool enqueue() override;
 
 private:
   void set_arguments(skerv::opencl::kernel<V>& kernel) const;

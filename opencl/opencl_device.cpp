@@ -49,8 +49,8 @@ void on_context_error(const char* message, const void*, std::size_t, void* user_
 
 constinit thread_local unsigned expected_error_depth = 0;
 
-// The library, the device as its property OBJECT_ID tells it, and the first word of what it calls itself: little is kept of a
-// thread's name.
+// The library, the device's property OBJECT_ID, and the first word of the device's name. There is no room for more, since the
+// system cuts the names of threads.
 std::string name_of_worker(std::uint64_t identifier, std::string_view device_name) {
   const auto is_of_word = [](char each) {
     return (each >= '0' && each <= '9') || (each >= 'A' && each <= 'Z') || (each >= 'a' && each <= 'z');

@@ -95,7 +95,7 @@ private:
   };
 
   std::string get_name() const;
-  // What the OpenCL functions that take several devices are given. A list in braces would copy the device twice.
+  // For OpenCL functions that take several devices. A list in braces would copy the device twice.
   std::vector<access_device> list_of_this() const { return std::vector<access_device>(1, *device_); }
   std::shared_ptr<library_program> make_builtin_program();
   void make_default_device_queue();
@@ -123,8 +123,8 @@ private:
   Buffer buffer_; // known to all others by its handle
 };
 
-// While one lives, errors are provoked on this thread: arguments are tried that may not fit. An implementation may tell the
-// context of them, and that is then not worth a line in the log.
+// While one lives, this thread tries arguments that may not fit. If the implementation tells the context of the errors, no line
+// of the log does.
 class expected_errors {
 public:
   expected_errors() noexcept;

@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 TARVA developers
 // SPDX-License-Identifier: MIT
 
-// OpenCL commands as those see them who need not know a version: the worker of a device, and the making of commands.
+// OpenCL commands without their version: what the worker of a device, and whoever makes commands, need to know of them.
 #pragma once
 
 #include "ir/device_command.h"
+#include "ir/range_operations.h"
 
 #include <cstdint>
 #include <memory>
@@ -16,17 +17,15 @@ namespace oryn::tarva::library::device_ir::opencl {
 // knows its queues, and keeps its event, so that nobody who drives it needs to know the version.
 class opencl_device_command : public device_command {
 public:
-  // True for a command that needs no OpenCL, as things stand when its turn has come: it is not enqueued, and completes in
-  // its turn.
-  virtual bool has_nothing_to_do() const { return false; }
-  // Checks, enqueues, and marks the command as submitted. If it throws, nothing has been enqueued.
-  virtual void enqueue() = 0;
-  // From enqueue() on until one of the two below.
-  virtual bool has_event() const = 0;
-  // Releases the event. Throws the error with which OpenCL ended the command, if it did; else keeps the time that the device has
-  // measured, if it has.
+  // Checks, enqueues, and marks the command as submitted. False if there is nothing to ask of OpenCL, as things stand when the
+  // turn of the command has come. If it throws, nothing has been enqueued.
+  virtual bool enqueue() = 0;
+  // One of these two follows when the queue has been finished. Both release the event. The first throws the error with which
+  // OpenCL ended the command, if it did; else it keeps the time that the device has measured, if it has.
   virtual void take_result() = 0;
   virtual void release_event() = 0;
+  // For a command of which nobody knows whether it has ended: nothing that it reads or writes is given back.
+  virtual void leave_memory_to_device() noexcept {}
 
 protected:
   explicit opencl_device_command(std::shared_ptr<physical_ir::physical_operation> physical_operation)

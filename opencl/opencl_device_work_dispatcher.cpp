@@ -16,7 +16,18 @@ namespace oryn::tarva::library {
 
 // A list of one, which is handed over without needing memory.
 struct prepared_work {
+  explicit prepared_work(device_ir::opencl::opencl_device_work_dispatcher& dispatcher) noexcept
+      : dispatcher(dispatcher) {}
+  prepared_work(const prepared_work&) = delete;
+  prepared_work& operator=(const prepared_work&) = delete;
+  ~prepared_work() {
+    if (acquires != 0 && !only.empty())
+      dispatcher.forgo_acquires(acquires);
+  }
+
+  device_ir::opencl::opencl_device_work_dispatcher& dispatcher;
   std::list<device_ir::opencl::work_list> only;
+  std::size_t acquires = 0; // for whose signals there is room
 };
 
 } // namespace oryn::tarva::library
@@ -78,7 +89,7 @@ opencl_device_work_dispatcher::~opencl_device_work_dispatcher() {
   }
 }
 
-// What is handed over before the shutdown is ended by it, so a refusal means that nothing was handed over.
+// Refuses once the shutdown has begun, and then has handed nothing over. What came before, the shutdown ends.
 template <class Handover>
 void opencl_device_work_dispatcher::hand_over(Handover handover) {
   {
@@ -97,7 +108,7 @@ void opencl_device_work_dispatcher::hand_over(Handover handover) {
 
 std::shared_ptr<prepared_work>
 opencl_device_work_dispatcher::prepare_work(const dag<std::shared_ptr<device_command>>& graph) {
-  auto prepared = std::make_shared<prepared_work>();
+  auto prepared = std::make_shared<prepared_work>(*this);
   work_list& list = prepared->only.emplace_back();
   try {
     list.commands = graph.topological_sort();
@@ -113,8 +124,14 @@ opencl_device_work_dispatcher::prepare_work(const dag<std::shared_ptr<device_com
   if (acquires != 0) {
     const lock_guard guard(lock_);
     acquires_.reserve_for(static_cast<std::size_t>(acquires));
+    prepared->acquires = static_cast<std::size_t>(acquires);
   }
   return prepared;
+}
+
+void opencl_device_work_dispatcher::forgo_acquires(std::size_t acquires) noexcept {
+  const lock_guard guard(lock_);
+  acquires_.forgo(acquires);
 }
 
 void opencl_device_work_dispatcher::submit_work(const std::shared_ptr<prepared_work>& work) {
@@ -144,7 +161,7 @@ void opencl_device_work_dispatcher::shutdown() {
   work_pipe_.close();
   // A worker that ends the process runs the exit handlers itself: it cannot join itself, must not wait for another
   // worker that may have failed too, and must wake no caller.
-  if (process_has_failed()) {
+  if (process_has_failed) {
     if (worker_.joinable())
       worker_.detach();
     return;
@@ -207,7 +224,7 @@ bool opencl_device_work_dispatcher::can_advance(const work_list& list) const {
   return !list.is_empty();
 }
 
-// What a command cannot tell arrives here, and ends the process: nobody knows what the device has done.
+// A failure that no command can report arrives here. It ends the process, as nobody knows what the device has done.
 void opencl_device_work_dispatcher::worker_main() noexcept {
   mark_worker_thread();
   try {
@@ -225,7 +242,7 @@ void opencl_device_work_dispatcher::worker_main() noexcept {
   }
 }
 
-// They find their operations as unfinished as before, and that the process has failed.
+// Their operations are still unfinished; they then see that the process has failed.
 void opencl_device_work_dispatcher::wake_callers() const {
   for (const work_list& list : work_lists_)
     if (!list.commands.empty())
@@ -260,7 +277,7 @@ void opencl_device_work_dispatcher::take_over_pending_work() {
   acquires_.take_over();
 }
 
-// In this fixed order of stages; what stands behind an earlier stage waits for the next sweep.
+// The order of the stages is fixed. A command whose stage has passed when its turn comes waits for the next sweep.
 void opencl_device_work_dispatcher::advance(work_list& list) {
   opencl_stage_.run(list);
   for (; list.starts_with(command_stage::host_function_call); ++list.next)

@@ -33,6 +33,8 @@ public:
 
   // For `acquires` more acquires than before. Their signals then need no memory any more, on whichever thread they come.
   void reserve_for(std::size_t acquires);
+  // For as many that are not handed over after all.
+  void forgo(std::size_t acquires) noexcept { expected_ -= acquires; }
   // An equal signal that is there already stays the only one.
   void add(const key& signal);
   bool has_new() const;
@@ -59,7 +61,7 @@ private:
 // So one that waits for another device holds back no other.
 //
 // Callers hand over work and signals under `lock_` and ring `work_pipe_`; the worker takes both over at the start of a
-// sweep and runs without the lock. A failure that the commands cannot tell ends the process.
+// sweep and runs without the lock. A failure that no command can report ends the process.
 class opencl_device_work_dispatcher final : public device_work_dispatcher {
 public:
   explicit opencl_device_work_dispatcher(std::unique_ptr<opencl_queues> queues);
@@ -67,6 +69,8 @@ public:
 
   std::shared_ptr<prepared_work> prepare_work(const dag<std::shared_ptr<device_command>>& graph) override;
   void submit_work(const std::shared_ptr<prepared_work>& work) override;
+  // For work that was prepared, and whose operation failed before it was handed over.
+  void forgo_acquires(std::size_t acquires) noexcept TARVA_EXCLUDES(lock_);
   void signal_acquire(const std::shared_ptr<library_device>& release_device,
                       const std::shared_ptr<library_device>& acquire_device, std::uint64_t sync_id) override;
   void start(const std::string& thread_name) override;

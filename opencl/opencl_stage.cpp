@@ -12,13 +12,11 @@ namespace {
 // Reports the end of a command whose run has been finished. The event is released before the report, so that whoever is
 // woken by it finds no OpenCL event of the command left.
 void end(opencl_device_command& command, const std::exception_ptr& unfinished) {
-  if (!command.has_event()) {
-    if (!command.is_complete()) // it was not enqueued because it has nothing to do
-      command.set_complete();
+  if (command.is_complete()) // with an error, before OpenCL had it
     return;
-  }
   if (unfinished) {
     command.release_event();
+    command.leave_memory_to_device();
     command.abandon(unfinished);
     return;
   }
@@ -55,7 +53,7 @@ void opencl_stage::run(work_list& list) {
     end(opencl_command(list.next), unfinished);
 }
 
-// True if the command has an event. Once the logical operation has failed, a command that is not enqueued yet ends with
+// True if OpenCL has the command. Once the logical operation has failed, a command that is not enqueued yet ends with
 // that error instead of running. Want of memory of our own comes before anything is enqueued, so that the command can fail
 // by itself.
 bool opencl_stage::enqueue(opencl_device_command& command) {
@@ -63,13 +61,8 @@ bool opencl_stage::enqueue(opencl_device_command& command) {
     command.abandon(earlier);
     return false;
   }
-  if (command.has_nothing_to_do()) {
-    command.set_submitted();
-    return false;
-  }
   try {
-    command.enqueue();
-    return true;
+    return command.enqueue();
   } catch (const std::bad_alloc&) {
     command.abandon(std::current_exception());
   } catch (...) {

@@ -68,7 +68,7 @@ bool has_non_uniform_groups(const skerv::opencl::device<V>& device) {
       .value_or(true);
 }
 
-// More than a device can pass to a kernel: a count above it is no count.
+// More parameters than a kernel can have: an implementation that tells a larger number has told none.
 constexpr std::uint64_t most_parameters = 4096;
 
 // The answer to an argument. A failure of the moment is none, and is thrown.

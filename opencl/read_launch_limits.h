@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 TARVA developers
 // SPDX-License-Identifier: MIT
 
-// How it is found out what a launch of a kernel must respect.
+// Finds out what a launch of a kernel must respect, and what its parameters take.
 #pragma once
 
 #include "access/opencl/device.h"

@@ -53,12 +53,6 @@ bool is_on_one_device(const physical_graph& graph) {
                      [&graph](const auto& node) { return node->device == graph.nodes().front()->device; });
 }
 
-// A lowering that mixes devices would put commands on the wrong worker.
-void check_subgraph(const physical_graph& subgraph) {
-  if (!is_on_one_device(subgraph))
-    throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
-}
-
 } // namespace
 
 // First by device, as no edge runs between devices, then by what hangs together.
@@ -85,8 +79,9 @@ std::vector<physical_graph> device_subgraphs(const physical_graph& graph) {
 namespace {
 
 void dispatch_subgraphs(std::span<const physical_graph> subgraphs, std::vector<command_graph>& commands) {
-  for (const auto& subgraph : subgraphs)
-    check_subgraph(subgraph);
+  // A mixture of devices would put commands on the wrong worker.
+  if (!std::all_of(subgraphs.begin(), subgraphs.end(), is_on_one_device))
+    throw std::logic_error("Expected all nodes in the subgraph to have the same device.");
   // All commands are made, and all room for them, before any is handed over: a subgraph that waits for another device
   // must not run if the other device's subgraph cannot be handed over, too.
   std::vector<std::shared_ptr<prepared_work>> prepared;

@@ -20,9 +20,8 @@ using command_graph = dag<std::shared_ptr<device_ir::device_command>>;
 // to the device's dispatcher. Each subgraph may be running as soon as it is handed over; if a later one fails,
 // those before it are not recalled. The graph and the commands may be gone once all have been handed over.
 //
-// `commands` gets the commands beforehand. A caller who keeps them until they have ended is nearly always the one to free
-// them. Storage that is freed by the thread that obtained it is at hand for the next operation, while malloc has to put back
-// in order what other threads free.
+// `commands` gets the commands beforehand. If the caller keeps them until they have ended, they are nearly always freed on the
+// caller's thread. That is faster: malloc gives a thread what it has freed itself at once, and what others have freed later.
 void dispatch_operations(const physical_graph& graph, std::vector<command_graph>& commands);
 
 // Runs a graph of host work on this thread, and returns when it has ended.

@@ -37,7 +37,7 @@ lowering::physical_pointer lowering::move_to(const std::shared_ptr<library_devic
                             : move_between_devices(device, memory, state);
 }
 
-// Allocate, copy, free on the host; the content is turned over before the copy if the device has the other byte order.
+// Allocate, copy, free on the host; if the device has the other byte order, that of the content is reversed before the copy.
 lowering::physical_pointer lowering::move_from_host(const std::shared_ptr<library_device>& device,
                                                     const std::shared_ptr<library_memory>& memory,
                                                     memory_state& state) {

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "ir/logical_operation.h"
-#include "ir/physical_operation.h"
+#include "ir/range_operations.h"
 #include "scheduler/dispatch_operations.h"
 #include "scheduler/memory_table.h"
 

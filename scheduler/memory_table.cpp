@@ -73,7 +73,7 @@ void free_block(const memory_state& state) {
   free_if_held(state.get_device_block());
 }
 
-// How far the content has got: to its destination; to staging, half-way; or nowhere, perhaps turned over.
+// The content is at its destination; or half-way, in staging; or where it was, perhaps with its byte order reversed.
 void block_move::settle_after_failure() const {
   if (has_succeeded(arrival)) {
     free_if_held(staging);

@@ -34,7 +34,7 @@ public:
   // Where work on host memory runs that belongs to no launch.
   enum class host_work { on_first_device, on_starting_thread };
 
-  // The first device lends its name to work on host memory. Refuses a list of none, and null for the operation.
+  // Work on host memory that belongs to no device names the first one. Refuses a list of none, and null for the operation.
   submission(const device_list& devices, const std::shared_ptr<logical_ir::logical_operation>& operation);
   submission(const submission&) = delete;
   submission& operator=(const submission&) = delete;

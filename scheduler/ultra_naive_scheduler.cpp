@@ -18,7 +18,7 @@ public:
   ~turn() override { leave(); }
 
   void take_turn() noexcept override {
-    const auto held = work.operation;
+    const auto held = work.operation; // its caller may return, and this end, as soon as it is complete
     start();
   }
 

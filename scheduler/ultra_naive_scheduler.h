@@ -13,8 +13,8 @@
 
 namespace oryn::tarva::library {
 
-// Works on exactly one logical operation at a time: each has its turn from the first step of submit() to the last, and workers
-// take none. So the order of operations is the order of the calls, on all devices together, and nothing below ever works on
+// Works on exactly one logical operation at a time: each has the turn from its lowering until all of its work has ended. So the
+// order of operations is the order of the calls, on all devices together, and nothing below ever works on
 // two operations at once.
 //
 // Threads that come meanwhile wait in a queue. Whoever leaves it starts the operation of the one that has waited longest, and

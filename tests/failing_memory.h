@@ -18,14 +18,12 @@ inline std::atomic<std::size_t> failing_allocation = endless;
 inline std::atomic<bool> failure_lasts = false;
 inline std::atomic<bool> has_failed = false;
 inline bool (*is_exempt)() = [] { return false; };
-inline void (*before_failure)() = [] {};
 
 inline bool fails_now() {
   if (failing_allocation == endless || is_exempt() || failing_allocation-- > 1)
     return false;
   failing_allocation = failure_lasts ? 1 : endless;
   has_failed = true;
-  before_failure();
   return true;
 }
 

@@ -34,18 +34,6 @@ std::vector<std::uint64_t> get_handles(Ask ask) {
 
 } // namespace
 
-// The texts are fixed: they reach the user in an error object. An unrecoverable error has none of its own.
-void throw_transport(std::int32_t code) {
-  switch (code) {
-  case QV_INVALID_COMMAND_ID:
-    throw qv::invalid_command_id("Invalid command ID provided to capability call.", code);
-  case QV_UNRECOVERABLE_ERROR:
-    throw qv::unrecoverable_error("", code);
-  default:
-    throw qv::unknown_error("Unknown error code returned by libqv.", code);
-  }
-}
-
 std::vector<capability_node> find_capability_nodes(std::uint32_t capability) {
   check_capability_library_version();
   const auto roots = get_handles([](std::uint64_t count, std::uint64_t* array, std::uint64_t* out_count) {

@@ -50,4 +50,16 @@ bool is_of_the_moment(std::int32_t status) {
   return index >= status_table.size() || status_table[index].base == error_base::runtime;
 }
 
+// The texts are fixed: they reach the user in an error object. An unrecoverable error has none of its own.
+void throw_transport(std::int32_t code) {
+  switch (code) {
+  case QV_INVALID_COMMAND_ID:
+    throw qv::invalid_command_id("Invalid command ID provided to capability call.", code);
+  case QV_UNRECOVERABLE_ERROR:
+    throw qv::unrecoverable_error("", code);
+  default:
+    throw qv::unknown_error("Unknown error code returned by libqv.", code);
+  }
+}
+
 } // namespace oryn::skerv::common

@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 TARVA developers
 // SPDX-License-Identifier: MIT
 
-// One exception class for each status of the OpenCL standard, and what turns a status into it. The statuses with
-// their texts and bases stand in access/common/status_table.h.
+// What goes wrong on the way to OpenCL and in OpenCL: one exception class for each transport code of the capability library
+// and for each status of the OpenCL standard, and what turns a code and a status into it. The statuses with their texts and
+// bases stand in access/common/status_table.h.
 #pragma once
 
 #include "access/common/status_table.h"
+#include "capability/qv.h"
 
 #include <cstdint>
 #include <exception>
@@ -13,7 +15,53 @@
 #include <type_traits>
 #include <utility>
 
+namespace qv {
+
+// A transport code, with its number and a text. It says that a command was not carried out, and nothing of OpenCL.
+class qv_error : public std::exception {
+public:
+  qv_error(std::string message, std::int32_t code) : message_(std::move(message)), code_(code) {}
+  const char* what() const noexcept override { return message_.c_str(); }
+  std::int32_t get_code() const noexcept { return code_; }
+
+private:
+  std::string message_;
+  std::int32_t code_;
+};
+
+// The capability library can go on: another command may well be carried out.
+class recoverable_error : public qv_error {
+public:
+  using qv_error::qv_error;
+};
+
+// The capability library cannot go on.
+class unrecoverable_error : public qv_error {
+public:
+  using qv_error::qv_error;
+};
+
+class invalid_command_id : public recoverable_error {
+public:
+  using recoverable_error::recoverable_error;
+};
+
+// A code that the interface does not name.
+class unknown_error : public unrecoverable_error {
+public:
+  using unrecoverable_error::unrecoverable_error;
+};
+
+} // namespace qv
+
 namespace oryn::skerv::common {
+
+// Throws the exception class of the transport code, which is not QV_OK.
+[[noreturn]] void throw_transport(std::int32_t code);
+inline void check_transport(std::int32_t code) {
+  if (code != QV_OK)
+    throw_transport(code);
+}
 
 // What the access layer throws for OpenCL, on whatever thread called it. Each of these holds its own text. They pass
 // unchanged up to the exported functions, which turn them into error objects.

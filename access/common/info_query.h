@@ -30,11 +30,22 @@ template <qv::operation Op>
 class info_query {
 public:
   // `command` is the number of `Op` under the capability of `handle`.
-  info_query(qv_call_handle* handle, std::uint64_t command, void* object, void* device,
+  info_query(qv_call_handle* handle, std::uint64_t command, void* object, [[maybe_unused]] void* device,
              std::uint32_t parameter)
       : handle_(handle), command_(command) {
-    name_objects(object, device);
     record_.param_name = parameter;
+    // The records of the info commands differ in which objects they name.
+    if constexpr (requires { record_.context; })
+      record_.context = object;
+    else if constexpr (requires { record_.object; })
+      record_.object = object;
+    else
+      record_.device = object;
+    if constexpr (requires {
+                    record_.object;
+                    record_.device;
+                  })
+      record_.device = device;
   }
 
   // Asks once, for as many bytes as `value` has room for. `reported` receives the size that the implementation tells,
@@ -43,8 +54,7 @@ public:
     record_.param_value_size = size;
     record_.param_value = value;
     record_.param_value_size_ret = reported;
-    send(handle_, command_, &record_);
-    check_status(record_.status);
+    perform(handle_, command_, record_);
   }
 
   [[gnu::always_inline]] std::size_t ask_size() {
@@ -54,19 +64,6 @@ public:
   }
 
 private:
-  // The records of the info commands differ in which objects they name.
-  void name_objects(void* object, [[maybe_unused]] void* device) {
-    if constexpr (requires { record_.context; }) {
-      record_.context = object;
-    } else if constexpr (requires { record_.object; }) {
-      record_.object = object;
-      if constexpr (requires { record_.device; })
-        record_.device = device;
-    } else {
-      record_.device = object;
-    }
-  }
-
   qv_call_handle* handle_;
   std::uint64_t command_;
   qv::record<Op> record_{}; // the status is 0 before each asking, as after each that succeeded

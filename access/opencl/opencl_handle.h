@@ -30,9 +30,7 @@ inline constexpr std::uint64_t command_of = qv::command_number(Op, capability_of
 template <version V, qv::operation Op>
 void call(const common::call_handle& handle, qv::record<Op>& record) {
   static_assert(command_of<V, Op> != 0, "this version of OpenCL has no such command");
-  common::send(handle.get(), command_of<V, Op>, &record);
-  if constexpr (requires { record.status; })
-    common::check_status(record.status);
+  common::perform(handle.get(), command_of<V, Op>, record);
 }
 
 // Marks a handle that came from a query, which hands out no reference: the wrapper takes one of its own.

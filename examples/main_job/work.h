@@ -1,7 +1,7 @@
 /* SPDX-FileCopyrightText: 2026 TARVA developers */
 /* SPDX-License-Identifier: MIT */
 
-/* The requests to the library that every piece of work makes. All of them end the process, with a message, if
+/* The calls of the library that every piece of work makes. All of them end the process, with a message, if
  * they fail. */
 #ifndef MAIN_JOB_WORK_H
 #define MAIN_JOB_WORK_H

@@ -29,7 +29,7 @@ public:
   static constexpr global_range<sizeof...(Sizes)> items(Sizes... sizes);
 
   /// At least so many work-items in each dimension, in groups of the size that the kernel prefers: a kernel gets
-  /// no fewer than such a group has. Below OpenCL 2.0 a size that the group does not divide is refused.
+  /// no fewer than such a group has. Where groups must divide the range, mostly below OpenCL 2.0, another size is refused.
   template <class... Sizes>
   static constexpr range at_least(Sizes... sizes) {
     return range({TARVA_ABI_LAUNCH_GLOBAL_SIZE, {dimensions<Sizes...>(), word(sizes)...}});

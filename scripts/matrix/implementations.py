@@ -9,8 +9,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 
 RUNTIMES = Path(__file__).parent / "runtimes"
-# Where each of them keeps its library.
-RUNTIME_LIBRARY = "lib/libintelocl.so"
+RUNTIME_LIBRARY = "libintelocl.so"
 
 # How devices are offered: as what they report, and by QV_OPENCL_VERSIONS.
 REPORTED = "reported"
@@ -24,7 +23,7 @@ class Implementation:
 
     name: str
     libraries: list[str]
-    library_path: str = ""
+    search_path: str = ""
     environment: dict[str, str] = field(default_factory=dict)
     settings: tuple[str, ...] = (REPORTED, EVERY_VERSION)
     least_devices: int = 1
@@ -42,12 +41,12 @@ def fetch(folder):
         if (prefix / "complete").exists():
             continue
         command = [sys.executable, "-m", "pip", "install", "--quiet", "--ignore-installed", "--no-deps", "--no-compile"]
-        command += ["--no-warn-script-location", "--disable-pip-version-check", "--require-hashes"]
-        command += ["--prefix", str(prefix), "--requirement", str(pins)]
+        command += ["--no-warn-script-location", "--disable-pip-version-check", "--root-user-action", "ignore"]
+        command += ["--require-hashes", "--prefix", str(prefix), "--requirement", str(pins)]
         if subprocess.run(command, check=False).returncode != 0:
             print(f"{pins.stem} is not to be had; going on without it", file=sys.stderr)
             continue
-        for loader in prefix.glob("lib/libOpenCL.so*"):
+        for loader in prefix.rglob("libOpenCL.so*"):
             loader.unlink()  # the machine's own is the one to use
         (prefix / "complete").touch()
 
@@ -65,7 +64,8 @@ def fetched(folder):
     for pins in sorted(RUNTIMES.glob("*.txt"), reverse=True):
         prefix = folder / "runtimes" / pins.stem
         if (prefix / "complete").exists():
-            library = (prefix / RUNTIME_LIBRARY).resolve()
+            # Debian's Python puts things below local/, others do not.
+            library = next(prefix.rglob(RUNTIME_LIBRARY)).resolve()
             yield Implementation(pins.stem, [str(library)], str(library.parent), processor_for_runtime())
 
 
@@ -97,12 +97,26 @@ def remote(client, addresses):
     """Devices of running servers, each of which is device 0 of its server unless the address says otherwise."""
     places = [one if "/" in one else one + "/0" for one in addresses]
     for place in places:
-        if not re.fullmatch(r"[^\s:]+:\d+/\d+", place):
-            sys.exit(f"--remote takes HOST:PORT[/DEVICE], not {place!r}")
+        if not re.fullmatch(r"[^\s:]+:\d+/\d+(#\S+)?", place):
+            sys.exit(f"--remote takes HOST:PORT[/DEVICE[#PEER]], not {place!r}")
     client.environment = {f"POCL_REMOTE{k}_PARAMETERS": place for k, place in enumerate(places)}
     client.environment["POCL_DEVICES"] = " ".join(["remote"] * len(places))
     client.least_devices = len(places)
     return client
+
+
+def merged(name, chosen, settings):
+    """Implementations as one."""
+    together = Implementation(
+        name,
+        [library for one in chosen for library in one.libraries],
+        ":".join(filter(None, (one.search_path for one in chosen))),
+        settings=settings,
+        least_devices=len(chosen),
+    )
+    for one in chosen:
+        together.environment |= one.environment
+    return together
 
 
 def in_one_process(members):
@@ -110,22 +124,18 @@ def in_one_process(members):
     families = {}
     for one in members.values():
         families.setdefault(one.family(), one)
-    chosen = families.values()
-    together = Implementation(
-        "together",
-        [library for one in chosen for library in one.libraries],
-        ":".join(filter(None, (one.library_path for one in chosen))),
-        least_devices=len(chosen),
-    )
-    for one in chosen:
-        together.environment |= one.environment
+    chosen = list(families.values())
+    together = merged("together", chosen, (REPORTED,))
     yield together
+    with_every_version = [one for one in chosen if EVERY_VERSION in one.settings]
+    if len(with_every_version) > 1:
+        yield merged("together-every", with_every_version, (EVERY_VERSION,))
     if "pocl" in members:
         basic = MANY_DEVICES - len(chosen)
         yield Implementation(
             "twenty",
             together.libraries,
-            together.library_path,
+            together.search_path,
             together.environment | {"POCL_DEVICES": "pthread" + " basic" * basic},
             (REPORTED,),
             MANY_DEVICES,

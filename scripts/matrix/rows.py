@@ -100,9 +100,9 @@ def environment_of(build, implementation, versions, vendors):
     environment["OCL_ICD_VENDORS"] = str(vendors)
     environment["POCL_CACHE_DIR"] = str(build / "pocl-cache")
     environment["TARVA_TEST_NEEDS_DEVICE"] = str(implementation.least_devices)
-    if implementation.library_path:
+    if implementation.search_path:
         environment["LD_LIBRARY_PATH"] = ":".join(
-            filter(None, (implementation.library_path, os.environ.get("LD_LIBRARY_PATH")))
+            filter(None, (implementation.search_path, os.environ.get("LD_LIBRARY_PATH")))
         )
     if versions == REPORTED:
         environment["TARVA_TEST_LARGE"] = "1"

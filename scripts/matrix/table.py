@@ -6,6 +6,7 @@ import json
 import os
 import platform
 import re
+import shutil
 from dataclasses import asdict
 
 from matrix.implementations import REPORTED
@@ -94,16 +95,18 @@ def markdown(rows, limits):
 
 
 def write(path, rows, limits):
-    """Both tables, at `path` with their endings."""
+    """Both tables, at `path` with their endings; in JSON a line for each row."""
     path.with_suffix(".md").write_text(markdown(rows, limits))
-    content = {"limits": asdict(limits), "rows": [asdict(row) for row in rows]}
-    path.with_suffix(".json").write_text(json.dumps(content, indent=1) + "\n")
+    lines = ",\n".join(json.dumps(asdict(row)) for row in rows)
+    path.with_suffix(".json").write_text(f'{{"limits": {json.dumps(asdict(limits))},\n"rows": [\n{lines}\n]}}\n')
 
 
-def publish(document, text):
-    """Replaces what stands between the markers of a document."""
+def publish(document, written):
+    """Replaces what stands between the markers of a document, and puts the JSON beside it."""
+    text = written.with_suffix(".md").read_text()
     old = document.read_text()
     pattern = re.compile(f"(?<={re.escape(BEGIN)}\n).*?(?={re.escape(END)})", re.S)
     if not pattern.search(old):
         raise SystemExit(f"{document} has no markers for the table")
     document.write_text(pattern.sub(lambda _: "\n" + text + "\n", old, count=1))
+    shutil.copyfile(written.with_suffix(".json"), document.with_suffix(".json"))

@@ -93,7 +93,7 @@ TEST_F(discovery, devices_that_are_custom_or_not_available_are_offered) {
   devices[1].defects[CL_DEVICE_AVAILABLE] = defect::refused;
   devices[3].info[CL_DEVICE_TYPE] = value_answer(cl_device_type{CL_DEVICE_TYPE_CUSTOM});
   set_devices(devices);
-  set_platforms({{}});
+  set_platforms({{"Another", "OpenCL 1.2"}});
   library made("");
   ASSERT_EQ(made.count(), 4u);
   for (std::size_t place = 0; place < 4; ++place) {
@@ -230,7 +230,7 @@ TEST_F(discovery, closed_handles_stay_closed_whatever_other_threads_open) {
   }
   qv_call_handle* const held = made.open(0, 1);
   const std::uint64_t root = made.root(0), node = made.node(root, 1);
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (int thread = 0; thread < 4; ++thread)
     threads.emplace_back([&] {
       qv_call_handle* first = nullptr;
@@ -245,8 +245,6 @@ TEST_F(discovery, closed_handles_stay_closed_whatever_other_threads_open) {
         ASSERT_EQ(made.close_call_handle(first), -1);
       }
     });
-  for (std::thread& thread : threads)
-    thread.join();
 }
 
 TEST_F(discovery, built_in_kernels_are_listed_if_a_program_can_be_made_of_them) {

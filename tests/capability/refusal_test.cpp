@@ -69,6 +69,7 @@ TEST_F(refusal, of_more_groups_than_can_be_counted) {
       {1, {8 * giga, 1, 1}, {2, 1, 1}, "Gorb"},      {1, {8 * giga - 1, 1, 1}, {2, 1, 1}, "Gorb"},
       {1, {8 * giga - 2, 1, 1}, {2, 1, 1}, "rb"},    {2, {giga, 4, 1}, {1, 1, 1}, "Gob"},
       {3, {giga, giga, giga}, {1, 1, 1}, "Gob"},     {2, {4 * giga, 4 * giga, 9}, {1, 1, 1}, "Gorb"},
+      {1, {4 * giga, 1, 1}, {0, 0, 0}, "Gorb"}, // the group of one that does not tell its size
       {1, {4 * giga * 64, 1, 1}, {0, 0, 0}, "Gorb"}, {1, {4 * giga * 64 - 64, 1, 1}, {0, 0, 0}, "rbo"},
       {2, {0, ~std::size_t{0}, 1}, {1, 1, 1}, "rb"}};
   static const std::tuple<std::size_t, const char*, char> devices[] = {
@@ -91,6 +92,8 @@ TEST_F(refusal, of_more_groups_than_can_be_counted) {
       const auto& [platform, name, letter] = devices[i];
       const user it(made, i);
       void* const kernel = it.make_kernel();
+      if (letter == 'G')
+        fail_call(op::get_kernel_work_group_info, 1, CL_OUT_OF_RESOURCES);
       for (const row& one : rows) {
         const bool is_refused = one.refused_by.find(letter) != std::string_view::npos;
         EXPECT_EQ(it.status_of<op::enqueue_nd_range_kernel>({it.queue, kernel, nullptr, one.global.data(),
@@ -122,11 +125,12 @@ TEST_F(refusal, of_local_sizes_of_zero) {
     const auto calls = take_calls();
     EXPECT_EQ(std::min(it.status_of_event(event), 0), status);
     ASSERT_EQ(calls.size(), status == 0 ? 1u : 0u);
-    if (status == 0) {
-      EXPECT_EQ(calls[0].as<op::enqueue_nd_range_kernel>().local_work_size != nullptr, given);
-    }
+    EXPECT_EQ(status == 0 && calls[0].as<op::enqueue_nd_range_kernel>().local_work_size != nullptr, given);
     it.release<op::release_event>(event);
   }
+  EXPECT_EQ(it.status_of<op::enqueue_nd_range_kernel>(
+                {it.queue, kernel, nullptr, nullptr, nullptr, nullptr, nullptr, 77, 1, 0}),
+            CL_INVALID_GLOBAL_WORK_SIZE);
   it.release<op::release_kernel>(kernel);
 }
 
@@ -200,12 +204,17 @@ std::string with_version(std::string bytes, std::size_t place, std::uint32_t ver
 TEST_F(refusal, of_modules_that_are_cut_short_or_too_new) {
   only_user it(plain_device());
   const user older(it.made, 0, 3);
-  // By the address that stands for the extension, too.
-  const auto asked = older.ask<op::get_extension_function_address_for_platform>(
-      {it.device, "clCreateProgramWithILKHR", nullptr});
+  void* platform = nullptr;
+  older.ask<op::get_device_info>({it.device, &platform, nullptr, CL_DEVICE_PLATFORM, sizeof platform, 77});
+  const auto address_on = [&](void* which, const char* name = "clCreateProgramWithILKHR") {
+    return older.ask<op::get_extension_function_address_for_platform>({which, name, nullptr}).result;
+  };
+  // By the address that stands for the extension, too, which is the same for another platform.
+  EXPECT_EQ(address_on(it.device), address_on(platform));
+  EXPECT_EQ(address_on(it.device, "clX"), nullptr);
   const auto by_extension =
       reinterpret_cast<void* (*)(void* context, const void* il, std::size_t length, cl_int* status)>(
-          asked.result);
+          address_on(platform));
   const auto expect = [&](const std::string& il, cl_int status, const char* what) {
     EXPECT_EQ(it.status_of<op::create_program_with_il>({it.context, il.data(), il.size(), nullptr, 77}),
               status)
@@ -282,6 +291,7 @@ TEST_F(refusal, of_binaries_that_are_cut_short_or_of_another_kind) {
     EXPECT_EQ(is_refused(by, whole_of("binary_pocl_9")), platform != pocl);
     EXPECT_TRUE(is_refused(by, bitcode));
   }
+  EXPECT_TRUE(is_refused(user(made, pocl), with_version(whole_of("binary_pocl_9"), 118, 0))) << "no name";
 }
 
 TEST_F(refusal, of_answers_that_are_wrong) {
@@ -299,9 +309,15 @@ TEST_F(refusal, of_answers_that_are_wrong) {
       char text[8] = "";
       it.ask<op::get_kernel_info>({kernel, sizeof text, text, nullptr, 77, CL_KERNEL_ATTRIBUTES});
       EXPECT_STREQ(text, knows_better[i] ? "" : "garbage") << names[i];
+      std::size_t size = 0;
+      it.ask<op::get_kernel_info>({kernel, sizeof text, text, &size, 77, CL_KERNEL_FUNCTION_NAME});
+      EXPECT_EQ(size, sizeof "plain");
       for (const cl_uint query : {CL_KERNEL_WORK_GROUP_SIZE, CL_KERNEL_PREFERRED_WORK_GROUP_SIZE_MULTIPLE}) {
-        std::size_t size = 0;
-        it.ask<op::get_kernel_work_group_info>({it.device, kernel, sizeof size, &size, nullptr, 77, query});
+        const qv::get_object_device_info_record group{it.device, kernel, sizeof size, &size,
+                                                      nullptr,   77,     query};
+        fail_call(op::get_kernel_work_group_info, 1, CL_OUT_OF_RESOURCES);
+        EXPECT_EQ(it.ask<op::get_kernel_work_group_info>(group).status, CL_OUT_OF_RESOURCES) << names[i];
+        it.ask<op::get_kernel_work_group_info>(group);
         EXPECT_EQ(size, i == rusticl && query == CL_KERNEL_WORK_GROUP_SIZE ? 1024u : 32u) << names[i];
       }
       it.release<op::release_kernel>(kernel);

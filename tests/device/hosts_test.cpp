@@ -46,23 +46,17 @@ void limit(rlim_t value) {
 
 // Its private memory is more than the stack that threads have by default where stacks have no limit.
 void use() {
-  constexpr std::size_t count = 700000; // 2.8 MB
   const auto sum = tarva::first_device()
-                       .build("kernel void sum(global int* data) {\n"
-                              "  volatile int own[" +
-                              std::to_string(count) +
-                              "];\n"
-                              "  for (int i = 0; i < " +
-                              std::to_string(count) +
-                              "; ++i) own[i] = i & data[0];\n"
-                              "  data[1] = own[3] + own[" +
-                              std::to_string(count - 2) +
-                              "];\n"
-                              "}")
+                       .build(R"(kernel void sum(global int* data) {
+                                   volatile int own[COUNT]; // 2.8 MB
+                                   for (int i = 0; i < COUNT; ++i) own[i] = i & data[0];
+                                   data[1] = own[3] + own[COUNT - 2];
+                                 })",
+                              "-DCOUNT=700000")
                        .kernel<tarva::memory<int>>("sum");
   const tarva::memory<int> data(std::vector<int>{0xFF, 0});
   sum(tarva::range::items(1), data);
-  demand(data.read()[1] == 3 + ((static_cast<int>(count) - 2) & 0xFF), "the sum");
+  demand(data.read()[1] == 3 + (699998 & 0xFF), "the sum");
 }
 
 // Where all files can be had but in the working directory.

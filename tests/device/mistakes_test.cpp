@@ -127,10 +127,6 @@ outcome binary_of(const workbench& on, std::size_t zeros, Bytes... bytes) {
                      std::string{static_cast<char>(bytes)...} + std::string(zeros, '\0'));
 }
 
-outcome spir_v_of_zeros(const workbench& on) {
-  return on.build_of(TARVA_ABI_IR_SPIR_V, std::string("\x03\x02\x23\x07", 4) + std::string(400, '\0'));
-}
-
 using bench = const workbench&;
 constexpr auto groups_of_1 = [](bench on, std::uint64_t width, std::uint64_t height) {
   const std::string vendor = text(on.opencl()["CL_DEVICE_VENDOR"]);
@@ -156,7 +152,6 @@ const mistake mistakes[] = {
   {"groups_2_35", "groups|Global work size", [](bench on) { return groups_of_1(on, 1L << 35, 1); }, true},
   {"groups_2_16_squared", "groups|Global work size", [](bench on) { return groups_of_1(on, 65536, 65536); }, true},
 
-  {"binary_of_nothing", no_binary, [](bench on) { return binary_of(on, 0); }},
   {"binary_of_text", no_binary, [](bench on) { return on.build_of(TARVA_ABI_IR_DEVICE_BINARY, source); }},
   {"binary_like_bitcode", "binary|not valid|not built: .|on the device", [](bench on) { return binary_of(on, 1000, 'B', 'C', 0xC0, 0xDE); }},
   {"binary_like_pocl", no_binary, [](bench on) { return binary_of(on, 1000, 'p', 'o', 'c', 'l', 'b', 'i', 'n'); }},
@@ -164,7 +159,7 @@ const mistake mistakes[] = {
   {"binary_like_mesa", no_binary, [](bench on) { return binary_of(on, 1000, 1, 0, 0, 0, 4, 0, 0, 0); }},
   {"binary_cut_at_100_places", "all cuts refused", cut_binaries},
   {"spir_v_of_text", no_module, [](bench on) { return on.build_of(TARVA_ABI_IR_SPIR_V, source); }},
-  {"spir_v_of_zeros", no_module, spir_v_of_zeros},
+  {"spir_v_of_zeros", no_module, [](bench on) { return on.build_of(TARVA_ABI_IR_SPIR_V, "\x03\x02\x23\x07" + std::string(400, '\0')); }},
 };
 // clang-format on
 

@@ -90,14 +90,13 @@ TEST(threads, ask_for_a_binary_that_nobody_has_asked_for) {
       caller::child(caller::root<tarva_abi_get_program_root_property>(made), "OPENCL");
   std::vector<std::size_t> sizes(8);
   std::barrier together(static_cast<std::ptrdiff_t>(sizes.size()));
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (std::size_t& size : sizes)
     threads.emplace_back([&] {
       together.arrive_and_wait();
       size = caller::child(opencl, "CL_PROGRAM_BINARY").size();
     });
-  for (std::thread& each : threads)
-    each.join();
+  threads.clear(); // which joins them
   EXPECT_EQ(sizes, std::vector<std::size_t>(sizes.size(), caller::child(opencl, "CL_PROGRAM_BINARY").size()));
 }
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 TARVA developers
 // SPDX-License-Identifier: MIT
 
-// The properties of a device, as OpenCL has them: which query each comes from, and how its answer is to be
-// read.
+// The properties of a device as OpenCL has them: the query for each, and how to read its answer.
+// A number has 4 bytes, a wide one 8.
 #pragma once
 
 #define CL_TARGET_OPENCL_VERSION 220
@@ -14,7 +14,6 @@
 
 namespace catalogue_table {
 
-// A number has 4 bytes, a wide one 8.
 enum class form { number, wide, flag, text, words, parts, sizes, bit, equals, embedded, full };
 
 struct row {
@@ -136,6 +135,9 @@ inline const std::vector<block> blocks = {
 #undef CACHE
 #undef WIDTHS
 
+inline constexpr std::uint64_t checksums_of_words[] = {12333749317352091179U, 570559939789278314U,
+                                                       2418929429471218476U,  6527998091848219448U,
+                                                       12090553846653252265U, 12090553846653252265U};
 // The keys of the children that a device of the version lists below `parent`.
 inline std::set<std::string> keys_below(const std::string& parent, int version) {
   std::set<std::string> keys;

@@ -38,6 +38,7 @@ struct busy_device {
 
   std::vector<device> all = (setenv("TARVA_SCHEDULER", "concurrent", 1), devices());
   kernel kernels[2] = {find(0, "flag"), find(1, "flag")};
+  memory there[2] = {used_on(all[1]), used_on(all[1])};
   memory kept_busy = make(counted(1));
   outcome ended{-1};
   std::thread launcher;
@@ -55,25 +56,34 @@ void work_beside_a_busy_device() {
   busy.let_it_end();
 }
 
-// The first device's side of the move is done at once, and that device is free for others then.
+// The first device's side of a move or copy is done at once, and that device is free for others then.
 void use_a_device_that_waits_for_a_busy_one() {
   busy_device busy;
   const memory moved = used_on(busy.all[0]), here = used_on(busy.all[0]);
+  const memory copied[2] = {used_on(busy.all[0]), used_on(busy.all[0])};
   static std::binary_semaphore is_moving(0);
-  before_call(op::enqueue_read_buffer, 1, [] { is_moving.release(); });
   const auto add = busy.find(1, "add");
   const std::int32_t amount = 10;
-  std::thread mover([&] { must(launch(add, {argument(moved), argument(amount)}, line(4))); });
-  is_moving.acquire();
+  std::vector<std::jthread> movers;
+  for (const std::size_t i : {0, 1, 2}) {
+    before_call(op::enqueue_read_buffer, 1, [] { is_moving.release(); });
+    movers.emplace_back([&, i] {
+      must(i == 2 ? launch(add, {argument(moved), argument(amount)}, line(4))
+                  : copy(copied[i], 0, busy.there[i], 1, 3));
+    });
+    is_moving.acquire();
+  }
   must(fill(here, &amount, 0, 4));
   demand(read<std::int32_t>(here, 1) == counted(1, 10), 5);
   // Whoever shares the object comes behind, and finds it there.
   std::vector<std::int32_t> seen;
   std::thread reader([&] { seen = read<std::int32_t>(moved, 4); });
   busy.let_it_end();
-  mover.join();
+  movers.clear(); // which joins them
   reader.join();
   demand(seen == read<std::int32_t>(moved, 4) && seen.at(0) > 10, 6);
+  for (const memory& each : busy.there)
+    demand(read<std::int32_t>(each, 4) == std::vector<std::int32_t>{1, 1, 2, 3}, 7);
 }
 
 void ask_for_an_unknown_scheduler() {

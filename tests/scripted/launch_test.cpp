@@ -104,7 +104,7 @@ TEST_P(launching, an_offset_is_passed_on_from_1_1) {
 TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
   const auto add = kernel(version(), "add"), fixed = kernel(version(), "fixed"),
              observe = kernel(version(), "observe");
-  const memory numbers = make(counted(4)), none = allocate(TARVA_ABI_TYPE_INT32, 0),
+  const memory numbers = make(counted(4)), none = allocate(TARVA_ABI_TYPE_DOUBLE16, 0),
                shorts = make(std::vector<std::int16_t>(6));
   const std::int32_t amount = 1;
   const std::array<std::int16_t, 4> values{};
@@ -134,12 +134,10 @@ TEST_P(launching, bad_launches_are_refused_on_the_callers_thread) {
       {"work dimension far too large", add, good, sized(std::uint64_t{1} << 32 | 1, {4, 1, 1}, {1, 1, 1})},
       {"one zero in the local size", add, good, sized(2, {4, 4, 1}, {4, 0, 1})},
       {"local size that does not divide", add, good, line(4, 3), before_2_0},
-      {"group too large", add, good, line(512, 512)},
       {"group too large in all", add, good, sized(2, {32, 32, 1}, {32, 32, 1})},
       {"group whose size wraps around", add, good, sized(2, {large, large, 1}, {large, large, 1})},
       {"group too large in the third dimension", add, good, sized(3, {1, 1, 128}, {1, 1, 128})},
       {"global size 0", add, good, line(0), before_2_1},
-      {"not the size fixed by the compiler", fixed, {argument(numbers)}, sized(3, {8, 8, 2}, {8, 8, 2})},
       {"ids beyond all addresses", add, good, line(1, 1, huge)},
       {"too few arguments", add, {argument(numbers)}, line(4)},
       {"too many arguments", add, too_many, line(4)},

@@ -161,6 +161,12 @@ TEST(lifecycle, a_start_that_fails_ends_the_process_in_words) {
   EXPECT_EXIT(fail(true), ExitedWithCode(1),
               start + "The libqv version detected is incompatible with this version of SKERV.\n$");
   EXPECT_EXIT(fail(false), ExitedWithCode(1), start + "Failed to allocate memory on the host.\n$");
+  const auto throw_in_worker = [] {
+    log_to_console("critical");
+    before_call(op::finish, 1, [] { throw 1; });
+    used_on(devices()[0]);
+  };
+  EXPECT_EXIT((check_at_exit(false), run(throw_in_worker)), ExitedWithCode(1), "an unknown exception.");
 }
 
 void start_without_devices() {
@@ -201,6 +207,16 @@ void fail_without_future() {
   must(copy(numbers, 0, numbers, 3, 1));
   fail_event(op::enqueue_write_buffer, 1, -5);
   used_on(all[0]);
+  // The code alone will do, too, and a future may be abandoned: no error is left.
+  tarva_abi_future_s* future = nullptr;
+  std::int32_t seen = 0;
+  long code = 0;
+  fail_event(op::enqueue_read_buffer, 2, -5);
+  must(call<tarva_abi_async_read_memory>(numbers.get(), 0, 1, &seen, &future));
+  tarva_abi_abandon_future(nullptr, future);
+  must(call<tarva_abi_async_read_memory>(numbers.get(), 0, 1, &seen, &future));
+  must(call<tarva_abi_wait_future>(future, &code, nullptr));
+  demand(code == TARVA_ABI_RUNTIME_FAILURE, 3);
   fail_call(op::release_mem_object, 1, -38);
   check_at_exit(false); // the buffer whose release failed
   used_on(all[0]);
@@ -224,7 +240,8 @@ TEST(lifecycle, failures_that_nobody_is_told_of_are_logged) {
             ", start_position=1, count=2, value=<omitted>}: |copy_tarva_to_tarva: {src_object_id=|"
             ", src_start_position=0, dest_start_position=3, count=1}: |"
             "Failed to allocate resources on the device.|"
-            "] [skerv] [error] Exception caught in memory_object::~memory_object()."));
+            "] [skerv] [error] Exception caught in memory_object::~memory_object().\n") +
+          "$");
   EXPECT_EXIT(
       run(complain_from_opencl), ExitedWithCode(0),
       lines(

@@ -80,6 +80,7 @@ std::int32_t create_with_il(session& now, qv::create_program_with_il_record& rec
 
 // clCreateProgramWithILKHR: called at its address, so there is no call handle.
 void* create_with_il_khr(void* context_handle, const void* il, std::size_t length, std::int32_t* status) {
+  const visit inside;
   machine& world = machine::get();
   std::unique_lock lock(world.lock);
   call_record log{qv::operation::create_program_with_il};

@@ -59,8 +59,8 @@ std::int32_t enqueue(session& now, Record& record, std::function<void()> run) {
   const auto target = now.world.find<queue>(record.command_queue);
   if (!target->on_host)
     return queue::invalid;
-  if (record.num_events_in_wait_list != 0 || record.event_wait_list != nullptr)
-    return -57; // CL_INVALID_EVENT_WAIT_LIST: no command of the library waits for another
+  if ((record.num_events_in_wait_list == 0) != (record.event_wait_list == nullptr))
+    now.world.complain("a wait list of another length than is told");
   const auto failure = now.world.take_plan(way::event, now.log.operation);
   const auto made = std::make_shared<event>();
   made->profiled = target->profiled;

@@ -63,7 +63,7 @@ protected:
   void TearDown() override {
     EXPECT_TRUE(no_failure_left()) << "a planned failure did not happen";
     EXPECT_EQ(misuses(), std::vector<std::string>());
-    // The last event of a request is released just after its owner has been woken.
+    // The last event of an operation is released just after its owner has been woken.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     while (live_objects() != before_ && std::chrono::steady_clock::now() < deadline)
       std::this_thread::yield();

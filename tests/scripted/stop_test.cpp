@@ -197,10 +197,11 @@ TEST(stop, a_stop_ends_what_has_begun_and_answers_who_is_left) {
 
 // A compiler makes an object for itself when it is first used, which therefore goes before the library stops. At the
 // end it is at work for a thread that the host waits for in a handler of its own.
-void exit_in_the_middle_of_a_compilation(op operation, void (*use_compiler)()) {
+void exit_in_the_middle_of_a_compilation() {
+  static const auto& all = *new auto(devices());
   static std::atomic<bool> is_gone = false;
   static std::thread compiling;
-  before_call(operation, 1, [] {
+  before_call(op::build_program, 1, [] {
     std::atexit([] {
       is_gone = true;
       compiling.join();
@@ -208,37 +209,24 @@ void exit_in_the_middle_of_a_compilation(op operation, void (*use_compiler)()) {
         _exit(3);
     });
   });
-  use_compiler();
-  before_call(operation, 1, [] {
+  compile(all[0], source);
+  before_call(op::build_program, 1, [] {
     turn = 1;
     await_turn(2);
     pause(300);
     if (is_gone)
       _exit(2);
   });
-  compiling = std::thread([use_compiler] {
-    use_compiler();
+  compiling = std::thread([] {
+    compile(all[0], source);
     devices();
   });
   await_turn(1);
   std::atexit([] { turn = 2; });
 }
 
-void exit_in_the_middle_of_a_load() {
-  static const auto& all = *new auto(devices());
-  exit_in_the_middle_of_a_compilation(op::build_program, [] { compile(all[0], source); });
-}
-
-void exit_in_the_middle_of_a_launch_that_compiles() {
-  static const auto& flag = *new auto(find_kernel(compile(devices()[0], source), "flag"));
-  exit_in_the_middle_of_a_compilation(op::enqueue_nd_range_kernel, [] {
-    const memory numbers = make(counted(1));
-    must(launch(flag, {argument(numbers)}, line(1)));
-  });
-}
-
 TEST(stop, a_compiler_outlives_the_calls_that_use_it) {
-  expect_quiet({CASE(exit_in_the_middle_of_a_load), CASE(exit_in_the_middle_of_a_launch_that_compiles)});
+  expect_quiet({CASE(exit_in_the_middle_of_a_compilation)});
 }
 
 // The others sleep inside the library, or are on their way into it or out of it.
@@ -273,7 +261,11 @@ void fail_while_the_host_waits() {
   used_on(devices()[0]);
   fail_call(op::finish, 1, -5);
   before_call(op::finish, 1, [] { has_no_threads = will_have_no_threads.load(); });
-  inside = std::thread([] { used_on(devices()[0]); });
+  inside = std::thread([] {
+    await_turn(1); // when there is something to join
+    used_on(devices()[0]);
+  });
+  turn = 1;
   pause(60000);
 }
 
@@ -316,13 +308,12 @@ void cancel_a_call() {
     cancelled.acquire();
     pthread_testcancel();
   });
-  const auto call_once = [](void*) -> void* {
-    static tarva_abi_kernel_s* found = nullptr;
-    must(call<tarva_abi_get_kernel>(made.get(), "flag", &found));
-    tarva_abi_release_kernel(nullptr, found);
+  // The system takes this frame down without telling the address sanitizer, which therefore must not mark it.
+  const auto call_once = [](void*) __attribute__((no_sanitize_address)) {
+    find_kernel(made, "flag");
     ended = true;
     pthread_testcancel();
-    return nullptr;
+    return static_cast<void*>(nullptr);
   };
   pthread_t calling{};
   demand(pthread_create(&calling, nullptr, call_once, nullptr) == 0);
@@ -348,13 +339,11 @@ TEST(stop, survives_threads_that_end_the_process_or_are_ended) {
 } // namespace scripted
 
 #ifndef TARVA_SANITIZED // a sanitizer makes threads its own way
-// In place of that of the system.
-extern "C" int create_thread_if_any_is_left(pthread_t*, const pthread_attr_t*, void* (*)(void*),
-                                            void*) __asm__("pthread_create");
-int create_thread_if_any_is_left(pthread_t* made, const pthread_attr_t* attributes, void* (*body)(void*),
-                                 void* given) {
-  static const auto create =
-      reinterpret_cast<decltype(&create_thread_if_any_is_left)>(dlsym(RTLD_NEXT, "pthread_create"));
+// In place of that of the system, for the library, too.
+extern "C" [[gnu::visibility("default")]] int pthread_create(pthread_t* made,
+                                                             const pthread_attr_t* attributes,
+                                                             void* (*body)(void*), void* given) noexcept {
+  static const auto create = reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
   return scripted::has_no_threads ? EAGAIN : create(made, attributes, body, given);
 }
 #endif

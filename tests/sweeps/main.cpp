@@ -104,7 +104,7 @@ std::string_view words_of(const fault& planned) {
 // another failure; and the capability library has no words for its own.
 bool is_due(long code, const std::string& told) {
   return (allocation_has_failed() &&
-          (code == TARVA_ABI_OUT_OF_MEMORY || contains(told, "std::bad_alloc") ||
+          (code == TARVA_ABI_OUT_OF_MEMORY || (code == TARVA_ABI_OK && contains(told, "std::bad_alloc")) ||
            contains(told, words_of({.value = -6})) ||
            contains(told,
                     "Resource temporarily unavailable") || // no thread
@@ -129,6 +129,7 @@ void check(const ending& ended, bool is_faulty) {
          "what has failed has not been done, unless nobody could see it");
   demand(ended.is_done || ended.code != TARVA_ABI_OK || contains(log, "[error]"), "somebody is told");
   demand(ended.is_done || is_due(ended.code, told), "it is told why");
+  demand(ended.code != TARVA_ABI_OUT_OF_MEMORY || !contains(log, "error object"), "no line is needed");
   demand(!contains(log, "[warning]") && !contains(log, "[critical]"), "nothing else is told");
 }
 

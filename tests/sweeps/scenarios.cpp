@@ -114,7 +114,7 @@ void set_up_machine(std::uint32_t first_version, std::uint32_t second_version) {
   scripted::device_options one{"one", {first_version}}, two{"two", {second_version}};
   two.info[0x103F] = scripted::text_answer("copy_all;sort_all");
   for (scripted::device_options* const each : {&one, &two})
-    each->info[0x1030] = scripted::text_answer("cl_khr_spir");
+    each->info[0x1030] = scripted::text_answer("cl_khr_spir cl_khr_il_program");
   scripted::set_devices({one, two});
   for (const char* const name : {add_name, "add"})
     scripted::set_kernel(name, [](const scripted::kernel_run& now) {
@@ -185,7 +185,7 @@ ending load(const world& in, std::size_t kind, std::size_t where) {
   } kinds[] = {{TARVA_ABI_IR_SOURCE_1_0, kernels, nullptr, 1},
                {TARVA_ABI_IR_DEVICE_BINARY, "BIN:" + kernels, nullptr, 1},
                {TARVA_ABI_IR_SPIR_1_2, "BC" + kernels, nullptr, 3},
-               {TARVA_ABI_IR_SPIR_V, "SPV:" + kernels, nullptr, 5},
+               {TARVA_ABI_IR_SPIR_V, "SPV:" + kernels, nullptr, 1},
                {TARVA_ABI_IR_SPIR_V, "SPV:" + kernels, &header, 6},
                {TARVA_ABI_IR_SOURCE_1_0, kernels + "#error", nullptr, 1, "error: the text says #error"}};
   const auto& [type, data, with, first_version, log] = kinds[kind];

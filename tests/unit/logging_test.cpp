@@ -109,10 +109,10 @@ TEST_F(logging_test, writes_the_lines_from_its_level_on_in_the_one_pattern) {
 
 TEST_F(logging_test, keeps_a_line_one_line_and_shows_what_a_terminal_would_obey) {
   EXPECT_EQ(
-      "0\n[tarva] [info] a\\x0a[2026] \\x1b[2J\\x7f\\x09|\\xc2\\x85\\xe2\\x80\\xae\\xe2\\x81\\xa6|\\xff\\xc3|ä \n"
+      "0\n[tarva] [info] a\\x0a[2026] \\\\x1b \\x1b[2J\\x7f\\x09|\\xc2\\x85\\xe2\\x80\\xae\\xe2\\x81\\xa6|\\xff\\xc3|ä \n"
       "[tarva] [info] two\nlines\n",
       play(to_console, [] {
-        tarva::log_info("{}|{}|{}|{}", "a\n[2026] \033[2J\177\t",
+        tarva::log_info("{}|{}|{}|{}", "a\n[2026] \\x1b \033[2J\177\t",
                         std::string("\302\205\342\200\256\342\201\246"), "\377\303", "ä ");
         tarva::log_info("{}", logging::own_lines{"two\nlines"});
       }));
