@@ -134,15 +134,6 @@ TEST(notifier, survives_its_end_in_the_sender) {
   }
 }
 
-TEST(notifier, survives_its_end_in_the_waiter) {
-  auto owned = std::make_unique<notifier>();
-  owned->wait([&] {
-    owned->close();
-    owned.reset();
-    return false;
-  });
-}
-
 TEST(fair_mutex, passes_the_turn_on_in_the_order_of_joining) {
   constexpr std::size_t count = 8;
   fair_mutex queues[2];
