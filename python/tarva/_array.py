@@ -203,7 +203,10 @@ class Array(_binding.Memory, Handle, Elements, metaclass=_Indexable):
             wanted = wanted.component
         own_dtype = native(wanted)
         element = element_of(own_dtype)
-        self._allocate(label, element.code, element.size, math.prod(shape) * element.parts)
+        count = math.prod(shape) * element.parts
+        if count >= 2**64:  # the binding would pass on what is left of it in 64 bits
+            raise ValueError(f"the shape {shape} has more elements of {own_dtype} than can be counted")
+        self._allocate(label, element.code, element.size, count)
         self.shape, self.dtype, self.label, self._element = shape, own_dtype, label, element
         if values is not None:
             self._assign(0, self.shape, values)

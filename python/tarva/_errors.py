@@ -78,7 +78,7 @@ class KernelNotFound(Error, AttributeError, KeyError):
 class BuildError(Error):
     """A program does not build. `log` is what the compiler said."""
 
-    def __init__(self, text: str, log: str) -> None:
+    def __init__(self, text: str, log: str = "") -> None:  # made of its text alone when it comes from another process
         super().__init__(text)
         self.log = log
 

@@ -45,9 +45,12 @@ class Range(_binding.Words):
 
     _text: str
 
+    def __new__(cls, *_: Any) -> Self:
+        raise TypeError("a Range is made by at_least, groups and the like; plain sizes are a range as they stand")
+
     @classmethod
     def _make(cls, text: str, kind: int, *words: int) -> Self:
-        made = cls.__new__(cls, False, kind, *words)
+        made = super().__new__(cls, False, kind, *words)
         made._text = text
         return made
 
