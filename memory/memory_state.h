@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 TARVA developers
 // SPDX-License-Identifier: MIT
 
-// What a scheduler knows of one memory object.
+// Where the content of one memory object is, and who is next to use it. The scheduler keeps one of these for each object.
 #pragma once
 
 #include "base/fair_mutex.h"

@@ -76,7 +76,7 @@ private:
     }
   }
 
-  // The brace that closes ends no line: the line end of the block does that.
+  // No line end behind the closing brace: the one that ends the block of the property stands there.
   void write_array(const value_view& value) {
     out.append("{ \n");
     for (std::uint64_t index = 0; index < value.element_count; ++index) {

@@ -36,7 +36,8 @@ public:
   // Makes the graph; once. Empty if nothing is to be done: then the operation has succeeded, or failed with `get_refusal()`.
   const physical_graph& lower();
   std::exception_ptr get_refusal() const { return refusal_; }
-  // Whether all of the graph is work on host memory that belongs to no launch and no device. It names the first device.
+  // Whether all of the graph is work on host memory that belongs to no launch and no device. Its operations have to name a
+  // device all the same, and name the first of the library.
   bool is_host_work() const { return is_host_work_; }
   // After a failure, when every command of the operation has ended: frees what nobody needs, and lets each object be where
   // its content is.

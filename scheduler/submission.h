@@ -43,7 +43,8 @@ public:
 
   // Lowers the operation and hands its work over. What goes wrong is left for finish() to tell. Whoever calls it on another
   // thread holds a share of the operation, as the submission may be gone as soon as the operation is complete.
-  // `turn` is given up if all of the work succeeds, unless there is none to be done; null for none.
+  // If there is work, `turn` is given up as soon as all of it has succeeded; without work, and after a failure, the caller
+  // has it still. Null if nobody holds a turn.
   void start(scheduler_state& state, host_work place, fair_mutex::place* turn) noexcept;
   // Returns when the operation has been started and all of its work has ended. Throws what start() could not do.
   void finish();
