@@ -13,6 +13,9 @@ namespace oryn::logging {
 
 namespace {
 
+// Without O_NONBLOCK a pipe of that name would block the host until somebody reads from it.
+constexpr int lasting_flags = O_WRONLY | O_APPEND | O_NONBLOCK;
+
 [[noreturn]] void fail(int error, const char* what) {
   throw std::system_error(error, std::generic_category(), what);
 }
@@ -28,10 +31,8 @@ int move_behind_standard_streams(int descriptor) {
 }
 
 int open_for_appending(const char* name) {
-  // Without O_NONBLOCK a pipe of that name would block the host until somebody reads from it.
   const int descriptor =
-      open(name, O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-           S_IRUSR | S_IWUSR);
+      open(name, lasting_flags | O_CREAT | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (descriptor < 0)
     fail(errno, "A log file cannot be opened");
   struct stat found {};
@@ -44,14 +45,22 @@ int open_for_appending(const char* name) {
 
 } // namespace
 
+bool is_log_descriptor(int descriptor) noexcept {
+  const int flags = fcntl(descriptor, F_GETFL);
+  return flags >= 0 && (flags & (O_ACCMODE | lasting_flags)) == lasting_flags;
+}
+
 log_file::log_file(const char* name) : descriptor_(open_for_appending(name)) {}
 
 log_file::~log_file() {
-  close(descriptor_);
+  if (is_log_descriptor(descriptor_))
+    close(descriptor_);
 }
 
 // A write may be cut short by a signal, or by a disk that is full; the rest is then tried again, and its error counts.
 void log_file::append(std::string_view lines) const {
+  if (!is_log_descriptor(descriptor_))
+    fail(EBADF, "A log file has been closed");
   while (!lines.empty()) {
     const ssize_t written = write(descriptor_, lines.data(), lines.size());
     if (written >= 0)

@@ -11,6 +11,10 @@
 
 namespace oryn::logging {
 
+// Whether the descriptor is that of a log file. A host may close all descriptors, as daemons do, and open files of its own that
+// get the same numbers; hardly any of them is opened like a log file.
+bool is_log_descriptor(int descriptor) noexcept;
+
 // A file that lines are appended to. There is no buffer, since a forked child would write it out once more when it exits. A
 // program that takes this one's place (exec) does not inherit the file.
 //
@@ -24,7 +28,7 @@ public:
   log_file& operator=(const log_file&) = delete;
   ~log_file();
 
-  // Throws std::system_error.
+  // Throws std::system_error, also if the host has closed the file.
   void append(std::string_view lines) const;
   int descriptor() const noexcept { return descriptor_; }
 

@@ -219,14 +219,16 @@ void logger::close() noexcept {
 }
 
 void logger::write_without_locks(std::string_view text) noexcept {
-  if (descriptor_ < 0 || !is_enabled(log_level::error))
+  const int descriptor = descriptor_;
+  if (descriptor < 0 || !is_enabled(log_level::error) ||
+      (descriptor != STDERR_FILENO && !is_log_descriptor(descriptor)))
     return;
   std::array<char, 256> line{};
   const int length = std::snprintf(line.data(), line.size(), "[process %ld] [%s] [error] %.*s\n",
                                    static_cast<long>(getpid()), description_.name,
                                    static_cast<int>(text.size()), text.data());
   const withheld_write_signals withheld;
-  if (::write(descriptor_, line.data(), std::min(static_cast<std::size_t>(length), line.size() - 1)) < 0)
+  if (::write(descriptor, line.data(), std::min(static_cast<std::size_t>(length), line.size() - 1)) < 0)
     return; // as any line that cannot be written
 }
 

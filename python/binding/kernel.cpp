@@ -23,8 +23,10 @@ PyObject* make_words(PyTypeObject* of, PyObject* arguments, PyObject*) {
     check(count >= 1);
     content.kind =
         PyObject_IsTrue(PyTuple_GetItem(arguments, 0)) ? words_content::local : words_content::range;
-    for (Py_ssize_t i = 1; i < count && i <= 11; ++i)
-      check(store_number(TARVA_ABI_TYPE_UINT64, PyTuple_GetItem(arguments, i), content.words[i - 1]));
+    for (Py_ssize_t i = 1; i < count && i <= 11; ++i) {
+      content.words[i - 1] = PyLong_AsUnsignedLongLong(PyTuple_GetItem(arguments, i));
+      check(PyErr_Occurred() == nullptr);
+    }
     return made.release();
   });
 }

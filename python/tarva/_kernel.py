@@ -6,7 +6,8 @@
 from __future__ import annotations
 
 import re
-from typing import Any, NoReturn, Self
+from operator import index
+from typing import Any, NoReturn, Self, SupportsIndex
 
 import numpy as np
 
@@ -55,44 +56,44 @@ class Range(_binding.Words):
         return made
 
     @classmethod
-    def at_least(cls, *sizes: int) -> Self:
+    def at_least(cls, *sizes: SupportsIndex) -> Self:
         """At least so many work-items in each dimension, and not less than `D`, in groups of `D`."""
-        return cls._make(f"at_least{_sizes(sizes)}", 2, len(sizes), *sizes)
+        return cls._make(f"at_least{_sizes(sizes)}", 2, len(sizes), *_sizes(sizes))
 
     @classmethod
-    def groups(cls, number: int) -> Self:
+    def groups(cls, number: SupportsIndex) -> Self:
         """So many groups of `D`, in one dimension."""
         return cls._make(f"groups({number})", 3, _count(number))
 
     @classmethod
-    def groups_of(cls, number: int, *sizes: int) -> Self:
+    def groups_of(cls, number: SupportsIndex, *sizes: SupportsIndex) -> Self:
         """In each dimension so many groups of this size."""
-        return cls._make(f"groups_of({number}, *{_sizes(sizes)})", 4, len(sizes), _count(number), *sizes)
+        return cls._make(f"groups_of({number}, *{_sizes(sizes)})", 4, len(sizes), _count(number), *_sizes(sizes))
 
     @classmethod
-    def groups_per_unit(cls, number: int) -> Self:
+    def groups_per_unit(cls, number: SupportsIndex) -> Self:
         """For each compute unit so many groups of `D`, in one dimension."""
         return cls._make(f"groups_per_unit({number})", 5, _count(number))
 
     @classmethod
-    def group_per_unit_of(cls, *sizes: int) -> Self:
+    def group_per_unit_of(cls, *sizes: SupportsIndex) -> Self:
         """In each dimension one group of this size for each compute unit."""
-        return cls._make(f"group_per_unit_of{_sizes(sizes)}", 6, len(sizes), 0, *sizes)
+        return cls._make(f"group_per_unit_of{_sizes(sizes)}", 6, len(sizes), 0, *_sizes(sizes))
 
     def __repr__(self) -> str:
         return f"tarva.Range.{self._text}"
 
 
-def _count(number: int) -> int:
-    if number < 0:
+def _count(number: SupportsIndex) -> int:
+    if not 0 <= index(number) < 2**64:
         raise ValueError(f"{number} is no number of elements or groups")
-    return number
+    return index(number)
 
 
-def _sizes(sizes: tuple[int, ...]) -> tuple[int, ...]:
-    if not 1 <= len(sizes) <= 3 or any(_count(size) != size for size in sizes):
+def _sizes(sizes: tuple[SupportsIndex, ...]) -> tuple[int, ...]:
+    if not 1 <= len(sizes) <= 3:
         raise ValueError(f"a range has one to three sizes, not {sizes}")
-    return sizes
+    return tuple(_count(size) for size in sizes)
 
 
 def _name(dtype: Any) -> str:

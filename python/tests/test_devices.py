@@ -63,6 +63,7 @@ def test_answers_name_what_is_wrong(device: tarva.Device, do: Any, wanted: Any, 
     assert all(text in str(caught.value) for text in texts)
     if isinstance(caught.value, tarva.BuildError):
         assert caught.value.log in str(caught.value) and caught.value.log
+        assert wanted(*caught.value.args).args == caught.value.args  # as when it comes from another process
 
 
 def test_failures_have_chains(program: tarva.Program) -> None:

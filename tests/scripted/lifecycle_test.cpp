@@ -7,6 +7,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <fstream>
 #include <latch>
 #include <pthread.h>
@@ -189,6 +190,10 @@ void log_into_a_file_and_fork() {
   const pid_t child = fork();
   if (child == 0) {
     std::fflush(nullptr); // as an exit does
+    const int other = open("tarva.log", O_WRONLY | O_APPEND);
+    for (int each = STDERR_FILENO + 1; each < 64; ++each)
+      dup2(other, each); // as a daemon that has closed everything, and opens files of its own
+    tarva_abi_release_device(nullptr, nullptr);
     _exit(0);
   }
   demand(waitpid(child, nullptr, 0) == child && before > 0 && size_of_log() == before, 4);

@@ -12,11 +12,14 @@ namespace tarva_info {
 namespace {
 
 std::string content_of(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::string content{std::istreambuf_iterator<char>(file), {}};
-  if (!file)
+  try {
+    std::ifstream file;
+    file.exceptions(std::ios::failbit | std::ios::badbit);
+    file.open(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  } catch (const std::ios::failure&) { // a directory can be opened, and then not be read
     throw std::runtime_error("cannot read " + path);
-  return content;
+  }
 }
 
 } // namespace
