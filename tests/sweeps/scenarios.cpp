@@ -185,7 +185,7 @@ ending load(const world& in, std::size_t kind, std::size_t where) {
   } kinds[] = {{TARVA_ABI_IR_SOURCE_1_0, kernels, nullptr, 1},
                {TARVA_ABI_IR_DEVICE_BINARY, "BIN:" + kernels, nullptr, 1},
                {TARVA_ABI_IR_SPIR_1_2, "BC" + kernels, nullptr, 3},
-               {TARVA_ABI_IR_SPIR_V, "SPV:" + kernels, nullptr, 1},
+               {TARVA_ABI_IR_SPIR_V, "SPV:" + kernels, nullptr, 3},
                {TARVA_ABI_IR_SPIR_V, "SPV:" + kernels, &header, 6},
                {TARVA_ABI_IR_SOURCE_1_0, kernels + "#error", nullptr, 1, "error: the text says #error"}};
   const auto& [type, data, with, first_version, log] = kinds[kind];
