@@ -7,6 +7,8 @@
 #include "capability/opencl_queries.h"
 #include "capability/program_checks.h"
 
+#include <cstring>
+
 namespace qv {
 namespace {
 
@@ -71,7 +73,8 @@ void create_kernel(const root_device& device, create_kernel_record& record) {
     return;
   if (record.kernel_name == nullptr)
     record.status = CL_INVALID_VALUE;
-  else if (device.quirks.needs_utf8 && !is_utf8(record.kernel_name))
+  else if ((device.quirks.needs_utf8 && !is_utf8(record.kernel_name)) ||
+           std::strlen(record.kernel_name) > device.quirks.longest_kernel_name)
     record.status = CL_INVALID_KERNEL_NAME;
   else
     record.result = kernel_object::make(device, *program, record.kernel_name, record.status);

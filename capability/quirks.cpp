@@ -33,6 +33,7 @@ constexpr std::array rows{
                 .binaries = binary_format::pocl,
                 .crashes_on_bitcode = true,
                 .reads_past_last_option = true,
+                .longest_kernel_name = 252,
                 .counts_groups_in_32_bits = true,
                 .completes_lost_work = true}},
     // Of Mesa. It aborts where it meets what it does not expect.

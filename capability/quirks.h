@@ -5,6 +5,8 @@
 // happening, and what is answered wrongly.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace qv {
@@ -40,6 +42,8 @@ struct quirks {
   bool cuts_options_at_quotes = false;
   // Text that is not UTF-8 ends the process.
   bool needs_utf8 = false;
+  // Kernels become files of their name: a longer one ends the process at the launch.
+  std::size_t longest_kernel_name = SIZE_MAX;
   // A program of built-in kernels ends the process.
   bool crashes_on_builtin_kernels = false;
   // CL_KERNEL_WORK_GROUP_SIZE is less than what runs: the limit of the device is the true one.

@@ -53,6 +53,11 @@ TEST_F(refusal, of_build_options_that_end_the_process) {
       EXPECT_EQ(it.status_of<op::create_kernel>({it.program, "\xFF", nullptr, 77}),
                 i == rusticl ? CL_INVALID_KERNEL_NAME : CL_SUCCESS)
           << names[i];
+      for (const std::size_t length : {252, 253})
+        EXPECT_EQ(
+            it.status_of<op::create_kernel>({it.program, std::string(length, 'k').c_str(), nullptr, 77}),
+            *names[i] == 'P' && length > 252 ? CL_INVALID_KERNEL_NAME : CL_SUCCESS)
+            << names[i];
     }
   });
 }
