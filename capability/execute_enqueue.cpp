@@ -243,7 +243,7 @@ void get_event_info(const root_device& device, get_object_info_record& record) {
     const cl_uint references = event->references();
     answer(record, &references, sizeof references);
   } else if (record.param_name == CL_EVENT_COMMAND_QUEUE && event->queue != nullptr) {
-    answer(record, &event->queue, sizeof event->queue);
+    answer(record, &event->queue, sizeof(void*));
   } else if (event->event == nullptr) {
     record.status = CL_INVALID_EVENT;
   } else {

@@ -44,7 +44,7 @@ const launch_limits& opencl_version_kernel<V>::get_launch_limits() const {
   if (!limits_) {
     launch_limits limits = read_launch_limits<V>(kernel_, device_);
     add_signature(limits);
-    limits_ = std::move(limits);
+    limits_ = limits;
     has_limits_ = true;
   }
   return *limits_;
