@@ -21,6 +21,7 @@
 
 // By its address the system knows what is to be done when this library is unloaded. std::atexit() would pass it, too, but for that of
 // the thread sanitizer, which lets the handlers of a library run when it is gone.
+// NOLINTNEXTLINE(readability-identifier-naming): the name is the system's.
 extern "C" [[gnu::visibility("hidden")]] void* __dso_handle;
 
 namespace oryn::tarva::library {
