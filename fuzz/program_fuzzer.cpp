@@ -31,9 +31,9 @@ std::vector<tarva::constant> choose_constants(input& from) {
   for (std::size_t left = from.below(4); left > 0; --left) {
     const auto id = static_cast<std::uint32_t>(from.below(256));
     if (from.rarely(2))
-      constants.push_back({id, static_cast<std::uint8_t>(from.below(256))});
+      constants.emplace_back(id, static_cast<std::uint8_t>(from.below(256)));
     else
-      constants.push_back({id, static_cast<double>(from.below(256))});
+      constants.emplace_back(id, static_cast<double>(from.below(256)));
   }
   return constants;
 }

@@ -139,6 +139,7 @@ inline std::string explain_arguments(view<const tarva_abi_kernel_argument_s> arg
   std::string text;
   for (std::size_t i = 0; i < arguments.size() && text.empty(); ++i)
     if (arguments[i].kind == TARVA_ABI_ARGUMENT_MEMORY)
+      // NOLINTNEXTLINE(performance-no-int-to-ptr): the record holds the handle as a number
       text = explain(reinterpret_cast<tarva_abi_memory_s*>(arguments[i].first), one_is_unknown,
                      " of argument " + std::to_string(i));
   return text;
@@ -205,6 +206,7 @@ public:
   function() noexcept = default;
   /// Throws std::invalid_argument if the kernel has another number of parameters.
   explicit function(kernel of) : kernel_(std::move(of)) {
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): only a complete type has a size
     static_assert(((sizeof(detail::parameter<Parameters>) > 0) && ...),
                   "one of these is no type of a parameter");
     if (!kernel_)

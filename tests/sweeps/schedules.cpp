@@ -42,7 +42,7 @@ std::string run_schedule(unsigned seed) {
     kernels.push_back(caller::find_kernel(caller::compile(each, caller::mix_source), "add"));
   scripted::set_delay(delay);
   are_delayed = true;
-  const std::string wrong =
+  std::string wrong =
       caller::thread_mix(kernels, [](std::uint64_t) { scripted::take_calls(); }).run(32, seed, 600);
   are_delayed = false;
   return wrong;
